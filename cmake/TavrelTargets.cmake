@@ -1,0 +1,49 @@
+# What every target of ours shares. A library holds one folder and is named after it.
+
+include_guard()
+
+option(TAVREL_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" ON)
+set(TAVREL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(TAVREL_COVERAGE "Count executed lines and branches" OFF)
+
+add_library(tavrel_options INTERFACE)
+target_include_directories(tavrel_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(tavrel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Wold-style-cast -Woverloaded-virtual -Wnull-dereference -Wextra-semi)
+if(TAVREL_WARNINGS_AS_ERRORS)
+  target_compile_options(tavrel_options INTERFACE -Werror)
+endif()
+if(TAVREL_SANITIZE)
+  target_compile_options(tavrel_options INTERFACE
+    -fsanitize=${TAVREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavrel_options INTERFACE -fsanitize=${TAVREL_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # The sanitizers' added paths mislead GCC's flow analysis into false alarms.
+    target_compile_options(tavrel_options INTERFACE
+      -Wno-null-dereference -Wno-maybe-uninitialized)
+  endif()
+endif()
+if(TAVREL_COVERAGE)
+  target_compile_options(tavrel_options INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(tavrel_options INTERFACE --coverage)
+endif()
+
+# tavrel_library(NAME SOURCES… [LINK LIBRARIES…]): a static library of this folder.
+function(tavrel_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PUBLIC tavrel_options ${arg_LINK})
+endfunction()
+
+# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose
+# tests ctest runs one by one.
+function(tavrel_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE tavrel_options ${arg_LINK} GTest::gmock_main)
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+endfunction()

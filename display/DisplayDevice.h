@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include "platform/DisplayID.h"
+
+namespace tavrel {
+
+/// One display as it is listed, shown and switched. A plain value; two devices with the
+/// same `id` denote the same physical display, and nothing else about them is compared.
+class DisplayDevice {
+public:
+    /// In the order in which kinds are listed.
+    enum class Kind { builtIn, external };
+
+    DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool isOn);
+
+    /// The identifier in plain decimal: the identity that lists key their rows on.
+    const std::string& id() const { return id_; }
+    /// The number passed to every platform call about this display.
+    DisplayID displayID() const { return displayID_; }
+    /// The label shown to the user.
+    const std::string& name() const { return name_; }
+    Kind kind() const { return kind_; }
+
+    /// Whether it was part of the desktop layout when the list was taken, or has been
+    /// made so since.
+    bool isOn = false;
+    /// Whether a switch of this display is in progress.
+    bool isBusy = false;
+
+private:
+    std::string id_;
+    DisplayID displayID_;
+    std::string name_;
+    Kind kind_;
+};
+
+}  // namespace tavrel

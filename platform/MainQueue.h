@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace tavrel {
+
+using Task = std::function<void()>;
+/// Delays run on a monotonic clock.
+using Delay = std::chrono::nanoseconds;
+
+/// A tick that repeats until invalidated. Destroying it invalidates it.
+/// To be used, and destroyed, on the main thread only.
+class RepeatingTimer {
+public:
+    virtual ~RepeatingTimer() = default;
+
+    /// No tick starts after this returns.
+    virtual void invalidate() = 0;
+};
+
+/// The main thread's queue of work. Tasks run there one at a time, in the order they
+/// became due. A task that never runs because the queue ends first is destroyed.
+class MainQueue {
+public:
+    virtual ~MainQueue() = default;
+
+    /// Runs `task` on the main thread, never before this call has returned there.
+    /// From any thread.
+    virtual void async(Task task) = 0;
+
+    /// The same, not before `delay` has passed. From any thread.
+    virtual void asyncAfter(Delay delay, Task task) = 0;
+
+    /// Ticks every `interval`, the first time one interval from now, also while a menu
+    /// is open or a window is being dragged. Main thread only.
+    virtual std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) = 0;
+
+    /// Whether the caller is on the main thread.
+    virtual bool isCurrent() const = 0;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <compare>
+#include <limits>
+
+namespace tavrel {
+
+/// A point of wall-clock time: seconds since 2001-01-01 00:00:00 UTC, fractions kept.
+/// That zero is part of the stored format of the known-display registry.
+struct WallTime {
+    double sinceReferenceDate = 0;
+
+    /// Earlier than any time a clock can show.
+    static constexpr WallTime distantPast() {
+        return {-std::numeric_limits<double>::infinity()};
+    }
+
+    friend constexpr auto operator<=>(WallTime, WallTime) = default;
+    friend constexpr WallTime operator+(WallTime time, double seconds) {
+        return {time.sinceReferenceDate + seconds};
+    }
+    /// Seconds from `earlier` to `later`; negative when the order is the other way.
+    friend constexpr double operator-(WallTime later, WallTime earlier) {
+        return later.sinceReferenceDate - earlier.sinceReferenceDate;
+    }
+};
+
+/// The time of day. It may be stepped by the user or the network at any moment, forwards
+/// or backwards, so delays are never measured with it. Thread-safe.
+class WallClock {
+public:
+    virtual ~WallClock() = default;
+    virtual WallTime now() = 0;
+};
+
+}  // namespace tavrel

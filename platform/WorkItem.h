@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <utility>
+
+#include "platform/MainQueue.h"
+
+namespace tavrel {
+
+/// One piece of main-queue work that can be called off until it starts.
+/// Main thread only, so a cancellation can never race with the start.
+class WorkItem {
+public:
+    explicit WorkItem(Task body) : body_(std::move(body)) {}
+
+    void cancel() { cancelled_ = true; }
+
+    void perform() {
+        if (!cancelled_) {
+            body_();
+        }
+    }
+
+private:
+    Task body_;
+    bool cancelled_ = false;
+};
+
+/// Runs `item` on `queue` once `delay` has passed, unless it has been cancelled by then.
+/// The queue shares ownership until that moment.
+inline void asyncAfter(MainQueue& queue, Delay delay, std::shared_ptr<WorkItem> item) {
+    queue.asyncAfter(delay, [item = std::move(item)] { item->perform(); });
+}
+
+}  // namespace tavrel
