@@ -32,9 +32,8 @@ std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults);
 ///
 /// REQUIRES: no identifier stands twice in the stored list; otherwise the process stops
 /// with a message, because a list like that was not written by this application.
-std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online,
-                                 UserDefaults& userDefaults, DisplayQueries& queries,
-                                 WallClock& wallClock);
+std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,
+                                 DisplayQueries& queries, WallClock& wallClock);
 
 /// Built-in before external, then by ascending identifier.
 bool comesBefore(const StoredDisplay& a, const StoredDisplay& b);

@@ -1,0 +1,68 @@
+#include "registry/DisplayRegistry.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <set>
+
+#include "registry/StoredFormat.h"
+
+namespace tavrel::DisplayRegistry {
+namespace {
+
+using Index = std::map<DisplayID, StoredDisplay>;
+
+[[noreturn]] void stopForDuplicate(DisplayID id) {
+    std::fprintf(stderr, "Duplicate values for key: '%u'\n", id);
+    std::abort();
+}
+
+Index indexByID(const std::vector<StoredDisplay>& records) {
+    Index index;
+    for (const StoredDisplay& record : records) {
+        if (!index.emplace(record.id, record).second) {
+            stopForDuplicate(record.id);
+        }
+    }
+    return index;
+}
+
+}  // namespace
+
+std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults) {
+    const std::optional<std::string> text = userDefaults.data(storageKey);
+    if (!text) {
+        return {};
+    }
+    return StoredFormat::decode(*text).value_or(std::vector<StoredDisplay>{});
+}
+
+std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,
+                                 DisplayQueries& queries, WallClock& wallClock) {
+    const WallTime now = wallClock.now();
+    Index index = indexByID(knownDisplays(userDefaults));
+    for (const DisplayID id : online) {
+        index.insert_or_assign(id, StoredDisplay{id, queries.isBuiltIn(id), now});
+    }
+
+    const std::set<DisplayID> onlineIDs(online.begin(), online.end());
+    std::vector<StoredDisplay> kept;
+    for (const auto& [id, record] : index) {
+        if (onlineIDs.contains(id) || now - record.lastSeenAt <= retentionSeconds) {
+            kept.push_back(record);
+        }
+    }
+
+    if (const auto text = StoredFormat::encode(kept)) {
+        userDefaults.setData(storageKey, *text);
+    }
+    std::sort(kept.begin(), kept.end(), comesBefore);
+    return kept;
+}
+
+bool comesBefore(const StoredDisplay& a, const StoredDisplay& b) {
+    return a.isBuiltIn != b.isBuiltIn ? a.isBuiltIn : a.id < b.id;
+}
+
+}  // namespace tavrel::DisplayRegistry
