@@ -4,10 +4,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "controller/ObjectWillChange.h"
 #include "display/DisplayDevice.h"
+#include "display/DisplayError.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
@@ -97,12 +99,23 @@ private:
     /// Edits the first listed display with this `id` in place, if there is one.
     void editDisplay(const std::string& id, const std::function<void(DisplayDevice&)>& edit);
 
-    bool anyOtherDisplayIsLive(const DisplayDevice& display) const;
-    bool isLive(DisplayID display) const;
-    bool anyIsLive(const std::vector<StoredDisplay>& displays) const;
-    void checkForLostDisplays();
+    using RefreshOutcome = std::variant<std::vector<DisplayDevice>, std::string>;
+    void finishRefresh(const RefreshOutcome& outcome,
+                       const std::optional<std::string>& successMessage);
+    void finishSwitch(const DisplayDevice& display, bool isOn,
+                      const std::optional<DisplayError>& error);
+    void finishWakeAll(const std::vector<DisplayDevice>& snapshot,
+                       const std::vector<std::string>& failedNames);
     void verifyRestoration(const std::vector<StoredDisplay>& candidates,
                            const std::string& successMessage);
+
+    /// Online and active, by the platform's live answers. From any thread.
+    bool isLive(DisplayID display) const;
+    bool anyIsLive(const std::vector<StoredDisplay>& displays) const;
+    bool anyOtherDisplayIsLive(const DisplayDevice& display) const;
+
+    friend void displayReconfigurationCallback(DisplayID, std::uint32_t, void*);
+    void hopToMainThread(DisplayID display, std::uint32_t flags);
 
     const Platform platform_;
     ObjectWillChange objectWillChange_;

@@ -4,8 +4,9 @@
 
 namespace tavrel {
 
-DisplayDevice::DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool isOn)
-    : isOn(isOn),
+DisplayDevice::DisplayDevice(DisplayID displayID, std::string name, Kind kind,
+                             bool initiallyOn)
+    : isOn(initiallyOn),
       id_(std::to_string(displayID)),
       displayID_(displayID),
       name_(std::move(name)),

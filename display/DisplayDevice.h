@@ -13,7 +13,7 @@ public:
     /// In the order in which kinds are listed.
     enum class Kind { builtIn, external };
 
-    DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool isOn);
+    DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool initiallyOn);
 
     /// The identifier in plain decimal: the identity that lists key their rows on.
     const std::string& id() const { return id_; }

@@ -1,0 +1,69 @@
+#include <algorithm>
+#include <chrono>
+#include <memory>
+
+#include "controller/DisplayController.h"
+#include "platform/BackgroundQueue.h"
+#include "platform/DisplayLifecycle.h"
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Long enough for the server to have brought up what it was asked to.
+constexpr Delay verificationDelay = 450ms;
+/// How long reports of added and removed displays are taken for echoes of the restoration.
+constexpr double suppressionSeconds = 2.0;
+
+}  // namespace
+
+void DisplayController::restoreSafeLayout(const std::string& successMessage) {
+    assertMainThread();
+    if (isAutomaticRecoveryRunning_) {
+        return;
+    }
+    auto candidates = DisplayRegistry::knownDisplays(platform_.userDefaults);
+    std::stable_sort(candidates.begin(), candidates.end(), DisplayRegistry::comesBefore);
+    if (candidates.empty()) {
+        refresh(std::nullopt);
+        return;
+    }
+    isAutomaticRecoveryRunning_ = true;
+    suppressTopologyRestoreUntil_ = platform_.wallClock.now() + suppressionSeconds;
+    topologyRecoveryWorkItem_ = nullptr;
+    setErrorMessage(std::nullopt);
+    setStatusMessage("Display setup changed — restoring a safe layout…");
+
+    platform_.backgroundQueue.async([self = shared_from_this(), candidates, successMessage] {
+        for (const StoredDisplay& candidate : candidates) {
+            if (!self->isLive(candidate.id)) {
+                self->platform_.lifecycle.setDisplayEnabled(candidate.id, true);
+            }
+        }
+        self->platform_.mainQueue.asyncAfter(
+            verificationDelay, [weak = std::weak_ptr(self), candidates, successMessage] {
+                if (const auto controller = weak.lock()) {
+                    controller->verifyRestoration(candidates, successMessage);
+                }
+            });
+    });
+}
+
+void DisplayController::verifyRestoration(const std::vector<StoredDisplay>& candidates,
+                                          const std::string& successMessage) {
+    isAutomaticRecoveryRunning_ = false;
+    if (anyIsLive(candidates)) {
+        refresh(successMessage);
+        return;
+    }
+    setErrorMessage(
+        "No usable display could be restored automatically. Reconnect a monitor, then press "
+        "Control–Option–Command–W.");
+    setStatusMessage("Display recovery needs attention");
+    refresh(std::nullopt);
+}
+
+}  // namespace tavrel

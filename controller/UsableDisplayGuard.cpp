@@ -1,0 +1,29 @@
+#include <algorithm>
+
+#include "controller/DisplayController.h"
+#include "platform/DisplayQueries.h"
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel {
+
+void DisplayController::ensureAtLeastOneUsableDisplay() {
+    assertMainThread();
+    if (isAutomaticRecoveryRunning_) {
+        return;
+    }
+    const auto known = DisplayRegistry::knownDisplays(platform_.userDefaults);
+    if (!known.empty() && !anyIsLive(known)) {
+        restoreSafeLayout("Lost display recovered automatically");
+    }
+}
+
+bool DisplayController::isLive(DisplayID display) const {
+    return platform_.queries.isOnline(display) && platform_.queries.isActive(display);
+}
+
+bool DisplayController::anyIsLive(const std::vector<StoredDisplay>& displays) const {
+    return std::any_of(displays.begin(), displays.end(),
+                       [&](const StoredDisplay& display) { return isLive(display.id); });
+}
+
+}  // namespace tavrel

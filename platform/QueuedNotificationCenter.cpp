@@ -1,0 +1,44 @@
+#include "platform/QueuedNotificationCenter.h"
+
+#include <utility>
+
+namespace tavrel {
+
+ObserverToken QueuedNotificationCenter::addObserver(std::string_view name,
+                                                    std::function<void()> block) {
+    const std::lock_guard lock(mutex_);
+    const ObserverToken token{nextToken_++};
+    observers_.emplace(token.value, std::make_shared<Observer>(
+                                        Observer{std::string(name), std::move(block)}));
+    return token;
+}
+
+void QueuedNotificationCenter::removeObserver(ObserverToken token) {
+    std::shared_ptr<Observer> removed;
+    {
+        const std::lock_guard lock(mutex_);
+        auto node = observers_.extract(token.value);
+        if (node.empty()) {
+            return;
+        }
+        removed = std::move(node.mapped());
+    }
+    removed->block = nullptr;
+}
+
+void QueuedNotificationCenter::post(std::string_view name) {
+    const std::lock_guard lock(mutex_);
+    for (const auto& [token, observer] : observers_) {
+        if (observer->name == name) {
+            mainQueue_.async([observer = observer] {
+                if (observer->block != nullptr) {
+                    // The block may remove its own observer.
+                    const auto block = observer->block;
+                    block();
+                }
+            });
+        }
+    }
+}
+
+}  // namespace tavrel

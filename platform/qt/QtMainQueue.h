@@ -1,0 +1,37 @@
+#pragma once
+
+#include <deque>
+#include <mutex>
+
+#include <QObject>
+
+#include "platform/MainQueue.h"
+
+namespace tavrel {
+
+/// The main queue on the toolkit's main loop.
+///
+/// To be made and destroyed on the main thread, while a QCoreApplication exists. The
+/// tasks wait in a queue of its own; the loop is only ever told that there is something
+/// to do, so what is handed between threads passes through one plain mutex.
+class QtMainQueue : public QObject, public MainQueue {
+public:
+    QtMainQueue() = default;
+    ~QtMainQueue() override;
+
+    void async(Task task) override;
+    void asyncAfter(Delay delay, Task task) override;
+    std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) override;
+    bool isCurrent() const override;
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    void runTasksQueuedSoFar();
+
+    std::mutex mutex_;
+    std::deque<Task> tasks_;
+};
+
+}  // namespace tavrel

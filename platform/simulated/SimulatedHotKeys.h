@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/HotKeys.h"
+
+namespace tavrel {
+
+/// Hot keys without a keyboard: a test presses them. Must outlive what it hands out.
+class SimulatedHotKeys : public HotKeys {
+public:
+    std::unique_ptr<Handle> installEventHandler(Task pressed) override {
+        if (!acceptsHandler_) {
+            return nullptr;
+        }
+        pressed_ = std::move(pressed);
+        return std::make_unique<Claim>([this] { pressed_ = nullptr; });
+    }
+
+    std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) override {
+        requests_.push_back(hotKey);
+        if (!acceptsHotKey_) {
+            return nullptr;
+        }
+        isRegistered_ = true;
+        return std::make_unique<Claim>([this] { isRegistered_ = false; });
+    }
+
+    /// One press of the registered chord; reaches nobody unless all is in place.
+    void press() {
+        if (isRegistered_ && pressed_ != nullptr) {
+            pressed_();
+        }
+    }
+
+    void setAcceptsHandler(bool accepts) { acceptsHandler_ = accepts; }
+    void setAcceptsHotKey(bool accepts) { acceptsHotKey_ = accepts; }
+
+    bool isRegistered() const { return isRegistered_; }
+    bool hasHandler() const { return pressed_ != nullptr; }
+    const std::vector<HotKeyRegistration>& requests() const { return requests_; }
+
+private:
+    class Claim : public Handle {
+    public:
+        explicit Claim(Task release) : release_(std::move(release)) {}
+        ~Claim() override { release_(); }
+        Claim(const Claim&) = delete;
+        Claim& operator=(const Claim&) = delete;
+
+    private:
+        Task release_;
+    };
+
+    Task pressed_;
+    bool acceptsHandler_ = true;
+    bool acceptsHotKey_ = true;
+    bool isRegistered_ = false;
+    std::vector<HotKeyRegistration> requests_;
+};
+
+}  // namespace tavrel

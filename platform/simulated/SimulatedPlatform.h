@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/Platform.h"
+#include "platform/QueuedNotificationCenter.h"
+#include "platform/simulated/SimulatedHotKeys.h"
+#include "platform/simulated/SimulatedScheduler.h"
+#include "platform/simulated/SimulatedUserDefaults.h"
+#include "platform/simulated/SimulatedWallClock.h"
+#include "platform/simulated/SimulatedWindowServer.h"
+
+namespace tavrel {
+
+/// A whole system in memory. Public parts, so that a test can put a decorator around any
+/// of them and hand out a `Platform` of its own.
+class SimulatedPlatform {
+public:
+    explicit SimulatedPlatform(
+        std::uint64_t seed = 1,
+        SimulatedWindowServer::WhenOff whenOff = SimulatedWindowServer::WhenOff::staysOnline)
+        : scheduler(seed), windowServer(whenOff) {}
+
+    /// Work that is dropped may still hold things that look for the parts below.
+    ~SimulatedPlatform() { scheduler.shutDown(); }
+    SimulatedPlatform(const SimulatedPlatform&) = delete;
+    SimulatedPlatform& operator=(const SimulatedPlatform&) = delete;
+
+    Platform platform() {
+        return {windowServer, windowServer,           windowServer,
+                userDefaults, wallClock,              scheduler.mainQueue(),
+                scheduler.backgroundQueue(), notificationCenter};
+    }
+
+    SimulatedScheduler scheduler;
+    SimulatedUserDefaults userDefaults;
+    SimulatedHotKeys hotKeys;
+    SimulatedWindowServer windowServer;
+    SimulatedWallClock wallClock{scheduler};
+    QueuedNotificationCenter notificationCenter{scheduler.mainQueue()};
+};
+
+}  // namespace tavrel

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/UserDefaults.h"
+
+namespace tavrel {
+
+/// A store in memory. Runs under the simulated scheduler's one turn, so it has no lock.
+class SimulatedUserDefaults : public UserDefaults {
+public:
+    std::optional<std::string> data(std::string_view key) override {
+        ++reads_;
+        const auto found = values_.find(key);
+        return found == values_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+    bool setData(std::string_view key, std::string_view bytes) override {
+        if (!isWritable_) {
+            return false;
+        }
+        ++writes_;
+        values_.insert_or_assign(std::string(key), std::string(bytes));
+        return true;
+    }
+
+    /// As another program, or a user with an editor, would.
+    void remove(std::string_view key) { values_.erase(std::string(key)); }
+
+    /// From now on writes are refused, or taken again.
+    void setWritable(bool isWritable) { isWritable_ = isWritable; }
+
+    std::size_t reads() const { return reads_; }
+    std::size_t writes() const { return writes_; }
+
+private:
+    std::map<std::string, std::string, std::less<>> values_;
+    bool isWritable_ = true;
+    std::size_t reads_ = 0;
+    std::size_t writes_ = 0;
+};
+
+}  // namespace tavrel

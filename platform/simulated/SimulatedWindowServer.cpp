@@ -1,0 +1,179 @@
+#include "platform/simulated/SimulatedWindowServer.h"
+
+#include <algorithm>
+
+namespace tavrel {
+
+namespace {
+
+ServerStatus copyList(const std::vector<DisplayID>& found, std::uint32_t maxCount,
+                      DisplayID* displays, std::uint32_t* count) {
+    const auto total = static_cast<std::uint32_t>(found.size());
+    if (displays == nullptr) {
+        *count = total;
+        return serverStatus::success;
+    }
+    *count = std::min(total, maxCount);
+    std::copy_n(found.begin(), *count, displays);
+    return serverStatus::success;
+}
+
+}  // namespace
+
+void SimulatedWindowServer::connect(const SimulatedDisplay& display) {
+    report(display.id, displayChange::beginConfiguration);
+    if (SimulatedDisplay* there = known(display.id)) {
+        *there = display;
+    } else {
+        displays_.push_back(display);
+    }
+    report(display.id, displayChange::add);
+}
+
+void SimulatedWindowServer::disconnect(DisplayID display) {
+    SimulatedDisplay* there = known(display);
+    if (there == nullptr || !there->connected) {
+        return;
+    }
+    report(display, displayChange::beginConfiguration);
+    // Looked up again: a report's receiver may have plugged in another one.
+    known(display)->connected = false;
+    report(display, displayChange::remove);
+}
+
+void SimulatedWindowServer::switchFromOutside(DisplayID display, bool enabled) {
+    SimulatedDisplay* there = known(display);
+    if (there != nullptr && there->connected && there->enabled != enabled) {
+        change(*there, enabled);
+    }
+}
+
+void SimulatedWindowServer::report(DisplayID display, std::uint32_t flags) {
+    const std::vector<Callback> callbacks = callbacks_;
+    for (const auto& [callback, userInfo] : callbacks) {
+        callback(display, flags, userInfo);
+    }
+}
+
+void SimulatedWindowServer::change(SimulatedDisplay& display, bool enabled) {
+    const DisplayID id = display.id;
+    report(id, displayChange::beginConfiguration);
+    known(id)->enabled = enabled;
+    std::uint32_t flags = enabled ? displayChange::enabled : displayChange::disabled;
+    if (whenOff_ == WhenOff::goesOffline) {
+        flags |= enabled ? displayChange::add : displayChange::remove;
+    }
+    report(id, flags);
+}
+
+SimulatedDisplay* SimulatedWindowServer::known(DisplayID display) {
+    const auto found = std::find_if(displays_.begin(), displays_.end(),
+                                    [&](const auto& each) { return each.id == display; });
+    return found == displays_.end() ? nullptr : &*found;
+}
+
+const SimulatedDisplay* SimulatedWindowServer::find(DisplayID display) const {
+    const auto found = std::find_if(displays_.begin(), displays_.end(),
+                                    [&](const auto& each) { return each.id == display; });
+    return found == displays_.end() ? nullptr : &*found;
+}
+
+const SimulatedDisplay* SimulatedWindowServer::query(DisplayID display) {
+    ++queries_;
+    const SimulatedDisplay* there = find(display);
+    return there != nullptr && there->connected ? there : nullptr;
+}
+
+bool SimulatedWindowServer::online(const SimulatedDisplay& display) const {
+    return display.connected && (display.enabled || whenOff_ == WhenOff::staysOnline);
+}
+
+ServerStatus SimulatedWindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                                   std::uint32_t* count) {
+    if (!hasPrivateList_) {
+        return serverStatus::notImplemented;
+    }
+    std::vector<DisplayID> found;
+    for (const SimulatedDisplay& display : displays_) {
+        if (display.connected) {
+            found.push_back(display.id);
+        }
+    }
+    return copyList(found, maxCount, displays, count);
+}
+
+ServerStatus SimulatedWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
+    changes_.emplace_back(display, enabled);
+    if (!canControl_) {
+        return serverStatus::notImplemented;
+    }
+    SimulatedDisplay* there = known(display);
+    if (there == nullptr || !there->connected) {
+        return serverStatus::illegalArgument;
+    }
+    if (there->enabled != enabled) {
+        change(*there, enabled);
+    }
+    return serverStatus::success;
+}
+
+ServerStatus SimulatedWindowServer::getOnlineDisplayList(std::uint32_t maxCount,
+                                                         DisplayID* displays,
+                                                         std::uint32_t* count) {
+    if (onlineListStatus_ != serverStatus::success) {
+        return onlineListStatus_;
+    }
+    std::vector<DisplayID> found;
+    for (const SimulatedDisplay& display : displays_) {
+        if (online(display)) {
+            found.push_back(display.id);
+        }
+    }
+    return copyList(found, maxCount, displays, count);
+}
+
+bool SimulatedWindowServer::isBuiltIn(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there != nullptr && there->builtIn;
+}
+
+bool SimulatedWindowServer::isOnline(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there != nullptr && online(*there);
+}
+
+bool SimulatedWindowServer::isActive(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there != nullptr && there->enabled;
+}
+
+std::uint32_t SimulatedWindowServer::vendorNumber(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there == nullptr ? 0 : there->vendor;
+}
+
+std::uint32_t SimulatedWindowServer::modelNumber(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there == nullptr ? 0 : there->model;
+}
+
+std::uint32_t SimulatedWindowServer::serialNumber(DisplayID display) {
+    const SimulatedDisplay* there = query(display);
+    return there == nullptr ? 0 : there->serial;
+}
+
+ServerStatus SimulatedWindowServer::registerCallback(DisplayReconfigurationCallback callback,
+                                                     void* userInfo) {
+    if (registrationStatus_ == serverStatus::success) {
+        callbacks_.emplace_back(callback, userInfo);
+    }
+    return registrationStatus_;
+}
+
+ServerStatus SimulatedWindowServer::removeCallback(DisplayReconfigurationCallback callback,
+                                                   void* userInfo) {
+    std::erase(callbacks_, Callback{callback, userInfo});
+    return serverStatus::success;
+}
+
+}  // namespace tavrel
