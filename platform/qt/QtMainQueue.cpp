@@ -12,7 +12,7 @@ namespace tavrel {
 
 namespace {
 
-constexpr QEvent::Type tasksWaiting = QEvent::User;
+constexpr QEvent::Type taskWaiting = QEvent::User;
 
 std::chrono::milliseconds roundedUp(Delay delay) {
     return std::max(std::chrono::ceil<std::chrono::milliseconds>(delay),
@@ -54,11 +54,9 @@ void QtMainQueue::async(Task task) {
     {
         const std::lock_guard lock(mutex_);
         tasks_.push_back(std::move(task));
-        if (tasks_.size() > 1) {
-            return;  // The loop knows already.
-        }
     }
-    QCoreApplication::postEvent(this, new QEvent(tasksWaiting));
+    // One event each: a task that runs a loop of its own does not hold up those behind it.
+    QCoreApplication::postEvent(this, new QEvent(taskWaiting));
 }
 
 void QtMainQueue::asyncAfter(Delay delay, Task task) {
@@ -78,36 +76,21 @@ std::unique_ptr<RepeatingTimer> QtMainQueue::repeat(Delay interval, Task tick) {
 bool QtMainQueue::isCurrent() const { return QThread::currentThread() == thread(); }
 
 bool QtMainQueue::event(QEvent* event) {
-    if (event->type() != tasksWaiting) {
+    if (event->type() != taskWaiting) {
         return QObject::event(event);
     }
-    runTasksQueuedSoFar();
+    runNextTask();
     return true;
 }
 
-void QtMainQueue::runTasksQueuedSoFar() {
-    // Later ones wait for the loop's next turn, so that input and painting get theirs.
-    std::size_t count = 0;
+void QtMainQueue::runNextTask() {
+    Task task;
     {
         const std::lock_guard lock(mutex_);
-        count = tasks_.size();
+        task = std::move(tasks_.front());
+        tasks_.pop_front();
     }
-    for (; count > 0; --count) {
-        Task task;
-        {
-            const std::lock_guard lock(mutex_);
-            if (tasks_.empty()) {
-                return;  // A nested loop inside a task has run them.
-            }
-            task = std::move(tasks_.front());
-            tasks_.pop_front();
-        }
-        task();
-    }
-    const std::lock_guard lock(mutex_);
-    if (!tasks_.empty()) {
-        QCoreApplication::postEvent(this, new QEvent(tasksWaiting));
-    }
+    task();
 }
 
 }  // namespace tavrel

@@ -28,7 +28,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    void runTasksQueuedSoFar();
+    void runNextTask();
 
     std::mutex mutex_;
     std::deque<Task> tasks_;
