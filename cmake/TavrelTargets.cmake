@@ -27,6 +27,7 @@ endif()
 if(TAVREL_COVERAGE)
   target_compile_options(tavrel_options INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(tavrel_options INTERFACE --coverage)
+  target_compile_definitions(tavrel_options INTERFACE TAVREL_COVERAGE)
 endif()
 
 # tavrel_library(NAME SOURCES… [LINK LIBRARIES…]): a static library of this folder.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Janitor.h"
+
+namespace tavrel::support {
+
+/// A D-Bus session with nothing on it but the accessibility service, told that assistive
+/// technology is in use, so that programs started in it describe their windows.
+class AccessibilityBus {
+public:
+    /// Keeps its files in `folder`, which outlives it. Returns when both buses answer.
+    /// Throws std::runtime_error when one does not.
+    AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
+                     Janitor& janitor);
+
+    const std::string& sessionAddress() const { return sessionAddress_; }
+    const std::string& accessibilityAddress() const { return accessibilityAddress_; }
+
+private:
+    std::string sessionAddress_;
+    std::string accessibilityAddress_;
+    ChildProcess session_;
+    ChildProcess launcher_;
+};
+
+}  // namespace tavrel::support

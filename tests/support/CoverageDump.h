@@ -1,0 +1,19 @@
+#pragma once
+
+#if defined(TAVREL_COVERAGE)
+#include <gcov.h>
+
+#include <csignal>
+#endif
+
+namespace tavrel {
+
+/// For the child of a death test: a process that aborts would otherwise take the counts
+/// of the lines it ran with it. Does nothing but in a build that counts them.
+inline void keepCoverageOnAbort() {
+#if defined(TAVREL_COVERAGE)
+    std::signal(SIGABRT, [](int) { __gcov_dump(); });
+#endif
+}
+
+}  // namespace tavrel

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace tavrel::support {
+
+struct VariantUnref {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using Variant = std::unique_ptr<GVariant, VariantUnref>;
+
+/// A message bus or the program asked did not answer, or answered with an error.
+class DBusError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A private connection to a message bus. Calls block until they are answered.
+class DBus {
+public:
+    /// Throws DBusError.
+    explicit DBus(const std::string& address);
+    ~DBus();
+    DBus(const DBus&) = delete;
+    DBus& operator=(const DBus&) = delete;
+
+    /// `arguments` is a tuple, consumed if floating; null for none. Returns the tuple of
+    /// results. Throws DBusError.
+    Variant call(const std::string& service, const std::string& object, const char* interface,
+                 const char* method, GVariant* arguments = nullptr) const;
+
+    /// The value of a property. Throws DBusError.
+    Variant property(const std::string& service, const std::string& object, const char* interface,
+                     const char* name) const;
+
+private:
+    GDBusConnection* connection_;
+};
+
+}  // namespace tavrel::support

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+
+#include "tests/support/FileDescriptor.h"
+
+namespace tavrel::support {
+
+/// A small process that outlives this one if this one dies without cleaning up (a crash, a
+/// SIGKILL, a test runner's time limit) and then ends what was entrusted to it.
+///
+/// It holds nothing open but its end of a pipe, so it keeps no test runner waiting.
+class Janitor {
+public:
+    /// From now on `folder` is removed should this process die. Throws std::system_error.
+    explicit Janitor(const std::filesystem::path& folder);
+    /// Dismisses it: whoever made it has cleaned up.
+    ~Janitor();
+    Janitor(const Janitor&) = delete;
+    Janitor& operator=(const Janitor&) = delete;
+
+    /// Also end the process group that this process leads.
+    void watchGroup(pid_t leader);
+    /// Also remove what this X server, killed outright, leaves in the common folders.
+    void watchDisplay(int number, pid_t server);
+
+private:
+    struct Message;
+    [[noreturn]] static void serve(int pipe, const char* folder);
+    void tell(const Message& message);
+
+    FileDescriptor pipe_;
+    pid_t pid_ = -1;
+};
+
+/// Removes the lock and socket that `server` left behind, unless they have become another
+/// server's meanwhile. Async-signal-safe.
+void removeDisplayFiles(int displayNumber, pid_t server);
+
+}  // namespace tavrel::support

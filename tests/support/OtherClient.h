@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tavrel::support {
+
+/// Another program at the same X server: it changes the layout by running xrandr, which
+/// nobody here wrote. Every call returns when xrandr has ended and throws
+/// std::runtime_error when it failed.
+class OtherClient {
+public:
+    explicit OtherClient(std::string displayName);
+
+    void switchOff(const std::string& output) const;
+    /// All at once, in one run of xrandr.
+    void switchOff(const std::vector<std::string>& outputs) const;
+    /// With the output's preferred mode, where xrandr puts it.
+    void switchOn(const std::string& output) const;
+    void setMode(const std::string& output, const std::string& mode) const;
+    void setPosition(const std::string& output, int x, int y) const;
+    void setPrimary(const std::string& output) const;
+    /// "normal", "left", "right" or "inverted".
+    void setRotation(const std::string& output, const std::string& rotation) const;
+    void showSameAs(const std::string& output, const std::string& original) const;
+    /// Gives a further output of the dummy driver its first mode, which connects it; it
+    /// stays off.
+    void connect(const std::string& output, const std::string& mode = "1920x1080") const;
+    void run(std::vector<std::string> arguments) const;
+
+private:
+    std::string displayName_;
+};
+
+}  // namespace tavrel::support

@@ -1,0 +1,194 @@
+#include "tests/support/VirtualDesktop.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cctype>
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+
+#include "tests/support/AccessibilityBus.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FileDescriptor.h"
+
+namespace tavrel::support {
+
+namespace {
+
+/// The driver is named and every device left out, so that the server touches no hardware,
+/// asks no system service and starts as an ordinary user too. The screens never blank.
+constexpr const char* configuration = R"(
+Section "ServerFlags"
+    Option "AutoAddDevices" "off"
+    Option "AutoEnableDevices" "off"
+    Option "AutoAddGPU" "off"
+    Option "DontVTSwitch" "on"
+    Option "BlankTime" "0"
+    Option "StandbyTime" "0"
+    Option "SuspendTime" "0"
+    Option "OffTime" "0"
+EndSection
+Section "Module"
+    Disable "glx"
+EndSection
+Section "Device"
+    Identifier "card"
+    Driver "dummy"
+    VideoRam 131072
+EndSection
+Section "Monitor"
+    Identifier "monitor"
+    HorizSync 5-1000
+    VertRefresh 5-200
+EndSection
+Section "Screen"
+    Identifier "screen"
+    Device "card"
+    Monitor "monitor"
+    DefaultDepth 24
+    SubSection "Display"
+        Depth 24
+        Modes "1920x1080"
+        Virtual 7680 4320
+    EndSubSection
+EndSection
+)";
+
+/// Debian's /usr/bin/Xorg may be a wrapper that refuses users without a console; the
+/// server itself needs neither.
+std::string serverProgram() {
+    constexpr const char* unwrapped = "/usr/lib/xorg/Xorg";
+    return std::filesystem::exists(unwrapped) ? unwrapped : "Xorg";
+}
+
+/// The number the server writes once it takes connections; nothing if it ends first or
+/// stays silent.
+std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
+    std::string text;
+    while (text.empty() || text.back() != '\n') {
+        pollfd ready{pipe.get(), POLLIN, 0};
+        char character = 0;
+        if (::poll(&ready, 1, static_cast<int>(generousBound.count())) <= 0 ||
+            ::read(pipe.get(), &character, 1) != 1) {
+            return std::nullopt;
+        }
+        text.push_back(character);
+    }
+    return std::isdigit(static_cast<unsigned char>(text.front())) != 0
+               ? std::optional(std::stoi(text))
+               : std::nullopt;
+}
+
+}  // namespace
+
+VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()) {
+    // Servers that look for a free number at the same moment can trip over each other.
+    constexpr int attempts = 3;
+    for (int attempt = 1; displayName_.empty(); ++attempt) {
+        try {
+            startServer(options);
+        } catch (const std::runtime_error&) {
+            if (attempt == attempts) {
+                throw;
+            }
+        }
+    }
+    if (options.randr) {
+        connectMonitors(options.monitors);
+    }
+    if (options.accessibility) {
+        bus_ = std::make_unique<AccessibilityBus>(folder_.path(), displayName_, janitor_);
+    }
+}
+
+VirtualDesktop::~VirtualDesktop() {
+    bus_.reset();
+    kill();
+}
+
+void VirtualDesktop::startServer(const Options& options) {
+    const auto config = folder_.path() / "xorg.conf";
+    const auto noFurtherConfig = folder_.path() / "xorg.conf.d";
+    writeFile(config, configuration);
+    std::filesystem::create_directories(noFurtherConfig);
+
+    Pipe number;
+    ChildProcess::Options server;
+    server.command = {serverProgram(),
+                      "-displayfd",
+                      "3",
+                      "-config",
+                      config.string(),
+                      "-configdir",
+                      noFurtherConfig.string(),
+                      "-logfile",
+                      (folder_.path() / "xorg.log").string(),
+                      "-noreset",
+                      "-nolisten",
+                      "tcp",
+                      "-novtswitch",
+                      "-sharevts"};
+    if (!options.randr) {
+        server.command.insert(server.command.end(), {"-extension", "RANDR"});
+    }
+    server.command.insert(server.command.end(), options.serverArguments.begin(),
+                          options.serverArguments.end());
+    server.standardError = folder_.path() / "xorg.err";
+    server.descriptorThree = number.writeEnd.get();
+    server_ = std::make_unique<ChildProcess>(server);
+    janitor_.watchGroup(server_->pid());
+    number.writeEnd.close();
+
+    const std::optional<int> display = readDisplayNumber(number.readEnd);
+    if (!display) {
+        server_.reset();
+        throw std::runtime_error("the X server did not come up:\n" +
+                                 readFile(folder_.path() / "xorg.err"));
+    }
+    janitor_.watchDisplay(*display, server_->pid());
+    displayName_ = ":" + std::to_string(*display);
+}
+
+void VirtualDesktop::connectMonitors(int count) const {
+    const OtherClient client = otherClient();
+    std::vector<std::string> layout{"--output", "DUMMY0", "--mode",   "1920x1080",
+                                    "--pos",    "0x0",    "--primary"};
+    for (int i = 1; i < count; ++i) {
+        const std::string name = "DUMMY" + std::to_string(i);
+        client.connect(name);
+        layout.insert(layout.end(), {"--output", name, "--mode", "1920x1080", "--pos",
+                                     std::to_string(1920 * i) + "x0"});
+    }
+    client.run(std::move(layout));
+}
+
+std::string VirtualDesktop::sessionBusAddress() const {
+    return bus_ ? bus_->sessionAddress() : "";
+}
+
+std::string VirtualDesktop::accessibilityBusAddress() const {
+    return bus_ ? bus_->accessibilityAddress() : "";
+}
+
+Monitor VirtualDesktop::monitor(const std::string& name) const {
+    const std::vector<Monitor> all = monitors();
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [&](const Monitor& each) { return each.name == name; });
+    Monitor missing;
+    missing.name = name;
+    return found == all.end() ? missing : *found;
+}
+
+void VirtualDesktop::kill() {
+    if (server_ == nullptr) {
+        return;
+    }
+    const pid_t server = server_->pid();
+    server_->signal(SIGKILL);
+    server_.reset();
+    removeDisplayFiles(std::stoi(displayName_.substr(1)), server);
+}
+
+}  // namespace tavrel::support

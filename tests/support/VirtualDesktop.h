@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/Janitor.h"
+#include "tests/support/Monitor.h"
+#include "tests/support/OtherClient.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace tavrel::support {
+
+class AccessibilityBus;
+class ChildProcess;
+
+/// A real X server of the test's own, without hardware: Xorg with the dummy driver on a
+/// free display number. Nothing of it is left when it is destroyed, nor when the process
+/// dies. Use it on the thread that made it.
+class VirtualDesktop {
+public:
+    struct Options {
+        /// 1920×1080 each, side by side, DUMMY0 leftmost and primary; 1 to 16.
+        int monitors = 3;
+        /// Without it the server offers no RandR and there is one fixed screen.
+        bool randr = true;
+        /// Also run a private D-Bus session with assistive technology switched on.
+        bool accessibility = false;
+        /// Further arguments for the server.
+        std::vector<std::string> serverArguments = {};
+    };
+
+    /// Returns when the server answers and shows the monitors. Throws std::runtime_error,
+    /// with the server's own words, when it does not come up.
+    VirtualDesktop() : VirtualDesktop(Options{}) {}
+    explicit VirtualDesktop(const Options& options);
+    ~VirtualDesktop();
+    VirtualDesktop(const VirtualDesktop&) = delete;
+    VirtualDesktop& operator=(const VirtualDesktop&) = delete;
+
+    /// As in the DISPLAY variable, ":7".
+    const std::string& displayName() const { return displayName_; }
+    /// The address of the private D-Bus session; empty without `accessibility`.
+    std::string sessionBusAddress() const;
+    /// The address of the bus assistive technology uses; empty without `accessibility`.
+    std::string accessibilityBusAddress() const;
+
+    /// What the X server itself says of its connected outputs.
+    std::vector<Monitor> monitors() const { return readMonitors(displayName_); }
+    /// The one of that name; an unconnected one when there is none.
+    Monitor monitor(const std::string& name) const;
+    ScreenSize screenSize() const { return readScreenSize(displayName_); }
+
+    /// Another program at this server.
+    OtherClient otherClient() const { return OtherClient(displayName_); }
+
+    /// Kills the server outright and returns when it is gone; its clients lose it.
+    void kill();
+
+private:
+    void startServer(const Options& options);
+    void connectMonitors(int count) const;
+
+    TemporaryFolder folder_;
+    Janitor janitor_;
+    std::string displayName_;
+    std::unique_ptr<ChildProcess> server_;
+    std::unique_ptr<AccessibilityBus> bus_;
+};
+
+}  // namespace tavrel::support

@@ -1,0 +1,162 @@
+#include "tests/support/VirtualDesktop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/DBus.h"
+#include "tests/support/FileDescriptor.h"
+#include "tests/support/XConnection.h"
+
+namespace tavrel::support {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::Field;
+
+Monitor fullHd(const std::string& name, int x, bool primary) {
+    Monitor monitor;
+    monitor.name = name;
+    monitor.connected = monitor.on = true;
+    monitor.x = x;
+    monitor.width = 1920;
+    monitor.height = 1080;
+    monitor.rotation = 1;
+    monitor.primary = primary;
+    return monitor;
+}
+
+std::vector<Monitor> withoutRefresh(std::vector<Monitor> monitors) {
+    for (Monitor& monitor : monitors) {
+        monitor.refresh = 0;
+    }
+    return monitors;
+}
+
+TEST(VirtualDesktop, ShowsThreeMonitorsSideBySide) {
+    const VirtualDesktop desktop;
+    EXPECT_THAT(withoutRefresh(desktop.monitors()),
+                ElementsAre(fullHd("DUMMY0", 0, true), fullHd("DUMMY1", 1920, false),
+                            fullHd("DUMMY2", 3840, false)));
+    EXPECT_NEAR(desktop.monitor("DUMMY1").refresh, 60, 0.1);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+}
+
+TEST(VirtualDesktop, LetsAnotherClientChangeTheLayout) {
+    const VirtualDesktop desktop;
+    const OtherClient client = desktop.otherClient();
+
+    client.switchOff("DUMMY1");
+    EXPECT_TRUE(desktop.monitor("DUMMY1").connected);
+    EXPECT_FALSE(desktop.monitor("DUMMY1").on);
+
+    client.switchOn("DUMMY1");
+    client.setMode("DUMMY1", "1280x720");
+    client.setPosition("DUMMY1", 0, 1080);
+    client.setRotation("DUMMY1", "left");
+    client.setPrimary("DUMMY1");
+    Monitor expected = fullHd("DUMMY1", 0, true);
+    expected.y = 1080;
+    expected.width = 1280;
+    expected.height = 720;
+    expected.rotation = 2;
+    EXPECT_EQ(withoutRefresh({desktop.monitor("DUMMY1")}).front(), expected);
+    EXPECT_FALSE(desktop.monitor("DUMMY0").primary);
+
+    client.switchOff({"DUMMY0", "DUMMY1", "DUMMY2"});
+    EXPECT_THAT(desktop.monitors(),
+                ElementsAre(Field(&Monitor::on, false), Field(&Monitor::on, false),
+                            Field(&Monitor::on, false)));
+}
+
+TEST(VirtualDesktop, ConnectsAFurtherMonitorThatStaysOff) {
+    const VirtualDesktop desktop({.monitors = 1});
+    ASSERT_EQ(desktop.monitors().size(), 1U);
+    desktop.otherClient().connect("DUMMY5");
+    EXPECT_TRUE(desktop.monitor("DUMMY5").connected);
+    EXPECT_FALSE(desktop.monitor("DUMMY5").on);
+}
+
+TEST(VirtualDesktop, CanComeWithoutRandR) {
+    const VirtualDesktop desktop({.randr = false});
+    const XConnection connection(desktop.displayName());
+    EXPECT_THROW(desktop.monitors(), std::runtime_error);
+}
+
+TEST(VirtualDesktop, ReportsAServerThatRefusesItsArguments) {
+    EXPECT_THROW(VirtualDesktop({.serverArguments = {"-no-such-argument"}}), std::runtime_error);
+}
+
+TEST(VirtualDesktop, TellsProgramsThatAssistiveTechnologyIsInUse) {
+    const VirtualDesktop desktop({.monitors = 1, .accessibility = true});
+    const DBus session(desktop.sessionBusAddress());
+    const Variant enabled =
+        session.property("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Status", "IsEnabled");
+    EXPECT_TRUE(g_variant_get_boolean(enabled.get()));
+}
+
+std::filesystem::path lockFile(const std::string& displayName) {
+    return "/tmp/.X" + displayName.substr(1) + "-lock";
+}
+
+std::filesystem::path socketFile(const std::string& displayName) {
+    return "/tmp/.X11-unix/X" + displayName.substr(1);
+}
+
+TEST(VirtualDesktop, LeavesNothingBehind) {
+    std::string displayName;
+    {
+        const VirtualDesktop desktop({.monitors = 1, .accessibility = true});
+        displayName = desktop.displayName();
+        ASSERT_TRUE(std::filesystem::exists(lockFile(displayName)));
+    }
+    EXPECT_FALSE(std::filesystem::exists(lockFile(displayName)));
+    EXPECT_FALSE(std::filesystem::exists(socketFile(displayName)));
+}
+
+TEST(VirtualDesktop, CanBeKilledUnderItsClients) {
+    VirtualDesktop desktop;
+    const XConnection client(desktop.displayName());
+    desktop.kill();
+    EXPECT_THROW(client.roundTrip(), std::runtime_error);
+    EXPECT_THROW(desktop.monitors(), std::runtime_error);
+}
+
+TEST(VirtualDesktop, IsTakenDownWhenItsProcessIsKilled) {
+    Pipe pipe;
+    const pid_t doomed = ::fork();
+    if (doomed == 0) {
+        const VirtualDesktop desktop({.monitors = 1, .accessibility = true});
+        const std::string report = desktop.displayName() + " " + desktop.sessionBusAddress() + "\n";
+        if (::write(pipe.writeEnd.get(), report.data(), report.size()) < 0) {
+            ::_exit(1);
+        }
+        ::raise(SIGKILL);
+    }
+    pipe.writeEnd.close();
+    std::string report;
+    char character = 0;
+    while (::read(pipe.readEnd.get(), &character, 1) == 1) {
+        report.push_back(character);
+    }
+    ::waitpid(doomed, nullptr, 0);
+    const auto space = report.find(' ');
+    ASSERT_NE(space, std::string::npos);
+    const std::string displayName = report.substr(0, space);
+    const std::string bus = report.substr(space + 1, report.size() - space - 2);
+    const std::filesystem::path folder =
+        std::filesystem::path(bus.substr(bus.find('=') + 1)).parent_path();
+
+    EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(folder); }));
+    EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(socketFile(displayName)); }));
+    EXPECT_THROW(XConnection{displayName}, std::runtime_error);
+    EXPECT_THROW(DBus{bus}, DBusError);
+}
+
+}  // namespace
+}  // namespace tavrel::support
