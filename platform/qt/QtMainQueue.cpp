@@ -36,7 +36,10 @@ private:
 
 }  // namespace
 
-QtMainQueue::~QtMainQueue() {
+QtMainQueue::~QtMainQueue() { dropTasks(); }
+
+void QtMainQueue::dropTasks() {
+    QCoreApplication::removePostedEvents(this, taskWaiting);
     // What a dropped task held may, on its way out, leave further tasks behind.
     for (;;) {
         std::deque<Task> dropped;

@@ -19,6 +19,9 @@ public:
     QtMainQueue() = default;
     ~QtMainQueue() override;
 
+    /// Destroys the tasks that are due but have not run. Main thread only.
+    void dropTasks();
+
     void async(Task task) override;
     void asyncAfter(Delay delay, Task task) override;
     std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) override;
