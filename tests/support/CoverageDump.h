@@ -1,9 +1,11 @@
 #pragma once
 
 #if defined(TAVREL_COVERAGE)
-#include <gcov.h>
-
 #include <csignal>
+
+extern "C" {
+#include <gcov.h>
+}
 #endif
 
 namespace tavrel {
