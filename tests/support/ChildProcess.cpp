@@ -102,7 +102,8 @@ ChildProcess::ChildProcess(const Options& options) {
                   report.get(),
                   ::getpid()};
     for (const auto& [name, value] : options.environment) {
-        launch.variables.push_back(name + "=" + value);
+        launch.variables.push_back(name);
+        launch.variables.back().append("=").append(value);
     }
     const std::vector<char*> arguments = pointers(launch.arguments);
     const std::vector<char*> variables = pointers(launch.variables);

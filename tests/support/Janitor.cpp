@@ -1,9 +1,11 @@
 #include "tests/support/Janitor.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -20,8 +22,6 @@ struct Janitor::Message {
     Kind kind;
     /// The group's leader or the display's number.
     int value;
-    /// The display's server.
-    pid_t server;
 };
 
 namespace {
@@ -43,56 +43,35 @@ void endGroup(pid_t leader) {
     ::kill(-leader, SIGKILL);
 }
 
-/// The path of a file the X server keeps for a display number, assembled by hand since
-/// the formatting functions are not async-signal-safe.
-class DisplayFile {
-public:
-    DisplayFile(int displayNumber, const char* prefix, const char* suffix) {
-        append(prefix);
-        int divisor = 1;
-        while (displayNumber / divisor >= 10) {
-            divisor *= 10;
-        }
-        for (; divisor > 0; divisor /= 10) {
-            const std::array<char, 2> digit{static_cast<char>('0' + displayNumber / divisor % 10),
-                                            '\0'};
-            append(digit.data());
-        }
-        append(suffix);
+/// The address of a display's socket, assembled by hand since the formatting functions
+/// are not async-signal-safe.
+sockaddr_un socketAddress(int displayNumber) {
+    constexpr char prefix[] = "/tmp/.X11-unix/X";
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    char* end = std::copy_n(prefix, sizeof prefix - 1, address.sun_path);
+    int divisor = 1;
+    while (displayNumber / divisor >= 10) {
+        divisor *= 10;
     }
-
-    const char* path() const { return path_.data(); }
-
-private:
-    void append(const char* text) {
-        while (*text != '\0' && length_ + 1 < path_.size()) {
-            path_[length_++] = *text++;
-        }
+    for (; divisor > 0; divisor /= 10) {
+        *end++ = static_cast<char>('0' + displayNumber / divisor % 10);
     }
-
-    std::array<char, 64> path_{};
-    std::size_t length_ = 0;
-};
+    return address;
+}
 
 }  // namespace
 
-void removeDisplayFiles(int displayNumber, pid_t server) {
-    const DisplayFile lock(displayNumber, "/tmp/.X", "-lock");
-    const DisplayFile socket(displayNumber, "/tmp/.X11-unix/X", "");
-    const int fd = ::open(lock.path(), O_RDONLY | O_CLOEXEC);
-    std::array<char, 16> content{};
-    const ssize_t length = fd < 0 ? 0 : ::read(fd, content.data(), content.size() - 1);
+void removeDisplayFiles(int displayNumber) {
+    const sockaddr_un address = socketAddress(displayNumber);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    // The number may have become another server's meanwhile.
+    const bool abandoned =
+        ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+        errno == ECONNREFUSED;
     ::close(fd);
-    pid_t holder = 0;
-    for (ssize_t i = 0; i < length; ++i) {
-        const char digit = content[static_cast<std::size_t>(i)];
-        if (digit >= '0' && digit <= '9') {
-            holder = holder * 10 + (digit - '0');
-        }
-    }
-    if (holder == server) {
-        ::unlink(socket.path());
-        ::unlink(lock.path());
+    if (abandoned) {
+        ::unlink(address.sun_path);
     }
 }
 
@@ -126,7 +105,7 @@ void Janitor::serve(int pipe, const char* folder) {
     }
     for (const Message& each : entrusted) {
         if (each.kind == Message::Kind::display) {
-            removeDisplayFiles(each.value, each.server);
+            removeDisplayFiles(each.value);
         }
     }
     ::execl("/bin/rm", "rm", "-rf", "--", folder, nullptr);
@@ -148,16 +127,16 @@ Janitor::Janitor(const std::filesystem::path& folder) {
 }
 
 Janitor::~Janitor() {
-    tell({Message::Kind::dismissal, 0, 0});
+    tell({Message::Kind::dismissal, 0});
     ::waitpid(pid_, nullptr, 0);
 }
 
 void Janitor::watchGroup(pid_t leader) {
-    tell({Message::Kind::group, leader, 0});
+    tell({Message::Kind::group, leader});
 }
 
-void Janitor::watchDisplay(int number, pid_t server) {
-    tell({Message::Kind::display, number, server});
+void Janitor::watchDisplay(int number) {
+    tell({Message::Kind::display, number});
 }
 
 void Janitor::tell(const Message& message) {

@@ -23,8 +23,8 @@ public:
 
     /// Also end the process group that this process leads.
     void watchGroup(pid_t leader);
-    /// Also remove what this X server, killed outright, leaves in the common folders.
-    void watchDisplay(int number, pid_t server);
+    /// Also remove what the X server with this number leaves behind when it is killed.
+    void watchDisplay(int number);
 
 private:
     struct Message;
@@ -35,8 +35,7 @@ private:
     pid_t pid_ = -1;
 };
 
-/// Removes the lock and socket that `server` left behind, unless they have become another
-/// server's meanwhile. Async-signal-safe.
-void removeDisplayFiles(int displayNumber, pid_t server);
+/// Removes the socket of a display if no server listens there any more. Async-signal-safe.
+void removeDisplayFiles(int displayNumber);
 
 }  // namespace tavrel::support

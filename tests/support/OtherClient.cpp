@@ -36,16 +36,15 @@ void OtherClient::setPrimary(const std::string& output) const {
     run({"--output", output, "--primary"});
 }
 
-void OtherClient::setRotation(const std::string& output, const std::string& rotation) const {
-    run({"--output", output, "--rotate", rotation});
-}
-
 void OtherClient::showSameAs(const std::string& output, const std::string& original) const {
     run({"--output", output, "--same-as", original});
 }
 
-void OtherClient::connect(const std::string& output, const std::string& mode) const {
+void OtherClient::connect(const std::string& output, int x, int y, const std::string& mode) const {
     run({"--addmode", output, mode});
+    run({"--output", output, "--mode", mode, "--pos", std::to_string(x) + "x" + std::to_string(y)});
+    // Listing the outputs makes the server look at its connectors anew.
+    run({"--query"});
 }
 
 void OtherClient::run(std::vector<std::string> arguments) const {

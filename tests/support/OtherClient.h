@@ -20,12 +20,11 @@ public:
     void setMode(const std::string& output, const std::string& mode) const;
     void setPosition(const std::string& output, int x, int y) const;
     void setPrimary(const std::string& output) const;
-    /// "normal", "left", "right" or "inverted".
-    void setRotation(const std::string& output, const std::string& rotation) const;
     void showSameAs(const std::string& output, const std::string& original) const;
-    /// Gives a further output of the dummy driver its first mode, which connects it; it
-    /// stays off.
-    void connect(const std::string& output, const std::string& mode = "1920x1080") const;
+    /// A monitor appears: a further output of the dummy driver gets its first mode, shows
+    /// it at this place, and counts as connected from now on, also when switched off.
+    void connect(const std::string& output, int x, int y,
+                 const std::string& mode = "1920x1080") const;
     void run(std::vector<std::string> arguments) const;
 
 private:

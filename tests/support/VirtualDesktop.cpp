@@ -96,7 +96,7 @@ VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()
         }
     }
     if (options.randr) {
-        connectMonitors(options.monitors);
+        arrangeMonitors(options.monitors);
     }
     if (options.accessibility) {
         bus_ = std::make_unique<AccessibilityBus>(folder_.path(), displayName_, janitor_);
@@ -105,7 +105,8 @@ VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()
 
 VirtualDesktop::~VirtualDesktop() {
     bus_.reset();
-    kill();
+    // Asked to end, the server removes its own files.
+    server_.reset();
 }
 
 void VirtualDesktop::startServer(const Options& options) {
@@ -147,21 +148,23 @@ void VirtualDesktop::startServer(const Options& options) {
         throw std::runtime_error("the X server did not come up:\n" +
                                  readFile(folder_.path() / "xorg.err"));
     }
-    janitor_.watchDisplay(*display, server_->pid());
+    janitor_.watchDisplay(*display);
     displayName_ = ":" + std::to_string(*display);
 }
 
-void VirtualDesktop::connectMonitors(int count) const {
+void VirtualDesktop::arrangeMonitors(int count) const {
     const OtherClient client = otherClient();
     std::vector<std::string> layout{"--output", "DUMMY0", "--mode",   "1920x1080",
                                     "--pos",    "0x0",    "--primary"};
     for (int i = 1; i < count; ++i) {
         const std::string name = "DUMMY" + std::to_string(i);
-        client.connect(name);
+        client.run({"--addmode", name, "1920x1080"});
         layout.insert(layout.end(), {"--output", name, "--mode", "1920x1080", "--pos",
                                      std::to_string(1920 * i) + "x0"});
     }
     client.run(std::move(layout));
+    // An output counts as connected once it has shown something and the server has looked.
+    client.run({"--query"});
 }
 
 std::string VirtualDesktop::sessionBusAddress() const {
@@ -185,10 +188,9 @@ void VirtualDesktop::kill() {
     if (server_ == nullptr) {
         return;
     }
-    const pid_t server = server_->pid();
     server_->signal(SIGKILL);
     server_.reset();
-    removeDisplayFiles(std::stoi(displayName_.substr(1)), server);
+    removeDisplayFiles(std::stoi(displayName_.substr(1)));
 }
 
 }  // namespace tavrel::support

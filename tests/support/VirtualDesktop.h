@@ -59,7 +59,7 @@ public:
 
 private:
     void startServer(const Options& options);
-    void connectMonitors(int count) const;
+    void arrangeMonitors(int count) const;
 
     TemporaryFolder folder_;
     Janitor janitor_;
