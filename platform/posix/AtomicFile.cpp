@@ -1,0 +1,146 @@
+#include "platform/posix/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+namespace tavrel::AtomicFile {
+namespace {
+
+constexpr mode_t ownerFolder = 0700;
+constexpr mode_t ownerFile = 0600;
+constexpr std::string_view temporarySuffix = ".new-";
+
+/// Repeats a system call that a signal interrupted.
+template <class Call>
+auto untilUninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+bool writeAll(int file, std::string_view contents) {
+    while (!contents.empty()) {
+        const ssize_t written =
+            untilUninterrupted([&] { return ::write(file, contents.data(), contents.size()); });
+        if (written < 0) {
+            return false;
+        }
+        contents.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+/// Makes a change of the folder's entries outlast a loss of power. Not every file system
+/// can; where it cannot there is nothing more to do.
+void syncFolder(const std::filesystem::path& folder) {
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) {
+        ::fsync(opened.number());
+    }
+}
+
+}  // namespace
+
+ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::string& contents) {
+    // Without O_NONBLOCK a pipe of that name would hold us up until someone writes to it.
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen()) {
+        return errno == ENOENT ? ReadOutcome::absent : ReadOutcome::refused;
+    }
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return ReadOutcome::unusable;
+    }
+    std::string all;
+    std::array<char, 16384> chunk{};
+    for (;;) {
+        const ssize_t size =
+            untilUninterrupted([&] { return ::read(file.number(), chunk.data(), chunk.size()); });
+        if (size < 0) {
+            return ReadOutcome::refused;
+        }
+        if (size == 0) {
+            contents = std::move(all);
+            return ReadOutcome::read;
+        }
+        all.append(chunk.data(), static_cast<std::size_t>(size));
+        if (all.size() > maxSize) {
+            return ReadOutcome::unusable;
+        }
+    }
+}
+
+bool makeFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    if (std::filesystem::is_directory(folder, error)) {
+        return true;
+    }
+    if (!folder.has_relative_path() || !makeFolder(folder.parent_path())) {
+        return false;
+    }
+    if (::mkdir(folder.c_str(), ownerFolder) == 0) {
+        // The umask may have taken some of the owner's own rights.
+        return ::chmod(folder.c_str(), ownerFolder) == 0;
+    }
+    // Another process may have been faster.
+    return std::filesystem::is_directory(folder, error);
+}
+
+FileDescriptor lock(const std::filesystem::path& path) {
+    // A description of our own for each lock: threads that shared one would not exclude
+    // one another.
+    FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerFile));
+    if (file.isOpen() && untilUninterrupted([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
+        return file;
+    }
+    return {};
+}
+
+Replacement::Replacement(std::filesystem::path target, std::string_view contents)
+    : target_(std::move(target)),
+      temporary_(target_.string() + std::string(temporarySuffix) + "XXXXXX") {
+    const FileDescriptor file(::mkostemp(temporary_.data(), O_CLOEXEC));
+    if (!file.isOpen()) {
+        temporary_.clear();
+        return;
+    }
+    isWritten_ = ::fchmod(file.number(), ownerFile) == 0 && writeAll(file.number(), contents) &&
+                 ::fsync(file.number()) == 0;
+}
+
+Replacement::~Replacement() {
+    if (!temporary_.empty()) {
+        ::unlink(temporary_.c_str());
+    }
+}
+
+bool Replacement::putInPlace() {
+    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
+        return false;
+    }
+    temporary_.clear();
+    syncFolder(target_.parent_path());
+    return true;
+}
+
+void removeLeftovers(const std::filesystem::path& target) {
+    const std::string prefix = target.filename().string() + std::string(temporarySuffix);
+    std::error_code error;
+    std::filesystem::directory_iterator entry(target.parent_path(), error);
+    while (!error && entry != std::filesystem::directory_iterator()) {
+        if (entry->path().filename().string().starts_with(prefix)) {
+            ::unlink(entry->path().c_str());
+        }
+        entry.increment(error);
+    }
+}
+
+}  // namespace tavrel::AtomicFile

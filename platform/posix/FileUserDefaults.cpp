@@ -1,0 +1,114 @@
+#include "platform/posix/FileUserDefaults.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "platform/posix/AtomicFile.h"
+
+namespace tavrel {
+namespace {
+
+using AtomicFile::ReadOutcome;
+using nlohmann::json;
+
+constexpr std::size_t maxFileSize = 16'777'216;
+
+/// The object in `text`; null when it is no JSON object.
+json parseObject(const std::string& text) {
+    // The library writes nested values recursively, so what it could not write again
+    // without end is not read either. Our own files have one level.
+    constexpr int deepest = 64;
+    bool isTooDeep = false;
+    const auto checkDepth = [&](int depth, json::parse_event_t, const json&) {
+        isTooDeep = isTooDeep || depth > deepest;
+        return !isTooDeep;
+    };
+    // The parser takes a zero byte for the end of its input; in a JSON text there is none.
+    if (text.find('\0') != std::string::npos) {
+        return nullptr;
+    }
+    json object = json::parse(text, checkDepth, /*allow_exceptions=*/false);
+    return object.is_object() && !isTooDeep ? object : json(nullptr);
+}
+
+/// The text of `object`; nothing when a part of it is not valid UTF-8.
+std::optional<std::string> textOf(const json& object) {
+    try {
+        return object.dump(2) + "\n";
+    } catch (const json::type_error&) {
+        return std::nullopt;
+    }
+}
+
+/// The file that a write replaces: what `path` leads to, so that a link stays a link.
+std::filesystem::path targetOf(const std::filesystem::path& path) {
+    std::error_code error;
+    std::filesystem::path target = std::filesystem::canonical(path, error);
+    return error ? path : target;
+}
+
+std::filesystem::path withSuffix(std::filesystem::path path, const std::string& suffix) {
+    path += suffix;
+    return path;
+}
+
+/// Moves a damaged file out of the way, to the first name that is free.
+bool keepDamaged(const std::filesystem::path& target) {
+    std::error_code error;
+    std::filesystem::path kept = withSuffix(target, ".damaged");
+    for (int copy = 2; std::filesystem::exists(kept, error) && !error; ++copy) {
+        kept = withSuffix(target, ".damaged-" + std::to_string(copy));
+    }
+    std::filesystem::rename(target, kept, error);
+    return !error;
+}
+
+}  // namespace
+
+FileUserDefaults::FileUserDefaults(std::filesystem::path path) : path_(std::move(path)) {}
+
+std::optional<std::string> FileUserDefaults::data(std::string_view key) {
+    std::string text;
+    if (AtomicFile::read(path_, maxFileSize, text) != ReadOutcome::read) {
+        return std::nullopt;
+    }
+    const json object = parseObject(text);
+    const auto found = object.find(key);
+    if (found == object.end() || !found->is_string()) {
+        return std::nullopt;
+    }
+    return found->get<std::string>();
+}
+
+bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {
+    if (path_.empty() || !AtomicFile::makeFolder(path_.parent_path())) {
+        return false;
+    }
+    const std::filesystem::path target = targetOf(path_);
+    const FileDescriptor lock = AtomicFile::lock(withSuffix(target, ".lock"));
+    if (!lock.isOpen()) {
+        return false;
+    }
+    AtomicFile::removeLeftovers(target);
+
+    std::string oldText = "{}";
+    const ReadOutcome outcome = AtomicFile::read(target, maxFileSize, oldText);
+    if (outcome == ReadOutcome::refused) {
+        return false;
+    }
+    json object = parseObject(oldText);
+    const bool isDamaged = object.is_null() || outcome == ReadOutcome::unusable;
+    if (isDamaged) {
+        object = json::object();
+    }
+    object[std::string(key)] = std::string(bytes);
+    const auto newText = textOf(object);
+    if (!newText) {
+        return false;
+    }
+    AtomicFile::Replacement replacement(target, *newText);
+    return replacement.isWritten() && (!isDamaged || keepDamaged(target)) &&
+           replacement.putInPlace();
+}
+
+}  // namespace tavrel

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "platform/BackgroundQueue.h"
+
+namespace tavrel {
+
+/// Background work on threads of its own. A thread is added whenever a job finds none
+/// idle, up to `maxThreads`; only when that many jobs block at once do others wait. Idle
+/// threads are kept for later jobs.
+///
+/// A job must not throw. It is destroyed, with all it holds, on the thread that ran it.
+class ThreadBackgroundQueue : public BackgroundQueue {
+public:
+    static constexpr std::size_t maxThreads = 64;
+
+    ThreadBackgroundQueue() = default;
+    /// Waits for the jobs that have started and drops the others, also those that the
+    /// last ones add. Must not be called from a job.
+    ~ThreadBackgroundQueue() override;
+
+    ThreadBackgroundQueue(const ThreadBackgroundQueue&) = delete;
+    ThreadBackgroundQueue& operator=(const ThreadBackgroundQueue&) = delete;
+
+    void async(Task job) override;
+
+private:
+    void work();
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Task> waiting_;
+    std::vector<std::thread> threads_;
+    std::size_t idleThreads_ = 0;
+    bool isEnding_ = false;
+};
+
+}  // namespace tavrel
