@@ -65,6 +65,15 @@ ChildProcess::Options launcherOptions(const std::filesystem::path& folder,
     return options;
 }
 
+bool answers(const std::string& address) {
+    try {
+        const DBus bus(address);
+        return true;
+    } catch (const DBusError&) {
+        return false;
+    }
+}
+
 /// Asks the session where the accessibility bus is; empty when it does not know yet.
 std::string askForAccessibilityBus(const std::string& sessionAddress) {
     try {
@@ -84,14 +93,15 @@ std::string askForAccessibilityBus(const std::string& sessionAddress) {
 AccessibilityBus::AccessibilityBus(const std::filesystem::path& folder,
                                    const std::string& displayName, Janitor& janitor)
     : sessionAddress_("unix:path=" + (folder / "session").string()),
-      session_(sessionOptions(folder)),
-      launcher_(launcherOptions(folder, displayName, sessionAddress_)) {
+      session_(sessionOptions(folder)) {
     janitor.watchGroup(session_.pid());
-    janitor.watchGroup(launcher_.pid());
-    const bool answered = waitUntil([&] {
-        accessibilityAddress_ = askForAccessibilityBus(sessionAddress_);
-        return !accessibilityAddress_.empty();
-    });
+    const bool listening = waitUntil([&] { return answers(sessionAddress_); });
+    launcher_.emplace(launcherOptions(folder, displayName, sessionAddress_));
+    janitor.watchGroup(launcher_->pid());
+    const bool answered = listening && waitUntil([&] {
+                              accessibilityAddress_ = askForAccessibilityBus(sessionAddress_);
+                              return !accessibilityAddress_.empty();
+                          });
     if (!answered) {
         throw std::runtime_error("no accessibility bus:\n" + readFile(folder / "session.err") +
                                  readFile(folder / "accessibility.err"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "tests/support/ChildProcess.h"
@@ -24,7 +25,7 @@ private:
     std::string sessionAddress_;
     std::string accessibilityAddress_;
     ChildProcess session_;
-    ChildProcess launcher_;
+    std::optional<ChildProcess> launcher_;
 };
 
 }  // namespace tavrel::support

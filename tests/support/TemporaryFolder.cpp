@@ -1,9 +1,9 @@
 #include "tests/support/TemporaryFolder.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -24,8 +24,14 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string readFile(const std::filesystem::path& file) {
+    // Not by a stream's buffer: that throws when a file under /proc loses its process.
+    std::string content;
     std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::array<char, 4096> part{};
+    while (in.read(part.data(), part.size()) || in.gcount() > 0) {
+        content.append(part.data(), static_cast<std::size_t>(in.gcount()));
+    }
+    return content;
 }
 
 void writeFile(const std::filesystem::path& file, const std::string& content) {

@@ -184,6 +184,14 @@ Monitor VirtualDesktop::monitor(const std::string& name) const {
     return found == all.end() ? missing : *found;
 }
 
+std::vector<Monitor> VirtualDesktop::monitors() const {
+    if (server_ == nullptr) {
+        // Its number may be another server's by now.
+        throw std::runtime_error("the X server has been killed");
+    }
+    return readMonitors(displayName_);
+}
+
 void VirtualDesktop::kill() {
     if (server_ == nullptr) {
         return;

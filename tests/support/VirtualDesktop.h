@@ -46,7 +46,7 @@ public:
     std::string accessibilityBusAddress() const;
 
     /// What the X server itself says of its connected outputs.
-    std::vector<Monitor> monitors() const { return readMonitors(displayName_); }
+    std::vector<Monitor> monitors() const;
     /// The one of that name; an unconnected one when there is none.
     Monitor monitor(const std::string& name) const;
     ScreenSize screenSize() const { return readScreenSize(displayName_); }
