@@ -22,12 +22,16 @@ ServerStatus copyList(const std::vector<DisplayID>& found, std::uint32_t maxCoun
 
 void SimulatedWindowServer::connect(const SimulatedDisplay& display) {
     report(display.id, displayChange::beginConfiguration);
+    replaceSilently(display);
+    report(display.id, displayChange::add);
+}
+
+void SimulatedWindowServer::replaceSilently(const SimulatedDisplay& display) {
     if (SimulatedDisplay* there = known(display.id)) {
         *there = display;
     } else {
         displays_.push_back(display);
     }
-    report(display.id, displayChange::add);
 }
 
 void SimulatedWindowServer::disconnect(DisplayID display) {

@@ -47,6 +47,8 @@ public:
     void disconnect(DisplayID display);
     /// Another program switches the display.
     void switchFromOutside(DisplayID display, bool enabled);
+    /// Puts the display into this state without a word to anybody: a lost report.
+    void replaceSilently(const SimulatedDisplay& display);
     /// A report about nothing that this server models (a move, a mode).
     void report(DisplayID display, std::uint32_t flags);
 

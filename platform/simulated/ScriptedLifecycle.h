@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+
+#include "platform/DisplayLifecycle.h"
+#include "platform/simulated/SimulatedScheduler.h"
+
+namespace tavrel {
+
+/// A fault decorator: answers in a lifecycle's place, or late, where it was told to.
+class ScriptedLifecycle : public DisplayLifecycle {
+public:
+    /// Both must outlive it.
+    ScriptedLifecycle(DisplayLifecycle& inner, SimulatedScheduler& scheduler)
+        : inner_(inner), scheduler_(scheduler) {}
+
+    /// From now on switching `display` answers `status` and changes nothing; 0 lets it
+    /// through again.
+    void refuse(DisplayID display, ServerStatus status) { refusals_[display] = status; }
+
+    /// From now on each switch takes this long before it has its effect.
+    void setLatency(Delay latency) { latency_ = latency; }
+
+    bool canControlDisplays() override { return inner_.canControlDisplays(); }
+
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override {
+        return inner_.getDisplayList(maxCount, displays, count);
+    }
+
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        if (latency_ > Delay::zero()) {
+            scheduler_.sleep(latency_);
+        }
+        const auto refusal = refusals_.find(display);
+        if (refusal != refusals_.end() && refusal->second != serverStatus::success) {
+            return refusal->second;
+        }
+        return inner_.setDisplayEnabled(display, enabled);
+    }
+
+private:
+    DisplayLifecycle& inner_;
+    SimulatedScheduler& scheduler_;
+    std::map<DisplayID, ServerStatus> refusals_;
+    Delay latency_{0};
+};
+
+}  // namespace tavrel
