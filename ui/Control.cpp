@@ -1,0 +1,94 @@
+#include "ui/Control.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+constexpr double ringWidth = 2;
+/// From the face to the middle of the ring's stroke.
+constexpr double ringDistance = Control::ringMargin - ringWidth / 2;
+constexpr double ringOpacity = 0.9;
+
+bool comesFromKeyboard(Qt::FocusReason reason) {
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+           reason == Qt::ShortcutFocusReason;
+}
+
+}  // namespace
+
+Control::Control(const QSize& faceSize, QWidget* parent)
+    : QAbstractButton(parent), faceSize_(faceSize) {
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    resize(sizeHint());
+}
+
+QRect Control::face() const {
+    return rect().adjusted(ringMargin, ringMargin, -ringMargin, -ringMargin);
+}
+
+void Control::setFace(const QRect& face) {
+    setGeometry(face.adjusted(-ringMargin, -ringMargin, ringMargin, ringMargin));
+}
+
+void Control::takeFocus(bool showingRing) {
+    setFocus(Qt::OtherFocusReason);
+    setShowsFocusRing(showingRing);
+}
+
+QSize Control::sizeHint() const { return faceSize_ + QSize(2 * ringMargin, 2 * ringMargin); }
+
+void Control::paintFocusRing(QPainter& painter) const {
+    if (!showsFocusRing_ || !hasFocus()) {
+        return;
+    }
+    const QRectF ring =
+        QRectF(face()).adjusted(-ringDistance, -ringDistance, ringDistance, ringDistance);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(theme::faded(theme::blue, ringOpacity), ringWidth));
+    painter.drawPath(facePath(ring));
+}
+
+bool Control::hitButton(const QPoint& position) const {
+    return facePath(face()).contains(position);
+}
+
+void Control::keyPressEvent(QKeyEvent* event) {
+    setShowsFocusRing(true);
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (!event->isAutoRepeat()) {
+            click();
+        }
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+void Control::focusInEvent(QFocusEvent* event) {
+    // A window that comes to the front gives back what it had, ring included.
+    if (event->reason() != Qt::ActiveWindowFocusReason) {
+        setShowsFocusRing(comesFromKeyboard(event->reason()));
+    }
+    QAbstractButton::focusInEvent(event);
+}
+
+void Control::focusOutEvent(QFocusEvent* event) {
+    if (event->reason() != Qt::ActiveWindowFocusReason) {
+        setShowsFocusRing(false);
+    }
+    QAbstractButton::focusOutEvent(event);
+}
+
+void Control::setShowsFocusRing(bool shows) {
+    if (shows != showsFocusRing_) {
+        showsFocusRing_ = shows;
+        update();
+    }
+}
+
+}  // namespace tavrel

@@ -1,0 +1,116 @@
+#include "ui/DisplayControlView.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "ui/Texts.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+
+DisplayControlView::DisplayControlView(std::shared_ptr<DisplayController> controller,
+                                       QWidget* parent)
+    : QWidget(parent),
+      controller_(std::move(controller)),
+      header_(*this),
+      emptyState_(new EmptyState(this)),
+      rows_(new RowList(this)),
+      footer_(*this) {
+    setPalette(theme::darkPalette());
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setFixedSize(contentSize);
+    connect(header_.refreshButton(), &QAbstractButton::clicked, this,
+            [this] { controller_->refresh(std::nullopt); });
+    connect(footer_.wakeButton(), &QAbstractButton::clicked, this,
+            [this] { controller_->wakeAll(); });
+    subscription_ = controller_->objectWillChange().subscribe([this] { rebuildSoon(); });
+    rebuild();
+}
+
+void DisplayControlView::rebuildSoon() {
+    if (!rebuildIsPending_) {
+        rebuildIsPending_ = true;
+        QMetaObject::invokeMethod(this, &DisplayControlView::rebuild, Qt::QueuedConnection);
+    }
+}
+
+void DisplayControlView::rebuild() {
+    rebuildIsPending_ = false;
+    const bool isEmpty = controller_->displays().empty();
+    const bool isRefreshing = controller_->isRefreshing();
+
+    header_.update(isRefreshing, focus_);
+    rows_->setRows(rowInputs(), *this);
+    emptyState_->setContents(isRefreshing, QString::fromStdString(controller_->statusMessage()));
+    footer_.update(controller_->statusMessage(), controller_->errorMessage(), isRefreshing,
+                   !isEmpty, focus_);
+    emptyState_->setVisible(isEmpty);
+    rows_->setVisible(!isEmpty);
+    orderFocus();
+    layOut();
+    emit rebuilt();
+}
+
+std::vector<DisplayRow::Inputs> DisplayControlView::rowInputs() const {
+    const std::vector<DisplayDevice>& displays = controller_->displays();
+    const auto on = std::count_if(displays.begin(), displays.end(),
+                                  [](const DisplayDevice& display) { return display.isOn; });
+    std::vector<DisplayRow::Inputs> inputs;
+    inputs.reserve(displays.size());
+    for (const DisplayDevice& display : displays) {
+        inputs.push_back({.display = display,
+                          .isEnabled = !display.isOn || on > 1,
+                          .disabledLabel = texts::mustStayOn.toString(),
+                          .disabledReason = texts::atLeastOneMustStayOn.toString(),
+                          .onChange = [controller = controller_, display](bool isOn) {
+                              controller->set(display, isOn);
+                          }});
+    }
+    return inputs;
+}
+
+void DisplayControlView::orderFocus() {
+    QWidget* previous = header_.refreshButton();
+    for (DisplayRow* row : rows_->rows()) {
+        // The row itself holds the focus while its switch cannot.
+        setTabOrder(previous, row);
+        setTabOrder(row, row->powerSwitch());
+        previous = row->powerSwitch();
+    }
+    setTabOrder(previous, footer_.wakeButton());
+}
+
+void DisplayControlView::layOut() {
+    const QRect column = rect().adjusted(padding, padding, -padding, -padding);
+    header_.layOut(column);
+    footer_.layOut(column);
+
+    const QRect content = column.adjusted(0, header_.height(), 0,
+                                          -footer_.heightForWidth(column.width()));
+    emptyState_->setGeometry(content);
+    const bool scrolls = rows_->fullHeight() > content.height();
+    // Rows that are cut off by the edge keep a distance from what is beyond it.
+    const int inset = scrolls ? RowList::spacing : 0;
+    rows_->setGeometry(content.adjusted(0, inset, RowList::scrollBarRoom, -inset));
+}
+
+void DisplayControlView::resizeEvent(QResizeEvent* event) {
+    layOut();
+    QWidget::resizeEvent(event);
+}
+
+bool DisplayControlView::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        layOut();
+    }
+    return QWidget::event(event);
+}
+
+void DisplayControlView::paintEvent(QPaintEvent*) {
+    QPainter(this).drawPixmap(0, 0, backdrop_.pixmap(size(), devicePixelRatioF()));
+}
+
+}  // namespace tavrel

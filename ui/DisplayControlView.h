@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "controller/DisplayController.h"
+#include "ui/Backdrop.h"
+#include "ui/EmptyState.h"
+#include "ui/FocusKeeper.h"
+#include "ui/Footer.h"
+#include "ui/Header.h"
+#include "ui/RowList.h"
+
+namespace tavrel {
+
+/// The whole content of the window.
+///
+/// It has no state of its own: all it shows is the controller's, and all the user does is
+/// one call of the controller. It is rebuilt once in a turn of the main loop however many
+/// fields have changed. The strip of `theme::menuBarHeight` points at its top stays free.
+class DisplayControlView : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr QSize contentSize{520, 486};
+    static constexpr int padding = 28;
+
+    /// Shares the ownership of `controller`. Main thread only, like all widgets.
+    explicit DisplayControlView(std::shared_ptr<DisplayController> controller,
+                                QWidget* parent = nullptr);
+
+    QSize sizeHint() const override { return contentSize; }
+
+signals:
+    /// After each rebuild: what the controller said before the last turn of the main loop
+    /// is now on the screen.
+    void rebuilt();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    void rebuildSoon();
+    void rebuild();
+    std::vector<DisplayRow::Inputs> rowInputs() const;
+    void orderFocus();
+    void layOut();
+
+    const std::shared_ptr<DisplayController> controller_;
+    Backdrop backdrop_;
+    Header header_;
+    EmptyState* emptyState_;
+    RowList* rows_;
+    Footer footer_;
+    FocusKeeper focus_{*this};
+    bool rebuildIsPending_ = false;
+    ObjectWillChange::Subscription subscription_;
+};
+
+}  // namespace tavrel

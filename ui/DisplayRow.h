@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "display/DisplayDevice.h"
+#include "ui/FocusKeeper.h"
+#include "ui/Spinner.h"
+#include "ui/Switch.h"
+#include "ui/Text.h"
+
+namespace tavrel {
+
+/// One display of the list: what it is, what it is called, and at the right its switch,
+/// or a spinner while it is being switched.
+///
+/// The row decides nothing. It shows its inputs, and every flip of the switch is handed to
+/// `onChange`; the switch moves for good only when new inputs say so.
+class DisplayRow : public QWidget {
+    Q_OBJECT
+
+public:
+    struct Inputs {
+        DisplayDevice display;
+        /// Whether the switch may be used.
+        bool isEnabled;
+        /// Beside the lock under a switch that may not be used.
+        QString disabledLabel;
+        /// The tooltip of a switch that may not be used.
+        QString disabledReason;
+        /// Gets the switch's new position, once for each flip, on the main thread.
+        std::function<void(bool)> onChange;
+    };
+
+    static constexpr int fixedHeight = 78;
+
+    DisplayRow(Inputs inputs, QWidget* parent);
+
+    /// Shows other inputs for the same display, with the focus kept where it was.
+    void setInputs(Inputs inputs);
+
+    const std::string& id() const { return inputs_.display.id(); }
+    bool isBusy() const { return inputs_.display.isBusy; }
+    Switch* powerSwitch() const { return switch_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void showInputs();
+    void showRightHand();
+    void layOut();
+
+    Inputs inputs_;
+    Text* name_;
+    Text* explanation_;
+    Switch* switch_;
+    Text* lock_;
+    Spinner* spinner_;
+    FocusKeeper focus_{*this};
+};
+
+}  // namespace tavrel

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QWidget>
+
+#include "ui/Spinner.h"
+#include "ui/Text.h"
+
+namespace tavrel {
+
+/// What stands in the place of the rows while no display is known.
+class EmptyState : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit EmptyState(QWidget* parent);
+
+    void setContents(bool isRefreshing, const QString& statusMessage);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void layOut();
+
+    Spinner* spinner_;
+    Text* message_;
+    bool isRefreshing_ = false;
+    QRectF icon_;
+};
+
+}  // namespace tavrel

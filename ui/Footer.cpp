@@ -1,0 +1,85 @@
+#include "ui/Footer.h"
+
+#include <QAccessible>
+#include <QPainter>
+#include <algorithm>
+
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+constexpr int spacing = 10;
+constexpr theme::FontSpec lineFont{11.5, QFont::Medium};
+constexpr double statusOpacity = 0.5;
+constexpr double errorOpacity = 0.86;
+constexpr int maximumErrorLines = 2;
+constexpr double dotDiameter = 7;
+constexpr double dotSpacing = 7;
+
+}  // namespace
+
+Footer::Footer(QWidget& view)
+    : status_(new Text(lineFont, theme::white(statusOpacity), &view)),
+      error_(new Text(lineFont, theme::faded(theme::red, errorOpacity), &view)),
+      wake_(new WakeButton(&view)) {
+    error_->setMaximumLines(maximumErrorLines);
+    error_->setAlignment(Qt::AlignCenter);
+    error_->hide();
+    showDot(false);
+}
+
+void Footer::update(const std::string& statusMessage,
+                    const std::optional<std::string>& errorMessage, bool isRefreshing,
+                    bool canWake, FocusKeeper& focus) {
+    showDot(isRefreshing);
+    status_->setText(QString::fromStdString(statusMessage));
+    showError(errorMessage);
+    setEnabledKeepingFocus(*wake_, canWake, focus);
+}
+
+void Footer::showDot(bool isRefreshing) {
+    if (dotIsRefreshing_ == isRefreshing) {
+        return;
+    }
+    dotIsRefreshing_ = isRefreshing;
+    const QColor color = isRefreshing ? theme::orange : theme::green;
+    status_->setLeading({dotDiameter, dotDiameter}, dotSpacing,
+                        [color](QPainter& painter, const QRectF& place) {
+                            painter.save();
+                            painter.setPen(Qt::NoPen);
+                            painter.setBrush(color);
+                            painter.drawEllipse(place);
+                            painter.restore();
+                        });
+}
+
+void Footer::showError(const std::optional<std::string>& errorMessage) {
+    const QString text = QString::fromStdString(errorMessage.value_or(std::string()));
+    const bool isNew = errorMessage.has_value() && (!hasError() || error_->text() != text);
+    error_->setText(text);
+    error_->setVisible(errorMessage.has_value());
+    status_->setVisible(!errorMessage.has_value());
+    if (isNew) {
+        QAccessibleEvent event(error_, QAccessible::Alert);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+int Footer::heightForWidth(int width) const {
+    const int line = hasError() ? error_->heightForWidth(width) : status_->lineHeight();
+    return line + spacing + WakeButton::faceHeight;
+}
+
+void Footer::layOut(const QRect& column) {
+    const int top = column.bottom() + 1 - heightForWidth(column.width());
+    const int wakeTop = column.bottom() + 1 - WakeButton::faceHeight;
+    wake_->setFace({column.left(), wakeTop, column.width(), WakeButton::faceHeight});
+    error_->setGeometry(column.left(), top, column.width(), wakeTop - spacing - top);
+
+    const int statusWidth = std::min(column.width(), status_->sizeHint().width());
+    status_->setGeometry(column.left() + (column.width() - statusWidth) / 2, top, statusWidth,
+                         status_->lineHeight());
+}
+
+}  // namespace tavrel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QRect>
+#include <optional>
+#include <string>
+
+#include "ui/FocusKeeper.h"
+#include "ui/Text.h"
+#include "ui/WakeButton.h"
+
+namespace tavrel {
+
+/// The status line, or in its place the error line, above the wake button. The widgets
+/// are `view`'s.
+class Footer {
+public:
+    explicit Footer(QWidget& view);
+
+    WakeButton* wakeButton() const { return wake_; }
+
+    /// An error that is present hides the status, even when its text is empty.
+    void update(const std::string& statusMessage, const std::optional<std::string>& errorMessage,
+                bool isRefreshing, bool canWake, FocusKeeper& focus);
+
+    int heightForWidth(int width) const;
+    /// Fills the bottom of `column`.
+    void layOut(const QRect& column);
+
+private:
+    void showDot(bool isRefreshing);
+    void showError(const std::optional<std::string>& errorMessage);
+    bool hasError() const { return !error_->isHidden(); }
+
+    Text* status_;
+    Text* error_;
+    WakeButton* wake_;
+    std::optional<bool> dotIsRefreshing_;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,99 @@
+#include "ui/RefreshButton.h"
+
+#include <QPainter>
+
+#include "ui/Icons.h"
+#include "ui/Texts.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+constexpr int turnMilliseconds = 900;
+constexpr int restMilliseconds = 350;
+constexpr double fullTurn = 360;
+constexpr double iconFontSize = 13;
+
+}  // namespace
+
+RefreshButton::RefreshButton(QWidget* parent) : PlainButton({diameter, diameter}, parent) {
+    setAccessibleName(texts::refreshDisplays.toString());
+    setToolTip(texts::refreshDisplays.toString());
+
+    spin_.setStartValue(0.0);
+    spin_.setEndValue(fullTurn);
+    spin_.setDuration(turnMilliseconds);
+    spin_.setLoopCount(-1);
+    comeToRest_.setEndValue(fullTurn);
+    comeToRest_.setDuration(restMilliseconds);
+    comeToRest_.setEasingCurve(QEasingCurve::InOutQuad);
+    for (QVariantAnimation* animation : {&spin_, &comeToRest_}) {
+        connect(animation, &QVariantAnimation::valueChanged, this,
+                [this](const QVariant& value) { turnTo(value.toDouble()); });
+    }
+}
+
+void RefreshButton::setSpinning(bool spins) {
+    if (spins == spins_) {
+        return;
+    }
+    spins_ = spins;
+    comeToRest_.stop();
+    spin_.stop();
+    if (!isVisible()) {
+        turnTo(0);
+    } else if (spins) {
+        spin_.start();
+    } else if (angle_ != 0) {
+        comeToRest_.setStartValue(angle_);
+        comeToRest_.start();
+    }
+}
+
+bool RefreshButton::isMoving() const {
+    return spin_.state() == QAbstractAnimation::Running ||
+           comeToRest_.state() == QAbstractAnimation::Running;
+}
+
+QPainterPath RefreshButton::facePath(const QRectF& face) const {
+    QPainterPath path;
+    path.addEllipse(face);
+    return path;
+}
+
+void RefreshButton::paintFace(QPainter& painter, const QRectF& face) const {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme::white(fillOpacity()));
+    painter.drawPath(facePath(face));
+
+    constexpr double side = iconSide(iconFontSize);
+    painter.save();
+    painter.translate(face.center());
+    painter.rotate(angle_);
+    paintIcon(painter, Icon::arrowClockwise, {-side / 2, -side / 2, side, side}, theme::white());
+    painter.restore();
+}
+
+void RefreshButton::showEvent(QShowEvent* event) {
+    if (spins_) {
+        spin_.start();
+    }
+    PlainButton::showEvent(event);
+}
+
+void RefreshButton::hideEvent(QHideEvent* event) {
+    spin_.stop();
+    comeToRest_.stop();
+    turnTo(0);
+    PlainButton::hideEvent(event);
+}
+
+void RefreshButton::turnTo(double angle) {
+    const double wrapped = angle >= fullTurn ? angle - fullTurn : angle;
+    if (wrapped != angle_) {
+        angle_ = wrapped;
+        update();
+    }
+}
+
+}  // namespace tavrel

@@ -1,0 +1,112 @@
+#include "ui/RowList.h"
+
+#include <QApplication>
+#include <QScrollBar>
+#include <algorithm>
+#include <utility>
+
+#include "ui/Theme.h"
+
+namespace tavrel {
+
+RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new QWidget) {
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    setWidget(column_);
+    // Both would otherwise paint over the backdrop.
+    column_->setAutoFillBackground(false);
+    viewport()->setAutoFillBackground(false);
+    verticalScrollBar()->setStyleSheet(theme::scrollBarStyle());
+    verticalScrollBar()->setSingleStep((DisplayRow::fixedHeight + spacing) / 3);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* focused) { followFocus(focused); });
+}
+
+void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlace) {
+    std::vector<DisplayRow*> old = rows_;
+    std::vector<DisplayRow*> now;
+    now.reserve(inputs.size());
+    for (DisplayRow::Inputs& input : inputs) {
+        DisplayRow* row = takeRow(old, input.display.id());
+        if (row == nullptr) {
+            row = new DisplayRow(std::move(input), column_);
+        } else {
+            row->setInputs(std::move(input));
+        }
+        now.push_back(row);
+    }
+    for (DisplayRow* row : old) {
+        removeRow(row, focusPlace);
+    }
+    if (now == rows_) {
+        return;
+    }
+    rows_ = std::move(now);
+    for (DisplayRow* row : rows_) {
+        // The last one raised is the last one read out.
+        row->raise();
+    }
+    layOut();
+    for (DisplayRow* row : rows_) {
+        row->show();
+    }
+}
+
+int RowList::fullHeight() const {
+    const int count = static_cast<int>(rows_.size());
+    return std::max(0, count * (DisplayRow::fixedHeight + spacing) - spacing);
+}
+
+void RowList::resizeEvent(QResizeEvent* event) {
+    layOut();
+    QScrollArea::resizeEvent(event);
+}
+
+DisplayRow* RowList::takeRow(std::vector<DisplayRow*>& from, const std::string& id) {
+    const auto found = std::find_if(from.begin(), from.end(),
+                                    [&](const DisplayRow* row) { return row->id() == id; });
+    if (found == from.end()) {
+        return nullptr;
+    }
+    DisplayRow* row = *found;
+    from.erase(found);
+    return row;
+}
+
+void RowList::removeRow(DisplayRow* row, QWidget& focusPlace) {
+    const QWidget* focused = window()->focusWidget();
+    if (focused != nullptr && (focused == row || row->isAncestorOf(focused))) {
+        focusPlace.setFocus(Qt::OtherFocusReason);
+    }
+    // A row may be told to go while its own switch is still announcing a flip.
+    row->hide();
+    row->setParent(nullptr);
+    row->deleteLater();
+}
+
+void RowList::layOut() {
+    const int rowWidth = std::max(0, width() - scrollBarRoom);
+    column_->resize(rowWidth, fullHeight());
+    int top = 0;
+    for (DisplayRow* row : rows_) {
+        row->setGeometry(0, top, rowWidth, DisplayRow::fixedHeight);
+        top += DisplayRow::fixedHeight + spacing;
+    }
+}
+
+void RowList::followFocus(QWidget* focused) {
+    const auto* control = qobject_cast<Control*>(focused);
+    // A click must not move what it has hit.
+    if (control == nullptr || !control->showsFocusRing()) {
+        return;
+    }
+    for (DisplayRow* row : rows_) {
+        if (row->isAncestorOf(control)) {
+            ensureVisible(0, row->geometry().center().y(), 0, DisplayRow::fixedHeight / 2 + 1);
+        }
+    }
+}
+
+}  // namespace tavrel

@@ -1,0 +1,127 @@
+#include "ui/Switch.h"
+
+#include <QPainter>
+#include <cmath>
+
+#include "ui/Accessible.h"
+#include "ui/Layer.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+constexpr double knobInset = 2;
+constexpr int travelMilliseconds = 180;
+constexpr double offTrackOpacity = 0.16;
+constexpr double hoveredOffTrackOpacity = 0.22;
+constexpr int hoverLightness = 108;
+
+QColor mixed(const QColor& off, const QColor& on, double part) {
+    const auto mix = [part](float a, float b) {
+        return a + (b - a) * static_cast<float>(part);
+    };
+    return QColor::fromRgbF(mix(off.redF(), on.redF()), mix(off.greenF(), on.greenF()),
+                            mix(off.blueF(), on.blueF()), mix(off.alphaF(), on.alphaF()));
+}
+
+}  // namespace
+
+Switch::Switch(QWidget* parent) : Control(faceSize, parent) {
+    installAccessibleFactory();
+    setCheckable(true);
+    travel_.setDuration(travelMilliseconds);
+    travel_.setEasingCurve(QEasingCurve::InOutQuad);
+    connect(&travel_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& value) { moveKnob(value.toDouble()); });
+    connect(&travel_, &QVariantAnimation::finished, this, [this] { sendKnobTo(isChecked()); });
+    connect(this, &QAbstractButton::clicked, this, &Switch::flip);
+}
+
+void Switch::setOn(bool isOn) {
+    setChecked(isOn);
+    if (!isVisible()) {
+        rest();
+    } else if (!isMoving()) {
+        sendKnobTo(isOn);
+    }
+}
+
+void Switch::flip() {
+    const bool wantsOn = !isChecked();
+    sendKnobTo(wantsOn);
+    emit flipped(wantsOn);
+}
+
+void Switch::sendKnobTo(double position) {
+    travel_.stop();
+    if (position == knobPosition_) {
+        return;
+    }
+    travel_.setStartValue(knobPosition_);
+    travel_.setEndValue(position);
+    travel_.start();
+}
+
+void Switch::rest() {
+    travel_.stop();
+    moveKnob(isChecked());
+}
+
+void Switch::moveKnob(double position) {
+    if (position != knobPosition_) {
+        knobPosition_ = position;
+        update();
+    }
+}
+
+QPainterPath Switch::facePath(const QRectF& face) const {
+    QPainterPath path;
+    path.addRoundedRect(face, face.height() / 2, face.height() / 2);
+    return path;
+}
+
+void Switch::hideEvent(QHideEvent* event) {
+    rest();
+    Control::hideEvent(event);
+}
+
+void Switch::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (isEnabled()) {
+        paintSwitch(painter);
+    } else {
+        paintLayer(painter, face(), theme::disabledOpacity,
+                   [this](QPainter& layer) { paintSwitch(layer); });
+    }
+    paintFocusRing(painter);
+}
+
+void Switch::paintSwitch(QPainter& painter) const {
+    const QRectF track(face());
+    const QPainterPath outline = facePath(track);
+    const QColor off = theme::white(isHovered() ? hoveredOffTrackOpacity : offTrackOpacity);
+    const QColor on = isHovered() ? theme::blue.lighter(hoverLightness) : theme::blue;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(mixed(off, on, knobPosition_));
+    painter.drawPath(outline);
+
+    const double diameter = track.height() - 2 * knobInset;
+    const double travel = track.width() - 2 * knobInset - diameter;
+    const QRectF knob(track.left() + knobInset + travel * knobPosition_,
+                      track.top() + knobInset, diameter, diameter);
+
+    // The knob's soft shadow, kept inside the track.
+    painter.save();
+    painter.setClipPath(outline);
+    for (const double spread : {1.6, 1.1, 0.6}) {
+        painter.setBrush(theme::faded(Qt::black, 0.07));
+        painter.drawEllipse(knob.adjusted(-spread, -spread, spread, spread).translated(0, 0.6));
+    }
+    painter.restore();
+
+    painter.setBrush(theme::white());
+    painter.drawEllipse(knob);
+}
+
+}  // namespace tavrel

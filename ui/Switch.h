@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QVariantAnimation>
+
+#include "ui/Control.h"
+
+namespace tavrel {
+
+/// A large on/off switch that shows a state of the model and never changes it.
+///
+/// `isChecked()` is the model's state, as last given to `setOn`. A flip by the user is
+/// announced and sends the knob to the other side; unless the model has followed by the
+/// time it gets there, it comes back.
+class Switch : public Control {
+    Q_OBJECT
+
+public:
+    explicit Switch(QWidget* parent);
+
+    static constexpr QSize faceSize{46, 26};
+
+    void setOn(bool isOn);
+
+    /// Where the knob is drawn: 0 is off, 1 is on.
+    double knobPosition() const { return knobPosition_; }
+    bool isMoving() const { return travel_.state() == QAbstractAnimation::Running; }
+
+signals:
+    /// The user asks for this position. Once for each flip.
+    void flipped(bool wantsOn);
+
+protected:
+    QPainterPath facePath(const QRectF& face) const override;
+    /// Nothing: only the model changes the state.
+    void nextCheckState() override {}
+    void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void flip();
+    void sendKnobTo(double position);
+    void rest();
+    void moveKnob(double position);
+    void paintSwitch(QPainter& painter) const;
+
+    QVariantAnimation travel_;
+    double knobPosition_ = 0;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+/// Every text of the screen that is not the controller's: each stands here once.
+namespace tavrel::texts {
+
+inline constexpr QStringView productTitle = u"TAVREL";
+inline constexpr QStringView heading = u"Your screens";
+inline constexpr QStringView refreshDisplays = u"Refresh displays";
+inline constexpr QStringView wakeBothDisplays = u"Wake both displays";
+inline constexpr QStringView wakeShortcutHint = u"⌃⌥⌘W";
+
+inline constexpr QStringView mustStayOn = u"Must stay on";
+inline constexpr QStringView atLeastOneMustStayOn = u"At least one display must stay on";
+
+inline constexpr QStringView builtInExplanation = u"Built-in panel · removed from desktop when off";
+inline constexpr QStringView externalExplanation =
+    u"External monitor · removed from desktop when off";
+
+inline constexpr QStringView switchOn = u"On";
+inline constexpr QStringView switchOff = u"Off";
+
+/// The accessible name of a display's switch.
+inline QString powerOf(const QString& displayName) { return displayName + QStringLiteral(" power"); }
+
+/// The tooltip of a switch that may be used.
+inline QString enableOrDisable(const QString& displayName) {
+    return QStringLiteral("Enable or disable ") + displayName;
+}
+
+}  // namespace tavrel::texts

@@ -1,0 +1,123 @@
+#include "ui/Theme.h"
+
+#include <QFontDatabase>
+#include <QStringList>
+
+namespace tavrel::theme {
+namespace {
+
+constexpr QColor surface{28, 31, 43};
+constexpr QColor backdrop{14, 18, 30};
+
+QString systemFamily() {
+    return QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
+}
+
+QStringList families(FontDesign design) {
+    switch (design) {
+        case FontDesign::rounded:
+#ifdef Q_OS_MACOS
+            return {QStringLiteral(".AppleSystemUIFontRounded"), systemFamily()};
+#else
+            return {QStringLiteral("Quicksand"), systemFamily()};
+#endif
+        case FontDesign::monospaced:
+            return {QFontDatabase::systemFont(QFontDatabase::FixedFont).family()};
+        case FontDesign::standard:
+            break;
+    }
+    return {QStringLiteral("Inter"), systemFamily()};
+}
+
+QStringList installed(const QStringList& wanted) {
+    QStringList result;
+    for (const QString& family : wanted) {
+        // A family whose name starts with a dot is never listed, yet can be asked for.
+        if (family.startsWith(u'.') || QFontDatabase::hasFamily(family)) {
+            result += family;
+        }
+    }
+    return result.isEmpty() ? QStringList{wanted.last()} : result;
+}
+
+}  // namespace
+
+QColor faded(QColor color, double opacity) {
+    color.setAlphaF(static_cast<float>(opacity));
+    return color;
+}
+
+QColor white(double opacity) { return faded(QColor(255, 255, 255), opacity); }
+
+QFont font(const FontSpec& spec, double logicalDpi) {
+    constexpr double pointsPerInch = 72;
+    QFont font;
+    font.setFamilies(installed(families(spec.design)));
+    // Pixel sizes are whole numbers; a point size that comes to the pixels wanted is not.
+    font.setPointSizeF(spec.size * pointsPerInch / logicalDpi);
+    font.setWeight(spec.weight);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    if (spec.design == FontDesign::monospaced) {
+        font.setStyleHint(QFont::Monospace);
+    }
+    if (spec.tracking != 0) {
+        font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking);
+    }
+    return font;
+}
+
+QPalette darkPalette() {
+    QPalette palette;
+    palette.setColor(QPalette::Window, backdrop);
+    palette.setColor(QPalette::WindowText, white());
+    palette.setColor(QPalette::Base, surface);
+    palette.setColor(QPalette::AlternateBase, backdrop);
+    palette.setColor(QPalette::Text, white());
+    palette.setColor(QPalette::PlaceholderText, white(0.4));
+    palette.setColor(QPalette::Button, surface);
+    palette.setColor(QPalette::ButtonText, white());
+    palette.setColor(QPalette::BrightText, red);
+    palette.setColor(QPalette::Light, surface.lighter(150));
+    palette.setColor(QPalette::Midlight, surface.lighter(125));
+    palette.setColor(QPalette::Mid, surface.darker(125));
+    palette.setColor(QPalette::Dark, surface.darker(150));
+    palette.setColor(QPalette::Shadow, QColor(0, 0, 0));
+    palette.setColor(QPalette::Highlight, blue);
+    palette.setColor(QPalette::HighlightedText, white());
+    palette.setColor(QPalette::Link, blue);
+    palette.setColor(QPalette::LinkVisited, indigo);
+    palette.setColor(QPalette::ToolTipBase, surface);
+    palette.setColor(QPalette::ToolTipText, white(0.85));
+    for (const QPalette::ColorRole role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, white(0.4));
+    }
+    return palette;
+}
+
+QString menuBarStyle() {
+    return QStringLiteral(R"(
+QMenuBar { background: transparent; color: rgba(255, 255, 255, 0.72); padding: 2px 22px; }
+QMenuBar::item { background: transparent; padding: 4px 8px; border-radius: 5px; }
+QMenuBar::item:selected { background: rgba(255, 255, 255, 0.10); color: white; }
+QMenu { background: rgb(28, 31, 43); color: white; padding: 5px;
+        border: 1px solid rgba(255, 255, 255, 0.14); }
+QMenu::item { padding: 5px 24px 5px 12px; border-radius: 5px; }
+QMenu::item:selected { background: rgb(10, 132, 255); }
+QMenu::item:disabled { color: rgba(255, 255, 255, 0.4); background: transparent; }
+QMenu::separator { height: 1px; margin: 5px 8px; background: rgba(255, 255, 255, 0.12); }
+)");
+}
+
+QString scrollBarStyle() {
+    return QStringLiteral(R"(
+QScrollBar:vertical { background: transparent; width: 8px; margin: 0; border: none; }
+QScrollBar::handle:vertical { background: rgba(255, 255, 255, 0.22); border-radius: 3px;
+                              margin: 1px; min-height: 28px; }
+QScrollBar::handle:vertical:hover { background: rgba(255, 255, 255, 0.36); }
+QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; border: none; }
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
+)");
+}
+
+}  // namespace tavrel::theme

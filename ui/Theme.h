@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+#include <QString>
+
+/// The look shared by everything in the window. It is dark whatever the system prefers.
+///
+/// Sizes are in points of the design, which are Qt's logical pixels. Colours are the
+/// named ones of a dark appearance.
+namespace tavrel::theme {
+
+inline constexpr QColor indigo{94, 92, 230};
+inline constexpr QColor red{255, 69, 58};
+inline constexpr QColor orange{255, 159, 10};
+inline constexpr QColor green{48, 209, 88};
+/// The accent: switches that are on, and the focus ring.
+inline constexpr QColor blue{10, 132, 255};
+
+/// `color` at `opacity`, 0 to 1.
+QColor faded(QColor color, double opacity);
+QColor white(double opacity = 1);
+
+/// How much of a disabled control is left.
+inline constexpr double disabledOpacity = 0.5;
+
+enum class FontDesign { standard, rounded, monospaced };
+
+/// A font of the design. Half sizes are meant as they stand.
+struct FontSpec {
+    double size;
+    QFont::Weight weight;
+    FontDesign design = FontDesign::standard;
+    /// Added after each letter.
+    double tracking = 0;
+};
+
+/// The font that shows `spec` at its exact size on a device of `logicalDpi`, in the best
+/// family installed: the system's rounded font or Quicksand, Inter, the system's fixed
+/// font; where that is missing, the system font.
+QFont font(const FontSpec& spec, double logicalDpi);
+
+/// The dark palette, for the whole application or for one window of ours.
+QPalette darkPalette();
+
+/// The style sheet of a menu bar that lies in the free strip above the header, and of
+/// its menus.
+QString menuBarStyle();
+
+/// The height of that strip.
+inline constexpr int menuBarHeight = 28;
+
+/// The style sheet of the slim scroll bar beside the rows.
+QString scrollBarStyle();
+
+}  // namespace tavrel::theme

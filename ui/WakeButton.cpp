@@ -1,0 +1,76 @@
+#include "ui/WakeButton.h"
+
+#include <QEvent>
+#include <QPainter>
+
+#include "ui/ContinuousCorners.h"
+#include "ui/Icons.h"
+#include "ui/Texts.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+constexpr int horizontalPadding = 15;
+constexpr double cornerRadius = 10;
+constexpr double strokeOpacity = 0.1;
+constexpr double iconSpacing = 7;
+constexpr double hintOpacity = 0.48;
+constexpr theme::FontSpec labelFont{13.5, QFont::DemiBold, theme::FontDesign::rounded};
+constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::monospaced};
+
+}  // namespace
+
+WakeButton::WakeButton(QWidget* parent)
+    : PlainButton({4 * faceHeight, faceHeight}, parent),
+      hint_(new Text(hintFont, theme::white(hintOpacity), this)) {
+    setText(texts::wakeBothDisplays.toString());
+    hint_->setText(texts::wakeShortcutHint.toString());
+}
+
+QPainterPath WakeButton::facePath(const QRectF& face) const {
+    return continuousRoundedRect(face, cornerRadius);
+}
+
+void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme::white(fillOpacity()));
+    painter.drawPath(facePath(face));
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(theme::white(strokeOpacity), 1));
+    painter.drawPath(continuousRoundedRect(face.adjusted(0.5, 0.5, -0.5, -0.5),
+                                           cornerRadius - 0.5));
+
+    constexpr double side = iconSide(labelFont.size);
+    const QRectF icon(face.left() + horizontalPadding, face.center().y() - side / 2, side, side);
+    paintIcon(painter, Icon::sunMaxFill, icon, theme::white());
+
+    const QFont font = theme::font(labelFont, logicalDpiY());
+    const QFontMetricsF metrics(font);
+    const double baseline = face.center().y() + (metrics.ascent() - metrics.descent()) / 2;
+    painter.setFont(font);
+    painter.setPen(theme::white());
+    painter.drawText(QPointF(icon.right() + iconSpacing, baseline), text());
+}
+
+void WakeButton::resizeEvent(QResizeEvent* event) {
+    const QSize size = hint_->sizeHint();
+    const QRect place = face();
+    hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width(),
+                       place.top() + (place.height() - size.height()) / 2, size.width(),
+                       size.height());
+    PlainButton::resizeEvent(event);
+}
+
+void WakeButton::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::EnabledChange) {
+        colorHint();
+    }
+    PlainButton::changeEvent(event);
+}
+
+void WakeButton::colorHint() {
+    hint_->setColor(theme::white(hintOpacity * (isEnabled() ? 1 : theme::disabledOpacity)));
+}
+
+}  // namespace tavrel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ui/PlainButton.h"
+#include "ui/Text.h"
+
+namespace tavrel {
+
+/// The wide button of the footer, with the hot key's hint at its right end.
+class WakeButton : public PlainButton {
+    Q_OBJECT
+
+public:
+    explicit WakeButton(QWidget* parent);
+
+    static constexpr int faceHeight = 42;
+
+protected:
+    QPainterPath facePath(const QRectF& face) const override;
+    void paintFace(QPainter& painter, const QRectF& face) const override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void colorHint();
+
+    Text* hint_;
+};
+
+}  // namespace tavrel
