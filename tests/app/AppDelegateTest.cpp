@@ -1,0 +1,137 @@
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/AppDelegate.h"
+#include "controller/DisplayController.h"
+#include "controller/WakeAllNotification.h"
+#include "platform/simulated/SimulatedPlatform.h"
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+class AppDelegateTest : public testing::Test {
+protected:
+    static constexpr DisplayID panel = 5;
+    static constexpr DisplayID external = 1;
+
+    AppDelegateTest() {
+        system.windowServer.connect({.id = panel, .builtIn = true});
+        system.windowServer.connect({.id = external});
+        system.notificationCenter.addObserver(wakeAllDisplays, [this] { ++posted; });
+    }
+
+    /// Makes the registry know these, in this stored order.
+    void remember(const std::vector<DisplayID>& displays) {
+        DisplayRegistry::merge(displays, system.userDefaults, system.windowServer,
+                               system.wallClock);
+    }
+
+    SimulatedPlatform system;
+    AppDelegate delegate{system.platform(), system.hotKeys};
+    int posted = 0;
+};
+
+TEST_F(AppDelegateTest, launchInstallsTheHandlerAndRegistersTheChord) {
+    EXPECT_THAT(system.hotKeys.requests(), IsEmpty());
+    delegate.applicationDidFinishLaunching();
+    EXPECT_TRUE(system.hotKeys.hasHandler());
+    ASSERT_EQ(system.hotKeys.requests().size(), 1U);
+    const HotKeyRegistration& chord = system.hotKeys.requests().front();
+    EXPECT_EQ(chord.keyCode, 13U);
+    EXPECT_EQ(chord.modifiers, 0x1900U);
+    EXPECT_EQ(chord.signature, 0x4443544CU);
+    EXPECT_EQ(chord.id, 1U);
+    EXPECT_EQ(chord.options, 0U);
+}
+
+TEST_F(AppDelegateTest, onePressPostsExactlyOneNotification) {
+    delegate.applicationDidFinishLaunching();
+    system.hotKeys.press();
+    system.scheduler.settle();
+    EXPECT_EQ(posted, 1);
+    system.hotKeys.press();
+    system.hotKeys.press();
+    system.scheduler.settle();
+    EXPECT_EQ(posted, 3);
+}
+
+TEST_F(AppDelegateTest, aPressWakesEveryDisplayThroughTheController) {
+    delegate.applicationDidFinishLaunching();
+    const auto controller = DisplayController::create(system.platform());
+    system.scheduler.settle();
+    system.windowServer.takeChanges();
+    system.hotKeys.press();
+    system.scheduler.settle();
+    EXPECT_THAT(system.windowServer.takeChanges(),
+                ElementsAre(Pair(panel, true), Pair(external, true)));
+}
+
+TEST_F(AppDelegateTest, aChordThatIsTakenIsDoneWithoutSilently) {
+    system.hotKeys.setAcceptsHotKey(false);
+    delegate.applicationDidFinishLaunching();
+    EXPECT_FALSE(system.hotKeys.isRegistered());
+    EXPECT_TRUE(system.hotKeys.hasHandler());
+    delegate.applicationWillTerminate();
+    EXPECT_FALSE(system.hotKeys.hasHandler());
+}
+
+TEST_F(AppDelegateTest, aHandlerThatIsRefusedIsDoneWithoutSilently) {
+    system.hotKeys.setAcceptsHandler(false);
+    delegate.applicationDidFinishLaunching();
+    EXPECT_TRUE(system.hotKeys.isRegistered());
+    delegate.applicationWillTerminate();
+    EXPECT_FALSE(system.hotKeys.isRegistered());
+}
+
+TEST_F(AppDelegateTest, quittingWithOneDisplayOffEnablesItOnce) {
+    remember({panel, external});
+    system.windowServer.switchFromOutside(external, false);
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(external, true)));
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+}
+
+TEST_F(AppDelegateTest, quittingWithAllActiveEnablesNone) {
+    remember({panel, external});
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(system.windowServer.takeChanges(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, anOfflineDisplayIsEnabledTooAndItsRefusalIgnored) {
+    remember({panel, external});
+    system.windowServer.disconnect(external);
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(external, true)));
+}
+
+TEST_F(AppDelegateTest, displaysAreEnabledInTheOrderTheyAreStored) {
+    system.userDefaults.setData(DisplayRegistry::storageKey,
+                                R"([{"id":5,"isBuiltIn":true,"lastSeenAt":0},)"
+                                R"({"id":9,"isBuiltIn":false,"lastSeenAt":0},)"
+                                R"({"id":1,"isBuiltIn":false,"lastSeenAt":0}])");
+    system.windowServer.switchFromOutside(panel, false);
+    system.windowServer.switchFromOutside(external, false);
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(system.windowServer.takeChanges(),
+                ElementsAre(Pair(panel, true), Pair(9, true), Pair(external, true)));
+}
+
+TEST_F(AppDelegateTest, quittingWithAnEmptyRegistryOnlyReleasesTheHotKey) {
+    delegate.applicationDidFinishLaunching();
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(system.windowServer.takeChanges(), IsEmpty());
+    EXPECT_FALSE(system.hotKeys.isRegistered());
+    EXPECT_FALSE(system.hotKeys.hasHandler());
+}
+
+}  // namespace
+}  // namespace tavrel

@@ -1,0 +1,113 @@
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/QuitSequence.h"
+#include "platform/simulated/SimulatedPlatform.h"
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A lifecycle whose switches wait until they are let go on.
+class HeldLifecycle : public DisplayLifecycle {
+public:
+    explicit HeldLifecycle(DisplayLifecycle& inner) : inner_(inner) {}
+
+    bool canControlDisplays() override { return true; }
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override {
+        return inner_.getDisplayList(maxCount, displays, count);
+    }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        started.set_value();
+        letGo.get_future().wait();
+        return inner_.setDisplayEnabled(display, enabled);
+    }
+
+    std::promise<void> started;
+    std::promise<void> letGo;
+
+private:
+    DisplayLifecycle& inner_;
+};
+
+class QuitSequenceTest : public testing::Test {
+protected:
+    static constexpr DisplayID external = 1;
+
+    QuitSequenceTest() {
+        system.windowServer.connect({.id = external});
+        DisplayRegistry::merge({external}, system.userDefaults, system.windowServer,
+                               system.wallClock);
+    }
+
+    Platform platformWith(DisplayLifecycle& lifecycle) {
+        const Platform whole = system.platform();
+        return {lifecycle,         whole.queries,   whole.reports,         whole.userDefaults,
+                whole.wallClock,   whole.mainQueue, whole.backgroundQueue,
+                whole.notificationCenter};
+    }
+
+    SimulatedPlatform system;
+};
+
+TEST_F(QuitSequenceTest, itDoesTheWorkOnceHoweverOftenItIsAsked) {
+    SwitchOffGate gate(system.windowServer);
+    AppDelegate delegate(platformWith(gate), system.hotKeys);
+    QuitSequence quit(delegate, gate);
+    for (int asked = 0; asked < 3; ++asked) {
+        system.windowServer.switchFromOutside(external, false);
+        quit.run(1h);
+    }
+    EXPECT_EQ(system.windowServer.takeChanges().size(), 1U);
+}
+
+TEST_F(QuitSequenceTest, afterItNothingGoesOffAnyMore) {
+    SwitchOffGate gate(system.windowServer);
+    AppDelegate delegate(platformWith(gate), system.hotKeys);
+    QuitSequence(delegate, gate).run(1h);
+    EXPECT_EQ(gate.setDisplayEnabled(external, false), 1004);
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+}
+
+TEST_F(QuitSequenceTest, aSwitchInFlightIsWaitedForAndThenUndone) {
+    HeldLifecycle held(system.windowServer);
+    SwitchOffGate gate(held);
+    std::thread switching([&] { gate.setDisplayEnabled(external, false); });
+    held.started.get_future().wait();
+
+    // The delegate's own switches go round the hold.
+    AppDelegate delegate(platformWith(system.windowServer), system.hotKeys);
+    QuitSequence quit(delegate, gate);
+    std::thread letGo([&] { held.letGo.set_value(); });
+    quit.run(1h);
+    switching.join();
+    letGo.join();
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+}
+
+using QuitSequenceDeathTest = QuitSequenceTest;
+
+TEST_F(QuitSequenceDeathTest, aServerThatNeverAnswersDoesNotHoldUpTheEndOfTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            HeldLifecycle held(system.windowServer);
+            SwitchOffGate gate(held);
+            std::thread([&] { gate.setDisplayEnabled(external, false); }).detach();
+            held.started.get_future().wait();
+            AppDelegate delegate(platformWith(gate), system.hotKeys);
+            QuitSequence(delegate, gate).run(50ms);
+        },
+        testing::ExitedWithCode(1), "");
+}
+
+}  // namespace
+}  // namespace tavrel

@@ -1,0 +1,40 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/SwitchOffGate.h"
+#include "platform/simulated/SimulatedWindowServer.h"
+
+namespace tavrel {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+class SwitchOffGateTest : public testing::Test {
+protected:
+    SwitchOffGateTest() { server.connect({.id = 7}); }
+
+    SimulatedWindowServer server;
+    SwitchOffGate gate{server};
+};
+
+TEST_F(SwitchOffGateTest, openItPassesEverythingOnAndBack) {
+    EXPECT_TRUE(gate.canControlDisplays());
+    DisplayID listed = 0;
+    std::uint32_t count = 0;
+    EXPECT_EQ(gate.getDisplayList(1, &listed, &count), 0);
+    EXPECT_EQ(listed, 7U);
+    EXPECT_EQ(gate.setDisplayEnabled(7, false), 0);
+    EXPECT_EQ(gate.setDisplayEnabled(8, false), 1001);
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(7, false), Pair(8, false)));
+}
+
+TEST_F(SwitchOffGateTest, closedItStillSwitchesOnButNothingOff) {
+    gate.close();
+    EXPECT_EQ(gate.setDisplayEnabled(7, false), 1004);
+    EXPECT_EQ(gate.setDisplayEnabled(7, true), 0);
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(7, true)));
+}
+
+}  // namespace
+}  // namespace tavrel

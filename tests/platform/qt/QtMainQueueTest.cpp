@@ -1,0 +1,113 @@
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/qt/QtMainQueue.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+class QtMainQueueTest : public testing::Test {
+protected:
+    Task note(const std::string& what) {
+        return [this, what] { log.push_back(what); };
+    }
+
+    /// Runs the loop until a task calls `stop`.
+    void run() { loop.exec(); }
+    Task stop() {
+        return [this] { loop.quit(); };
+    }
+
+    int argc = 0;
+    QCoreApplication application{argc, nullptr};
+    QtMainQueue queue;
+    QEventLoop loop;
+    std::vector<std::string> log;
+};
+
+TEST_F(QtMainQueueTest, tasksRunInOrderAndNeverBeforeTheCallReturns) {
+    queue.async(note("a"));
+    queue.async(note("b"));
+    queue.async(stop());
+    EXPECT_TRUE(log.empty());
+    run();
+    EXPECT_THAT(log, ElementsAre("a", "b"));
+}
+
+TEST_F(QtMainQueueTest, aTaskFromAnotherThreadRunsOnTheMainThread) {
+    std::atomic<bool> currentThere = true;
+    bool currentHere = false;
+    std::thread other([&] {
+        currentThere = queue.isCurrent();
+        queue.async([&] {
+            currentHere = queue.isCurrent();
+            loop.quit();
+        });
+    });
+    run();
+    other.join();
+    EXPECT_FALSE(currentThere);
+    EXPECT_TRUE(currentHere);
+}
+
+TEST_F(QtMainQueueTest, aDelayedTaskRunsNotBeforeItsTimeAlsoFromAnotherThread) {
+    const auto start = std::chrono::steady_clock::now();
+    std::thread other([&] { queue.asyncAfter(30ms, stop()); });
+    run();
+    other.join();
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
+}
+
+TEST_F(QtMainQueueTest, aTaskThatRunsALoopOfItsOwnDoesNotHoldUpTheOthers) {
+    queue.async([&] {
+        QEventLoop nested;
+        queue.async([&] {
+            log.emplace_back("inside");
+            nested.quit();
+        });
+        nested.exec();
+        log.emplace_back("after");
+    });
+    queue.async(note("queued before the nested loop"));
+    queue.asyncAfter(1ms, stop());
+    run();
+    EXPECT_THAT(log, ElementsAre("queued before the nested loop", "inside", "after"));
+}
+
+TEST_F(QtMainQueueTest, aTimerTicksUntilInvalidated) {
+    std::unique_ptr<RepeatingTimer> timer;
+    timer = queue.repeat(1ms, [&] {
+        log.emplace_back("tick");
+        if (log.size() == 3) {
+            timer->invalidate();
+            queue.asyncAfter(20ms, stop());
+        }
+    });
+    run();
+    EXPECT_EQ(log.size(), 3U);
+}
+
+TEST_F(QtMainQueueTest, droppedTasksAreDestroyedNotRun) {
+    const auto held = std::make_shared<int>(1);
+    queue.async([this, held] { log.emplace_back("never"); });
+    EXPECT_EQ(held.use_count(), 2);
+    queue.dropTasks();
+    EXPECT_EQ(held.use_count(), 1);
+    queue.async(stop());
+    run();
+    EXPECT_TRUE(log.empty());
+}
+
+}  // namespace
+}  // namespace tavrel
