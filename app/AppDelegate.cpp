@@ -1,0 +1,42 @@
+#include "app/AppDelegate.h"
+
+#include "controller/WakeAllNotification.h"
+#include "platform/DisplayLifecycle.h"
+#include "platform/DisplayQueries.h"
+#include "platform/NotificationCenter.h"
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel {
+
+namespace {
+
+constexpr HotKeyRegistration wakeChord{
+    .keyCode = 13,  // W on the US layout
+    .modifiers = hotKeyModifier::command | hotKeyModifier::option | hotKeyModifier::control,
+    .signature = 0x4443544C,  // 'DCTL'
+    .id = 1,
+    .options = 0,
+};
+
+}  // namespace
+
+AppDelegate::AppDelegate(const Platform& platform, HotKeys& hotKeys)
+    : platform_(platform), hotKeys_(hotKeys) {}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    eventHandlerRef_ = hotKeys_.installEventHandler(
+        [&center = platform_.notificationCenter] { center.post(wakeAllDisplays); });
+    hotKeyRef_ = hotKeys_.registerHotKey(wakeChord);
+}
+
+void AppDelegate::applicationWillTerminate() {
+    for (const StoredDisplay& display : DisplayRegistry::knownDisplays(platform_.userDefaults)) {
+        if (!platform_.queries.isActive(display.id)) {
+            platform_.lifecycle.setDisplayEnabled(display.id, true);
+        }
+    }
+    hotKeyRef_.reset();
+    eventHandlerRef_.reset();
+}
+
+}  // namespace tavrel

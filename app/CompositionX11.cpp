@@ -1,0 +1,43 @@
+#include "app/Composition.h"
+#include "platform/QueuedNotificationCenter.h"
+#include "platform/posix/DefaultsPath.h"
+#include "platform/posix/FileUserDefaults.h"
+#include "platform/posix/SystemWallClock.h"
+#include "platform/posix/ThreadBackgroundQueue.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/x11/X11HotKeys.h"
+#include "platform/x11/X11ReconfigurationReports.h"
+#include "platform/x11/X11WindowServer.h"
+
+namespace tavrel {
+
+struct Composition::Parts {
+    FileUserDefaults userDefaults{defaultsPath()};
+    SystemWallClock wallClock;
+    X11ReconfigurationReports reports;
+    X11WindowServer windowServer{userDefaults, &reports};
+    SwitchOffGate gate{windowServer};
+    QtMainQueue mainQueue;
+    QueuedNotificationCenter notificationCenter{mainQueue};
+    X11HotKeys hotKeys{mainQueue};
+    // Last, so that it ends first: its jobs use all of the above.
+    ThreadBackgroundQueue backgroundQueue;
+};
+
+Composition::Composition() : parts_(std::make_unique<Parts>()) {}
+
+Composition::~Composition() {
+    parts_->backgroundQueue.shutDown();
+    parts_->mainQueue.dropTasks();
+}
+
+Platform Composition::platform() {
+    return {parts_->gate,         parts_->windowServer, parts_->reports,
+            parts_->userDefaults, parts_->wallClock,    parts_->mainQueue,
+            parts_->backgroundQueue, parts_->notificationCenter};
+}
+
+HotKeys& Composition::hotKeys() { return parts_->hotKeys; }
+SwitchOffGate& Composition::switchOffGate() { return parts_->gate; }
+
+}  // namespace tavrel

@@ -1,0 +1,63 @@
+#include "app/MainWindow.h"
+
+#include <optional>
+#include <utility>
+
+#include <QAction>
+#include <QApplication>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "app/MenuTexts.h"
+#include "ui/DisplayControlView.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+
+namespace {
+constexpr QSize windowSize(520, 486);
+constexpr int menuBarHeight = 28;
+}  // namespace
+
+MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
+    : controller_(std::move(controller)) {
+    setWindowTitle(QCoreApplication::applicationName());
+    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                   Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                   Qt::WindowCloseButtonHint);
+    setFixedSize(windowSize);
+
+    auto* view = new DisplayControlView(controller_, this);
+    view->setGeometry(rect());
+
+#ifdef Q_OS_MACOS
+    addMenus(*new QMenuBar(nullptr));
+#else
+    auto* menuBar = new QMenuBar(this);
+    menuBar->setGeometry(0, 0, width(), menuBarHeight);
+    menuBar->setStyleSheet(theme::menuBarStyleSheet());
+    addMenus(*menuBar);
+#endif
+}
+
+void MainWindow::addMenus(QMenuBar& menuBar) {
+#ifndef Q_OS_MACOS
+    QMenu* file = menuBar.addMenu(menuTexts::file);
+    QAction* quit = file->addAction(menuTexts::quit);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
+#endif
+    QMenu* displays = menuBar.addMenu(menuTexts::displays);
+
+    QAction* wake = displays->addAction(menuTexts::wakeBothDisplays);
+    wake->setShortcut(Qt::CTRL | Qt::ALT | Qt::META | Qt::Key_W);
+    wake->setAutoRepeat(false);
+    connect(wake, &QAction::triggered, this, [this] { controller_->wakeAll(); });
+
+    QAction* refresh = displays->addAction(menuTexts::refreshDisplays);
+    refresh->setShortcut(Qt::CTRL | Qt::Key_R);
+    connect(refresh, &QAction::triggered, this, [this] { controller_->refresh(std::nullopt); });
+}
+
+}  // namespace tavrel

@@ -1,0 +1,22 @@
+#include "app/QuitSequence.h"
+
+#include <cstdlib>
+#include <thread>
+
+namespace tavrel {
+
+void QuitSequence::run(std::chrono::milliseconds limit) {
+    if (hasRun_) {
+        return;
+    }
+    hasRun_ = true;
+    // Never joined: it ends with the process, or the process with it.
+    std::thread([limit] {
+        std::this_thread::sleep_for(limit);
+        std::_Exit(EXIT_FAILURE);
+    }).detach();
+    gate_.close();
+    delegate_.applicationWillTerminate();
+}
+
+}  // namespace tavrel

@@ -1,0 +1,30 @@
+#include "app/StartupFailure.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <QString>
+#include <QtLogging>
+
+namespace tavrel {
+
+namespace {
+
+void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
+                   const QString& /*message*/) {
+    if (type != QtFatalMsg) {
+        return;  // The toolkit's several lines on the same matter.
+    }
+    const char* display = std::getenv("DISPLAY");
+    std::fprintf(stderr, "tavrel: cannot open a window: no display server answers at \"%s\"\n",
+                 display == nullptr ? "" : display);
+    std::_Exit(EXIT_FAILURE);
+}
+
+}  // namespace
+
+StartupFailure::StartupFailure() : previous_(qInstallMessageHandler(reportAndExit)) {}
+
+StartupFailure::~StartupFailure() { qInstallMessageHandler(previous_); }
+
+}  // namespace tavrel

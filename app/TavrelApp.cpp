@@ -1,0 +1,48 @@
+#include "app/TavrelApp.h"
+
+#include <optional>
+
+#include <QApplication>
+#include <QSocketNotifier>
+
+#include "app/MainWindow.h"
+#include "app/StartupFailure.h"
+#include "app/WindowKeeper.h"
+#include "platform/posix/TerminationSignals.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+
+int TavrelApp::main(int argc, char** argv) {
+    const TerminationSignals signals;
+    QApplication::setApplicationName(QStringLiteral("Tavrel"));
+    QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
+
+    std::optional<StartupFailure> startupFailure(std::in_place);
+    QApplication application(argc, argv);
+    startupFailure.reset();
+
+    theme::applyTo(application);
+    const QSocketNotifier signalled(signals.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&signalled, &QSocketNotifier::activated, &application,
+                     &QCoreApplication::quit);
+    return TavrelApp().run(application);
+}
+
+TavrelApp::TavrelApp()
+    : _appDelegate(composition_.platform(), composition_.hotKeys()),
+      quitSequence_(_appDelegate, composition_.switchOffGate()) {}
+
+int TavrelApp::run(QApplication& application) {
+    QObject::connect(&application, &QCoreApplication::aboutToQuit,
+                     [this] { quitSequence_.run(); });
+    _appDelegate.applicationDidFinishLaunching();
+    _controller = DisplayController::create(composition_.platform());
+
+    MainWindow window(_controller);
+    const WindowKeeper keeper(window);
+    window.show();
+    return QApplication::exec();
+}
+
+}  // namespace tavrel

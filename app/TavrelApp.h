@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "app/Composition.h"
+#include "app/QuitSequence.h"
+#include "controller/DisplayController.h"
+
+class QApplication;
+
+namespace tavrel {
+
+/// The application: its delegate, its one controller, its one window.
+class TavrelApp {
+public:
+    /// Runs the application to its end; returns the process's exit status.
+    static int main(int argc, char** argv);
+
+private:
+    TavrelApp();
+    int run(QApplication& application);
+
+    Composition composition_;
+    AppDelegate _appDelegate;
+    QuitSequence quitSequence_;
+    std::shared_ptr<DisplayController> _controller;
+};
+
+}  // namespace tavrel

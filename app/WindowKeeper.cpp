@@ -1,0 +1,81 @@
+#include "app/WindowKeeper.h"
+
+#include <algorithm>
+
+#include <QGuiApplication>
+#include <QRegion>
+#include <QTimer>
+
+namespace tavrel {
+
+namespace {
+
+qint64 sharedArea(const QRect& a, const QRect& b) {
+    const QRect shared = a & b;
+    return shared.isEmpty() ? 0 : qint64{shared.width()} * shared.height();
+}
+
+}  // namespace
+
+QRect keptVisible(const QRect& frame, const QList<QRect>& screens) {
+    QRegion visible;
+    for (const QRect& screen : screens) {
+        visible += screen;
+    }
+    if (screens.isEmpty() || QRegion(frame).subtracted(visible).isEmpty()) {
+        return frame;
+    }
+    const QRect target =
+        *std::max_element(screens.begin(), screens.end(), [&](const QRect& a, const QRect& b) {
+            return sharedArea(frame, a) < sharedArea(frame, b);
+        });
+    QRect kept = frame;
+    kept.moveCenter(target.center());
+    // On a screen smaller than the window its title and first row matter most.
+    kept.moveLeft(std::max(kept.left(), target.left()));
+    kept.moveTop(std::max(kept.top(), target.top()));
+    return kept;
+}
+
+WindowKeeper::WindowKeeper(QWidget& window) : window_(&window) {
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &WindowKeeper::watch);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WindowKeeper::checkSoon);
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &WindowKeeper::checkSoon);
+    for (QScreen* screen : QGuiApplication::screens()) {
+        watch(screen);
+    }
+}
+
+void WindowKeeper::watch(QScreen* screen) {
+    connect(screen, &QScreen::geometryChanged, this, &WindowKeeper::checkSoon);
+    checkSoon();
+}
+
+void WindowKeeper::checkSoon() {
+    if (!checkIsDue_) {
+        checkIsDue_ = true;
+        // The toolkit is still busy with the change that it tells us of.
+        QTimer::singleShot(0, this, &WindowKeeper::check);
+    }
+}
+
+void WindowKeeper::check() {
+    checkIsDue_ = false;
+    if (window_ == nullptr || !window_->isVisible()) {
+        return;
+    }
+    QList<QRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        if (!screen->geometry().isEmpty()) {
+            screens.append(screen->geometry());
+        }
+    }
+    const QRect frame = window_->frameGeometry();
+    const QRect kept = keptVisible(frame, screens);
+    if (kept != frame) {
+        window_->move(kept.topLeft());
+        window_->raise();
+    }
+}
+
+}  // namespace tavrel
