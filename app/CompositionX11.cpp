@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "app/Composition.h"
 #include "platform/QueuedNotificationCenter.h"
 #include "platform/posix/DefaultsPath.h"
@@ -20,24 +22,34 @@ struct Composition::Parts {
     QtMainQueue mainQueue;
     QueuedNotificationCenter notificationCenter{mainQueue};
     X11HotKeys hotKeys{mainQueue};
-    // Last, so that it ends first: its jobs use all of the above.
-    ThreadBackgroundQueue backgroundQueue;
+    std::optional<ThreadBackgroundQueue> backgroundQueue{std::in_place};
 };
 
 Composition::Composition() : parts_(std::make_unique<Parts>()) {}
 
 Composition::~Composition() {
-    parts_->backgroundQueue.shutDown();
+    // Jobs use all the other parts, and what is queued may be the last to hold something
+    // that does.
+    parts_->backgroundQueue.reset();
     parts_->mainQueue.dropTasks();
 }
 
 Platform Composition::platform() {
-    return {parts_->gate,         parts_->windowServer, parts_->reports,
-            parts_->userDefaults, parts_->wallClock,    parts_->mainQueue,
-            parts_->backgroundQueue, parts_->notificationCenter};
+    return {parts_->gate,
+            parts_->windowServer,
+            parts_->reports,
+            parts_->userDefaults,
+            parts_->wallClock,
+            parts_->mainQueue,
+            *parts_->backgroundQueue,
+            parts_->notificationCenter};
 }
 
-HotKeys& Composition::hotKeys() { return parts_->hotKeys; }
-SwitchOffGate& Composition::switchOffGate() { return parts_->gate; }
+HotKeys& Composition::hotKeys() {
+    return parts_->hotKeys;
+}
+SwitchOffGate& Composition::switchOffGate() {
+    return parts_->gate;
+}
 
 }  // namespace tavrel

@@ -25,6 +25,8 @@ void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
 
 StartupFailure::StartupFailure() : previous_(qInstallMessageHandler(reportAndExit)) {}
 
-StartupFailure::~StartupFailure() { qInstallMessageHandler(previous_); }
+StartupFailure::~StartupFailure() {
+    qInstallMessageHandler(previous_);
+}
 
 }  // namespace tavrel

@@ -34,8 +34,7 @@ TavrelApp::TavrelApp()
       quitSequence_(_appDelegate, composition_.switchOffGate()) {}
 
 int TavrelApp::run(QApplication& application) {
-    QObject::connect(&application, &QCoreApplication::aboutToQuit,
-                     [this] { quitSequence_.run(); });
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] { quitSequence_.run(); });
     _appDelegate.applicationDidFinishLaunching();
     _controller = DisplayController::create(composition_.platform());
 

@@ -1,3 +1,5 @@
 #include "app/TavrelApp.h"
 
-int main(int argc, char** argv) { return tavrel::TavrelApp::main(argc, argv); }
+int main(int argc, char** argv) {
+    return tavrel::TavrelApp::main(argc, argv);
+}

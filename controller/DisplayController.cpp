@@ -48,9 +48,8 @@ void DisplayController::start() {
         });
     });
 
-    displayCallbackRegistered_ =
-        platform_.reports.registerCallback(displayReconfigurationCallback, this) ==
-        serverStatus::success;
+    displayCallbackRegistered_ = platform_.reports.registerCallback(displayReconfigurationCallback,
+                                                                    this) == serverStatus::success;
 
     safetyTimer_ = main.repeat(safetyInterval, [weak, &main] {
         main.async([weak] {
@@ -138,7 +137,9 @@ WallTime DisplayController::suppressTopologyRestoreUntil() const {
     return suppressTopologyRestoreUntil_;
 }
 
-void DisplayController::assertMainThread() const { assert(platform_.mainQueue.isCurrent()); }
+void DisplayController::assertMainThread() const {
+    assert(platform_.mainQueue.isCurrent());
+}
 
 void DisplayController::editDisplay(const std::string& id,
                                     const std::function<void(DisplayDevice&)>& edit) {

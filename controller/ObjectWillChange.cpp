@@ -17,7 +17,9 @@ ObjectWillChange::Subscription& ObjectWillChange::Subscription::operator=(
     return *this;
 }
 
-ObjectWillChange::Subscription::~Subscription() { end(); }
+ObjectWillChange::Subscription::~Subscription() {
+    end();
+}
 
 void ObjectWillChange::Subscription::end() {
     if (signal_ != nullptr) {

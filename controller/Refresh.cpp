@@ -41,15 +41,15 @@ void DisplayController::refresh(std::optional<std::string> successMessage) {
     setIsRefreshing(true);
     setErrorMessage(std::nullopt);
 
-    platform_.backgroundQueue.async([self = shared_from_this(),
-                                     message = std::move(successMessage)] {
-        self->platform_.mainQueue.async([weak = std::weak_ptr(self),
-                                         outcome = fetch(self->platform_), message] {
-            if (const auto controller = weak.lock()) {
-                controller->finishRefresh(outcome, message);
-            }
+    platform_.backgroundQueue.async(
+        [self = shared_from_this(), message = std::move(successMessage)] {
+            self->platform_.mainQueue.async(
+                [weak = std::weak_ptr(self), outcome = fetch(self->platform_), message] {
+                    if (const auto controller = weak.lock()) {
+                        controller->finishRefresh(outcome, message);
+                    }
+                });
         });
-    });
 }
 
 void DisplayController::finishRefresh(const RefreshOutcome& outcome,

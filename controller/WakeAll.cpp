@@ -62,8 +62,8 @@ void DisplayController::finishWakeAll(const std::vector<DisplayDevice>& snapshot
     for (const DisplayDevice& display : snapshot) {
         // By name on purpose: where two displays share one, neither can be told apart in
         // the error text, so neither is shown as woken.
-        const bool failed = std::find(failedNames.begin(), failedNames.end(), display.name()) !=
-                            failedNames.end();
+        const bool failed =
+            std::find(failedNames.begin(), failedNames.end(), display.name()) != failedNames.end();
         editDisplay(display.id(), [&](DisplayDevice& entry) {
             entry.isBusy = false;
             entry.isOn = !failed;

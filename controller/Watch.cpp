@@ -57,8 +57,7 @@ void DisplayController::scheduleTopologyRecovery() {
     }
     topologyRecoveryWorkItem_ = std::make_shared<WorkItem>([weak = weak_from_this()] {
         if (const auto controller = weak.lock()) {
-            controller->restoreSafeLayout(
-                "Display setup changed — available screens restored");
+            controller->restoreSafeLayout("Display setup changed — available screens restored");
         }
     });
     asyncAfter(platform_.mainQueue, debounceDelay, topologyRecoveryWorkItem_);

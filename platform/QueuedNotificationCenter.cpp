@@ -8,8 +8,8 @@ ObserverToken QueuedNotificationCenter::addObserver(std::string_view name,
                                                     std::function<void()> block) {
     const std::lock_guard lock(mutex_);
     const ObserverToken token{nextToken_++};
-    observers_.emplace(token.value, std::make_shared<Observer>(
-                                        Observer{std::string(name), std::move(block)}));
+    observers_.emplace(token.value,
+                       std::make_shared<Observer>(Observer{std::string(name), std::move(block)}));
     return token;
 }
 

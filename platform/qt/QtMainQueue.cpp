@@ -36,7 +36,9 @@ private:
 
 }  // namespace
 
-QtMainQueue::~QtMainQueue() { dropTasks(); }
+QtMainQueue::~QtMainQueue() {
+    dropTasks();
+}
 
 void QtMainQueue::dropTasks() {
     QCoreApplication::removePostedEvents(this, taskWaiting);
@@ -76,7 +78,9 @@ std::unique_ptr<RepeatingTimer> QtMainQueue::repeat(Delay interval, Task tick) {
     return std::make_unique<QtRepeatingTimer>(interval, std::move(tick));
 }
 
-bool QtMainQueue::isCurrent() const { return QThread::currentThread() == thread(); }
+bool QtMainQueue::isCurrent() const {
+    return QThread::currentThread() == thread();
+}
 
 bool QtMainQueue::event(QEvent* event) {
     if (event->type() != taskWaiting) {

@@ -27,9 +27,14 @@ public:
     SimulatedPlatform& operator=(const SimulatedPlatform&) = delete;
 
     Platform platform() {
-        return {windowServer, windowServer,           windowServer,
-                userDefaults, wallClock,              scheduler.mainQueue(),
-                scheduler.backgroundQueue(), notificationCenter};
+        return {windowServer,
+                windowServer,
+                windowServer,
+                userDefaults,
+                wallClock,
+                scheduler.mainQueue(),
+                scheduler.backgroundQueue(),
+                notificationCenter};
     }
 
     SimulatedScheduler scheduler;

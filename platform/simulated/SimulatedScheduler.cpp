@@ -79,7 +79,9 @@ SimulatedScheduler::SimulatedScheduler(std::uint64_t seed)
       background_(std::make_unique<Background>(*this)),
       random_(seed) {}
 
-SimulatedScheduler::~SimulatedScheduler() { shutDown(); }
+SimulatedScheduler::~SimulatedScheduler() {
+    shutDown();
+}
 
 void SimulatedScheduler::shutDown() {
     ending_ = true;
@@ -98,8 +100,12 @@ void SimulatedScheduler::shutDown() {
     }
 }
 
-MainQueue& SimulatedScheduler::mainQueue() { return *main_; }
-BackgroundQueue& SimulatedScheduler::backgroundQueue() { return *background_; }
+MainQueue& SimulatedScheduler::mainQueue() {
+    return *main_;
+}
+BackgroundQueue& SimulatedScheduler::backgroundQueue() {
+    return *background_;
+}
 
 void SimulatedScheduler::settle() {
     for (;;) {

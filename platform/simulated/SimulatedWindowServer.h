@@ -87,8 +87,7 @@ public:
     std::uint32_t serialNumber(DisplayID display) override;
 
     // ---- ReconfigurationReports
-    ServerStatus registerCallback(DisplayReconfigurationCallback callback,
-                                  void* userInfo) override;
+    ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
 
 private:

@@ -22,7 +22,9 @@ SimulatedWorker::~SimulatedWorker() {
     thread_.join();
 }
 
-void SimulatedWorker::assign(Task job) { job_ = std::move(job); }
+void SimulatedWorker::assign(Task job) {
+    job_ = std::move(job);
+}
 
 bool SimulatedWorker::resume() {
     std::unique_lock lock(mutex_);
@@ -40,7 +42,9 @@ void SimulatedWorker::suspend() {
     suspended_ = false;
 }
 
-SimulatedWorker* SimulatedWorker::current() { return currentWorker; }
+SimulatedWorker* SimulatedWorker::current() {
+    return currentWorker;
+}
 
 void SimulatedWorker::run() {
     currentWorker = this;

@@ -50,9 +50,8 @@ protected:
 
     Platform platformWith(DisplayLifecycle& lifecycle) {
         const Platform whole = system.platform();
-        return {lifecycle,         whole.queries,   whole.reports,         whole.userDefaults,
-                whole.wallClock,   whole.mainQueue, whole.backgroundQueue,
-                whole.notificationCenter};
+        return {lifecycle,       whole.queries,   whole.reports,         whole.userDefaults,
+                whole.wallClock, whole.mainQueue, whole.backgroundQueue, whole.notificationCenter};
     }
 
     SimulatedPlatform system;

@@ -44,10 +44,10 @@ protected:
 
     void start() {
         Platform platform = system.platform();
-        controller = DisplayController::create(
-            {lifecycle, platform.queries, platform.reports, platform.userDefaults,
-             platform.wallClock, platform.mainQueue, platform.backgroundQueue,
-             platform.notificationCenter});
+        controller = DisplayController::create({lifecycle, platform.queries, platform.reports,
+                                                platform.userDefaults, platform.wallClock,
+                                                platform.mainQueue, platform.backgroundQueue,
+                                                platform.notificationCenter});
     }
 
     void startAndSettle() {

@@ -36,8 +36,7 @@ TEST(ObjectWillChangeTest, anObserverThatAnEarlierOneUnsubscribedIsNotTold) {
     ObjectWillChange signal;
     int calls = 0;
     ObjectWillChange::Subscription second;
-    const auto first =
-        signal.subscribe([&] { second = ObjectWillChange::Subscription(); });
+    const auto first = signal.subscribe([&] { second = ObjectWillChange::Subscription(); });
     second = signal.subscribe([&] { ++calls; });
     signal.send();
     EXPECT_EQ(calls, 0);

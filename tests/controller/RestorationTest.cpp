@@ -47,9 +47,8 @@ TEST_F(RestorationTest, candidatesAreEnabledBuiltInFirstThenByIdentifier) {
     startWithAllOff();
     controller->restoreSafeLayout("message");
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(panel, true), Pair(firstExternal, true),
-                            Pair(secondExternal, true)));
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true),
+                                                  Pair(secondExternal, true)));
 }
 
 TEST_F(RestorationTest, aDisplayThatIsOnlineAndActiveIsLeftAloneAndAnOfflineOneIsNot) {
@@ -161,9 +160,8 @@ TEST_F(RestorationTest, theOutcomeForAControllerThatHasGoneIsDropped) {
     controller->restoreSafeLayout("message");
     controller.reset();
     scheduler.advance(10s);
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(panel, true), Pair(firstExternal, true),
-                            Pair(secondExternal, true)));
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true),
+                                                  Pair(secondExternal, true)));
     EXPECT_EQ(server.callbacks(), 0U);
 }
 

@@ -50,9 +50,8 @@ TEST_F(StateTest, destructionDoesNotRemoveACallbackThatCouldNotBeRegistered) {
     RefusingReports reports;
     const Platform platform = system.platform();
     controller = DisplayController::create(
-        {platform.lifecycle, platform.queries, reports, platform.userDefaults,
-         platform.wallClock, platform.mainQueue, platform.backgroundQueue,
-         platform.notificationCenter});
+        {platform.lifecycle, platform.queries, reports, platform.userDefaults, platform.wallClock,
+         platform.mainQueue, platform.backgroundQueue, platform.notificationCenter});
     scheduler.settle();
     EXPECT_FALSE(controller->displayCallbackRegistered());
     EXPECT_EQ(status(), "Found 0 displays");

@@ -32,9 +32,8 @@ TEST_F(WakeAllTest, everyListedDisplayIsEnabledInListOrderAlsoThoseThatAreOn) {
     server.takeChanges();
     controller->wakeAll();
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(panel, true), Pair(firstExternal, true),
-                            Pair(secondExternal, true)));
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true),
+                                                  Pair(secondExternal, true)));
     EXPECT_TRUE(listed(firstExternal).isOn);
     EXPECT_FALSE(listed(firstExternal).isBusy);
 }

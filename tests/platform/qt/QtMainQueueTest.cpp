@@ -4,10 +4,10 @@
 #include <thread>
 #include <vector>
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <QCoreApplication>
+#include <QEventLoop>
 
 #include "platform/qt/QtMainQueue.h"
 
