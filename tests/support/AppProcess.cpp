@@ -1,0 +1,58 @@
+#include "tests/support/AppProcess.h"
+
+#include "tests/support/VirtualDesktop.h"
+
+namespace tavrel::support {
+
+namespace {
+
+Environment environmentOn(const VirtualDesktop* desktop, const UserHome& home) {
+    const auto runtime = home.path() / "runtime";
+    std::filesystem::create_directories(runtime);
+    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+
+    Environment environment = bareEnvironment();
+    environment["HOME"] = home.path().string();
+    environment["XDG_CONFIG_HOME"] = home.configFolder().string();
+    environment["XDG_CACHE_HOME"] = (home.path() / "cache").string();
+    environment["XDG_RUNTIME_DIR"] = runtime.string();
+    // No bus is a bus that cannot be reached: left out, one would be looked for elsewhere.
+    environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (runtime / "no-bus").string();
+    environment["QT_QPA_PLATFORM"] = "xcb";
+    if (desktop != nullptr) {
+        environment["DISPLAY"] = desktop->displayName();
+        if (!desktop->sessionBusAddress().empty()) {
+            environment["DBUS_SESSION_BUS_ADDRESS"] = desktop->sessionBusAddress();
+            environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
+        }
+    }
+    return environment;
+}
+
+ChildProcess::Options processOptions(const VirtualDesktop* desktop, const UserHome& home,
+                                     const AppProcess::Options& options,
+                                     const std::filesystem::path& output) {
+    ChildProcess::Options process;
+    process.command = options.arguments;
+    process.command.insert(process.command.begin(), options.program);
+    process.environment = environmentOn(desktop, home);
+    for (const auto& [name, value] : options.environment) {
+        process.environment[name] = value;
+    }
+    process.standardOutput = output / "out";
+    process.standardError = output / "err";
+    return process;
+}
+
+}  // namespace
+
+AppProcess::AppProcess(const VirtualDesktop& desktop, const UserHome& home, const Options& options)
+    : AppProcess(&desktop, home, options) {}
+
+AppProcess::AppProcess(const UserHome& home, const Options& options)
+    : AppProcess(nullptr, home, options) {}
+
+AppProcess::AppProcess(const VirtualDesktop* desktop, const UserHome& home, const Options& options)
+    : process_(processOptions(desktop, home, options, output_.path())) {}
+
+}  // namespace tavrel::support

@@ -1,0 +1,108 @@
+#include "tests/support/AppProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <csignal>
+
+#include "tests/support/AccessibleWindow.h"
+#include "tests/support/AppWindow.h"
+#include "tests/support/Keyboard.h"
+#include "tests/support/Pointer.h"
+#include "tests/support/Screenshot.h"
+#include "tests/support/VirtualDesktop.h"
+
+namespace tavrel::support {
+namespace {
+
+/// A toolkit's window on a desktop, read and used in every way the harness offers.
+class AppProcessTest : public testing::Test {
+protected:
+    AppProcessTest() {
+        EXPECT_TRUE(waitUntil([&] { return accessible.find("waiting").has_value(); }));
+    }
+
+    AccessibleElement element(const std::string& name) const {
+        return accessible.find(name).value_or(AccessibleElement{});
+    }
+
+    VirtualDesktop desktop{{.monitors = 1, .accessibility = true}};
+    UserHome home;
+    AppProcess app{desktop, home, {.program = TEST_WINDOW}};
+    AccessibleWindow accessible{desktop.accessibilityBusAddress(), app.pid()};
+};
+
+TEST_F(AppProcessTest, CapturesWhatTheProgramPrints) {
+    EXPECT_TRUE(waitUntil([&] { return app.standardOutput() == "shown\n"; }));
+}
+
+TEST_F(AppProcessTest, ReadsTextsAndStatesOverTheAccessibilityBus) {
+    EXPECT_EQ(element("waiting").role, "label");
+    EXPECT_TRUE(element("Press me").isEnabled());
+    EXPECT_FALSE(element("Leave me").isEnabled());
+    EXPECT_FALSE(element("Tick me").isChecked());
+    EXPECT_TRUE(element("Tick me").isShowing());
+    EXPECT_FALSE(accessible.find("nothing of this name"));
+}
+
+TEST_F(AppProcessTest, ActsWithoutPointerOrKeyboard) {
+    EXPECT_TRUE(accessible.act(element("Tick me")));
+    EXPECT_TRUE(waitUntil([&] { return element("Tick me").isChecked(); }));
+}
+
+TEST_F(AppProcessTest, ClicksWhereTheElementIs) {
+    const Bounds bounds = element("Press me").bounds;
+    Pointer(desktop.displayName()).click(bounds.centreX(), bounds.centreY());
+    EXPECT_TRUE(waitUntil([&] { return accessible.find("pressed").has_value(); }));
+}
+
+TEST_F(AppProcessTest, TypesIntoTheFocusedWindow) {
+    const auto window = AppWindow::find(desktop.displayName(), app.pid());
+    ASSERT_TRUE(window);
+    window->focus();
+    const Keyboard keyboard(desktop.displayName());
+    ASSERT_TRUE(waitUntil([&] {
+        keyboard.tap(key::tab);
+        return waitUntil([&] { return element("Tick me").isFocused(); },
+                         std::chrono::milliseconds(300));
+    }));
+    keyboard.tap(key::space);
+    EXPECT_TRUE(waitUntil([&] { return element("Tick me").isChecked(); }));
+}
+
+TEST_F(AppProcessTest, KnowsTheWindowsSizeAndItsLimits) {
+    const auto window = AppWindow::find(desktop.displayName(), app.pid());
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->fixedSize(), (Bounds{0, 0, 300, 200}));
+    EXPECT_TRUE(window->refusesMaximising());
+    EXPECT_EQ(window->bounds().width, 300);
+    EXPECT_TRUE((Bounds{0, 0, 1920, 1080}).contains(window->bounds()));
+}
+
+TEST_F(AppProcessTest, TakesPicturesOfTheScreen) {
+    const auto file = home.path() / "screen.png";
+    saveScreenshot(desktop.displayName(), file);
+    const QImage picture(QString::fromStdString(file.string()));
+    EXPECT_EQ(picture.size(), QSize(1920, 1080));
+    const auto window = AppWindow::find(desktop.displayName(), app.pid());
+    ASSERT_TRUE(window);
+    const Bounds bounds = window->bounds();
+    EXPECT_NE(picture.pixel(bounds.x + 5, bounds.y + 5),
+              picture.pixel(bounds.x + bounds.width + 5, bounds.y + 5));
+}
+
+TEST_F(AppProcessTest, ClosesTheWindowAsAWindowManagerDoes) {
+    AppWindow::find(desktop.displayName(), app.pid())->close();
+    EXPECT_EQ(app.process().waitForEnd(), (ChildProcess::Ending{0, std::nullopt}));
+}
+
+TEST_F(AppProcessTest, TellsHowTheProgramEnded) {
+    EXPECT_TRUE(app.process().isRunning());
+    app.process().signal(SIGKILL);
+    EXPECT_EQ(app.process().waitForEnd(), (ChildProcess::Ending{std::nullopt, SIGKILL}));
+    EXPECT_THAT(app.process().livingGroup(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace tavrel::support

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <filesystem>
+#include <string>
+
+namespace tavrel::support {
+
+/// Writes what a window (or, without one, the whole screen) shows as a PNG file, making
+/// the folders above it. Throws std::runtime_error.
+void saveScreenshot(const std::string& displayName, const std::filesystem::path& file,
+                    xcb_window_t window = XCB_NONE);
+
+}  // namespace tavrel::support
