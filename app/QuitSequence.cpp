@@ -16,6 +16,7 @@ void QuitSequence::run(std::chrono::milliseconds limit) {
         std::_Exit(EXIT_FAILURE);
     }).detach();
     gate_.close();
+    gate_.waitUntilIdle();
     delegate_.applicationWillTerminate();
 }
 

@@ -3,9 +3,18 @@
 namespace tavrel {
 
 void SwitchOffGate::close() {
-    std::unique_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     isClosed_ = true;
+}
+
+void SwitchOffGate::waitUntilIdle() {
+    std::unique_lock lock(mutex_);
     ended_.wait(lock, [this] { return running_ == 0; });
+}
+
+bool SwitchOffGate::isIdle() {
+    const std::lock_guard lock(mutex_);
+    return running_ == 0;
 }
 
 ServerStatus SwitchOffGate::setDisplayEnabled(DisplayID display, bool enabled) {

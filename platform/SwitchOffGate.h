@@ -16,8 +16,13 @@ public:
     explicit SwitchOffGate(DisplayLifecycle& inner) : inner_(inner) {}
 
     /// From now on a request to switch off answers 1004 without reaching the server.
-    /// Returns when no earlier one is running any more, however long that takes.
     void close();
+
+    /// Returns when no request from before `close` is running, however long that takes.
+    void waitUntilIdle();
+
+    /// Whether `waitUntilIdle` would return at once.
+    bool isIdle();
 
     bool canControlDisplays() override { return inner_.canControlDisplays(); }
     ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,

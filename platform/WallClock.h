@@ -11,9 +11,7 @@ struct WallTime {
     double sinceReferenceDate = 0;
 
     /// Earlier than any time a clock can show.
-    static constexpr WallTime distantPast() {
-        return {-std::numeric_limits<double>::infinity()};
-    }
+    static constexpr WallTime distantPast() { return {-std::numeric_limits<double>::infinity()}; }
 
     friend constexpr auto operator<=>(WallTime, WallTime) = default;
     friend constexpr WallTime operator+(WallTime time, double seconds) {

@@ -144,6 +144,17 @@ void SimulatedScheduler::advance(Delay duration) {
     }
 }
 
+bool SimulatedScheduler::advanceWithMainBlocked(Delay limit, const std::function<bool()>& done) {
+    const Delay end = now_ + limit;
+    for (;;) {
+        runBackgroundJobs();
+        if (done() || now_ >= end) {
+            return done();
+        }
+        now_ = sleepers_.empty() ? end : std::min(end, sleepers_.begin()->first.first);
+    }
+}
+
 std::size_t SimulatedScheduler::pendingMainTasks() const {
     return static_cast<std::size_t>(
         std::distance(mainTasks_.begin(), mainTasks_.upper_bound({now_, sequence_})));
@@ -190,6 +201,7 @@ void SimulatedScheduler::runOneMainTask() {
     ++steps_;
     const auto node = mainTasks_.extract(mainTasks_.begin());
     node.mapped()();
+    endStep();
 }
 
 void SimulatedScheduler::runOneJob() {
@@ -199,6 +211,13 @@ void SimulatedScheduler::runOneJob() {
     readyJobs_.erase(readyJobs_.begin() + static_cast<std::ptrdiff_t>(index));
     if (worker->resume()) {
         idleWorkers_.push_back(worker);
+    }
+    endStep();
+}
+
+void SimulatedScheduler::endStep() {
+    if (observer_ != nullptr) {
+        observer_();
     }
 }
 

@@ -64,6 +64,13 @@ public:
     /// thread it does nothing: a main thread that waits would stop the simulated world.
     void sleep(Delay duration);
 
+    /// Moves time on by at most `limit` while the main thread is held up: only background
+    /// jobs run. Stops as soon as `done` says so; returns whether it did.
+    bool advanceWithMainBlocked(Delay limit, const std::function<bool()>& done);
+
+    /// From now on `observer` is called on the main thread after each step.
+    void setObserver(Task observer) { observer_ = std::move(observer); }
+
     /// How many times a task, tick or job has been started.
     std::uint64_t steps() const { return steps_; }
 
@@ -80,6 +87,7 @@ private:
     bool mainTaskIsDue() const;
     void runOneMainTask();
     void runOneJob();
+    void endStep();
     Delay nextDeadline(Delay limit) const;
     std::size_t draw(std::size_t count);
 
@@ -91,6 +99,7 @@ private:
     std::uint64_t sequence_ = 0;
     std::uint64_t steps_ = 0;
     bool ending_ = false;
+    Task observer_;
 
     std::map<Deadline, Task> mainTasks_;
     /// Jobs that can go on now: new ones, and sleepers whose time has come.

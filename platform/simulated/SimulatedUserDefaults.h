@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/UserDefaults.h"
 
@@ -25,15 +26,26 @@ public:
             return false;
         }
         ++writes_;
+        ++generation_;
         values_.insert_or_assign(std::string(key), std::string(bytes));
         return true;
     }
 
     /// As another program, or a user with an editor, would.
-    void remove(std::string_view key) { values_.erase(std::string(key)); }
+    void remove(std::string_view key) {
+        ++generation_;
+        values_.erase(std::string(key));
+    }
+    void replaceFromOutside(std::string_view key, std::string bytes) {
+        ++generation_;
+        values_.insert_or_assign(std::string(key), std::move(bytes));
+    }
 
     /// From now on writes are refused, or taken again.
     void setWritable(bool isWritable) { isWritable_ = isWritable; }
+
+    /// Grows with each change, whoever made it.
+    std::size_t generation() const { return generation_; }
 
     std::size_t reads() const { return reads_; }
     std::size_t writes() const { return writes_; }
@@ -43,6 +55,7 @@ private:
     bool isWritable_ = true;
     std::size_t reads_ = 0;
     std::size_t writes_ = 0;
+    std::size_t generation_ = 0;
 };
 
 }  // namespace tavrel

@@ -27,6 +27,7 @@ void SimulatedWindowServer::connect(const SimulatedDisplay& display) {
 }
 
 void SimulatedWindowServer::replaceSilently(const SimulatedDisplay& display) {
+    ++generation_;
     if (SimulatedDisplay* there = known(display.id)) {
         *there = display;
     } else {
@@ -42,6 +43,7 @@ void SimulatedWindowServer::disconnect(DisplayID display) {
     report(display, displayChange::beginConfiguration);
     // Looked up again: a report's receiver may have plugged in another one.
     known(display)->connected = false;
+    ++generation_;
     report(display, displayChange::remove);
 }
 
@@ -63,6 +65,7 @@ void SimulatedWindowServer::change(SimulatedDisplay& display, bool enabled) {
     const DisplayID id = display.id;
     report(id, displayChange::beginConfiguration);
     known(id)->enabled = enabled;
+    ++generation_;
     std::uint32_t flags = enabled ? displayChange::enabled : displayChange::disabled;
     if (whenOff_ == WhenOff::goesOffline) {
         flags |= enabled ? displayChange::add : displayChange::remove;

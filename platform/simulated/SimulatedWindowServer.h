@@ -61,6 +61,9 @@ public:
     /// What the public list answers from now on.
     void setOnlineListStatus(ServerStatus status) { onlineListStatus_ = status; }
 
+    /// Grows with each change of a display's state.
+    std::uint64_t generation() const { return generation_; }
+
     const SimulatedDisplay* find(DisplayID display) const;
     const std::vector<SimulatedDisplay>& desk() const { return displays_; }
 
@@ -108,6 +111,7 @@ private:
     ServerStatus registrationStatus_ = serverStatus::success;
     ServerStatus onlineListStatus_ = serverStatus::success;
     std::uint64_t queries_ = 0;
+    std::uint64_t generation_ = 0;
 };
 
 }  // namespace tavrel

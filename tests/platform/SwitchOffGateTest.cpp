@@ -31,6 +31,8 @@ TEST_F(SwitchOffGateTest, openItPassesEverythingOnAndBack) {
 
 TEST_F(SwitchOffGateTest, closedItStillSwitchesOnButNothingOff) {
     gate.close();
+    gate.waitUntilIdle();
+    EXPECT_TRUE(gate.isIdle());
     EXPECT_EQ(gate.setDisplayEnabled(7, false), 1004);
     EXPECT_EQ(gate.setDisplayEnabled(7, true), 0);
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(7, true)));

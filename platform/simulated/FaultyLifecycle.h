@@ -1,0 +1,71 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <random>
+
+#include "platform/DisplayLifecycle.h"
+#include "platform/simulated/SimulatedScheduler.h"
+
+namespace tavrel {
+
+/// A fault decorator: switches fail or take their time, by chance drawn from a seed.
+class FaultyLifecycle : public DisplayLifecycle {
+public:
+    struct Faults {
+        /// Out of 100 switches, how many are refused.
+        unsigned refusals = 0;
+        /// Out of 100 lists, how many fail.
+        unsigned listFailures = 0;
+        /// Each switch takes up to this long, before its effect and again after it.
+        std::chrono::milliseconds latency{0};
+    };
+
+    /// Both must outlive it.
+    FaultyLifecycle(DisplayLifecycle& inner, SimulatedScheduler& scheduler, std::uint64_t seed)
+        : inner_(inner), scheduler_(scheduler), random_(seed) {}
+
+    void setFaults(const Faults& faults) { faults_ = faults; }
+
+    /// How many requests to switch on have been refused so far.
+    std::uint64_t refusedWakes() const { return refusedWakes_; }
+
+    bool canControlDisplays() override { return inner_.canControlDisplays(); }
+
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override {
+        if (happens(faults_.listFailures)) {
+            return serverStatus::cannotComplete;
+        }
+        return inner_.getDisplayList(maxCount, displays, count);
+    }
+
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        takeTime();
+        if (happens(faults_.refusals)) {
+            refusedWakes_ += enabled ? 1 : 0;
+            return serverStatus::cannotComplete;
+        }
+        const ServerStatus status = inner_.setDisplayEnabled(display, enabled);
+        takeTime();
+        return status;
+    }
+
+private:
+    bool happens(unsigned outOfHundred) { return outOfHundred != 0 && random_() % 100 < outOfHundred; }
+
+    void takeTime() {
+        if (faults_.latency.count() > 0) {
+            scheduler_.sleep(std::chrono::milliseconds(
+                random_() % static_cast<std::uint64_t>(faults_.latency.count() + 1)));
+        }
+    }
+
+    DisplayLifecycle& inner_;
+    SimulatedScheduler& scheduler_;
+    std::mt19937_64 random_;
+    Faults faults_;
+    std::uint64_t refusedWakes_ = 0;
+};
+
+}  // namespace tavrel
