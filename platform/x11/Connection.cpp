@@ -1,0 +1,158 @@
+#include "platform/x11/Connection.h"
+
+#include <poll.h>
+#include <xcb/randr.h>
+#include <xcb/xcbext.h>
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace tavrel::x11 {
+
+std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options) {
+    int screen = 0;
+    xcb_connection_t* raw = xcb_connect(
+        options.displayName.has_value() ? options.displayName->c_str() : nullptr, &screen);
+    std::unique_ptr<Connection> connection(new Connection(raw, options.patience, screen));
+    if (connection->isLost() || connection->defaultScreen_ >= connection->roots_.size() ||
+        !connection->negotiateRandr()) {
+        return nullptr;
+    }
+    return connection;
+}
+
+Connection::Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen)
+    : connection_(connection),
+      patience_(patience),
+      defaultScreen_(static_cast<std::size_t>(screen)) {
+    if (isLost()) {
+        return;
+    }
+    for (auto each = xcb_setup_roots_iterator(xcb_get_setup(connection_)); each.rem != 0;
+         xcb_screen_next(&each)) {
+        if (roots_.size() == defaultScreen_) {
+            millimetres_ = {each.data->width_in_millimeters, each.data->height_in_millimeters};
+        }
+        roots_.push_back(each.data->root);
+    }
+}
+
+Connection::~Connection() {
+    xcb_disconnect(connection_);
+}
+
+bool Connection::negotiateRandr() {
+    const xcb_query_extension_reply_t* extension =
+        xcb_get_extension_data(connection_, &xcb_randr_id);
+    if (extension == nullptr || extension->present == 0) {
+        return false;
+    }
+    firstRandrEvent_ = extension->first_event;
+    const auto version =
+        reply<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection_, 1, 3).sequence);
+    if (version == nullptr) {
+        return false;
+    }
+    const auto offered = std::pair(version->major_version, version->minor_version);
+    if (offered < std::pair(1U, 2U)) {
+        return false;
+    }
+    hasRandr13_ = offered >= std::pair(1U, 3U);
+    xcb_randr_select_input(connection_, root(), XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
+    constexpr std::string_view edid = "EDID";
+    const auto atom = reply<xcb_intern_atom_reply_t>(
+        xcb_intern_atom(connection_, 0, edid.size(), edid.data()).sequence);
+    if (atom != nullptr) {
+        edidAtom_ = atom->atom;
+    }
+    return atom != nullptr;
+}
+
+void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error) {
+    if (isLost()) {
+        return nullptr;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + patience_;
+    xcb_flush(connection_);
+    void* reply = nullptr;
+    xcb_generic_error_t* refusal = nullptr;
+    while (xcb_poll_for_reply(connection_, sequence, &reply, &refusal) == 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            timedOut_ = true;
+            return nullptr;
+        }
+        pollfd socket{xcb_get_file_descriptor(connection_), POLLIN, 0};
+        ::poll(&socket, 1, static_cast<int>(left.count()));
+    }
+    if (error != nullptr) {
+        *error = refusal;
+    } else {
+        XcbFree()(refusal);
+    }
+    return reply;
+}
+
+bool Connection::succeeded(xcb_void_cookie_t request) {
+    // Such a request is only known to have gone well once a later one has been answered.
+    if (reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_).sequence) == nullptr) {
+        return false;
+    }
+    xcb_generic_error_t* refusal = nullptr;
+    awaitReply(request.sequence, &refusal);
+    return !isLost() && XcbReply<xcb_generic_error_t>(refusal) == nullptr;
+}
+
+XcbReply<xcb_generic_event_t> Connection::nextEvent() {
+    collectEvents();
+    if (events_.empty()) {
+        return nullptr;
+    }
+    XcbReply<xcb_generic_event_t> event = std::move(events_.front());
+    events_.pop_front();
+    return event;
+}
+
+void Connection::discardEvents() {
+    collectEvents();
+    events_.clear();
+}
+
+bool Connection::isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) {
+    const std::pair layout(layoutTimestamp, configTimestamp);
+    return std::exchange(layout_, layout) != layout;
+}
+
+Connection::Millimetres Connection::millimetres() {
+    collectEvents();
+    return millimetres_;
+}
+
+void Connection::collectEvents() {
+    while (!isLost()) {
+        XcbReply<xcb_generic_event_t> event(xcb_poll_for_event(connection_));
+        if (event == nullptr) {
+            return;
+        }
+        noteScreenChange(*event);
+        events_.push_back(std::move(event));
+    }
+}
+
+void Connection::noteScreenChange(const xcb_generic_event_t& event) {
+    constexpr std::uint8_t sentByClient = 0x80;
+    if ((event.response_type & ~sentByClient) !=
+        firstRandrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY) {
+        return;
+    }
+    xcb_randr_screen_change_notify_event_t change{};
+    std::memcpy(&change, &event, sizeof change);
+    constexpr int sideways = XCB_RANDR_ROTATION_ROTATE_90 | XCB_RANDR_ROTATION_ROTATE_270;
+    // The size in the event is that of the screen before it was turned.
+    millimetres_ = (change.rotation & sideways) != 0 ? Millimetres{change.mheight, change.mwidth}
+                                                     : Millimetres{change.mwidth, change.mheight};
+}
+
+}  // namespace tavrel::x11

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/x11/ServerOptions.h"
+#include "platform/x11/XcbReply.h"
+
+namespace tavrel::x11 {
+
+/// One connection to an X server that speaks RandR 1.2 or later.
+///
+/// To be used by one thread at a time. Nothing here ends the process or, once connected,
+/// waits for longer than the options' patience: a server that vanished, or stays silent for
+/// longer than that, makes the connection lost for good.
+class Connection {
+public:
+    /// Connects, and blocks until the server has answered. Null when it cannot be reached
+    /// or has no RandR 1.2.
+    static std::unique_ptr<Connection> connect(const X11ServerOptions& options);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    xcb_connection_t* get() const { return connection_; }
+    /// The root window of the screen the display name selects.
+    xcb_window_t root() const { return roots_[defaultScreen_]; }
+    const std::vector<xcb_window_t>& roots() const { return roots_; }
+    /// Whether the server's RandR knows the primary output, transforms and the quick list
+    /// of resources.
+    bool hasRandr13() const { return hasRandr13_; }
+    /// The number RandR's events count from.
+    std::uint8_t firstRandrEvent() const { return firstRandrEvent_; }
+    /// The name of the output property that holds the EDID.
+    xcb_atom_t edidAtom() const { return edidAtom_; }
+
+    bool isLost() const { return timedOut_ || xcb_connection_has_error(connection_) != 0; }
+
+    /// Sends what is waiting and returns the reply to the request with this sequence
+    /// number; null when the server answered with an error or the connection is lost.
+    template <typename Reply>
+    XcbReply<Reply> reply(unsigned int sequence) {
+        return XcbReply<Reply>(static_cast<Reply*>(awaitReply(sequence, nullptr)));
+    }
+
+    /// Whether the server carried out a request that has no reply and was sent checked.
+    /// Takes a round trip.
+    bool succeeded(xcb_void_cookie_t request);
+
+    /// The next event that has arrived, null when there is none just now. Never waits.
+    XcbReply<xcb_generic_event_t> nextEvent();
+    /// Drops all that have arrived; for those who only ask.
+    void discardEvents();
+
+    /// Whether this is asked for these numbers, which stand for a layout, for the first time
+    /// since it was asked for others.
+    bool isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp);
+
+    /// The screen's pretended size, of which the server tells in events only.
+    struct Millimetres {
+        int width = 0;
+        int height = 0;
+    };
+    Millimetres millimetres();
+
+private:
+    Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen);
+    bool negotiateRandr();
+    void collectEvents();
+    void noteScreenChange(const xcb_generic_event_t& event);
+    void* awaitReply(unsigned int sequence, xcb_generic_error_t** error);
+
+    xcb_connection_t* connection_;
+    std::chrono::milliseconds patience_;
+    std::vector<xcb_window_t> roots_;
+    std::size_t defaultScreen_ = 0;
+    bool hasRandr13_ = false;
+    bool timedOut_ = false;
+    std::uint8_t firstRandrEvent_ = 0;
+    xcb_atom_t edidAtom_ = XCB_ATOM_NONE;
+    std::deque<XcbReply<xcb_generic_event_t>> events_;
+    std::pair<std::uint32_t, std::uint32_t> layout_;
+    Millimetres millimetres_;
+};
+
+}  // namespace tavrel::x11

@@ -1,0 +1,51 @@
+#include "platform/x11/RememberedOutputs.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "platform/UserDefaults.h"
+
+namespace tavrel::x11 {
+
+namespace {
+constexpr std::ptrdiff_t most = 64;
+}
+
+RememberedOutputs::RememberedOutputs(UserDefaults& store) : store_(store) {}
+
+std::vector<RememberedOutput> RememberedOutputs::all() const {
+    if (unsaved_.has_value()) {
+        return *unsaved_;
+    }
+    const std::optional<std::string> bytes = store_.data(rememberedOutputsKey);
+    return bytes.has_value() ? decodeRemembered(*bytes).value_or(std::vector<RememberedOutput>{})
+                             : std::vector<RememberedOutput>{};
+}
+
+void RememberedOutputs::remember(const RememberedOutput& output) {
+    std::vector<RememberedOutput> remembered = all();
+    std::erase_if(remembered, [&](const auto& each) { return each.display == output.display; });
+    remembered.push_back(output);
+    if (std::ssize(remembered) > most) {
+        remembered.erase(remembered.begin(), remembered.end() - most);
+    }
+    replace(std::move(remembered));
+}
+
+void RememberedOutputs::forget(DisplayID display) {
+    std::vector<RememberedOutput> remembered = all();
+    if (std::erase_if(remembered, [&](const auto& each) { return each.display == display; }) != 0) {
+        replace(std::move(remembered));
+    }
+}
+
+void RememberedOutputs::replace(std::vector<RememberedOutput> remembered) {
+    if (store_.setData(rememberedOutputsKey, encodeRemembered(remembered))) {
+        unsaved_.reset();
+    } else {
+        unsaved_ = std::move(remembered);
+    }
+}
+
+}  // namespace tavrel::x11

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <future>
+#include <memory>
+
+#include "platform/x11/Connection.h"
+#include "platform/x11/ServerOptions.h"
+
+namespace tavrel::x11 {
+
+/// Keeps one connection to a server that may be missing, go away and come back.
+///
+/// To be used by one thread at a time. Cheap while there is no server: a new attempt is
+/// made at most once a second, and never while an earlier one is still waiting for a
+/// server that took the call but does not speak.
+class ServerLink {
+public:
+    explicit ServerLink(X11ServerOptions options);
+
+    /// The connection, made anew if need be; null when there is no usable server. Waits
+    /// for an attempt at most as long as the patience. Valid until the next call.
+    Connection* connection();
+
+private:
+    bool attemptIsDue() const;
+    void startAttempt();
+
+    X11ServerOptions options_;
+    std::unique_ptr<Connection> connection_;
+    std::future<std::unique_ptr<Connection>> attempt_;
+    std::chrono::steady_clock::time_point nextAttempt_;
+};
+
+}  // namespace tavrel::x11

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <mutex>
+#include <optional>
+
+#include "platform/DisplayLifecycle.h"
+#include "platform/DisplayQueries.h"
+#include "platform/x11/ConfigurationObserver.h"
+#include "platform/x11/RememberedOutputs.h"
+#include "platform/x11/ServerLink.h"
+#include "platform/x11/ServerOptions.h"
+#include "platform/x11/Snapshot.h"
+
+namespace tavrel {
+
+/// An X server with RandR 1.2 or later as the window server. A display is an output; it is
+/// online when connected and active when a CRTC drives it with a mode. Both lists name
+/// every connected output.
+///
+/// Thread-safe. Changes are made strictly one at a time, each with the server grabbed;
+/// questions have a connection of their own and wait for the server alone. Without a
+/// server, or when it goes away or falls silent, every status is 1006 and every answer
+/// false or 0; it is looked for again when asked, at most once a second.
+class X11WindowServer : public DisplayLifecycle, public DisplayQueries {
+public:
+    /// Keeps in `store` how displays were when switched off, and tells `observer`, which may
+    /// be null, before each change made here. Both are the caller's and must outlive this.
+    explicit X11WindowServer(UserDefaults& store, X11ConfigurationObserver* observer = nullptr,
+                             const X11ServerOptions& options = {});
+
+    bool canControlDisplays() override;
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override;
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
+
+    ServerStatus getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                      std::uint32_t* count) override;
+    bool isBuiltIn(DisplayID display) override;
+    bool isOnline(DisplayID display) override;
+    bool isActive(DisplayID display) override;
+    std::uint32_t vendorNumber(DisplayID display) override;
+    std::uint32_t modelNumber(DisplayID display) override;
+    std::uint32_t serialNumber(DisplayID display) override;
+
+private:
+    std::optional<x11::Snapshot> ask();
+    std::optional<x11::Output> find(DisplayID display);
+
+    X11ConfigurationObserver* observer_;
+
+    std::mutex questionMutex_;
+    x11::ServerLink questionLink_;
+
+    std::mutex changeMutex_;
+    x11::ServerLink changeLink_;
+    x11::RememberedOutputs remembered_;
+};
+
+}  // namespace tavrel

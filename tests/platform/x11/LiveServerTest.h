@@ -1,0 +1,40 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "platform/simulated/SimulatedUserDefaults.h"
+#include "platform/x11/DisplayIdentifiers.h"
+#include "platform/x11/ServerOptions.h"
+#include "platform/x11/X11WindowServer.h"
+#include "tests/support/VirtualDesktop.h"
+
+namespace tavrel {
+
+/// A window server of ours at a real X server with three monitors side by side.
+class LiveServerTest : public testing::Test {
+protected:
+    explicit LiveServerTest(const support::VirtualDesktop::Options& options = {})
+        : desktop(options), server(store, nullptr, {.displayName = desktop.displayName()}) {}
+
+    /// The dummy driver's monitors have no EDID.
+    static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
+
+    std::vector<DisplayID> displayList() {
+        std::vector<DisplayID> list(64);
+        std::uint32_t count = 0;
+        EXPECT_EQ(server.getDisplayList(64, list.data(), &count), serverStatus::success);
+        list.resize(count);
+        return list;
+    }
+
+    support::VirtualDesktop desktop;
+    support::OtherClient other = desktop.otherClient();
+    SimulatedUserDefaults store;
+    X11WindowServer server;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,88 @@
+#include "platform/x11/X11WindowServer.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/platform/x11/LiveServerTest.h"
+
+namespace tavrel {
+namespace {
+
+using support::Monitor;
+using support::ScreenSize;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+class X11WindowServerTest : public LiveServerTest {};
+
+TEST_F(X11WindowServerTest, ListsEveryConnectedOutput) {
+    EXPECT_TRUE(server.canControlDisplays());
+    EXPECT_THAT(displayList(),
+                UnorderedElementsAre(idOf("DUMMY0"), idOf("DUMMY1"), idOf("DUMMY2")));
+
+    std::vector<DisplayID> online(8, 0);
+    std::uint32_t count = 0;
+    EXPECT_EQ(server.getOnlineDisplayList(0, nullptr, &count), serverStatus::success);
+    EXPECT_EQ(count, 3U);
+    EXPECT_EQ(server.getOnlineDisplayList(8, online.data(), &count), serverStatus::success);
+    online.resize(count);
+    EXPECT_EQ(online, displayList());
+}
+
+TEST_F(X11WindowServerTest, ListsNoMoreThanThereIsRoomFor) {
+    std::vector<DisplayID> list(3, 0);
+    std::uint32_t count = 0;
+    EXPECT_EQ(server.getDisplayList(2, list.data(), &count), serverStatus::success);
+    EXPECT_EQ(count, 2U);
+    EXPECT_EQ(list.back(), 0U);
+    EXPECT_EQ(server.getDisplayList(0, nullptr, &count), serverStatus::success);
+    EXPECT_EQ(count, 0U);
+}
+
+TEST_F(X11WindowServerTest, KnowsAMonitorAndNoOther) {
+    const DisplayID known = idOf("DUMMY1");
+    EXPECT_TRUE(server.isOnline(known));
+    EXPECT_TRUE(server.isActive(known));
+    EXPECT_FALSE(server.isBuiltIn(known));
+    for (const DisplayID stranger : {DisplayID{0}, DisplayID{12345}, idOf("DUMMY3")}) {
+        EXPECT_FALSE(server.isOnline(stranger));
+        EXPECT_FALSE(server.isActive(stranger));
+        EXPECT_FALSE(server.isBuiltIn(stranger));
+        EXPECT_EQ(server.vendorNumber(stranger), 0U);
+        EXPECT_EQ(server.modelNumber(stranger), 0U);
+        EXPECT_EQ(server.serialNumber(stranger), 0U);
+        EXPECT_EQ(server.setDisplayEnabled(stranger, false), serverStatus::illegalArgument);
+        EXPECT_EQ(server.setDisplayEnabled(stranger, true), serverStatus::illegalArgument);
+    }
+}
+
+TEST_F(X11WindowServerTest, SwitchesOffAndLeavesTheRestWhereItIs) {
+    const Monitor left = desktop.monitor("DUMMY0");
+    const Monitor right = desktop.monitor("DUMMY2");
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+
+    EXPECT_FALSE(server.isActive(idOf("DUMMY1")));
+    EXPECT_TRUE(server.isOnline(idOf("DUMMY1")));
+    EXPECT_EQ(displayList().size(), 3U);
+    EXPECT_FALSE(desktop.monitor("DUMMY1").on);
+    EXPECT_EQ(desktop.monitor("DUMMY0"), left);
+    EXPECT_EQ(desktop.monitor("DUMMY2"), right);
+}
+
+TEST_F(X11WindowServerTest, SwitchesOnExactlyAsItWas) {
+    for (const char* mode : {"1920x1080", "1280x1024"}) {
+        other.setMode("DUMMY1", mode);
+        const std::vector<Monitor> before = desktop.monitors();
+        for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
+            const ScreenSize screen = desktop.screenSize();
+            ASSERT_EQ(server.setDisplayEnabled(idOf(name), false), serverStatus::success);
+            EXPECT_FALSE(desktop.monitor(name).on);
+            ASSERT_EQ(server.setDisplayEnabled(idOf(name), true), serverStatus::success);
+            EXPECT_TRUE(server.isActive(idOf(name)));
+            EXPECT_EQ(desktop.monitors(), before);
+            EXPECT_EQ(desktop.screenSize(), screen);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tavrel
