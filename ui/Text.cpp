@@ -1,21 +1,24 @@
 #include "ui/Text.h"
 
-#include <QEvent>
 #include <QPainter>
-#include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace tavrel {
+namespace {
+
+/// A line may stand out of its whole pixels by this much; glyphs do not reach so far.
+constexpr double allowedOverhang = 0.25;
+
+}  // namespace
 
 Text::Text(const theme::FontSpec& font, const QColor& color, QWidget* parent)
-    : QLabel(parent), spec_(font) {
+    : QLabel(parent), font_(font) {
     setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::NoTextInteraction);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setColor(color);
-    applyFont();
 }
 
 void Text::setColor(const QColor& color) {
@@ -43,63 +46,27 @@ void Text::setLeading(const QSizeF& size, double spacing, LeadingPaint paint) {
 }
 
 int Text::lineHeight() const {
-    return static_cast<int>(std::ceil(QFontMetricsF(font()).height() - 0.25));
+    return static_cast<int>(std::ceil(font_.lineHeight() - allowedOverhang));
 }
 
 QSize Text::sizeHint() const {
-    const double textWidth = QFontMetricsF(font()).horizontalAdvance(text());
-    return {static_cast<int>(std::ceil(leadingWidth() + textWidth)), lineHeight()};
+    return {static_cast<int>(std::ceil(leadingWidth() + font_.width(text()))), lineHeight()};
 }
 
 QSize Text::minimumSizeHint() const { return {0, lineHeight()}; }
 
 int Text::heightForWidth(int width) const {
-    const auto lines = linesAt(width - leadingWidth()).size();
-    return lineHeight() * std::max(1, static_cast<int>(lines));
+    const auto lines = font_.lines(text(), width - leadingWidth(), maximumLines_).size();
+    return static_cast<int>(std::ceil(
+        font_.lineHeight() * std::max(1.0, static_cast<double>(lines)) - allowedOverhang));
 }
 
-QStringList Text::visibleLines() const { return linesAt(width() - leadingWidth()); }
-
-bool Text::event(QEvent* event) {
-    // Another screen may have another resolution, and the size is in points of the design.
-    if (event->type() == QEvent::ScreenChangeInternal) {
-        applyFont();
-    }
-    return QLabel::event(event);
+QStringList Text::visibleLines() const {
+    return font_.lines(text(), width() - leadingWidth(), maximumLines_);
 }
-
-void Text::applyFont() { setFont(theme::font(spec_, logicalDpiY())); }
 
 double Text::leadingWidth() const {
     return paintLeading_ ? leadingSize_.width() + leadingSpacing_ : 0;
-}
-
-QStringList Text::linesAt(double width) const {
-    const QFontMetricsF metrics(font());
-    const auto elided = [&](QString rest) {
-        rest.replace(QChar::LineSeparator, QChar::Space);
-        // The width of a label that just fits may fall short by a rounding.
-        return metrics.elidedText(rest, Qt::ElideRight, width + 0.5);
-    };
-    QString whole = text();
-    whole.replace(u'\n', QChar::LineSeparator);
-    if (maximumLines_ == 1) {
-        return whole.isEmpty() ? QStringList{} : QStringList{elided(whole)};
-    }
-
-    QStringList lines;
-    QTextLayout layout(whole, font());
-    layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        line.setLineWidth(width);
-        if (lines.size() == maximumLines_ - 1) {
-            lines += elided(whole.mid(line.textStart()));
-            break;
-        }
-        lines += whole.mid(line.textStart(), line.textLength()).trimmed();
-    }
-    layout.endLayout();
-    return lines;
 }
 
 void Text::paintEvent(QPaintEvent*) {
@@ -107,11 +74,9 @@ void Text::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(color());
 
-    const QFontMetricsF metrics(font());
     const QStringList lines = visibleLines();
-    const double lineStep = metrics.height();
-    const double textHeight = lineStep * std::max(1.0, static_cast<double>(lines.size()));
-    double baseline = (height() - textHeight) / 2 + metrics.ascent();
+    const double textHeight = font_.lineHeight() * static_cast<double>(lines.size());
+    double baseline = (height() - textHeight) / 2 + font_.ascent();
 
     double left = 0;
     if (paintLeading_) {
@@ -122,12 +87,10 @@ void Text::paintEvent(QPaintEvent*) {
     for (const QString& line : lines) {
         double x = left;
         if (alignment().testFlag(Qt::AlignHCenter)) {
-            x += (width() - left - metrics.horizontalAdvance(line)) / 2;
-        } else if (alignment().testFlag(Qt::AlignRight)) {
-            x += width() - left - metrics.horizontalAdvance(line);
+            x += (width() - left - font_.width(line)) / 2;
         }
-        painter.drawText(QPointF(x, baseline), line);
-        baseline += lineStep;
+        font_.draw(painter, {x, baseline}, line);
+        baseline += font_.lineHeight();
     }
 }
 

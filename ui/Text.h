@@ -3,9 +3,7 @@
 #include <QLabel>
 #include <functional>
 
-#include "ui/Theme.h"
-
-class QTextLayout;
+#include "ui/DesignFont.h"
 
 namespace tavrel {
 
@@ -19,6 +17,8 @@ class Text : public QLabel {
 
 public:
     Text(const theme::FontSpec& font, const QColor& color, QWidget* parent);
+
+    const theme::FontSpec& fontSpec() const { return font_.spec(); }
 
     void setColor(const QColor& color);
     QColor color() const;
@@ -44,15 +44,12 @@ public:
     QStringList visibleLines() const;
 
 protected:
-    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void applyFont();
     double leadingWidth() const;
-    QStringList linesAt(double width) const;
 
-    theme::FontSpec spec_;
+    DesignFont font_;
     int maximumLines_ = 1;
     QSizeF leadingSize_{0, 0};
     double leadingSpacing_ = 0;

@@ -49,19 +49,17 @@ QColor faded(QColor color, double opacity) {
 
 QColor white(double opacity) { return faded(QColor(255, 255, 255), opacity); }
 
-QFont font(const FontSpec& spec, double logicalDpi) {
-    constexpr double pointsPerInch = 72;
+QFont font(const FontSpec& spec, double scale) {
     QFont font;
     font.setFamilies(installed(families(spec.design)));
-    // Pixel sizes are whole numbers; a point size that comes to the pixels wanted is not.
-    font.setPointSizeF(spec.size * pointsPerInch / logicalDpi);
+    font.setPixelSize(qRound(spec.size * scale));
     font.setWeight(spec.weight);
     font.setHintingPreference(QFont::PreferNoHinting);
     if (spec.design == FontDesign::monospaced) {
         font.setStyleHint(QFont::Monospace);
     }
     if (spec.tracking != 0) {
-        font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking);
+        font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking * scale);
     }
     return font;
 }

@@ -36,10 +36,12 @@ struct FontSpec {
     double tracking = 0;
 };
 
-/// The font that shows `spec` at its exact size on a device of `logicalDpi`, in the best
-/// family installed: the system's rounded font or Quicksand, Inter, the system's fixed
-/// font; where that is missing, the system font.
-QFont font(const FontSpec& spec, double logicalDpi);
+/// The font for `spec`, `scale` times as large, in the best family installed: the system's
+/// rounded font or Quicksand, Inter, the system's fixed font; where that is missing, the
+/// system font.
+///
+/// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
+QFont font(const FontSpec& spec, double scale);
 
 /// The dark palette, for the whole application or for one window of ours.
 QPalette darkPalette();

@@ -23,6 +23,7 @@ constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::mon
 
 WakeButton::WakeButton(QWidget* parent)
     : PlainButton({4 * faceHeight, faceHeight}, parent),
+      labelFont_(labelFont),
       hint_(new Text(hintFont, theme::white(hintOpacity), this)) {
     setText(texts::wakeBothDisplays.toString());
     hint_->setText(texts::wakeShortcutHint.toString());
@@ -45,12 +46,9 @@ void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
     const QRectF icon(face.left() + horizontalPadding, face.center().y() - side / 2, side, side);
     paintIcon(painter, Icon::sunMaxFill, icon, theme::white());
 
-    const QFont font = theme::font(labelFont, logicalDpiY());
-    const QFontMetricsF metrics(font);
-    const double baseline = face.center().y() + (metrics.ascent() - metrics.descent()) / 2;
-    painter.setFont(font);
+    const double baseline = face.center().y() + (labelFont_.ascent() - labelFont_.descent()) / 2;
     painter.setPen(theme::white());
-    painter.drawText(QPointF(icon.right() + iconSpacing, baseline), text());
+    labelFont_.draw(painter, {icon.right() + iconSpacing, baseline}, text());
 }
 
 void WakeButton::resizeEvent(QResizeEvent* event) {

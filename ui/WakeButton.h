@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/DesignFont.h"
 #include "ui/PlainButton.h"
 #include "ui/Text.h"
 
@@ -23,6 +24,7 @@ protected:
 private:
     void colorHint();
 
+    DesignFont labelFont_;
     Text* hint_;
 };
 

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "controller/DisplayController.h"
+
+namespace tavrel {
+
+/// One state of the controller that the window is designed for.
+struct Situation {
+    std::string name;
+    std::vector<DisplayDevice> displays;
+    std::string status;
+    std::optional<std::string> error;
+    bool isRefreshing = false;
+};
+
+inline DisplayDevice builtInDisplay(bool isOn, DisplayID id = 1) {
+    return {id, "MacBook Display", DisplayDevice::Kind::builtIn, isOn};
+}
+
+inline DisplayDevice externalDisplay(bool isOn, DisplayID id = 2,
+                                     const std::string& name = "External Display") {
+    return {id, name, DisplayDevice::Kind::external, isOn};
+}
+
+inline DisplayDevice busy(DisplayDevice display) {
+    display.isBusy = true;
+    return display;
+}
+
+inline void show(DisplayController& controller, const Situation& situation) {
+    controller.setDisplays(situation.displays);
+    controller.setIsRefreshing(situation.isRefreshing);
+    controller.setErrorMessage(situation.error);
+    controller.setStatusMessage(situation.status);
+}
+
+inline std::vector<Situation> designedSituations() {
+    const std::string layoutError = "macOS couldn’t change the desktop display layout (error 1001)";
+    return {
+        {.name = "two-on",
+         .displays = {builtInDisplay(true), externalDisplay(true)},
+         .status = "Both displays are ready",
+         .error = {}},
+        {.name = "one-off",
+         .displays = {builtInDisplay(true), externalDisplay(false)},
+         .status = "External Display is off",
+         .error = {}},
+        {.name = "three-busy-refreshing",
+         .displays = {builtInDisplay(true), busy(externalDisplay(true, 2, "External Display 1")),
+                      externalDisplay(false, 3, "External Display 2")},
+         .status = "Turning off External Display 1…",
+         .error = {},
+         .isRefreshing = true},
+        {.name = "error",
+         .displays = {builtInDisplay(true), externalDisplay(false)},
+         .status = "Couldn’t change External Display",
+         .error = layoutError},
+        {.name = "empty", .displays = {}, .status = "Found 0 displays", .error = {}},
+        {.name = "empty-refreshing",
+         .displays = {},
+         .status = "Finding your displays…",
+         .error = {},
+         .isRefreshing = true},
+    };
+}
+
+}  // namespace tavrel
