@@ -98,7 +98,8 @@ FileDescriptor lock(const std::filesystem::path& path) {
     // A description of our own for each lock: threads that shared one would not exclude
     // one another.
     FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerFile));
-    if (file.isOpen() && untilUninterrupted([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
+    if (file.isOpen() && ::fchmod(file.number(), ownerFile) == 0 &&
+        untilUninterrupted([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
         return file;
     }
     return {};

@@ -1,0 +1,153 @@
+#include "platform/posix/FileUserDefaults.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "tests/platform/posix/FileUserDefaultsFixture.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::string_literals;
+using testing::UnorderedElementsAre;
+
+mode_t modeOf(const std::filesystem::path& path) {
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+TEST_F(FileUserDefaultsTest, FindsNothingWhereThereIsNoFile) {
+    EXPECT_EQ(store_.data("key"), std::nullopt);
+    EXPECT_FALSE(std::filesystem::exists(path_.parent_path()));
+}
+
+TEST_F(FileUserDefaultsTest, GivesBackWhatWasStored) {
+    for (const std::string& value :
+         {"text"s, ""s, "zero \0 byte"s, "\"quoted\" \\ \n\t\x01"s, "“typographic” · 🖥"s,
+          R"([{"id":1,"isBuiltIn":true,"lastSeenAt":786000000.25}])"s, std::string(100'000, 'x')}) {
+        EXPECT_TRUE(store_.setData("key", value));
+        EXPECT_EQ(store_.data("key"), value);
+        EXPECT_EQ(FileUserDefaults(path_).data("key"), value);
+    }
+}
+
+TEST_F(FileUserDefaultsTest, KeepsKeysApart) {
+    EXPECT_TRUE(store_.setData("one", "1"));
+    EXPECT_TRUE(store_.setData("two", "2"));
+    EXPECT_TRUE(store_.setData("one", "3"));
+
+    EXPECT_EQ(store_.data("one"), "3");
+    EXPECT_EQ(store_.data("two"), "2");
+    EXPECT_EQ(store_.data("three"), std::nullopt);
+}
+
+TEST_F(FileUserDefaultsTest, StoresAnObjectOfKeyToText) {
+    store_.setData("key", "é");
+
+    EXPECT_EQ(contents(), "{\n  \"key\": \"é\"\n}\n");
+}
+
+TEST_F(FileUserDefaultsTest, FindsNothingUnderAKeyThatHoldsSomethingElseAndLeavesItThere) {
+    write(R"({"number": 1.5, "list": [1, {"a": null}], "text": "t"})");
+
+    EXPECT_EQ(store_.data("number"), std::nullopt);
+    EXPECT_EQ(store_.data("list"), std::nullopt);
+    EXPECT_TRUE(store_.setData("key", "value"));
+    EXPECT_EQ(contents(),
+              "{\n  \"key\": \"value\",\n  \"list\": [\n    1,\n    {\n      \"a\": null\n    }\n"
+              "  ],\n  \"number\": 1.5,\n  \"text\": \"t\"\n}\n");
+}
+
+TEST_F(FileUserDefaultsTest, RefusesTextThatIsNotUTF8AndKeepsTheOldValue) {
+    store_.setData("key", "old");
+    for (const std::string_view bad : {"\xff", "\xc0\xaf", "\xed\xa0\x80", "cut \xe2\x82"}) {
+        EXPECT_FALSE(store_.setData("key", bad));
+        EXPECT_FALSE(store_.setData(bad, "value"));
+    }
+    EXPECT_EQ(store_.data("key"), "old");
+    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+}
+
+TEST_F(FileUserDefaultsTest, LeavesOnlyTheFileAndItsLockBehind) {
+    store_.setData("key", "value");
+    store_.setData("key", "other");
+
+    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+}
+
+TEST_F(FileUserDefaultsTest, IsPrivateToItsOwnerWhateverTheUmask) {
+    for (const mode_t mask : {0000U, 0022U, 0077U, 0777U}) {
+        support::TemporaryFolder folder;
+        const auto path = folder.path() / "config" / "tavrel" / "defaults.json";
+        const mode_t before = umask(mask);
+        EXPECT_TRUE(FileUserDefaults(path).setData("key", "value"));
+        EXPECT_TRUE(FileUserDefaults(path).setData("key", "other"));
+        umask(before);
+
+        EXPECT_EQ(modeOf(path), 0600U);
+        EXPECT_EQ(modeOf(path.string() + ".lock"), 0600U);
+        EXPECT_EQ(modeOf(path.parent_path()), 0700U);
+        EXPECT_EQ(modeOf(path.parent_path().parent_path()), 0700U);
+    }
+}
+
+TEST_F(FileUserDefaultsTest, TakesRightsOfOthersFromAFileThatGaveThem) {
+    write(R"({"key":"old"})");
+    chmod(path_.c_str(), 0666);
+    store_.setData("key", "new");
+
+    EXPECT_EQ(modeOf(path_), 0600U);
+}
+
+TEST_F(FileUserDefaultsTest, LeavesTheRightsOfAFolderThatWasThere) {
+    std::filesystem::create_directories(path_.parent_path());
+    chmod(path_.parent_path().c_str(), 0755);
+    store_.setData("key", "value");
+
+    EXPECT_EQ(modeOf(path_.parent_path()), 0755U);
+}
+
+TEST_F(FileUserDefaultsTest, FollowsAFolderThatIsALink) {
+    const auto real = folder_.path() / "elsewhere";
+    std::filesystem::create_directory(real);
+    std::filesystem::create_directory(path_.parent_path().parent_path());
+    std::filesystem::create_directory_symlink(real, path_.parent_path());
+
+    EXPECT_TRUE(store_.setData("key", "value"));
+    EXPECT_EQ(store_.data("key"), "value");
+    EXPECT_TRUE(std::filesystem::is_symlink(path_.parent_path()));
+    EXPECT_TRUE(std::filesystem::is_regular_file(real / "defaults.json"));
+}
+
+TEST_F(FileUserDefaultsTest, FollowsAFileThatIsALink) {
+    const auto real = folder_.path() / "elsewhere.json";
+    support::writeFile(real, R"({"key":"old"})");
+    std::filesystem::create_directories(path_.parent_path());
+    std::filesystem::create_symlink(real, path_);
+
+    EXPECT_TRUE(store_.setData("other", "value"));
+    EXPECT_TRUE(std::filesystem::is_symlink(path_));
+    EXPECT_EQ(FileUserDefaults(real).data("key"), "old");
+    EXPECT_EQ(FileUserDefaults(real).data("other"), "value");
+}
+
+TEST_F(FileUserDefaultsTest, WithoutAPathFindsNothingAndStoresNothing) {
+    FileUserDefaults nowhere{{}};
+
+    EXPECT_FALSE(nowhere.setData("key", "value"));
+    EXPECT_EQ(nowhere.data("key"), std::nullopt);
+}
+
+TEST_F(FileUserDefaultsTest, RemovesWhatAKilledWriterLeft) {
+    store_.setData("key", "value");
+    support::writeFile(path_.string() + ".new-abcdef", "half");
+    support::writeFile(path_.string() + ".backup", "not ours");
+    store_.setData("key", "value");
+
+    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock",
+                                              "defaults.json.backup"));
+}
+
+}  // namespace
+}  // namespace tavrel

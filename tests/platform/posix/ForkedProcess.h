@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+
+namespace tavrel {
+
+/// Runs a function in a process of its own, which ends with the function's result.
+class ForkedProcess {
+public:
+    explicit ForkedProcess(const std::function<int()>& body) : id_(fork()) {
+        if (id_ == 0) {
+            std::_Exit(body());
+        }
+    }
+    ~ForkedProcess() {
+        if (id_ > 0) {
+            kill();
+        }
+    }
+    ForkedProcess(const ForkedProcess&) = delete;
+    ForkedProcess& operator=(const ForkedProcess&) = delete;
+
+    /// Waits for the end. Returns the function's result, or -1 after any other end.
+    int wait() {
+        int status = 0;
+        const bool ended = id_ > 0 && waitpid(id_, &status, 0) == id_;
+        id_ = -1;
+        return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    /// Ends it at whatever it is doing.
+    void kill() {
+        ::kill(id_, SIGKILL);
+        wait();
+    }
+
+private:
+    pid_t id_;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,120 @@
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/platform/posix/FileUserDefaultsFixture.h"
+#include "tests/platform/posix/ForkedProcess.h"
+
+namespace tavrel {
+namespace {
+
+constexpr int writesEach = 40;
+
+/// Long enough to be written and read in several pieces.
+std::string longText(char letter) {
+    return std::string(50'000, letter);
+}
+
+bool isWhole(const std::string& text) {
+    return text.size() == 50'000 && text.find_first_not_of(text.front()) == std::string::npos;
+}
+
+/// Several writers and readers of one file. A failure in a child process is its result.
+class SharedDefaultsTest : public FileUserDefaultsTest {
+protected:
+    /// Counts up under a key of its own and checks that no one interferes.
+    bool countUp(const std::string& key) {
+        FileUserDefaults store(path_);
+        for (int i = 1; i <= writesEach; ++i) {
+            if (!store.setData(key, std::to_string(i)) || store.data(key) != std::to_string(i)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Writes long texts under a key shared with others and checks that none is torn.
+    bool writeAndCheck(const std::string& key, char letter) {
+        FileUserDefaults store(path_);
+        for (int i = 0; i < writesEach; ++i) {
+            if (!store.setData(key, longText(letter)) || !isWhole(store.data(key).value_or(""))) {
+                return false;
+            }
+        }
+        return true;
+    }
+};
+
+TEST_F(SharedDefaultsTest, TwoProcessesWritingDifferentKeysLoseNone) {
+    ForkedProcess first([&] { return countUp("first") ? 0 : 1; });
+    ForkedProcess second([&] { return countUp("second") ? 0 : 1; });
+    EXPECT_TRUE(countUp("third"));
+
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_EQ(second.wait(), 0);
+    for (const std::string key : {"first", "second", "third"}) {
+        EXPECT_EQ(store_.data(key), std::to_string(writesEach)) << key;
+    }
+}
+
+TEST_F(SharedDefaultsTest, ThreadsOfOneStoreWritingDifferentKeysLoseNone) {
+    constexpr int threadCount = 4;
+    std::vector<std::thread> threads;
+    threads.reserve(threadCount);
+    for (int t = 0; t < threadCount; ++t) {
+        threads.emplace_back([this, key = "key " + std::to_string(t)] {
+            for (int i = 1; i <= writesEach; ++i) {
+                EXPECT_TRUE(store_.setData(key, std::to_string(i)));
+                EXPECT_EQ(store_.data(key), std::to_string(i));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    for (int t = 0; t < threadCount; ++t) {
+        EXPECT_EQ(store_.data("key " + std::to_string(t)), std::to_string(writesEach));
+    }
+}
+
+TEST_F(SharedDefaultsTest, ProcessesAndThreadsWritingOneKeyNeverTearIt) {
+    ForkedProcess child([&] { return writeAndCheck("shared", 'c') ? 0 : 1; });
+    std::thread thread([&] { EXPECT_TRUE(writeAndCheck("shared", 't')); });
+    EXPECT_TRUE(writeAndCheck("shared", 'm'));
+    thread.join();
+
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_TRUE(isWhole(store_.data("shared").value_or("")));
+}
+
+TEST_F(SharedDefaultsTest, KilledWriterLeavesTheOldOrTheNewValueAndHoldsNoOneUp) {
+    store_.setData("other", "untouched");
+    for (int round = 0; round < 10; ++round) {
+        store_.setData("key", longText('0'));
+        ForkedProcess writer([&] {
+            FileUserDefaults store(path_);
+            for (char letter = 'a';; letter = letter == 'z' ? 'a' : static_cast<char>(letter + 1)) {
+                store.setData("key", longText(letter));
+            }
+            return 0;
+        });
+        // Each round lets it come a little further before it is killed.
+        std::string last = longText('0');
+        for (int seen = 0; seen <= round;) {
+            const std::string now = store_.data("key").value_or("");
+            ASSERT_TRUE(isWhole(now));
+            seen += now == last ? 0 : 1;
+            last = now;
+        }
+        writer.kill();
+
+        EXPECT_TRUE(isWhole(store_.data("key").value_or("")));
+        EXPECT_EQ(store_.data("other"), "untouched");
+    }
+    EXPECT_TRUE(store_.setData("key", "again"));
+    EXPECT_THAT(names(), testing::UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+}
+
+}  // namespace
+}  // namespace tavrel
