@@ -170,6 +170,13 @@ void ChildProcess::stop(std::chrono::milliseconds patience) {
         ::kill(pid_, SIGTERM);
         waitForEnd(patience);
     }
+    killGroup();
+}
+
+void ChildProcess::killGroup() {
+    if (ending_) {
+        return;
+    }
     ::kill(-pid_, SIGKILL);
     const auto ending = waitForEnd();
     waitUntil([&] { return livingGroup().empty(); });

@@ -54,6 +54,9 @@ public:
     /// Sends a signal to the program itself. Does nothing once it has ended.
     void signal(int number) const;
 
+    /// Kills it and all it has started, outright, and returns when they have gone.
+    void killGroup();
+
     /// Waits for its end; nothing when it still runs after `bound`.
     std::optional<Ending> waitForEnd(std::chrono::milliseconds bound = generousBound) const;
 

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <iosfwd>
+#include <vector>
+
+#include "tests/scenario/Scenario.h"
+
+namespace tavrel::scenario {
+
+/// The main job, told as stories. Every stage plays all of them.
+const std::vector<Scenario>& switchingStories();
+
+}  // namespace tavrel::scenario
