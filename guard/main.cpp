@@ -1,0 +1,30 @@
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <thread>
+
+#include "guard/Surroundings.h"
+#include "platform/guard/GuardService.h"
+#include "platform/guard/MessageSocket.h"
+#include "platform/posix/DefaultsPath.h"
+#include "platform/posix/FileUserDefaults.h"
+#include "platform/x11/X11WindowServer.h"
+
+int main(int argc, char** argv) {
+    using namespace tavrel;
+    const std::optional<int> inherited = guard::inheritedSocket({argv, static_cast<size_t>(argc)});
+    if (!inherited) {
+        std::cerr << "usage: tavrel-guard DESCRIPTOR (started by tavrel, with a connection to it)\n";
+        return 2;
+    }
+    guard::MessageSocket application(guard::leaveSurroundings(*inherited));
+    FileUserDefaults userDefaults(defaultsPath());
+    X11WindowServer windowServer(userDefaults);
+    guard::GuardService(windowServer, application, [](std::chrono::milliseconds time) {
+        std::this_thread::sleep_for(time);
+    }).run();
+    return EXIT_SUCCESS;
+}
