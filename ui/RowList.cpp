@@ -18,7 +18,7 @@ RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new QWidget) {
     // Both would otherwise paint over the backdrop.
     column_->setAutoFillBackground(false);
     viewport()->setAutoFillBackground(false);
-    verticalScrollBar()->setStyleSheet(theme::scrollBarStyle());
+    verticalScrollBar()->setStyleSheet(theme::scrollBarStyleSheet());
     verticalScrollBar()->setSingleStep((DisplayRow::fixedHeight + spacing) / 3);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* focused) { followFocus(focused); });
@@ -80,10 +80,7 @@ void RowList::removeRow(DisplayRow* row, QWidget& focusPlace) {
     if (focused != nullptr && (focused == row || row->isAncestorOf(focused))) {
         focusPlace.setFocus(Qt::OtherFocusReason);
     }
-    // A row may be told to go while its own switch is still announcing a flip.
-    row->hide();
-    row->setParent(nullptr);
-    row->deleteLater();
+    delete row;
 }
 
 void RowList::layOut() {

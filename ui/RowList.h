@@ -21,6 +21,7 @@ public:
 
     /// Shows one row for each of `inputs`, in this order. A row is kept as long as its
     /// display's `id` stays in the list. `focusPlace` takes the focus of a row that goes.
+    /// Not to be called from within a row's `onChange`.
     void setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlace);
 
     const std::vector<DisplayRow*>& rows() const { return rows_; }

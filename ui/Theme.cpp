@@ -1,7 +1,9 @@
 #include "ui/Theme.h"
 
+#include <QApplication>
 #include <QFontDatabase>
 #include <QStringList>
+#include <QToolTip>
 
 namespace tavrel::theme {
 namespace {
@@ -93,7 +95,16 @@ QPalette darkPalette() {
     return palette;
 }
 
-QString menuBarStyle() {
+void applyTo(QApplication& application) {
+#ifndef Q_OS_MACOS
+    // The desktop's own style may insist on the desktop's colours; this one never does.
+    application.setStyle(QStringLiteral("Fusion"));
+#endif
+    application.setPalette(darkPalette());
+    QToolTip::setPalette(darkPalette());
+}
+
+QString menuBarStyleSheet() {
     return QStringLiteral(R"(
 QMenuBar { background: transparent; color: rgba(255, 255, 255, 0.72); padding: 2px 22px; }
 QMenuBar::item { background: transparent; padding: 4px 8px; border-radius: 5px; }
@@ -107,7 +118,7 @@ QMenu::separator { height: 1px; margin: 5px 8px; background: rgba(255, 255, 255,
 )");
 }
 
-QString scrollBarStyle() {
+QString scrollBarStyleSheet() {
     return QStringLiteral(R"(
 QScrollBar:vertical { background: transparent; width: 8px; margin: 0; border: none; }
 QScrollBar::handle:vertical { background: rgba(255, 255, 255, 0.22); border-radius: 3px;

@@ -5,6 +5,8 @@
 #include <QPalette>
 #include <QString>
 
+class QApplication;
+
 /// The look shared by everything in the window. It is dark whatever the system prefers.
 ///
 /// Sizes are in points of the design, which are Qt's logical pixels. Colours are the
@@ -43,17 +45,19 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
-/// The dark palette, for the whole application or for one window of ours.
 QPalette darkPalette();
+
+/// Gives all windows, menus and tooltips of `application` the dark look.
+void applyTo(QApplication& application);
 
 /// The style sheet of a menu bar that lies in the free strip above the header, and of
 /// its menus.
-QString menuBarStyle();
+QString menuBarStyleSheet();
 
 /// The height of that strip.
 inline constexpr int menuBarHeight = 28;
 
 /// The style sheet of the slim scroll bar beside the rows.
-QString scrollBarStyle();
+QString scrollBarStyleSheet();
 
 }  // namespace tavrel::theme
