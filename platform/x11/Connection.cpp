@@ -15,11 +15,11 @@ std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options)
     xcb_connection_t* raw = xcb_connect(
         options.displayName.has_value() ? options.displayName->c_str() : nullptr, &screen);
     std::unique_ptr<Connection> connection(new Connection(raw, options.patience, screen));
-    if (connection->isLost() || connection->defaultScreen_ >= connection->roots_.size() ||
-        !connection->negotiateRandr()) {
+    if (connection->isLost() || connection->defaultScreen_ >= connection->roots_.size()) {
         return nullptr;
     }
-    return connection;
+    connection->negotiateRandr();
+    return connection->isLost() ? nullptr : std::move(connection);
 }
 
 Connection::Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen)
@@ -42,22 +42,23 @@ Connection::~Connection() {
     xcb_disconnect(connection_);
 }
 
-bool Connection::negotiateRandr() {
+void Connection::negotiateRandr() {
     const xcb_query_extension_reply_t* extension =
         xcb_get_extension_data(connection_, &xcb_randr_id);
     if (extension == nullptr || extension->present == 0) {
-        return false;
+        return;
     }
     firstRandrEvent_ = extension->first_event;
     const auto version =
         reply<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection_, 1, 3).sequence);
     if (version == nullptr) {
-        return false;
+        return;
     }
     const auto offered = std::pair(version->major_version, version->minor_version);
     if (offered < std::pair(1U, 2U)) {
-        return false;
+        return;
     }
+    hasRandr_ = true;
     hasRandr13_ = offered >= std::pair(1U, 3U);
     xcb_randr_select_input(connection_, root(), XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
     constexpr std::string_view edid = "EDID";
@@ -66,7 +67,6 @@ bool Connection::negotiateRandr() {
     if (atom != nullptr) {
         edidAtom_ = atom->atom;
     }
-    return atom != nullptr;
 }
 
 void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error) {
@@ -115,6 +115,11 @@ XcbReply<xcb_generic_event_t> Connection::nextEvent() {
     return event;
 }
 
+bool Connection::hasEvents() {
+    collectEvents();
+    return !events_.empty();
+}
+
 void Connection::discardEvents() {
     collectEvents();
     events_.clear();
@@ -142,9 +147,7 @@ void Connection::collectEvents() {
 }
 
 void Connection::noteScreenChange(const xcb_generic_event_t& event) {
-    constexpr std::uint8_t sentByClient = 0x80;
-    if ((event.response_type & ~sentByClient) !=
-        firstRandrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY) {
+    if (!hasRandr_ || eventNumber(event) != firstRandrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY) {
         return;
     }
     xcb_randr_screen_change_notify_event_t change{};

@@ -14,15 +14,14 @@
 
 namespace tavrel::x11 {
 
-/// One connection to an X server that speaks RandR 1.2 or later.
+/// One connection to an X server.
 ///
 /// To be used by one thread at a time. Nothing here ends the process or, once connected,
 /// waits for longer than the options' patience: a server that vanished, or stays silent for
 /// longer than that, makes the connection lost for good.
 class Connection {
 public:
-    /// Connects, and blocks until the server has answered. Null when it cannot be reached
-    /// or has no RandR 1.2.
+    /// Connects, and blocks until the server has answered. Null when it cannot be reached.
     static std::unique_ptr<Connection> connect(const X11ServerOptions& options);
     ~Connection();
     Connection(const Connection&) = delete;
@@ -32,6 +31,8 @@ public:
     /// The root window of the screen the display name selects.
     xcb_window_t root() const { return roots_[defaultScreen_]; }
     const std::vector<xcb_window_t>& roots() const { return roots_; }
+    /// Whether the server has RandR 1.2 or later.
+    bool hasRandr() const { return hasRandr_; }
     /// Whether the server's RandR knows the primary output, transforms and the quick list
     /// of resources.
     bool hasRandr13() const { return hasRandr13_; }
@@ -55,6 +56,7 @@ public:
 
     /// The next event that has arrived, null when there is none just now. Never waits.
     XcbReply<xcb_generic_event_t> nextEvent();
+    bool hasEvents();
     /// Drops all that have arrived; for those who only ask.
     void discardEvents();
 
@@ -71,7 +73,7 @@ public:
 
 private:
     Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen);
-    bool negotiateRandr();
+    void negotiateRandr();
     void collectEvents();
     void noteScreenChange(const xcb_generic_event_t& event);
     void* awaitReply(unsigned int sequence, xcb_generic_error_t** error);
@@ -80,6 +82,7 @@ private:
     std::chrono::milliseconds patience_;
     std::vector<xcb_window_t> roots_;
     std::size_t defaultScreen_ = 0;
+    bool hasRandr_ = false;
     bool hasRandr13_ = false;
     bool timedOut_ = false;
     std::uint8_t firstRandrEvent_ = 0;
@@ -88,5 +91,11 @@ private:
     std::pair<std::uint32_t, std::uint32_t> layout_;
     Millimetres millimetres_;
 };
+
+/// What kind of event it is, also when another client sent it.
+constexpr int eventNumber(const xcb_generic_event_t& event) {
+    constexpr std::uint8_t sentByClient = 0x80;
+    return event.response_type & ~sentByClient;
+}
 
 }  // namespace tavrel::x11

@@ -26,6 +26,7 @@ Connection* ServerLink::connection() {
     }
     if (attempt_.valid() && attempt_.wait_for(wait) == std::future_status::ready) {
         connection_ = attempt_.get();
+        connectionsMade_ += connection_ != nullptr ? 1U : 0U;
     }
     return connection_.get();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <future>
 #include <memory>
 
@@ -18,9 +19,12 @@ class ServerLink {
 public:
     explicit ServerLink(X11ServerOptions options);
 
-    /// The connection, made anew if need be; null when there is no usable server. Waits
+    /// The connection, made anew if need be; null when there is no server. Waits
     /// for an attempt at most as long as the patience. Valid until the next call.
     Connection* connection();
+
+    /// How many different ones there have been.
+    std::uint64_t connectionsMade() const { return connectionsMade_; }
 
 private:
     bool attemptIsDue() const;
@@ -30,6 +34,7 @@ private:
     std::unique_ptr<Connection> connection_;
     std::future<std::unique_ptr<Connection>> attempt_;
     std::chrono::steady_clock::time_point nextAttempt_;
+    std::uint64_t connectionsMade_ = 0;
 };
 
 }  // namespace tavrel::x11

@@ -28,9 +28,14 @@ X11WindowServer::X11WindowServer(UserDefaults& store, X11ConfigurationObserver* 
                                  const X11ServerOptions& options)
     : observer_(observer), questionLink_(options), changeLink_(options), remembered_(store) {}
 
+x11::Connection* X11WindowServer::usableConnection(x11::ServerLink& link) {
+    x11::Connection* connection = link.connection();
+    return connection != nullptr && connection->hasRandr() ? connection : nullptr;
+}
+
 std::optional<x11::Snapshot> X11WindowServer::ask() {
     const std::lock_guard lock(questionMutex_);
-    x11::Connection* connection = questionLink_.connection();
+    x11::Connection* connection = usableConnection(questionLink_);
     return connection == nullptr ? std::nullopt : x11::RandrLayoutServer(*connection).read();
 }
 
@@ -43,7 +48,7 @@ std::optional<x11::Output> X11WindowServer::find(DisplayID display) {
 
 bool X11WindowServer::canControlDisplays() {
     const std::lock_guard lock(questionMutex_);
-    return questionLink_.connection() != nullptr;
+    return usableConnection(questionLink_) != nullptr;
 }
 
 ServerStatus X11WindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
@@ -74,7 +79,7 @@ ServerStatus X11WindowServer::getOnlineDisplayList(std::uint32_t maxCount, Displ
 
 ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
-    x11::Connection* connection = changeLink_.connection();
+    x11::Connection* connection = usableConnection(changeLink_);
     if (connection == nullptr) {
         return serverStatus::notImplemented;
     }

@@ -43,6 +43,7 @@ public:
     std::uint32_t serialNumber(DisplayID display) override;
 
 private:
+    static x11::Connection* usableConnection(x11::ServerLink& link);
     std::optional<x11::Snapshot> ask();
     std::optional<x11::Output> find(DisplayID display);
 

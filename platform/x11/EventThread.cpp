@@ -1,0 +1,108 @@
+#include "platform/x11/EventThread.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <array>
+#include <cerrno>
+#include <future>
+#include <system_error>
+#include <utility>
+
+namespace tavrel::x11 {
+
+namespace {
+constexpr int forever = -1;
+/// How long to leave a server alone that went away.
+constexpr int retryMilliseconds = 1000;
+}  // namespace
+
+EventThread::EventThread(X11ServerOptions options, Client& client)
+    : link_(std::move(options)), client_(client), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (!wake_.isOpen()) {
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
+    std::promise<void> started;
+    std::future<void> hasStarted = started.get_future();
+    thread_ = std::thread([this, &started] {
+        startedConnected_ = serve() != nullptr;
+        started.set_value();
+        run();
+    });
+    hasStarted.wait();
+}
+
+EventThread::~EventThread() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+        tasks_.clear();
+    }
+    ::eventfd_write(wake_.number(), 1);
+    thread_.join();
+}
+
+void EventThread::post(Task task) {
+    {
+        const std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+    }
+    ::eventfd_write(wake_.number(), 1);
+}
+
+void EventThread::runTasks(Connection* connection) {
+    std::vector<Task> tasks;
+    {
+        const std::lock_guard lock(mutex_);
+        tasks.swap(tasks_);
+    }
+    for (const Task& task : tasks) {
+        task(connection);
+    }
+}
+
+bool EventThread::isStopping() {
+    const std::lock_guard lock(mutex_);
+    return stopping_;
+}
+
+void EventThread::run() {
+    while (!isStopping()) {
+        Connection* connection = serve();
+        runTasks(connection);
+        if (connection != nullptr) {
+            while (const auto event = connection->nextEvent()) {
+                client_.received(*connection, *event);
+            }
+            client_.settled(*connection);
+            xcb_flush(connection->get());
+        }
+        wait(connection);
+    }
+}
+
+Connection* EventThread::serve() {
+    Connection* connection = link_.connection();
+    if (connection != nullptr && link_.connectionsMade() != connectionsServed_) {
+        connectionsServed_ = link_.connectionsMade();
+        client_.connected(*connection);
+    }
+    return connection;
+}
+
+void EventThread::wait(Connection* connection) {
+    if (connection != nullptr && (connection->isLost() || connection->hasEvents())) {
+        return;
+    }
+    std::array<pollfd, 2> sources{{{wake_.number(), POLLIN, 0}, {-1, POLLIN, 0}}};
+    int timeout = connectionsServed_ == 0 ? forever : retryMilliseconds;
+    if (connection != nullptr) {
+        sources[1].fd = xcb_get_file_descriptor(connection->get());
+        timeout = forever;
+    }
+    ::poll(sources.data(), sources.size(), timeout);
+    eventfd_t ignored = 0;
+    ::eventfd_read(wake_.number(), &ignored);
+}
+
+}  // namespace tavrel::x11

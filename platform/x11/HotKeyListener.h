@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "platform/HotKeys.h"
+#include "platform/x11/ChordGrabs.h"
+#include "platform/x11/EventThread.h"
+#include "platform/x11/KeyPressFilter.h"
+#include "platform/x11/ServerOptions.h"
+
+namespace tavrel::x11 {
+
+/// Claims chords and listens for them, on a thread of its own.
+class HotKeyListener final : private EventThread::Client {
+public:
+    /// `pressed` is called on that thread, once for each press of a claimed chord.
+    HotKeyListener(std::function<void()> pressed, const X11ServerOptions& options);
+
+    /// Both wait for the server's answer. Not to be called from inside `pressed`.
+    std::optional<ChordGrabs::Number> claim(const HotKeyRegistration& hotKey);
+    void release(ChordGrabs::Number chord);
+
+private:
+    void connected(Connection& connection) override;
+    void received(Connection& connection, const xcb_generic_event_t& event) override;
+    void settled(Connection& connection) override;
+    void handleKey(const xcb_generic_event_t& event);
+
+    std::function<void()> pressed_;
+    // All these belong to the thread.
+    ChordGrabs grabs_;
+    KeyPressFilter filter_;
+    bool keyboardChanged_ = false;
+    /// Last, so that it ends before anything it uses.
+    EventThread thread_;
+};
+
+}  // namespace tavrel::x11

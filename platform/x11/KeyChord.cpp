@@ -1,0 +1,102 @@
+#include "platform/x11/KeyChord.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+
+namespace tavrel::x11 {
+
+namespace {
+
+// Numbers of the X protocol.
+constexpr Keysym numLock = 0xff7f;
+constexpr Keysym metaLeft = 0xffe7;
+constexpr Keysym metaRight = 0xffe8;
+constexpr Keysym altLeft = 0xffe9;
+constexpr Keysym altRight = 0xffea;
+constexpr Keysym superLeft = 0xffeb;
+constexpr Keysym superRight = 0xffec;
+constexpr std::uint16_t capsLockBit = 1U << 1;
+constexpr std::uint16_t controlBit = 1U << 2;
+
+/// The letter on a US keyboard's key of this virtual key code, as its two keysyms; those
+/// of letters are their characters.
+std::initializer_list<Keysym> letterOf(std::uint32_t virtualKeyCode) {
+    constexpr std::uint32_t keyW = 13;
+    static constexpr std::initializer_list<Keysym> letterW{'w', 'W'};
+    static constexpr std::initializer_list<Keysym> none{};
+    return virtualKeyCode == keyW ? letterW : none;
+}
+
+bool carriesAny(const KeyboardMapping& mapping, Keycode key, std::initializer_list<Keysym> wanted) {
+    const auto index = static_cast<std::size_t>(key) - mapping.firstKeycode;
+    if (key < mapping.firstKeycode || index >= mapping.keysyms.size()) {
+        return false;
+    }
+    const std::vector<Keysym>& carried = mapping.keysyms[index];
+    return std::find_first_of(carried.begin(), carried.end(), wanted.begin(), wanted.end()) !=
+           carried.end();
+}
+
+/// The first modifier bit that a key with one of these sets; 0 when none does.
+std::uint16_t modifierOf(const KeyboardMapping& mapping, std::initializer_list<Keysym> wanted) {
+    // The first three, Shift, Lock and Control, are never another modifier's.
+    for (std::size_t bit = 3; bit < mapping.modifierKeys.size(); ++bit) {
+        const std::vector<Keycode>& keys = mapping.modifierKeys[bit];
+        if (std::any_of(keys.begin(), keys.end(),
+                        [&](Keycode key) { return carriesAny(mapping, key, wanted); })) {
+            return static_cast<std::uint16_t>(1U << bit);
+        }
+    }
+    return 0;
+}
+
+std::optional<std::uint16_t> modifiersOf(const HotKeyRegistration& hotKey,
+                                         const KeyboardMapping& mapping) {
+    using namespace hotKeyModifier;
+    if ((hotKey.modifiers & ~(control | option | command)) != 0) {
+        return std::nullopt;
+    }
+    std::uint16_t modifiers = (hotKey.modifiers & control) != 0 ? controlBit : 0;
+    if ((hotKey.modifiers & option) != 0) {
+        std::uint16_t alt = modifierOf(mapping, {altLeft, altRight});
+        if (alt == 0) {
+            alt = modifierOf(mapping, {metaLeft, metaRight});
+        }
+        if (alt == 0) {
+            return std::nullopt;
+        }
+        modifiers |= alt;
+    }
+    if ((hotKey.modifiers & command) != 0) {
+        const std::uint16_t super = modifierOf(mapping, {superLeft, superRight});
+        if (super == 0) {
+            return std::nullopt;
+        }
+        modifiers |= super;
+    }
+    return modifiers;
+}
+
+}  // namespace
+
+std::set<KeyGrab> grabsFor(const HotKeyRegistration& hotKey, const KeyboardMapping& mapping) {
+    const std::optional<std::uint16_t> modifiers = modifiersOf(hotKey, mapping);
+    if (!modifiers.has_value()) {
+        return {};
+    }
+    const std::uint16_t numLockBit = modifierOf(mapping, {numLock});
+    std::set<KeyGrab> grabs;
+    for (std::size_t i = 0; i < mapping.keysyms.size(); ++i) {
+        const auto key = static_cast<Keycode>(mapping.firstKeycode + i);
+        if (!carriesAny(mapping, key, letterOf(hotKey.keyCode))) {
+            continue;
+        }
+        for (const int locks : {0, int{capsLockBit}, int{numLockBit}, capsLockBit | numLockBit}) {
+            grabs.insert({key, static_cast<std::uint16_t>(*modifiers | locks)});
+        }
+    }
+    return grabs;
+}
+
+}  // namespace tavrel::x11

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+#include "platform/HotKeys.h"
+
+namespace tavrel::x11 {
+
+using Keycode = std::uint8_t;
+using Keysym = std::uint32_t;
+
+/// What a server's keyboard has on its keys. Plain data.
+struct KeyboardMapping {
+    Keycode firstKeycode = 8;
+    /// For each key from the first one on, what it carries in each group and level.
+    std::vector<std::vector<Keysym>> keysyms = {};
+    /// The keys that set each of the eight modifier bits, from Shift to Mod5.
+    std::array<std::vector<Keycode>, 8> modifierKeys = {};
+
+    friend bool operator==(const KeyboardMapping&, const KeyboardMapping&) = default;
+};
+
+/// A key together with exactly these modifier bits.
+struct KeyGrab {
+    Keycode keycode = 0;
+    std::uint16_t modifiers = 0;
+
+    friend auto operator<=>(const KeyGrab&, const KeyGrab&) = default;
+};
+
+/// All that has to be grabbed for a hot key: each key that carries its letter, with the
+/// modifiers that carry Control, Alt (option) and Super (command), in every combination
+/// with Caps Lock and Num Lock. Empty when this keyboard cannot type it, or the key code or
+/// the modifiers are none we know.
+std::set<KeyGrab> grabsFor(const HotKeyRegistration& hotKey, const KeyboardMapping& mapping);
+
+}  // namespace tavrel::x11

@@ -1,0 +1,76 @@
+#include "platform/x11/X11ReconfigurationReports.h"
+
+#include <xcb/randr.h>
+
+#include <utility>
+
+#include "platform/x11/SnapshotDiff.h"
+#include "platform/x11/SnapshotReader.h"
+
+namespace tavrel {
+
+X11ReconfigurationReports::X11ReconfigurationReports(const X11ServerOptions& options)
+    : thread_(options, *this) {}
+
+ServerStatus X11ReconfigurationReports::registerCallback(DisplayReconfigurationCallback callback,
+                                                         void* userInfo) {
+    if (!canWatch_) {
+        return serverStatus::notImplemented;
+    }
+    callbacks_.add(callback, userInfo);
+    return serverStatus::success;
+}
+
+ServerStatus X11ReconfigurationReports::removeCallback(DisplayReconfigurationCallback callback,
+                                                       void* userInfo) {
+    return callbacks_.remove(callback, userInfo) ? serverStatus::success
+                                                 : serverStatus::illegalArgument;
+}
+
+void X11ReconfigurationReports::beginConfiguration(DisplayID display) {
+    thread_.post([this, display](x11::Connection*) {
+        callbacks_.call(display, displayChange::beginConfiguration);
+    });
+}
+
+void X11ReconfigurationReports::connected(x11::Connection& connection) {
+    canWatch_ = connection.hasRandr();
+    if (canWatch_) {
+        xcb_randr_select_input(connection.get(), connection.root(),
+                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
+                                   XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+        // Whatever happened before the selection is news too, after an interruption.
+        hasNews_ = true;
+        settled(connection);
+    }
+}
+
+void X11ReconfigurationReports::received(x11::Connection& connection,
+                                         const xcb_generic_event_t& event) {
+    const int number = x11::eventNumber(event) - connection.firstRandrEvent();
+    hasNews_ = hasNews_ || (connection.hasRandr() && (number == XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                                                      number == XCB_RANDR_NOTIFY));
+}
+
+void X11ReconfigurationReports::settled(x11::Connection& connection) {
+    if (!std::exchange(hasNews_, false)) {
+        return;
+    }
+    std::optional<x11::Snapshot> now = x11::readSnapshot(connection);
+    if (!now.has_value()) {
+        return;
+    }
+    const std::optional<x11::Snapshot> before = std::exchange(reported_, std::move(now));
+    if (!before.has_value()) {
+        return;
+    }
+    // A change of our own that can be seen now was announced before; so much is certain,
+    // while it may have been announced since the thread last looked.
+    thread_.runTasks(&connection);
+    for (const auto& report : x11::reportsBetween(*before, *reported_)) {
+        callbacks_.call(report.display, report.flags);
+    }
+}
+
+}  // namespace tavrel
