@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <random>
+#include <utility>
 
 #include "platform/DisplayLifecycle.h"
 #include "platform/simulated/SimulatedScheduler.h"
@@ -27,6 +29,11 @@ public:
 
     void setFaults(const Faults& faults) { faults_ = faults; }
 
+    /// From now on `observer` is told of each request to switch a display on.
+    void setWakeObserver(std::function<void(DisplayID)> observer) {
+        wakeObserver_ = std::move(observer);
+    }
+
     /// How many requests to switch on have been refused so far.
     std::uint64_t refusedWakes() const { return refusedWakes_; }
 
@@ -41,6 +48,9 @@ public:
     }
 
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        if (enabled && wakeObserver_ != nullptr) {
+            wakeObserver_(display);
+        }
         takeTime();
         if (happens(faults_.refusals)) {
             refusedWakes_ += enabled ? 1 : 0;
@@ -52,7 +62,9 @@ public:
     }
 
 private:
-    bool happens(unsigned outOfHundred) { return outOfHundred != 0 && random_() % 100 < outOfHundred; }
+    bool happens(unsigned outOfHundred) {
+        return outOfHundred != 0 && random_() % 100 < outOfHundred;
+    }
 
     void takeTime() {
         if (faults_.latency.count() > 0) {
@@ -65,6 +77,7 @@ private:
     SimulatedScheduler& scheduler_;
     std::mt19937_64 random_;
     Faults faults_;
+    std::function<void(DisplayID)> wakeObserver_;
     std::uint64_t refusedWakes_ = 0;
 };
 

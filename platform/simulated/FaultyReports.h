@@ -25,8 +25,7 @@ public:
     };
 
     /// Both must outlive it.
-    FaultyReports(ReconfigurationReports& inner, SimulatedScheduler& scheduler,
-                  std::uint64_t seed);
+    FaultyReports(ReconfigurationReports& inner, SimulatedScheduler& scheduler, std::uint64_t seed);
     ~FaultyReports() override;
 
     FaultyReports(const FaultyReports&) = delete;
@@ -34,8 +33,7 @@ public:
 
     void setFaults(const Faults& faults) { faults_ = faults; }
 
-    ServerStatus registerCallback(DisplayReconfigurationCallback callback,
-                                  void* userInfo) override;
+    ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
 
 private:

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "controller/DisplayController.h"
+#include "platform/ReconfigurationReports.h"
+#include "platform/simulated/SimulatedPlatform.h"
+
+namespace tavrel::simulation {
+
+class Invariants;
+
+/// What the reports of one session should lead to, worked out a second time: it gets
+/// every report just after the controller does, and looks again just after the moments at
+/// which the controller should have acted.
+class WatchModel {
+public:
+    /// All must outlive it. Registers itself behind the controller.
+    WatchModel(SimulatedPlatform& system, ReconfigurationReports& reports,
+               std::shared_ptr<DisplayController> controller, Invariants& invariants);
+    ~WatchModel();
+
+    WatchModel(const WatchModel&) = delete;
+    WatchModel& operator=(const WatchModel&) = delete;
+
+    /// Whether the debounced recovery is to start at this very moment.
+    bool recoveryIsDueNow() const;
+
+    /// A restoration has started: the pending recovery is no longer known, so no later
+    /// report calls it off.
+    void noteRestorationStart() { stored_.reset(); }
+
+private:
+    struct Recovery {
+        Delay due;
+        bool isCancelled = false;
+    };
+
+    static void receive(DisplayID display, std::uint32_t flags, void* userInfo);
+    void handle(std::uint32_t flags);
+    void expectRecovery();
+    void expectCheck();
+
+    SimulatedPlatform& system_;
+    ReconfigurationReports& reports_;
+    std::shared_ptr<DisplayController> controller_;
+    Invariants& invariants_;
+    std::vector<std::shared_ptr<Recovery>> recoveries_;
+    std::shared_ptr<Recovery> stored_;
+    /// Tasks of a former session find it gone.
+    std::shared_ptr<WatchModel*> alive_;
+};
+
+}  // namespace tavrel::simulation

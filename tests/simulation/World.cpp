@@ -1,0 +1,241 @@
+#include "tests/simulation/World.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "registry/DisplayRegistry.h"
+
+namespace tavrel::simulation {
+
+namespace {
+
+using namespace std::chrono_literals;
+using WhenOff = SimulatedWindowServer::WhenOff;
+
+constexpr SimulatedDisplay panel{.id = 5, .builtIn = true};
+constexpr std::array<DisplayID, 4> externals{1, 3, 77, 4'294'967'295U};
+constexpr Delay convergenceTime = 3s;
+constexpr Delay patience = 60s;
+
+constexpr std::array clockSteps{-3600.0, -2.0, -0.3, 0.3, 2.0, 3600.0, 31 * 86400.0, -31 * 86400.0};
+
+constexpr std::array corruptions{"",
+                                 "[",
+                                 "null",
+                                 "{}",
+                                 "[1]",
+                                 R"([{"id":1,"isBuiltIn":true}])",
+                                 "\xff",
+                                 "[]x",
+                                 R"([{"id":4294967296,"isBuiltIn":true,"lastSeenAt":1}])",
+                                 R"([{"id":1,"isBuiltIn":true,"lastSeenAt":1e999}])"};
+
+DisplayID external(std::uint32_t number) {
+    return externals[number % externals.size()];
+}
+
+}  // namespace
+
+World::World(std::uint64_t seed)
+    : system_(seed, seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline),
+      lifecycle_(system_.windowServer, system_.scheduler, seed + 1),
+      reports_(system_.windowServer, system_.scheduler, seed + 2) {
+    lifecycle_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
+    system_.windowServer.setHasPrivateList(seed / 2 % 2 == 0);
+    plug(panel);
+    plug({.id = externals[0]});
+    plug({.id = externals[1]});
+    system_.scheduler.setObserver([this] { invariants_.check(); });
+    launch();
+}
+
+World::~World() {
+    system_.scheduler.setObserver(nullptr);
+    invariants_.watch(nullptr, nullptr);
+    watchModel_.reset();
+    controller_.reset();
+    system_.scheduler.shutDown();
+}
+
+Platform World::platform() {
+    const Platform whole = system_.platform();
+    return {*gate_,
+            whole.queries,
+            reports_,
+            whole.userDefaults,
+            whole.wallClock,
+            whole.mainQueue,
+            whole.backgroundQueue,
+            whole.notificationCenter};
+}
+
+void World::launch() {
+    gate_ = std::make_unique<SwitchOffGate>(lifecycle_);
+    delegate_ = std::make_unique<AppDelegate>(platform(), system_.hotKeys);
+    delegate_->applicationDidFinishLaunching();
+    controller_ = DisplayController::create(platform());
+    watchModel_ = std::make_unique<WatchModel>(system_, reports_, controller_, invariants_);
+    invariants_.watch(controller_, watchModel_.get());
+    advance(Delay::zero());
+}
+
+void World::quit() {
+    gate_->close();
+    auto& scheduler = system_.scheduler;
+    if (!scheduler.advanceWithMainBlocked(patience, [this] { return gate_->isIdle(); })) {
+        invariants_.fail("a switch was still running a minute after quitting");
+        return;
+    }
+    const std::uint64_t refusedBefore = lifecycle_.refusedWakes();
+    delegate_->applicationWillTerminate();
+    const bool refused = lifecycle_.refusedWakes() != refusedBefore;
+    invariants_.watch(nullptr, nullptr);
+    watchModel_.reset();
+    controller_.reset();
+    scheduler.advanceWithMainBlocked(patience,
+                                     [&] { return scheduler.pendingBackgroundJobs() == 0; });
+    if (!refused) {
+        for (const auto& [id, lastSeenAt] : invariants_.stored()) {
+            const SimulatedDisplay* display = system_.windowServer.find(id);
+            if (display != nullptr && display->connected && !display->enabled) {
+                invariants_.fail("display " + std::to_string(id) + " is off after quitting");
+            }
+        }
+    }
+    advance(Delay::zero());
+    system_.windowServer.takeChanges();
+}
+
+void World::advance(Delay duration) {
+    system_.scheduler.advance(duration);
+    invariants_.check();
+    for (const auto& [display, enabled] : system_.windowServer.takeChanges()) {
+        log_.add(now(), "asked " + std::to_string(display) + (enabled ? " on" : " off"));
+    }
+}
+
+void World::apply(const Event& event) {
+    advance(event.gap);
+    if (violation().has_value()) {
+        return;
+    }
+    log_.add(now(), describe(event));
+    happen(event);
+    advance(Delay::zero());
+}
+
+void World::happen(const Event& event) {
+    using Kind = Event::Kind;
+    SimulatedWindowServer& server = system_.windowServer;
+    switch (event.kind) {
+        case Kind::userSwitch:
+            return userSwitch(event);
+        case Kind::userRefresh:
+            return controller_->refresh(std::nullopt);
+        case Kind::userWakeAll:
+            return controller_->wakeAll();
+        case Kind::hotKey:
+            return system_.hotKeys.press();
+        case Kind::plug:
+            return plug({.id = external(event.a), .enabled = event.b % 4 != 0});
+        case Kind::unplug:
+            return server.disconnect(external(event.a));
+        case Kind::lidClose:
+            return server.disconnect(panel.id);
+        case Kind::lidOpen:
+            return plug(panel);
+        case Kind::outsideSwitch:
+            return server.switchFromOutside(event.a % 3 == 0 ? panel.id : external(event.a),
+                                            event.b % 3 == 0);
+        case Kind::outsideAllOff:
+            return switchAllOff();
+        case Kind::idleReport:
+            return server.report(panel.id, event.a & 0x1fff);
+        case Kind::startFaults:
+            return startFaults(event);
+        case Kind::stopFaults:
+            return stopFaults();
+        case Kind::wipeRegistry:
+            system_.userDefaults.remove(DisplayRegistry::storageKey);
+            return invariants_.forgetStore();
+        case Kind::corruptRegistry:
+            return corruptRegistry(event.a);
+        case Kind::lockStore:
+            return system_.userDefaults.setWritable(false);
+        case Kind::unlockStore:
+            return system_.userDefaults.setWritable(true);
+        case Kind::stepClock:
+            return system_.wallClock.step(clockSteps[event.a % clockSteps.size()]);
+        case Kind::quitAndRestart:
+            quit();
+            return launch();
+        case Kind::converge:
+            return converge();
+    }
+}
+
+void World::userSwitch(const Event& event) {
+    if (controller_->displays().empty()) {
+        return;
+    }
+    const DisplayDevice display = controller_->displays()[event.a % controller_->displays().size()];
+    const bool isOn = event.b % 8 == 0 ? display.isOn : !display.isOn;
+
+    // The rule once more, from the desk's point of view.
+    const auto& listed = controller_->displays();
+    const bool otherIsLive = std::any_of(listed.begin(), listed.end(), [&](const auto& other) {
+        return other.id() != display.id() && system_.windowServer.isOnline(other.displayID()) &&
+               system_.windowServer.isActive(other.displayID());
+    });
+    const bool shouldBe = !display.isBusy && display.isOn != isOn && (isOn || otherIsLive);
+
+    controller_->set(display, isOn);
+    const bool accepted =
+        controller_->statusMessage() == (isOn ? "Waking " : "Turning off ") + display.name() + "…";
+    if (shouldBe || display.isOn != isOn) {
+        invariants_.checkSwitchRequest(accepted && !display.isBusy, shouldBe, display, isOn);
+    }
+    invariants_.noteSuppressionMovedByUser();
+}
+
+void World::switchAllOff() {
+    for (const SimulatedDisplay& display : std::vector(system_.windowServer.desk())) {
+        system_.windowServer.switchFromOutside(display.id, false);
+    }
+}
+
+void World::startFaults(const Event& event) {
+    lifecycle_.setFaults({.refusals = event.a % 60,
+                          .listFailures = event.a / 64 % 50,
+                          .latency = std::chrono::milliseconds(event.b % 750)});
+    reports_.setFaults({.lost = event.b / 1024 % 80,
+                        .doubled = event.b / 131072 % 50,
+                        .late = event.a / 4096 % 80,
+                        .delay = 3s});
+    system_.windowServer.setOnlineListStatus(event.b % 4 == 0 ? serverStatus::failure
+                                                              : serverStatus::success);
+}
+
+void World::stopFaults() {
+    lifecycle_.setFaults({});
+    reports_.setFaults({});
+    system_.windowServer.setOnlineListStatus(serverStatus::success);
+}
+
+void World::corruptRegistry(std::uint32_t variant) {
+    system_.userDefaults.replaceFromOutside(DisplayRegistry::storageKey,
+                                            corruptions[variant % corruptions.size()]);
+    invariants_.forgetStore();
+}
+
+void World::converge() {
+    stopFaults();
+    system_.userDefaults.setWritable(true);
+    const bool couldBeUsable = invariants_.someRememberedIsConnected();
+    advance(convergenceTime);
+    if (couldBeUsable && !invariants_.someRememberedIsUsable()) {
+        invariants_.fail("nothing usable three seconds after the faults stopped");
+    }
+}
+
+}  // namespace tavrel::simulation

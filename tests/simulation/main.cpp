@@ -1,0 +1,171 @@
+// Simulates the core for many hours. Prints what it did; a failure with its seed, the
+// shortest list of events found that leads to it, and the last lines of its log.
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/simulation/Run.h"
+
+namespace {
+
+using namespace tavrel::simulation;
+
+struct Options {
+    std::uint64_t firstSeed = 1;
+    double hours = 1000;
+    double hoursPerSeed = 24;
+    unsigned jobs = 2;
+    bool expectViolation = false;
+};
+
+[[noreturn]] void usage() {
+    std::fputs(
+        "usage: tavrel-simulate [--seed N | --fresh] [--hours H] [--hours-per-seed H]\n"
+        "                       [--jobs N] [--expect-violation]\n"
+        "  --seed N            replay this seed alone; with --hours, seeds N, N+1, …\n"
+        "  --fresh             start at a seed nobody has chosen\n"
+        "  --hours H           how long to simulate in all\n"
+        "  --expect-violation  succeed when something is found, fail when not\n",
+        stderr);
+    std::exit(2);
+}
+
+Options parse(int argc, char** argv) {
+    Options options;
+    bool hoursGiven = false;
+    bool seedGiven = false;
+    for (int index = 1; index < argc; ++index) {
+        const std::string option = argv[index];
+        const auto value = [&]() -> const char* {
+            return index + 1 < argc ? argv[++index] : (usage(), nullptr);
+        };
+        const auto number = [&] {
+            const char* text = value();
+            char* end = nullptr;
+            const double parsed = std::strtod(text, &end);
+            if (*text == '\0' || *end != '\0' || parsed < 0) {
+                usage();
+            }
+            return parsed;
+        };
+        if (option == "--seed") {
+            options.firstSeed = static_cast<std::uint64_t>(number());
+            seedGiven = true;
+        } else if (option == "--fresh") {
+            options.firstSeed = std::random_device{}();
+        } else if (option == "--hours") {
+            options.hours = number();
+            hoursGiven = true;
+        } else if (option == "--hours-per-seed") {
+            options.hoursPerSeed = number();
+        } else if (option == "--jobs") {
+            options.jobs = static_cast<unsigned>(number());
+        } else if (option == "--expect-violation") {
+            options.expectViolation = true;
+        } else {
+            usage();
+        }
+    }
+    if (seedGiven && !hoursGiven) {
+        options.hours = options.hoursPerSeed;
+    }
+    return options;
+}
+
+struct Totals {
+    std::mutex mutex;
+    std::atomic<std::uint64_t> nextSeed{0};
+    std::atomic<bool> stop{false};
+    double hours = 0;
+    std::uint64_t steps = 0;
+    std::uint64_t events = 0;
+    std::uint64_t seeds = 0;
+    std::uint64_t hash = 0;
+    bool violated = false;
+};
+
+void report(std::uint64_t seed, const std::vector<Event>& events, const Outcome& outcome,
+            const Options& options) {
+    std::printf("seed %llu: %s\n", static_cast<unsigned long long>(seed),
+                outcome.violation->c_str());
+    const auto shrunk =
+        shrink(seed, {events.begin(), events.begin() + static_cast<std::ptrdiff_t>(outcome.events)},
+               *outcome.violation, options.expectViolation ? 60 : 400);
+    std::printf("  %zu of %zu events are enough:\n", shrunk.size(), outcome.events);
+    for (const Event& event : shrunk) {
+        std::printf("    %s\n", describe(event).c_str());
+    }
+    std::printf("  what happened with them, at the end:\n");
+    for (const std::string& line : run(seed, shrunk).tail) {
+        std::printf("    %s\n", line.c_str());
+    }
+    std::printf("  replay: scripts/simulate --seed %llu --hours-per-seed %g\n",
+                static_cast<unsigned long long>(seed), options.hoursPerSeed);
+}
+
+void work(const Options& options, std::uint64_t seedCount, Totals& totals) {
+    while (!totals.stop) {
+        const std::uint64_t index = totals.nextSeed++;
+        if (index >= seedCount) {
+            return;
+        }
+        const std::uint64_t seed = options.firstSeed + index;
+        const auto events = generateEvents(seed, options.hoursPerSeed);
+        const Outcome outcome = run(seed, events);
+        const bool repeats =
+            outcome.violation.has_value() || run(seed, events).hash == outcome.hash;
+
+        const std::lock_guard lock(totals.mutex);
+        totals.hours += outcome.hours;
+        totals.steps += outcome.steps;
+        totals.events += outcome.events;
+        totals.hash ^= outcome.hash;
+        ++totals.seeds;
+        if (outcome.violation.has_value() && !totals.violated) {
+            report(seed, events, outcome, options);
+        } else if (!repeats) {
+            std::printf("seed %llu: a second run gave another log\n",
+                        static_cast<unsigned long long>(seed));
+        }
+        if (outcome.violation.has_value() || !repeats) {
+            totals.violated = true;
+            totals.stop = true;
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Options options = parse(argc, argv);
+    const auto seedCount =
+        static_cast<std::uint64_t>(std::max(1.0, options.hours / options.hoursPerSeed + 0.5));
+    Totals totals;
+    const auto start = std::chrono::steady_clock::now();
+    std::vector<std::thread> threads;
+    for (unsigned job = 0; job < std::max(1U, options.jobs); ++job) {
+        threads.emplace_back([&] { work(options, seedCount, totals); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+    std::printf(
+        "%.0f simulated hours, each run twice with the same log, in %.1f s (%.0f simulated hours "
+        "a second); seeds %llu to %llu; %llu events, %llu steps; hash %016llx\n",
+        totals.hours, spent.count(), totals.hours / spent.count(),
+        static_cast<unsigned long long>(options.firstSeed),
+        static_cast<unsigned long long>(options.firstSeed + totals.seeds - 1),
+        static_cast<unsigned long long>(totals.events),
+        static_cast<unsigned long long>(totals.steps),
+        static_cast<unsigned long long>(totals.hash));
+    return totals.violated == options.expectViolation ? EXIT_SUCCESS : EXIT_FAILURE;
+}
