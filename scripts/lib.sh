@@ -1,0 +1,28 @@
+# What the scripts share. To be sourced: each script then stands in the project's root.
+# shellcheck shell=bash
+
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '%s\n' "$*" >&2; }
+
+fail() {
+    say "$*"
+    exit 1
+}
+
+# How many things to do at once.
+jobs_at_once() { getconf _NPROCESSORS_ONLN; }
+
+# build PRESET [TARGET…]: configures and builds; all targets if none is named.
+build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" --parallel "$(jobs_at_once)" ${1:+--target "$@"}
+}
+
+# Tracked sources that match any of the patterns, one a line. The folder may belong to
+# somebody else than the one who runs this, as it does in many containers.
+tracked() { git -c safe.directory='*' ls-files -- "$@"; }
