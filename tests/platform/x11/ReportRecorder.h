@@ -1,0 +1,36 @@
+#pragma once
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "platform/x11/SnapshotDiff.h"
+
+namespace tavrel {
+
+/// A callback's user info that writes down every report.
+class ReportRecorder {
+public:
+    static void callback(DisplayID display, std::uint32_t flags, void* recorder) {
+        auto& self = *static_cast<ReportRecorder*>(recorder);
+        const std::lock_guard lock(self.mutex_);
+        self.reports_.push_back({display, flags});
+    }
+
+    std::vector<x11::DisplayReport> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(reports_, {});
+    }
+
+    bool contains(const x11::DisplayReport& report) {
+        const std::lock_guard lock(mutex_);
+        return std::find(reports_.begin(), reports_.end(), report) != reports_.end();
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<x11::DisplayReport> reports_;
+};
+
+}  // namespace tavrel
