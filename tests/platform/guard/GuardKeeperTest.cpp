@@ -1,0 +1,349 @@
+#include "platform/guard/GuardKeeper.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/platform/guard/SerialLifecycle.h"
+#include "tests/platform/guard/ThreadGuard.h"
+
+namespace tavrel::guard {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+using Kind = Message::Kind;
+
+/// A guard that only says what it was told to, whatever is asked.
+class PuppetGuard : public RunningGuard {
+public:
+    PuppetGuard(const std::vector<Message>& says, int& killed)
+        : PuppetGuard(says, killed, makeSocketPair()) {}
+
+    MessageSocket& link() override { return link_; }
+    void kill() override { ++killed_; }
+
+private:
+    using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
+    PuppetGuard(const std::vector<Message>& says, int& killed, Ends ends)
+        : killed_(killed),
+          link_(std::move(ends.value().first)),
+          theirs_(std::move(ends.value().second)) {
+        for (const Message& message : says) {
+            theirs_.send(message);
+        }
+    }
+
+    int& killed_;
+    MessageSocket link_;
+    MessageSocket theirs_;
+};
+
+class GuardKeeperTest : public testing::Test {
+protected:
+    GuardKeeperTest() {
+        for (const DisplayID id : {1U, 2U, 3U}) {
+            server.connect({.id = id});
+        }
+    }
+
+    GuardKeeper& keeper() {
+        if (!keeper_) {
+            keeper_.emplace(inner,
+                            KeeperSurroundings{.startGuard = [this] { return start(); },
+                                               .now = [this] { return now; },
+                                               .willSwitch =
+                                                   [this](DisplayID display, bool enabled) {
+                                                       announced.emplace_back(display, enabled);
+                                                   },
+                                               .patience = patience});
+        }
+        return *keeper_;
+    }
+
+    /// The application ends without a goodbye.
+    void endWithoutGoodbye() { keeper_.reset(); }
+
+    std::unique_ptr<RunningGuard> start() {
+        ++starts;
+        if (starts <= failingStarts) {
+            return nullptr;
+        }
+        if (puppetSays) {
+            return std::make_unique<PuppetGuard>(*std::exchange(puppetSays, std::nullopt),
+                                                 puppetsKilled);
+        }
+        auto guard = std::make_unique<ThreadGuard>(
+            displays, [this](DisplayID display, bool enabled) { return fate(display, enabled); });
+        guards.push_back(guard.get());
+        return guard;
+    }
+
+    /// On a guard's thread, while the keeper waits for it.
+    Fate fate(DisplayID display, bool enabled) {
+        asked.emplace_back(display, enabled);
+        if (fates.empty()) {
+            return Fate::lives;
+        }
+        const Fate next = fates.front();
+        fates.pop_front();
+        return next;
+    }
+
+    /// The one at work dies while nothing is asked of it, and the keeper gets to see it.
+    void killIdleGuard() {
+        guards.back()->die();
+        keeper().attend();
+    }
+
+    bool isOn(DisplayID display) const { return server.find(display)->enabled; }
+    bool isInProcess() { return keeper().descriptor() < 0; }
+
+    SimulatedWindowServer server;
+    /// What guards change, and what this process does.
+    SerialLifecycle displays{server};
+    struct Inner : SerialLifecycle {
+        using SerialLifecycle::SerialLifecycle;
+        ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+            changes.emplace_back(display, enabled);
+            return SerialLifecycle::setDisplayEnabled(display, enabled);
+        }
+        std::vector<std::pair<DisplayID, bool>> changes;
+    } inner{server};
+
+    std::chrono::nanoseconds now = 1000s;
+    std::chrono::milliseconds patience = 30s;
+    int starts = 0;
+    int failingStarts = 0;
+    /// What the next guard to be started says instead of being one.
+    std::optional<std::vector<Message>> puppetSays;
+    int puppetsKilled = 0;
+    std::deque<Fate> fates;
+    std::vector<std::pair<DisplayID, bool>> asked;
+    std::vector<std::pair<DisplayID, bool>> announced;
+    /// Not owned; all but the last may be gone.
+    std::vector<ThreadGuard*> guards;
+
+private:
+    std::optional<GuardKeeper> keeper_;
+};
+
+TEST_F(GuardKeeperTest, theGuardSwitchesAndItsStatusComesBack) {
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+    EXPECT_EQ(keeper().setDisplayEnabled(9, false), 1001);
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    EXPECT_THAT(asked, ElementsAre(Pair(1, false), Pair(9, false), Pair(1, true)));
+    EXPECT_THAT(inner.changes, IsEmpty());
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(GuardKeeperTest, eachChangeIsAnnouncedOnceBeforeTheGuardIsAsked) {
+    keeper().setDisplayEnabled(1, false);
+    keeper().setDisplayEnabled(1, true);
+    EXPECT_THAT(announced, ElementsAre(Pair(1, false), Pair(1, true)));
+}
+
+TEST_F(GuardKeeperTest, theGuardBringsBackWhatIsOffWhenTheApplicationIsGone) {
+    keeper().setDisplayEnabled(1, false);
+    keeper().setDisplayEnabled(2, false);
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+    EXPECT_TRUE(isOn(2));
+}
+
+TEST_F(GuardKeeperTest, afterAGoodbyeTheGuardChangesNothingAndThisProcessSwitches) {
+    keeper().setDisplayEnabled(1, false);
+    keeper().goodbye();
+    EXPECT_FALSE(isOn(1));
+    EXPECT_TRUE(isInProcess());
+    keeper().goodbye();
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(GuardKeeperTest, aGuardThatDiesIdleIsReplacedByOneThatKnowsWhatIsOff) {
+    keeper().setDisplayEnabled(1, false);
+    keeper().setDisplayEnabled(2, false);
+    keeper().setDisplayEnabled(2, true);
+    killIdleGuard();
+    EXPECT_EQ(starts, 2);
+    EXPECT_FALSE(isOn(1)) << "a guard's death is no reason to change the layout";
+    server.takeChanges();
+    endWithoutGoodbye();
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true)));
+}
+
+TEST_F(GuardKeeperTest, aLivingGuardIsLeftAloneWhenLookedAfter) {
+    keeper().setDisplayEnabled(1, false);
+    keeper().attend();
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(GuardKeeperTest, aSwitchOnThatKilledItsGuardIsCarriedOutByTheNext) {
+    keeper().setDisplayEnabled(1, false);
+    for (const Fate fate : {Fate::diesBefore, Fate::diesAfter}) {
+        now += 1min;
+        fates = {fate};
+        EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+        EXPECT_TRUE(isOn(1));
+    }
+    EXPECT_EQ(starts, 3);
+    EXPECT_THAT(inner.changes, IsEmpty());
+}
+
+TEST_F(GuardKeeperTest, aSwitchOffThatKilledItsGuardIsTakenBackAndRefused) {
+    for (const Fate fate : {Fate::diesBefore, Fate::diesAfter}) {
+        now += 1min;
+        asked.clear();
+        fates = {fate};
+        EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+        EXPECT_TRUE(isOn(1)) << "after a refusal the layout is as it was";
+        EXPECT_THAT(asked, ElementsAre(Pair(1, false), Pair(1, true)));
+    }
+    EXPECT_THAT(inner.changes, IsEmpty());
+}
+
+TEST_F(GuardKeeperTest, anOffOfUnknownEffectThatCannotBeTakenBackStaysRemembered) {
+    fates = {Fate::diesAfter, Fate::isRefused};
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+    EXPECT_FALSE(isOn(1));
+    killIdleGuard();
+    EXPECT_FALSE(isOn(1));
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(GuardKeeperTest, anOffThatWasRefusedIsForgotten) {
+    fates = {Fate::isRefused};
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+    killIdleGuard();
+    endWithoutGoodbye();
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
+}
+
+TEST_F(GuardKeeperTest, aSecondOffThatIsRefusedDoesNotForgetTheFirst) {
+    fates = {Fate::lives, Fate::isRefused};
+    keeper().setDisplayEnabled(1, false);
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+    killIdleGuard();
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(GuardKeeperTest, anOnThatIsRefusedForgetsNothing) {
+    fates = {Fate::lives, Fate::isRefused};
+    keeper().setDisplayEnabled(1, false);
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 1004);
+    killIdleGuard();
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(GuardKeeperTest, afterThreeDeathsWithinTenSecondsThisProcessSwitches) {
+    keeper().setDisplayEnabled(2, false);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(isInProcess()) << i;
+        now += 4s;
+        killIdleGuard();
+    }
+    EXPECT_TRUE(isInProcess());
+    EXPECT_EQ(starts, 3);
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+    EXPECT_EQ(keeper().setDisplayEnabled(2, true), 0);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false), Pair(2, true)));
+    keeper().attend();
+    EXPECT_EQ(starts, 3);
+}
+
+TEST_F(GuardKeeperTest, deathsFurtherApartAreAllReplaced) {
+    keeper();
+    for (int i = 0; i < 12; ++i) {
+        now += 5001ms;
+        killIdleGuard();
+        EXPECT_FALSE(isInProcess()) << i;
+    }
+    EXPECT_EQ(starts, 13);
+}
+
+TEST_F(GuardKeeperTest, aSwitchOnThatKillsEveryGuardIsMadeHereInTheEnd) {
+    keeper().setDisplayEnabled(1, false);
+    fates = {Fate::diesBefore, Fate::diesBefore, Fate::diesBefore};
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    EXPECT_TRUE(isOn(1));
+    EXPECT_TRUE(isInProcess());
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+}
+
+TEST_F(GuardKeeperTest, aSwitchOffThatKillsEveryGuardNeverReachesThisProcess) {
+    keeper();
+    fates = {Fate::diesAfter, Fate::diesBefore, Fate::diesBefore};
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+    EXPECT_TRUE(isOn(1));
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+}
+
+TEST_F(GuardKeeperTest, aGuardThatCannotBeStartedCountsAsDead) {
+    failingStarts = 2;
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+    EXPECT_THAT(inner.changes, IsEmpty());
+    EXPECT_EQ(starts, 3);
+    killIdleGuard();
+    EXPECT_TRUE(isInProcess()) << "the third death";
+}
+
+TEST_F(GuardKeeperTest, whereNoGuardCanBeStartedThisProcessSwitches) {
+    failingStarts = 1000;
+    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+    EXPECT_FALSE(isOn(1));
+    EXPECT_EQ(starts, 3);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false)));
+    EXPECT_THAT(announced, IsEmpty()) << "changes made here announce themselves";
+}
+
+TEST_F(GuardKeeperTest, anAnswerToAnotherRequestIsNoAnswer) {
+    puppetSays = {{.kind = Kind::ready}, {.kind = Kind::answer, .id = 77, .status = 0}};
+    keeper();
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(starts, 2);
+    EXPECT_THAT(asked, ElementsAre(Pair(1, true)));
+}
+
+TEST_F(GuardKeeperTest, aGuardThatStaysSilentIsReplacedWhenPatienceEnds) {
+    puppetSays = {{.kind = Kind::ready}};
+    patience = 20ms;
+    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    EXPECT_EQ(puppetsKilled, 1) << "or it might still switch one day";
+    EXPECT_EQ(starts, 2);
+}
+
+TEST_F(GuardKeeperTest, aGuardThatTalksUnaskedIsReplaced) {
+    for (const Message& message : {Message{.kind = Kind::answer, .id = 1},
+                                   Message{.kind = Kind::goodbye}, Message{.kind = Kind::ready}}) {
+        SCOPED_TRACE(static_cast<int>(message.kind));
+        const int startsBefore = starts;
+        endWithoutGoodbye();
+        puppetSays = {{.kind = Kind::ready}, message};
+        keeper().attend();
+        EXPECT_EQ(starts, startsBefore + 2);
+    }
+    EXPECT_EQ(puppetsKilled, 3);
+}
+
+TEST_F(GuardKeeperTest, aPartnerThatSaysItIsReadyMayDoSoOnce) {
+    puppetSays = {{.kind = Kind::ready}};
+    keeper().attend();
+    EXPECT_EQ(starts, 1);
+}
+
+}  // namespace
+}  // namespace tavrel::guard

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "platform/DisplayLifecycle.h"
+
+namespace tavrel::guard {
+
+/// Makes a simulated server fit for several threads and watches that its changes are made
+/// one at a time.
+class SerialLifecycle : public DisplayLifecycle {
+public:
+    explicit SerialLifecycle(DisplayLifecycle& inner) : inner_(inner) {}
+
+    bool canControlDisplays() override { return inner_.canControlDisplays(); }
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override {
+        return inner_.getDisplayList(maxCount, displays, count);
+    }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        overlaps_ += ++running_ > 1 ? 1 : 0;
+        // Gives others their chance to come in between.
+        std::this_thread::yield();
+        ServerStatus status = serverStatus::failure;
+        {
+            const std::lock_guard lock(mutex_);
+            status = inner_.setDisplayEnabled(display, enabled);
+        }
+        --running_;
+        return status;
+    }
+
+    int overlaps() const { return overlaps_; }
+
+private:
+    DisplayLifecycle& inner_;
+    std::mutex mutex_;
+    std::atomic<int> running_ = 0;
+    std::atomic<int> overlaps_ = 0;
+};
+
+}  // namespace tavrel::guard

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <sys/socket.h>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "platform/guard/GuardService.h"
+#include "platform/guard/RunningGuard.h"
+
+namespace tavrel::guard {
+
+/// How far a guard gets with a switch.
+enum class Fate {
+    lives,
+    /// The server refuses with 1004.
+    isRefused,
+    diesBefore,
+    diesAfter,
+};
+
+/// A guard on a thread of this process. Since a thread cannot be killed, a dead one's
+/// connection is cut and nothing it does has an effect any more.
+class ThreadGuard : public RunningGuard, private DisplayLifecycle {
+public:
+    using DecideFate = std::function<Fate(DisplayID, bool enabled)>;
+
+    /// `displays` must outlive it. `decideFate` is asked on the guard's thread at each
+    /// switch; without it the guard lives.
+    explicit ThreadGuard(DisplayLifecycle& displays, DecideFate decideFate = {})
+        : ThreadGuard(displays, std::move(decideFate), makeSocketPair()) {}
+    ~ThreadGuard() override {
+        link_.reset();
+        thread_.join();
+    }
+    ThreadGuard(const ThreadGuard&) = delete;
+    ThreadGuard& operator=(const ThreadGuard&) = delete;
+
+    MessageSocket& link() override { return *link_; }
+
+    void kill() override { die(); }
+
+    /// From any thread: what a SIGKILL would be.
+    void die() {
+        isDead_ = true;
+        shutdown(theirs_.descriptor(), SHUT_RDWR);
+    }
+
+    bool isDead() const { return isDead_; }
+
+private:
+    using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
+    ThreadGuard(DisplayLifecycle& displays, DecideFate decideFate, Ends ends)
+        : displays_(displays),
+          decideFate_(std::move(decideFate)),
+          link_(std::in_place, std::move(ends.value().first)),
+          theirs_(std::move(ends.value().second)),
+          thread_([this] { GuardService(*this, theirs_, [](auto) {}).run(); }) {}
+
+    bool canControlDisplays() override { return displays_.canControlDisplays(); }
+    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
+                                std::uint32_t* count) override {
+        return displays_.getDisplayList(maxCount, displays, count);
+    }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        const Fate fate = decideFate_ && !isDead_ ? decideFate_(display, enabled) : Fate::lives;
+        if (fate == Fate::diesBefore) {
+            die();
+        }
+        if (isDead_ || fate == Fate::isRefused) {
+            return serverStatus::cannotComplete;
+        }
+        const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
+        if (fate == Fate::diesAfter) {
+            die();
+        }
+        return status;
+    }
+
+    DisplayLifecycle& displays_;
+    DecideFate decideFate_;
+    std::atomic<bool> isDead_ = false;
+    std::optional<MessageSocket> link_;
+    MessageSocket theirs_;
+    std::thread thread_;
+};
+
+}  // namespace tavrel::guard
