@@ -17,7 +17,7 @@ namespace tavrel {
 
 namespace {
 constexpr QSize windowSize(520, 486);
-constexpr int menuBarHeight = 28;
+
 }  // namespace
 
 MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
@@ -35,7 +35,7 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     addMenus(*new QMenuBar(nullptr));
 #else
     auto* menuBar = new QMenuBar(this);
-    menuBar->setGeometry(0, 0, width(), menuBarHeight);
+    menuBar->setGeometry(0, 0, width(), theme::menuBarHeight);
     menuBar->setStyleSheet(theme::menuBarStyleSheet());
     addMenus(*menuBar);
 #endif

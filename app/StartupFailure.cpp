@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include <QString>
-#include <QtLogging>
+#include <QtGlobal>
 
 namespace tavrel {
 

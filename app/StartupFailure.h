@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtMessageHandler>
+#include <QtGlobal>
 
 namespace tavrel {
 

@@ -14,7 +14,7 @@
 namespace tavrel {
 
 int TavrelApp::main(int argc, char** argv) {
-    const TerminationSignals signals;
+    const TerminationSignals terminationSignals;
     QApplication::setApplicationName(QStringLiteral("Tavrel"));
     QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
 
@@ -23,7 +23,7 @@ int TavrelApp::main(int argc, char** argv) {
     startupFailure.reset();
 
     theme::applyTo(application);
-    const QSocketNotifier signalled(signals.descriptor(), QSocketNotifier::Read);
+    const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);
     return TavrelApp().run(application);
