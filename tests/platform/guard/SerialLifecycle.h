@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "platform/DisplayLifecycle.h"
+#include "platform/simulated/SimulatedWindowServer.h"
 
 namespace tavrel::guard {
 
@@ -30,6 +31,12 @@ public:
         }
         --running_;
         return status;
+    }
+
+    /// Whether `server`, which is the one behind this, has the display on just now.
+    bool isOn(const SimulatedWindowServer& server, DisplayID display) {
+        const std::lock_guard lock(mutex_);
+        return server.find(display)->enabled;
     }
 
     int overlaps() const { return overlaps_; }
