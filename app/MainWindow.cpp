@@ -35,9 +35,16 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     addMenus(*new QMenuBar(nullptr));
 #else
     auto* menuBar = new QMenuBar(this);
-    menuBar->setGeometry(0, 0, width(), theme::menuBarHeight);
+    menuBar->setNativeMenuBar(false);
     menuBar->setStyleSheet(theme::menuBarStyleSheet());
+    const QFont menuFont = theme::font({.size = 12, .weight = QFont::Medium}, 1);
+    menuBar->setFont(menuFont);
+    // Fixed, because a menu bar that is told of its parent's size otherwise takes its own.
+    menuBar->setFixedSize(width(), theme::menuBarHeight);
     addMenus(*menuBar);
+    for (QMenu* menu : menuBar->findChildren<QMenu*>()) {
+        menu->setFont(menuFont);
+    }
 #endif
 }
 

@@ -106,7 +106,7 @@ void applyTo(QApplication& application) {
 
 QString menuBarStyleSheet() {
     return QStringLiteral(R"(
-QMenuBar { background: transparent; color: rgba(255, 255, 255, 0.72); padding: 2px 22px; }
+QMenuBar { background: transparent; color: rgba(255, 255, 255, 0.72); padding: 2px 14px; }
 QMenuBar::item { background: transparent; padding: 4px 8px; border-radius: 5px; }
 QMenuBar::item:selected { background: rgba(255, 255, 255, 0.10); color: white; }
 QMenu { background: rgb(28, 31, 43); color: white; padding: 5px;
