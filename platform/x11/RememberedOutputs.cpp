@@ -1,7 +1,7 @@
 #include "platform/x11/RememberedOutputs.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "platform/UserDefaults.h"
@@ -23,24 +23,10 @@ std::vector<RememberedOutput> RememberedOutputs::all() const {
                              : std::vector<RememberedOutput>{};
 }
 
-void RememberedOutputs::remember(const RememberedOutput& output) {
-    std::vector<RememberedOutput> remembered = all();
-    std::erase_if(remembered, [&](const auto& each) { return each.display == output.display; });
-    remembered.push_back(output);
+void RememberedOutputs::replace(std::vector<RememberedOutput> remembered) {
     if (std::ssize(remembered) > most) {
         remembered.erase(remembered.begin(), remembered.end() - most);
     }
-    replace(std::move(remembered));
-}
-
-void RememberedOutputs::forget(DisplayID display) {
-    std::vector<RememberedOutput> remembered = all();
-    if (std::erase_if(remembered, [&](const auto& each) { return each.display == display; }) != 0) {
-        replace(std::move(remembered));
-    }
-}
-
-void RememberedOutputs::replace(std::vector<RememberedOutput> remembered) {
     if (store_.setData(rememberedOutputsKey, encodeRemembered(remembered))) {
         unsaved_.reset();
     } else {

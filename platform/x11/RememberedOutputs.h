@@ -28,11 +28,7 @@ public:
     /// Latest last. Nothing is remembered where the store holds anything malformed.
     std::vector<RememberedOutput> all() const;
 
-    /// Replaces what was remembered of that display. Of very many displays, those
-    /// remembered longest ago are given up.
-    void remember(const RememberedOutput& output);
-    void forget(DisplayID display);
-    /// Makes `remembered` all there is.
+    /// Makes these all there are. Of very many, the first are given up.
     void replace(std::vector<RememberedOutput> remembered);
 
 private:
