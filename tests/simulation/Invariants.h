@@ -82,7 +82,7 @@ private:
     std::optional<Delay> lastEmptyAt_;
     std::optional<Delay> restorationStart_;
     WallTime lastSuppression_ = WallTime::distantPast();
-    /// What was remembered and not live when the running restoration started.
+    /// What was remembered and has not been live since the running restoration started.
     std::set<DisplayID> candidates_;
     std::set<DisplayID> enableRequests_;
 };
