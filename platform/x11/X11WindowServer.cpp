@@ -51,6 +51,12 @@ bool X11WindowServer::canControlDisplays() {
     return usableConnection(questionLink_) != nullptr;
 }
 
+bool X11WindowServer::isWithoutRandr() {
+    const std::lock_guard lock(questionMutex_);
+    const x11::Connection* connection = questionLink_.connection();
+    return connection != nullptr && !connection->hasRandr();
+}
+
 ServerStatus X11WindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
                                              std::uint32_t* count) {
     const std::optional<x11::Snapshot> snapshot = ask();
@@ -66,6 +72,12 @@ ServerStatus X11WindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* 
 
 ServerStatus X11WindowServer::getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
                                                    std::uint32_t* count) {
+    if (isWithoutRandr()) {
+        // Its displays cannot be told apart, so none is known to be online; the list of
+        // those remembered from elsewhere is still to be had.
+        *count = 0;
+        return serverStatus::success;
+    }
     if (displays != nullptr) {
         return getDisplayList(maxCount, displays, count);
     }

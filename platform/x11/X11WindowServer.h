@@ -20,7 +20,8 @@ namespace tavrel {
 /// Thread-safe. Changes are made strictly one at a time, each with the server grabbed;
 /// questions have a connection of their own and wait for the server alone. Without a
 /// server, or when it goes away or falls silent, every status is 1006 and every answer
-/// false or 0; it is looked for again when asked, at most once a second.
+/// false or 0; it is looked for again when asked, at most once a second. A server without
+/// RandR is such a one too, except that it has an online list: an empty one.
 class X11WindowServer : public DisplayLifecycle, public DisplayQueries {
 public:
     /// Keeps in `store` how displays were when switched off, and tells `observer`, which may
@@ -45,6 +46,7 @@ public:
 private:
     static x11::Connection* usableConnection(x11::ServerLink& link);
     std::optional<x11::Snapshot> ask();
+    bool isWithoutRandr();
     std::optional<x11::Output> find(DisplayID display);
 
     X11ConfigurationObserver* observer_;

@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "tests/e2e/Session.h"
+
+namespace tavrel::e2e {
+namespace {
+
+using support::AppProcess;
+using support::ChildProcess;
+using support::UserHome;
+using support::VirtualDesktop;
+using support::waitUntil;
+
+/// A registry as the application stores it, of displays last seen just now.
+std::string storeWith(const std::string& identifier) {
+    using namespace std::chrono;
+    const auto reference = sys_days{year{2001} / January / 1};
+    const auto now = duration_cast<seconds>(system_clock::now() - reference).count();
+    return R"({"TavrelKnownDisplays":"[{\"id\":)" + identifier +
+           R"(,\"isBuiltIn\":false,\"lastSeenAt\":)" + std::to_string(now) + R"(}]"})";
+}
+
+void expectOneLineAndExitOne(AppProcess& application) {
+    EXPECT_EQ(application.process().waitForEnd(), (ChildProcess::Ending{1, std::nullopt}));
+    const std::string said = application.standardError();
+    EXPECT_THAT(said, testing::EndsWith("\n"));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    EXPECT_GT(said.size(), 20U) << said;
+    EXPECT_EQ(application.standardOutput(), "");
+}
+
+TEST(BadSurroundings, WithoutAnXServerItSaysSoInOneLineAndExitsWithOne) {
+    const UserHome home;
+    AppProcess application(home, {.program = program, .environment = {{"DISPLAY", ":4242"}}});
+    expectOneLineAndExitOne(application);
+}
+
+TEST(BadSurroundings, WithoutADisplayVariableItSaysSoInOneLineAndExitsWithOne) {
+    const UserHome home;
+    AppProcess application(home, {.program = program});
+    expectOneLineAndExitOne(application);
+}
+
+TEST(BadSurroundings, WithoutRandRItOpensAndListsNothing) {
+    const VirtualDesktop desktop({.randr = false, .accessibility = true});
+    const UserHome home;
+    const Session session(desktop, home);
+    EXPECT_EQ(session.element("Your screens").role, "label");
+    EXPECT_TRUE(waitUntil([&] {
+        const auto refresh = session.accessible().find("Refresh displays");
+        return refresh && refresh->isEnabled();
+    }));
+    EXPECT_THAT(session.window().rows, testing::IsEmpty());
+    EXPECT_FALSE(session.element("Wake both displays").isEnabled());
+}
+
+TEST(BadSurroundings, WithoutRandRASwitchOfARememberedDisplaySaysWhyItCannot) {
+    const VirtualDesktop desktop({.randr = false, .accessibility = true});
+    const UserHome home;
+    home.plantDefaults(storeWith("7"));
+    const Session session(desktop, home);
+    const auto control = session.element("External Display power");
+    ASSERT_TRUE(control.isEnabled());
+    ASSERT_FALSE(control.isChecked());
+    session.accessible().act(control);
+    EXPECT_TRUE(session.says("This macOS version doesn’t expose display enable/disable control"));
+    EXPECT_FALSE(session.element("External Display power").isChecked());
+}
+
+class CorruptStore : public testing::TestWithParam<const char*> {};
+
+TEST_P(CorruptStore, IsAnEmptyRegistry) {
+    const VirtualDesktop desktop({.monitors = 2, .accessibility = true});
+    const UserHome home;
+    home.plantDefaults(GetParam());
+    const Session session(desktop, home);
+    EXPECT_TRUE(session.says("Both displays are ready")) << session.window();
+    EXPECT_EQ(session.window().rows.size(), 2U);
+    // What was there is replaced by what is there now.
+    EXPECT_TRUE(waitUntil([&] {
+        const std::string stored = support::readFile(home.defaultsFile());
+        return stored.find("isBuiltIn") != std::string::npos &&
+               stored.find("lastSeenAt") != std::string::npos;
+    }));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Contents, CorruptStore,
+    testing::Values("", "not JSON at all", "[1,2,3]", "{\"TavrelKnownDisplays\":[]}",
+                    "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":4294967296,\\\"isBuiltIn\\\":false,"
+                    "\\\"lastSeenAt\\\":1}]\"}",
+                    "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":5}]\"}",
+                    "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":5,\\\"isBuiltIn\\\":false,"
+                    "\\\"lastSeenAt\\\":1e999}]\"}"));
+
+TEST(BadSurroundings, AServerThatGoesAwayEndsTheApplicationWithoutACrash) {
+    VirtualDesktop desktop({.accessibility = true});
+    const UserHome home;
+    Session session(desktop, home);
+    ASSERT_TRUE(session.says("Found 3 displays"));
+    desktop.kill();
+    const auto ending = session.application().process().waitForEnd();
+    ASSERT_TRUE(ending);
+    EXPECT_EQ(ending->signal, std::nullopt) << *ending;
+}
+
+}  // namespace
+}  // namespace tavrel::e2e

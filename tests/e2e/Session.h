@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tests/scenario/AccessibleReading.h"
+#include "tests/support/AccessibleWindow.h"
+#include "tests/support/AppProcess.h"
+#include "tests/support/AppWindow.h"
+#include "tests/support/VirtualDesktop.h"
+
+namespace tavrel::e2e {
+
+/// The application under test.
+inline constexpr const char* program = TAVREL_PROGRAM;
+
+/// One run of the application on a desktop, with eyes on it.
+class Session {
+public:
+    Session(const support::VirtualDesktop& desktop, const support::UserHome& home)
+        : desktop_(desktop),
+          application_(desktop, home, {.program = program}),
+          accessible_(desktop.accessibilityBusAddress(), application_.pid()) {}
+
+    support::AppProcess& application() { return application_; }
+    const support::AccessibleWindow& accessible() const { return accessible_; }
+
+    scenario::Window window() const { return scenario::readWindow(accessible_.elements()); }
+
+    /// The element of that name, awaited; an empty one if it never appears.
+    support::AccessibleElement element(const std::string& name) const {
+        std::optional<support::AccessibleElement> found;
+        support::waitUntil([&] { return (found = accessible_.find(name)).has_value(); });
+        return found.value_or(support::AccessibleElement{});
+    }
+
+    bool says(const std::string& footer) const {
+        return support::waitUntil([&] { return window().footer == footer; });
+    }
+
+    /// Its window at the server, awaited. Throws std::bad_optional_access without one.
+    support::AppWindow topLevel() const {
+        std::optional<support::AppWindow> found;
+        support::waitUntil([&] {
+            found = support::AppWindow::find(desktop_.displayName(), application_.pid());
+            return found.has_value();
+        });
+        return found.value();
+    }
+
+private:
+    const support::VirtualDesktop& desktop_;
+    support::AppProcess application_;
+    support::AccessibleWindow accessible_;
+};
+
+}  // namespace tavrel::e2e

@@ -1,0 +1,131 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "tests/e2e/Session.h"
+#include "tests/support/Keyboard.h"
+
+namespace tavrel::e2e {
+namespace {
+
+using support::AccessibleElement;
+using support::Bounds;
+using support::ChildProcess;
+using support::Keyboard;
+using support::waitUntil;
+namespace key = support::key;
+
+class WindowTest : public testing::Test {
+protected:
+    WindowTest() { EXPECT_TRUE(session.says("Found 3 displays")); }
+
+    std::size_t monitorsOn() const {
+        const auto monitors = desktop.monitors();
+        return static_cast<std::size_t>(std::count_if(monitors.begin(), monitors.end(),
+                                                      [](const auto& each) { return each.on; }));
+    }
+
+    std::string focused() const {
+        for (const AccessibleElement& each : session.accessible().elements()) {
+            if (each.isFocused()) {
+                return each.name;
+            }
+        }
+        return {};
+    }
+
+    /// Presses Tab until the control has the focus, each time awaiting that it moves on.
+    bool tabTo(const Keyboard& keyboard, const std::string& name) const {
+        for (int presses = 0; presses < 20; ++presses) {
+            const std::string before = focused();
+            if (before == name) {
+                return true;
+            }
+            keyboard.tap(key::tab);
+            waitUntil([&] { return focused() != before; }, std::chrono::seconds(5));
+        }
+        return false;
+    }
+
+    support::VirtualDesktop desktop{{.accessibility = true}};
+    support::UserHome home;
+    Session session{desktop, home};
+};
+
+TEST_F(WindowTest, IsOfOneSizeAndCannotBeMaximised) {
+    const support::AppWindow window = session.topLevel();
+    EXPECT_EQ(window.bounds().width, 520);
+    EXPECT_EQ(window.bounds().height, 486);
+    EXPECT_EQ(window.fixedSize(), (Bounds{0, 0, 520, 486}));
+    EXPECT_TRUE(window.refusesMaximising());
+}
+
+TEST_F(WindowTest, ClosingItQuitsTheApplication) {
+    session.topLevel().close();
+    EXPECT_EQ(session.application().process().waitForEnd(),
+              (ChildProcess::Ending{0, std::nullopt}));
+    EXPECT_EQ(session.application().standardError(), "");
+}
+
+TEST_F(WindowTest, TellsAssistiveTechnologyEveryTextAndControl) {
+    std::multiset<std::string> texts;
+    for (const AccessibleElement& each : session.accessible().elements()) {
+        if (each.isShowing() && each.role == "label") {
+            texts.insert(each.name);
+        }
+    }
+    for (const char* text : {"Your screens", "External Display 1", "External Display 2",
+                             "External Display 3", "Found 3 displays"}) {
+        EXPECT_EQ(texts.count(text), 1U) << text;
+    }
+    EXPECT_EQ(texts.count("External monitor · removed from desktop when off"), 3U);
+    for (const char* control :
+         {"External Display 1 power", "External Display 2 power", "External Display 3 power"}) {
+        EXPECT_EQ(session.element(control).role, "check box") << control;
+        EXPECT_TRUE(session.element(control).isChecked()) << control;
+        EXPECT_TRUE(session.element(control).isEnabled()) << control;
+    }
+    EXPECT_EQ(session.element("Refresh displays").role, "push button");
+    EXPECT_EQ(session.element("Wake both displays").role, "push button");
+}
+
+TEST_F(WindowTest, CanBeUsedByKeyboardAlone) {
+    session.topLevel().focus();
+    const Keyboard keyboard(desktop.displayName());
+
+    ASSERT_TRUE(tabTo(keyboard, "External Display 2 power")) << focused();
+    keyboard.tap(key::space);
+    EXPECT_TRUE(session.says("External Display 2 is off"));
+    EXPECT_EQ(monitorsOn(), 2U);
+
+    ASSERT_TRUE(tabTo(keyboard, "Wake both displays")) << focused();
+    keyboard.tap(key::space);
+    EXPECT_TRUE(session.says("Both displays are on"));
+    EXPECT_EQ(monitorsOn(), 3U);
+
+    ASSERT_TRUE(tabTo(keyboard, "Refresh displays")) << focused();
+    keyboard.tap(key::space);
+    EXPECT_TRUE(session.says("Found 3 displays"));
+}
+
+TEST_F(WindowTest, CanBeUsedByAssistiveTechnologyAlone) {
+    const auto act = [&](const char* name) {
+        return session.accessible().act(session.element(name));
+    };
+    EXPECT_TRUE(act("External Display 1 power"));
+    EXPECT_TRUE(session.says("External Display 1 is off"));
+    EXPECT_EQ(monitorsOn(), 2U);
+    EXPECT_TRUE(act("External Display 3 power"));
+    EXPECT_TRUE(session.says("External Display 3 is off"));
+    EXPECT_EQ(session.element("Must stay on").role, "label");
+    EXPECT_FALSE(session.element("External Display 2 power").isEnabled());
+    EXPECT_TRUE(act("Wake both displays"));
+    EXPECT_TRUE(session.says("Both displays are on"));
+    EXPECT_EQ(monitorsOn(), 3U);
+    EXPECT_TRUE(act("Refresh displays"));
+    EXPECT_TRUE(session.says("Found 3 displays"));
+}
+
+}  // namespace
+}  // namespace tavrel::e2e
