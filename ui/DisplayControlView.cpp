@@ -51,7 +51,7 @@ void DisplayControlView::rebuild() {
     rows_->setVisible(!isEmpty);
     orderFocus();
     layOut();
-    emit rebuilt();
+    Q_EMIT rebuilt();
 }
 
 std::vector<DisplayRow::Inputs> DisplayControlView::rowInputs() const {
@@ -75,9 +75,12 @@ std::vector<DisplayRow::Inputs> DisplayControlView::rowInputs() const {
 void DisplayControlView::orderFocus() {
     QWidget* previous = header_.refreshButton();
     for (DisplayRow* row : rows_->rows()) {
-        // The row itself holds the focus while its switch cannot.
+        // The row holds the focus while its switch cannot. It never takes it by itself, but
+        // only what does can be put in order.
+        row->setFocusPolicy(Qt::ClickFocus);
         setTabOrder(previous, row);
         setTabOrder(row, row->powerSwitch());
+        row->setFocusPolicy(Qt::NoFocus);
         previous = row->powerSwitch();
     }
     setTabOrder(previous, footer_.wakeButton());

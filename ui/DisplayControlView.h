@@ -31,7 +31,7 @@ public:
 
     QSize sizeHint() const override { return contentSize; }
 
-signals:
+Q_SIGNALS:
     /// After each rebuild: what the controller said before the last turn of the main loop
     /// is now on the screen.
     void rebuilt();

@@ -49,7 +49,7 @@ void Switch::setOn(bool isOn) {
 void Switch::flip() {
     const bool wantsOn = !isChecked();
     sendKnobTo(wantsOn);
-    emit flipped(wantsOn);
+    Q_EMIT flipped(wantsOn);
 }
 
 void Switch::sendKnobTo(double position) {

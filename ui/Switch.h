@@ -25,7 +25,7 @@ public:
     double knobPosition() const { return knobPosition_; }
     bool isMoving() const { return travel_.state() == QAbstractAnimation::Running; }
 
-signals:
+Q_SIGNALS:
     /// The user asks for this position. Once for each flip.
     void flipped(bool wantsOn);
 

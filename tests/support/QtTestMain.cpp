@@ -1,11 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "ui/Theme.h"
-#include <QAccessible>
 #include <QApplication>
 
-/// Runs tests of widgets: on no real screen unless the environment names one, and with
-/// assistive technology taken to be listening.
+/// Runs tests of widgets, on no real screen unless the environment names one.
 int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -13,6 +11,5 @@ int main(int argc, char** argv) {
     testing::InitGoogleMock(&argc, argv);
     QApplication application(argc, argv);
     tavrel::theme::applyTo(application);
-    QAccessible::setActive(true);
     return RUN_ALL_TESTS();
 }

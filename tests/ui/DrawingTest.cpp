@@ -1,0 +1,189 @@
+#include <QImage>
+#include <QPainter>
+#include <array>
+#include <cmath>
+#include <set>
+
+#include "tests/ui/WidgetTest.h"
+#include "ui/Backdrop.h"
+#include "ui/ContinuousCorners.h"
+#include "ui/Glow.h"
+#include "ui/Icons.h"
+#include "ui/Layer.h"
+#include "ui/Theme.h"
+
+namespace tavrel {
+namespace {
+
+QImage canvas(int side = 40) {
+    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+TEST(ContinuousCornersTest, PassesWhereAnArcWouldAtTheCornersMiddle) {
+    const QPainterPath path = continuousRoundedRect({0, 0, 464, 78}, 14);
+    const double middle = 14 * (1 - std::sqrt(0.5));
+    EXPECT_TRUE(path.contains(QPointF(middle + 0.05, middle + 0.05)));
+    EXPECT_FALSE(path.contains(QPointF(middle - 0.05, middle - 0.05)));
+    EXPECT_EQ(path.boundingRect(), QRectF(0, 0, 464, 78));
+}
+
+TEST(ContinuousCornersTest, LeavesTheSideEarlierThanAnArc) {
+    const QPainterPath path = continuousRoundedRect({0, 0, 464, 78}, 14);
+    // Where an arc of 14 has just begun, and is still on the side to the eye.
+    EXPECT_FALSE(path.contains(QPointF(0.02, 14.5)));
+    EXPECT_TRUE(path.contains(QPointF(0.02, 21.5)));
+}
+
+TEST(ContinuousCornersTest, AllCornersAreAlike) {
+    const QPainterPath path = continuousRoundedRect({0, 0, 100, 60}, 12);
+    for (double x = 0.25; x < 20; x += 0.5) {
+        for (double y = 0.25; y < 20; y += 0.5) {
+            const bool inside = path.contains(QPointF(x, y));
+            EXPECT_EQ(path.contains(QPointF(100 - x, y)), inside);
+            EXPECT_EQ(path.contains(QPointF(x, 60 - y)), inside);
+            EXPECT_EQ(path.contains(QPointF(100 - x, 60 - y)), inside);
+        }
+    }
+}
+
+TEST(ContinuousCornersTest, SidesTooShortForTheRadiusMakeACircle) {
+    const QPainterPath path = continuousRoundedRect({0, 0, 20, 20}, 50);
+    EXPECT_TRUE(path.contains(QPointF(10 + 9.9 * std::sqrt(0.5), 10 + 9.9 * std::sqrt(0.5))));
+    EXPECT_FALSE(path.contains(QPointF(10 + 10.1 * std::sqrt(0.5), 10 + 10.1 * std::sqrt(0.5))));
+    EXPECT_EQ(continuousRoundedRect({0, 0, 20, 20}, 0).boundingRect(), QRectF(0, 0, 20, 20));
+}
+
+TEST(GlowTest, IsTheDiscWeighedByAGaussian) {
+    const double radius = 150;
+    const double sigma = 65;
+    const Glow glow(radius, sigma);
+    EXPECT_NEAR(glow.strengthAt(0), 1 - std::exp(-radius * radius / (2 * sigma * sigma)), 1e-4);
+    // Summed over a fine grid in the plain way.
+    for (const double distance : {60.0, 150.0, 200.0, 300.0}) {
+        double sum = 0;
+        constexpr double step = 2;
+        for (double x = -radius + step / 2; x < radius; x += step) {
+            for (double y = -radius + step / 2; y < radius; y += step) {
+                if (x * x + y * y < radius * radius) {
+                    const double square = (x - distance) * (x - distance) + y * y;
+                    sum += std::exp(-square / (2 * sigma * sigma));
+                }
+            }
+        }
+        sum *= step * step / (2 * std::acos(-1.0) * sigma * sigma);
+        EXPECT_NEAR(glow.strengthAt(distance), sum, 2e-3) << distance;
+    }
+}
+
+TEST(GlowTest, FallsSteadilyToNothing) {
+    const Glow glow(150, 65);
+    for (double distance = 0; distance < 600; distance += 0.25) {
+        EXPECT_GE(glow.strengthAt(distance), glow.strengthAt(distance + 0.25)) << distance;
+    }
+    EXPECT_EQ(glow.strengthAt(600), 0);
+}
+
+TEST(BackdropTest, HasOnePixelForEachOfTheDevices) {
+    Backdrop backdrop;
+    EXPECT_EQ(backdrop.pixmap({520, 486}, 2).size(), QSize(1040, 972));
+    EXPECT_EQ(backdrop.pixmap({520, 486}, 2).devicePixelRatio(), 2);
+    EXPECT_EQ(backdrop.pixmap({520, 486}, 1.5).size(), QSize(780, 729));
+}
+
+TEST(BackdropTest, IsKeptUntilAnotherSizeIsAskedFor) {
+    Backdrop backdrop;
+    const qint64 key = backdrop.pixmap({52, 48}, 1).cacheKey();
+    EXPECT_EQ(backdrop.pixmap({52, 48}, 1).cacheKey(), key);
+    EXPECT_NE(backdrop.pixmap({52, 48}, 2).cacheKey(), key);
+}
+
+TEST(BackdropTest, ShowsNoBands) {
+    Backdrop backdrop;
+    const QImage image = backdrop.pixmap({520, 486}, 1).toImage();
+    // Undithered, such a long stretch of the faint gradient would be one single colour.
+    std::set<QRgb> colors;
+    for (int x = 100; x < 130; ++x) {
+        colors.insert(image.pixel(x, 400));
+    }
+    EXPECT_GT(colors.size(), 2U);
+    // The noise is no more than one step of a channel.
+    for (int x = 100; x < 130; ++x) {
+        EXPECT_TRUE(isNear(image.pixel(x, 400), image.pixel(100, 400), 2));
+    }
+}
+
+TEST(LayerTest, PartsThatOverlapDoNotShowThroughEachOther) {
+    QImage image = canvas();
+    QPainter painter(&image);
+    paintLayer(painter, {5, 5, 30, 30}, 0.5, [](QPainter& layer) {
+        layer.fillRect(QRectF(5, 5, 20, 20), Qt::white);
+        layer.fillRect(QRectF(15, 15, 20, 20), Qt::white);
+    });
+    painter.end();
+    EXPECT_EQ(image.pixelColor(8, 8).alpha(), image.pixelColor(20, 20).alpha());
+    EXPECT_NEAR(image.pixelColor(20, 20).alphaF(), 0.5, 0.01);
+    EXPECT_EQ(image.pixelColor(2, 2).alpha(), 0);
+}
+
+TEST(LayerTest, HasTheDevicesPixelsUnderAnyScale) {
+    QImage image = canvas(80);
+    image.setDevicePixelRatio(2);
+    QPainter painter(&image);
+    paintLayer(painter, {5, 5, 30, 30}, 1,
+               [](QPainter& layer) { layer.fillRect(QRectF(10.5, 10.5, 5, 5), Qt::white); });
+    painter.end();
+    EXPECT_EQ(image.pixelColor(21, 21).alpha(), 255);
+    EXPECT_EQ(image.pixelColor(20, 20).alpha(), 0);
+    EXPECT_EQ(image.pixelColor(30, 30).alpha(), 255);
+    EXPECT_EQ(image.pixelColor(31, 31).alpha(), 0);
+}
+
+class IconsTest : public testing::TestWithParam<Icon> {
+protected:
+    static QImage drawn(const QColor& color) {
+        QImage image = canvas(80);
+        QPainter painter(&image);
+        paintIcon(painter, GetParam(), {8, 8, 64, 64}, color);
+        painter.end();
+        return image;
+    }
+};
+
+TEST_P(IconsTest, IsDrawnWithinItsPlaceInItsColour) {
+    const QImage image = drawn(QColor(200, 40, 90));
+    int solid = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            if (pixel.alpha() > 0) {
+                EXPECT_TRUE(QRect(8, 8, 64, 64).contains(x, y));
+            }
+            if (pixel.alpha() == 255) {
+                ++solid;
+                EXPECT_TRUE(isNear(pixel, QColor(200, 40, 90), 1));
+            }
+        }
+    }
+    EXPECT_GT(solid, 100);
+}
+
+TEST_P(IconsTest, AFadedColourIsEqualEverywhere) {
+    const QImage image = drawn(theme::white(0.55));
+    int most = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            most = std::max(most, image.pixelColor(x, y).alpha());
+        }
+    }
+    EXPECT_NEAR(most, 255 * 0.55, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, IconsTest,
+                         testing::Values(Icon::arrowClockwise, Icon::display,
+                                         Icon::displayWithWarning, Icon::laptopComputer,
+                                         Icon::lockFill, Icon::sunMaxFill));
+
+}  // namespace
+}  // namespace tavrel

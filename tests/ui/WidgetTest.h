@@ -1,0 +1,125 @@
+#pragma once
+
+#include <QAbstractAnimation>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTest>
+#include <QWidget>
+#include <QWindow>
+#include <functional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ui/Control.h"
+
+inline void PrintTo(const QString& text, std::ostream* out) { *out << text.toStdString(); }
+inline void PrintTo(const QRect& rect, std::ostream* out) {
+    *out << rect.x() << ',' << rect.y() << ' ' << rect.width() << 'x' << rect.height();
+}
+inline void PrintTo(const QColor& color, std::ostream* out) {
+    *out << color.name(QColor::HexArgb).toStdString();
+}
+
+namespace tavrel {
+
+/// Lets the main loop do everything that is waiting now, and what that leads to.
+inline void turn() {
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+/// Runs the main loop until `condition` holds. Returns false when it never does.
+[[nodiscard]] inline bool waitFor(const std::function<bool()>& condition) {
+    constexpr int never = 30'000;
+    const QDeadlineTimer deadline(never);
+    while (!condition()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        constexpr int slice = 50;
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents,
+                                        slice);
+    }
+    return true;
+}
+
+/// Shows `window` and makes it the one that has the keyboard.
+inline void showActive(QWidget& window) {
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    turn();
+}
+
+/// A press and release of the left button in the middle of `widget`, delivered to its
+/// window, so that it reaches whatever is really there.
+inline void click(QWidget& widget) {
+    QWidget& window = *widget.window();
+    const QPoint place = widget.mapTo(&window, widget.rect().center());
+    QTest::mouseMove(window.windowHandle(), place);
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, place);
+}
+
+/// A key typed into the window that `widget` is in.
+inline void type(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::keyClick(widget.window()->windowHandle(), key, modifiers);
+}
+
+/// The face of `control` in the coordinates of `ancestor`.
+inline QRect faceIn(const Control& control, const QWidget& ancestor) {
+    return control.face().translated(control.mapTo(&ancestor, QPoint(0, 0)));
+}
+
+inline QRect rectIn(const QWidget& widget, const QWidget& ancestor) {
+    return {widget.mapTo(&ancestor, QPoint(0, 0)), widget.size()};
+}
+
+/// Counts the paint events of a widget and everything in it, from its making on.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget& watched) : watched_(watched) { qApp->installEventFilter(this); }
+
+    int count() const { return count_; }
+    /// All that has been painted, in the watched widget's coordinates.
+    const QRegion& region() const { return region_; }
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override {
+        auto* widget = qobject_cast<QWidget*>(object);
+        if (event->type() == QEvent::Paint && widget != nullptr &&
+            (widget == &watched_ || watched_.isAncestorOf(widget))) {
+            ++count_;
+            const auto* paint = static_cast<QPaintEvent*>(event);
+            region_ += paint->region().translated(widget->mapTo(&watched_, QPoint(0, 0)));
+        }
+        return false;
+    }
+
+private:
+    QWidget& watched_;
+    int count_ = 0;
+    QRegion region_;
+};
+
+/// Whether two colours differ by no more than `tolerance` in any channel.
+inline testing::AssertionResult isNear(const QColor& a, const QColor& b, int tolerance = 3) {
+    if (std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+        std::abs(a.blue() - b.blue()) <= tolerance) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << a.name().toStdString() << " is not near " << b.name().toStdString();
+}
+
+/// `color` as it looks over `ground`.
+inline QColor over(const QColor& ground, const QColor& color) {
+    const double alpha = color.alphaF();
+    const auto mix = [alpha](int below, int above) {
+        return static_cast<int>(std::lround(below * (1 - alpha) + above * alpha));
+    };
+    return {mix(ground.red(), color.red()), mix(ground.green(), color.green()),
+            mix(ground.blue(), color.blue())};
+}
+
+}  // namespace tavrel
