@@ -26,6 +26,10 @@ public:
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();
 
+    /// Says that all displays are as the application means to leave them. An end without
+    /// this counts as a crash: what is still off then is switched on by others.
+    void endInGoodOrder();
+
 private:
     struct Parts;
     std::unique_ptr<Parts> parts_;

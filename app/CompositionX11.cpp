@@ -1,7 +1,11 @@
+#include <QCoreApplication>
+#include <filesystem>
 #include <optional>
 
 #include "app/Composition.h"
 #include "platform/QueuedNotificationCenter.h"
+#include "platform/guard/GuardProcess.h"
+#include "platform/guard/GuardedLifecycle.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/SystemWallClock.h"
@@ -13,12 +17,33 @@
 
 namespace tavrel {
 
+namespace {
+
+/// The guard is installed beside the application.
+std::filesystem::path guardExecutable() {
+    return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) /
+           "tavrel-guard";
+}
+
+}  // namespace
+
 struct Composition::Parts {
     FileUserDefaults userDefaults{defaultsPath()};
     SystemWallClock wallClock;
     X11ReconfigurationReports reports;
     X11WindowServer windowServer{userDefaults, &reports};
-    SwitchOffGate gate{windowServer};
+    guard::GuardedLifecycle guarded{
+        windowServer,
+        {.startGuard = [executable =
+                            guardExecutable()] { return guard::GuardProcess::start(executable); },
+         .willSwitch =
+             [this](DisplayID display, bool enabled) {
+                 // As the window server itself does: only what is going to change begins.
+                 if (windowServer.isOnline(display) && windowServer.isActive(display) != enabled) {
+                     reports.beginConfiguration(display);
+                 }
+             }}};
+    SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     QueuedNotificationCenter notificationCenter{mainQueue};
     X11HotKeys hotKeys{mainQueue};
@@ -50,6 +75,9 @@ HotKeys& Composition::hotKeys() {
 }
 SwitchOffGate& Composition::switchOffGate() {
     return parts_->gate;
+}
+void Composition::endInGoodOrder() {
+    parts_->guarded.goodbye();
 }
 
 }  // namespace tavrel

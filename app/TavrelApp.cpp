@@ -34,7 +34,10 @@ TavrelApp::TavrelApp()
       quitSequence_(_appDelegate, composition_.switchOffGate()) {}
 
 int TavrelApp::run(QApplication& application) {
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] { quitSequence_.run(); });
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] {
+        quitSequence_.run();
+        composition_.endInGoodOrder();
+    });
     _appDelegate.applicationDidFinishLaunching();
     _controller = DisplayController::create(composition_.platform());
 

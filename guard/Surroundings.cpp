@@ -7,9 +7,9 @@
 #include <charconv>
 #include <climits>
 #include <csignal>
-#include <initializer_list>
 #include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
 #include <string_view>
 
 namespace tavrel::guard {

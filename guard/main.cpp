@@ -17,7 +17,8 @@ int main(int argc, char** argv) {
     using namespace tavrel;
     const std::optional<int> inherited = guard::inheritedSocket({argv, static_cast<size_t>(argc)});
     if (!inherited) {
-        std::cerr << "usage: tavrel-guard DESCRIPTOR (started by tavrel, with a connection to it)\n";
+        std::cerr
+            << "usage: tavrel-guard DESCRIPTOR (started by tavrel, with a connection to it)\n";
         return 2;
     }
     guard::MessageSocket application(guard::leaveSurroundings(*inherited));

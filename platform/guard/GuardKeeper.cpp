@@ -68,10 +68,9 @@ ServerStatus GuardKeeper::switchOff(DisplayID display) {
 
 std::optional<ServerStatus> GuardKeeper::ask(DisplayID display, bool enabled) {
     lastId_ = std::max(lastId_ + 1, 1U);
-    if (!guard_->link().send(
-            {.kind = enabled ? Message::Kind::switchOn : Message::Kind::switchOff,
-             .id = lastId_,
-             .display = display})) {
+    if (!guard_->link().send({.kind = enabled ? Message::Kind::switchOn : Message::Kind::switchOff,
+                              .id = lastId_,
+                              .display = display})) {
         return std::nullopt;
     }
     const Received received = receive(surroundings_.patience);

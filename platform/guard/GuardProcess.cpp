@@ -20,7 +20,7 @@ namespace {
 
 /// A guard with nothing to do ends within milliseconds. One that still switches displays
 /// on when this is over does so alone.
-constexpr std::chrono::seconds patience{3};
+constexpr std::chrono::seconds patience{5};
 constexpr std::chrono::milliseconds glance{1};
 
 enum class Wait { forEnd, notAtAll };
@@ -53,8 +53,8 @@ std::unique_ptr<GuardProcess> GuardProcess::start(const std::filesystem::path& e
     std::string link = std::to_string(guardLink);
     char* const arguments[] = {program.data(), link.data(), nullptr};
     pid_t pid = -1;
-    if (posix_spawn(&pid, program.c_str(), setup.files(), setup.attributes(), arguments,
-                    environ) != 0) {
+    if (posix_spawn(&pid, program.c_str(), setup.files(), setup.attributes(), arguments, environ) !=
+        0) {
         return nullptr;
     }
     return std::make_unique<GuardProcess>(std::move(ours), pid);

@@ -16,7 +16,7 @@ public:
     /// How often it tries to switch on what does not come on at once, and what it waits in
     /// between. A server that is being rearranged by others gives in within that time; for
     /// one that does not, nobody waits any longer.
-    static constexpr int attempts = 12;
+    static constexpr int attempts = 9;
     static constexpr std::chrono::milliseconds retryInterval{250};
 
     using Pause = std::function<void(std::chrono::milliseconds)>;

@@ -84,8 +84,7 @@ void GuardedLifecycle::awaitWork() const {
     poll(sources.data(), sources.size(), -1);
     if (sources[0].revents != 0) {
         std::array<char, 64> calls{};
-        [[maybe_unused]] const auto size =
-            read(wake_.first.number(), calls.data(), calls.size());
+        [[maybe_unused]] const auto size = read(wake_.first.number(), calls.data(), calls.size());
     }
 }
 

@@ -57,14 +57,14 @@ protected:
 
     GuardKeeper& keeper() {
         if (!keeper_) {
-            keeper_.emplace(inner,
-                            KeeperSurroundings{.startGuard = [this] { return start(); },
-                                               .now = [this] { return now; },
-                                               .willSwitch =
-                                                   [this](DisplayID display, bool enabled) {
-                                                       announced.emplace_back(display, enabled);
-                                                   },
-                                               .patience = patience});
+            keeper_.emplace(inner, KeeperSurroundings{.startGuard = [this] { return start(); },
+                                                      .now = [this] { return now; },
+                                                      .willSwitch =
+                                                          [this](DisplayID display, bool enabled) {
+                                                              announced.emplace_back(display,
+                                                                                     enabled);
+                                                          },
+                                                      .patience = patience});
         }
         return *keeper_;
     }

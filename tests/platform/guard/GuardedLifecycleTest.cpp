@@ -32,8 +32,7 @@ protected:
             server.connect({.id = id});
         }
         lifecycle.emplace(displays, KeeperSurroundings{.startGuard = [this] { return start(); },
-                                                       .now = [this] { return now.load(); },
-                                                       .willSwitch = {}});
+                                                       .now = [this] { return now.load(); }});
     }
 
     std::unique_ptr<RunningGuard> start() {

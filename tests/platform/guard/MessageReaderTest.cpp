@@ -11,8 +11,8 @@ namespace {
 using Kind = Message::Kind;
 
 /// All that the reader makes of `bytes` when they arrive `step` at a time.
-std::vector<std::variant<Message, MessageError>> readInSteps(
-    const std::vector<std::uint8_t>& bytes, std::size_t step) {
+std::vector<std::variant<Message, MessageError>> readInSteps(const std::vector<std::uint8_t>& bytes,
+                                                             std::size_t step) {
     MessageReader reader;
     std::vector<std::variant<Message, MessageError>> results;
     std::span<const std::uint8_t> rest = bytes;

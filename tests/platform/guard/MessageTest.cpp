@@ -68,23 +68,23 @@ TEST_P(DamagedMessageTest, isAnErrorThatSaysWhatIsWrong) {
     EXPECT_EQ(std::get<MessageError>(decoded), GetParam().error);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EachField, DamagedMessageTest,
-    testing::Values(Damage{0, 't', MessageError::foreign}, Damage{3, 0, MessageError::foreign},
-                    Damage{4, 0, MessageError::otherVersion},
-                    Damage{4, 2, MessageError::otherVersion},
-                    Damage{5, 0, MessageError::unknownKind},
-                    Damage{5, 7, MessageError::unknownKind},
-                    Damage{5, 255, MessageError::unknownKind},
-                    Damage{6, 19, MessageError::wrongLength},
-                    Damage{7, 1, MessageError::wrongLength},
-                    // A request without a number, and one with a status.
-                    Damage{8, 0, MessageError::impossibleField},
-                    Damage{16, 1, MessageError::impossibleField},
-                    // A goodbye with a number and a display.
-                    Damage{5, 6, MessageError::impossibleField},
-                    // An answer about a display.
-                    Damage{5, 5, MessageError::impossibleField}));
+INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
+                         testing::Values(Damage{0, 't', MessageError::foreign},
+                                         Damage{3, 0, MessageError::foreign},
+                                         Damage{4, 0, MessageError::otherVersion},
+                                         Damage{4, 2, MessageError::otherVersion},
+                                         Damage{5, 0, MessageError::unknownKind},
+                                         Damage{5, 7, MessageError::unknownKind},
+                                         Damage{5, 255, MessageError::unknownKind},
+                                         Damage{6, 19, MessageError::wrongLength},
+                                         Damage{7, 1, MessageError::wrongLength},
+                                         // A request without a number, and one with a status.
+                                         Damage{8, 0, MessageError::impossibleField},
+                                         Damage{16, 1, MessageError::impossibleField},
+                                         // A goodbye with a number and a display.
+                                         Damage{5, 6, MessageError::impossibleField},
+                                         // An answer about a display.
+                                         Damage{5, 5, MessageError::impossibleField}));
 
 TEST(MessageTest, noTwoSequencesOfBytesMeanTheSame) {
     std::size_t accepted = 0;

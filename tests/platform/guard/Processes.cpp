@@ -27,7 +27,8 @@ std::vector<pid_t> processesOf(const std::filesystem::path& executable, const st
     const std::filesystem::path wanted = std::filesystem::canonical(executable);
     for (const auto& process : std::filesystem::directory_iterator("/proc")) {
         const std::string name = process.path().filename().string();
-        if (std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isdigit(c); }) &&
+        if (std::all_of(name.begin(), name.end(),
+                        [](unsigned char c) { return std::isdigit(c); }) &&
             std::filesystem::read_symlink(process.path() / "exe", gone) == wanted &&
             hasEntry(process.path(), entry)) {
             found.push_back(std::stoi(name));

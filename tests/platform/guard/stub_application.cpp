@@ -1,4 +1,3 @@
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <ext/stdio_filebuf.h>
@@ -17,10 +16,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     SharedDisplays displays = SharedDisplays::ofEnvironment();
-    GuardedLifecycle lifecycle(
-        displays, {.startGuard = [&] { return GuardProcess::start(argv[1]); },
-                   .now = [] { return std::chrono::steady_clock::now().time_since_epoch(); },
-                   .willSwitch = {}});
+    GuardedLifecycle lifecycle(displays,
+                               {.startGuard = [&] { return GuardProcess::start(argv[1]); }});
     __gnu_cxx::stdio_filebuf<char> input(3, std::ios::in);
     __gnu_cxx::stdio_filebuf<char> output(3, std::ios::out);
     std::istream orders(&input);

@@ -10,7 +10,5 @@ int main() {
     using namespace tavrel::guard;
     SharedDisplays displays = SharedDisplays::ofEnvironment();
     MessageSocket application(tavrel::FileDescriptor(3));
-    GuardService(displays, application, [](auto time) {
-        std::this_thread::sleep_for(time);
-    }).run();
+    GuardService(displays, application, [](auto time) { std::this_thread::sleep_for(time); }).run();
 }
