@@ -12,7 +12,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::IsSupersetOf;
 using testing::Not;
 
 using PrivateListTest = DisplayIntegrationTest;
