@@ -26,13 +26,13 @@ void erase(std::vector<RememberedOutput>& remembered, DisplayID display) {
     std::erase_if(remembered, [&](const auto& each) { return each.display == display; });
 }
 
-/// Whether a display that is off now is waiting to have the primary role back. Whoever has
-/// it meanwhile has it on loan.
+/// Whether the display the primary role belongs to is off. Whoever has the role meanwhile has
+/// it on loan.
 bool isPrimaryOnLoan(const Snapshot& snapshot, const Identifiers& identifiers,
                      const std::vector<RememberedOutput>& remembered) {
-    return std::any_of(snapshot.outputs.begin(), snapshot.outputs.end(), [&](const Output& output) {
+    return std::any_of(snapshot.outputs.begin(), snapshot.outputs.end(), [&](const auto& output) {
         const RememberedOutput* was = find(remembered, identifiers.at(output.id));
-        return was != nullptr && was->primary && output.connected &&
+        return was != nullptr && was->primary && !was->primaryOnLoan && output.connected &&
                snapshot.activeCrtc(output) == nullptr;
     });
 }
@@ -56,8 +56,8 @@ RememberedOutput describe(const Snapshot& snapshot, const Output& output, const 
             now.mirrors.push_back(identifiers.at(other.id));
         }
     }
-    now.primary =
-        snapshot.primary == output.id && !isPrimaryOnLoan(snapshot, identifiers, remembered);
+    now.primary = snapshot.primary == output.id;
+    now.primaryOnLoan = now.primary && isPrimaryOnLoan(snapshot, identifiers, remembered);
     return now;
 }
 
@@ -126,8 +126,10 @@ LayoutDecision decideOn(const Snapshot& snapshot, const Output& output,
     decision.plan.transform = placement->transform;
     fitScreen(snapshot, boundsOfActive(snapshot, 0, placement->area),
               was != nullptr ? std::optional(was->screen) : std::nullopt, decision.plan);
-    if (was != nullptr && was->primary && snapshot.primary.has_value() &&
-        snapshot.primary != output.id) {
+    const bool hadRole =
+        was != nullptr && was->primary &&
+        (!was->primaryOnLoan || isPrimaryOnLoan(snapshot, identifiers, decision.remembered));
+    if (hadRole && snapshot.primary.has_value() && snapshot.primary != output.id) {
         decision.plan.primary = output.id;
     }
     erase(decision.remembered, display);

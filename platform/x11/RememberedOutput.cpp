@@ -44,6 +44,7 @@ Json toJson(const RememberedOutput& output) {
               {"parameters", output.transform.parameters}}},
             {"mirrors", output.mirrors},
             {"primary", output.primary},
+            {"primaryOnLoan", output.primaryOnLoan},
             {"screen",
              {{"width", output.screen.width},
               {"height", output.screen.height},
@@ -65,6 +66,12 @@ public:
         for (std::size_t i = 0; good_ && i < list.size(); ++i) {
             read(list[i], values.emplace_back());
         }
+    }
+
+    void truth(const Json& object, const char* name, bool& value) {
+        const Json& json = member(object, name);
+        check(json.is_boolean());
+        value = good_ && json.get<bool>();
     }
 
     void area(const Json& object, Area& area) {
@@ -127,9 +134,8 @@ public:
         rotation(object, output.rotation);
         transform(member(object, "transform"), output.transform);
         numbers(member(object, "mirrors"), output.mirrors);
-        const Json& primary = member(object, "primary");
-        check(primary.is_boolean());
-        output.primary = good_ && primary.get<bool>();
+        truth(object, "primary", output.primary);
+        truth(object, "primaryOnLoan", output.primaryOnLoan);
         screen(member(object, "screen"), output.screen);
     }
 

@@ -22,8 +22,9 @@ struct RememberedOutput {
     Transform transform = {};
     /// The displays that showed (part of) the same picture.
     std::vector<DisplayID> mirrors = {};
-    /// Whether the primary role is its own, to be given back.
+    /// Whether it was primary, and if so, only in place of one that was off.
     bool primary = false;
+    bool primaryOnLoan = false;
     /// The X screen with this display in it.
     ScreenSize screen = {};
 

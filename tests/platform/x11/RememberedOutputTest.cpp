@@ -37,6 +37,7 @@ RememberedOutput example(DisplayID display = 4000000000U) {
                           .parameters = {-1, 2}},
             .mirrors = {15, 16},
             .primary = true,
+            .primaryOnLoan = true,
             .screen = {17, 18, 19, 20}};
 }
 
@@ -51,7 +52,7 @@ TEST(RememberedOutputTest, ReadsWhatEarlierVersionsWrote) {
         "display":7,"mirrors":[8],"mode":{"dotClock":173000000,"flags":6,"height":1080,
         "horizontalSkew":0,"horizontalSyncEnd":2248,"horizontalSyncStart":2048,
         "horizontalTotal":2576,"verticalSyncEnd":1088,"verticalSyncStart":1083,
-        "verticalTotal":1120,"width":1920},"modeHint":94,"primary":true,"rotation":1,
+        "verticalTotal":1120,"width":1920},"modeHint":94,"primary":true,"primaryOnLoan":false,"rotation":1,
         "screen":{"height":1080,"heightInMillimetres":285,"width":3840,
         "widthInMillimetres":1013},"transform":{"filter":"",
         "matrix":[65536,0,0,0,65536,0,0,0,65536],"parameters":[]}}])";

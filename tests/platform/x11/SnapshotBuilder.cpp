@@ -1,6 +1,7 @@
 #include "tests/platform/x11/SnapshotBuilder.h"
 
 #include <algorithm>
+#include <ostream>
 #include <stdexcept>
 
 #include "platform/x11/ScreenFit.h"
@@ -152,6 +153,28 @@ DisplayID displayNamed(const Snapshot& snapshot, const std::string& name) {
 std::optional<Area> areaOf(const Snapshot& snapshot, const std::string& name) {
     const Crtc* crtc = snapshot.activeCrtc(outputNamed(snapshot, name));
     return crtc == nullptr ? std::nullopt : std::optional(crtc->area);
+}
+
+void PrintTo(const Area& area, std::ostream* out) {
+    *out << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
+}
+
+void PrintTo(const ScreenSize& size, std::ostream* out) {
+    *out << size.width << 'x' << size.height << " (" << size.widthInMillimetres << " mm x "
+         << size.heightInMillimetres << " mm)";
+}
+
+void PrintTo(const Snapshot& snapshot, std::ostream* out) {
+    PrintTo(snapshot.screen, out);
+    for (const Output& output : snapshot.outputs) {
+        *out << "\n  " << output.name << (output.connected ? "" : " disconnected")
+             << (snapshot.primary == output.id ? " primary" : "");
+        if (const Crtc* crtc = snapshot.activeCrtc(output); crtc != nullptr) {
+            *out << " by " << crtc->id << " mode " << crtc->mode << " turned " << crtc->rotation
+                 << ' ';
+            PrintTo(crtc->area, out);
+        }
+    }
 }
 
 std::string primaryOf(const Snapshot& snapshot) {

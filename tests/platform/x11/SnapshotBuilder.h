@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <utility>
@@ -61,6 +62,11 @@ const Output& outputNamed(const Snapshot& snapshot, const std::string& name);
 DisplayID displayNamed(const Snapshot& snapshot, const std::string& name);
 /// Where the output of that name is; nothing when it is off.
 std::optional<Area> areaOf(const Snapshot& snapshot, const std::string& name);
+/// So that a failed comparison can be read.
+void PrintTo(const Area& area, std::ostream* out);
+void PrintTo(const ScreenSize& size, std::ostream* out);
+void PrintTo(const Snapshot& snapshot, std::ostream* out);
+
 /// The name of the primary output; empty when there is none.
 std::string primaryOf(const Snapshot& snapshot);
 

@@ -48,13 +48,4 @@ inline SnapshotBuilder threeInARow() {
     return builder;
 }
 
-inline void PrintTo(const Area& area, std::ostream* out) {
-    *out << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
-}
-
-inline void PrintTo(const ScreenSize& size, std::ostream* out) {
-    *out << size.width << 'x' << size.height << " (" << size.widthInMillimetres << " mm x "
-         << size.heightInMillimetres << " mm)";
-}
-
 }  // namespace tavrel::x11

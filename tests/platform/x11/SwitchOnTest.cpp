@@ -266,6 +266,15 @@ TEST_F(SwitchOnTest, ThePrimaryRoleComesBackOnlyToItsOwner) {
     EXPECT_EQ(primaryOf(server.state), "A") << "B had it on loan";
 }
 
+TEST_F(SwitchOnTest, ThePrimaryRoleComesBackToWhoHasItOnLoanAsLongAsTheOwnerIsOff) {
+    start(threeInARow());
+    ASSERT_EQ(off("A"), serverStatus::success);
+    expectRoundTrip("B");
+    EXPECT_EQ(primaryOf(server.state), "B");
+    ASSERT_EQ(on("A"), serverStatus::success);
+    EXPECT_EQ(primaryOf(server.state), "A");
+}
+
 TEST_F(SwitchOnTest, OfWhatIsOnAlreadyDoesNothing) {
     start(threeInARow());
     const Snapshot before = server.state;

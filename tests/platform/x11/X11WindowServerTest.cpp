@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/x11/RememberedOutputs.h"
 #include "tests/platform/x11/LiveServerTest.h"
 
 namespace tavrel {
@@ -82,6 +83,111 @@ TEST_F(X11WindowServerTest, SwitchesOnExactlyAsItWas) {
             EXPECT_EQ(desktop.screenSize(), screen);
         }
     }
+}
+
+TEST_F(X11WindowServerTest, HandsOnThePrimaryRoleAndGivesItBack) {
+    ASSERT_TRUE(desktop.monitor("DUMMY0").primary);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY0"), false), serverStatus::success);
+    EXPECT_TRUE(desktop.monitor("DUMMY1").primary);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY0"), true), serverStatus::success);
+    EXPECT_TRUE(desktop.monitor("DUMMY0").primary);
+}
+
+TEST_F(X11WindowServerTest, GrowsAndShrinksTheScreenWithWhatIsOn) {
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY2"), false), serverStatus::success);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{3840, 1080}));
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{1920, 1080}));
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY2"), true), serverStatus::success);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+}
+
+TEST_F(X11WindowServerTest, SwitchesOffEvenTheLastAndAllOnAgain) {
+    const std::vector<Monitor> before = desktop.monitors();
+    for (const char* name : {"DUMMY1", "DUMMY0", "DUMMY2"}) {
+        ASSERT_EQ(server.setDisplayEnabled(idOf(name), false), serverStatus::success);
+    }
+    for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
+        EXPECT_FALSE(desktop.monitor(name).on);
+    }
+    for (const char* name : {"DUMMY2", "DUMMY0", "DUMMY1"}) {
+        ASSERT_EQ(server.setDisplayEnabled(idOf(name), true), serverStatus::success);
+    }
+    EXPECT_EQ(desktop.monitors(), before);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+}
+
+TEST_F(X11WindowServerTest, AMirrorGoesAndComesBackWithoutTheOther) {
+    other.showSameAs("DUMMY2", "DUMMY0");
+    const std::vector<Monitor> before = desktop.monitors();
+    const Monitor original = desktop.monitor("DUMMY0");
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY2"), false), serverStatus::success);
+    EXPECT_EQ(desktop.monitor("DUMMY0"), original);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY2"), true), serverStatus::success);
+    EXPECT_EQ(desktop.monitors(), before);
+}
+
+TEST_F(X11WindowServerTest, GoesToTheRightWhenItsPlaceIsTaken) {
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    other.setPosition("DUMMY2", 1920, 0);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(desktop.monitor("DUMMY1").x, 3840);
+    EXPECT_EQ(desktop.monitor("DUMMY2").x, 1920);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+}
+
+TEST_F(X11WindowServerTest, WhatAnotherProgramSwitchedOffComesOnAtTheRight) {
+    other.switchOff("DUMMY0");
+    EXPECT_FALSE(server.isActive(idOf("DUMMY0")));
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY0"), true), serverStatus::success);
+    EXPECT_TRUE(desktop.monitor("DUMMY0").on);
+    EXPECT_EQ(desktop.monitor("DUMMY0").x, 5760);
+}
+
+TEST_F(X11WindowServerTest, NothingHappensToWhatIsAsItShouldBe) {
+    const std::vector<Monitor> before = desktop.monitors();
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(desktop.monitors(), before);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    const auto stored = store.data(x11::rememberedOutputsKey);
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    EXPECT_EQ(store.data(x11::rememberedOutputsKey), stored);
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(desktop.monitors(), before);
+}
+
+TEST_F(X11WindowServerTest, RefusesAPlaceOutsideTheServersLimits) {
+    // The driver's screen ends at 32767; the rightmost monitor leaves no room for another.
+    other.run({"--output", "DUMMY1", "--off", "--output", "DUMMY2", "--pos", "30800x0"});
+    const std::vector<Monitor> before = desktop.monitors();
+    const ScreenSize screen = desktop.screenSize();
+    ASSERT_EQ(desktop.monitor("DUMMY2").x, 30800);
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::cannotComplete);
+    EXPECT_EQ(desktop.monitors(), before);
+    EXPECT_EQ(desktop.screenSize(), screen);
+}
+
+TEST_F(X11WindowServerTest, AnotherRunRestoresWhatThisOneSwitchedOff) {
+    other.setMode("DUMMY1", "1280x1024");
+    const std::vector<Monitor> before = desktop.monitors();
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    X11WindowServer nextRun(store, nullptr, {.displayName = desktop.displayName()});
+    ASSERT_EQ(nextRun.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(desktop.monitors(), before);
+}
+
+TEST_F(X11WindowServerTest, ANewServerGetsBackWhatAnEarlierOneHad) {
+    other.run({"--output", "DUMMY1", "--mode", "1280x1024", "--pos", "1920x56"});
+    const Monitor was = desktop.monitor("DUMMY1");
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+
+    const support::VirtualDesktop later;
+    later.otherClient().switchOff("DUMMY1");
+    X11WindowServer laterServer(store, nullptr, {.displayName = later.displayName()});
+    ASSERT_EQ(laterServer.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_EQ(later.monitor("DUMMY1"), was);
 }
 
 }  // namespace

@@ -1,0 +1,142 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/x11/LiveServerTest.h"
+#include "tests/support/WaitUntil.h"
+
+namespace tavrel {
+namespace {
+
+using std::chrono::steady_clock;
+using support::VirtualDesktop;
+
+void expectNothingButRefusals(X11WindowServer& server, DisplayID display) {
+    EXPECT_FALSE(server.canControlDisplays());
+    DisplayID list = 77;
+    std::uint32_t count = 78;
+    EXPECT_EQ(server.getDisplayList(1, &list, &count), serverStatus::notImplemented);
+    EXPECT_EQ(list, 77U);
+    EXPECT_EQ(count, 78U);
+    EXPECT_EQ(server.getOnlineDisplayList(0, nullptr, &count), serverStatus::notImplemented);
+    EXPECT_EQ(server.getOnlineDisplayList(1, &list, &count), serverStatus::notImplemented);
+    EXPECT_EQ(server.setDisplayEnabled(display, true), serverStatus::notImplemented);
+    EXPECT_EQ(server.setDisplayEnabled(display, false), serverStatus::notImplemented);
+    EXPECT_FALSE(server.isOnline(display));
+    EXPECT_FALSE(server.isActive(display));
+    EXPECT_FALSE(server.isBuiltIn(display));
+    EXPECT_EQ(server.vendorNumber(display), 0U);
+    EXPECT_EQ(server.modelNumber(display), 0U);
+    EXPECT_EQ(server.serialNumber(display), 0U);
+}
+
+/// How long a hundred rounds of questions and requests take.
+steady_clock::duration timeOfRefusals(X11WindowServer& server) {
+    const auto begin = steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        expectNothingButRefusals(server, 1);
+    }
+    return steady_clock::now() - begin;
+}
+
+class LostServerTest : public LiveServerTest {
+protected:
+    pid_t serverProcess() const {
+        std::ifstream lock("/tmp/.X" + desktop.displayName().substr(1) + "-lock");
+        pid_t pid = 0;
+        lock >> pid;
+        return pid;
+    }
+
+    const DisplayID middle = idOf("DUMMY1");
+};
+
+TEST_F(LostServerTest, AKilledServerIsAStatus) {
+    ASSERT_TRUE(server.isActive(middle));
+    ASSERT_EQ(server.setDisplayEnabled(middle, false), serverStatus::success);
+    desktop.kill();
+    expectNothingButRefusals(server, middle);
+    EXPECT_LT(timeOfRefusals(server), std::chrono::seconds(20)) << "far less than one timeout each";
+}
+
+TEST_F(LostServerTest, AServerKilledInTheMiddleOfThingsIsAStatus) {
+    std::atomic<bool> stop = false;
+    std::atomic<int> rounds = 0;
+    std::vector<std::thread> threads;
+    for (const char* name : {"DUMMY0", "DUMMY1"}) {
+        threads.emplace_back([&, display = idOf(name)] {
+            for (bool on = false; !stop; on = !on, ++rounds) {
+                const ServerStatus status = server.setDisplayEnabled(display, on);
+                EXPECT_THAT(status,
+                            testing::AnyOf(serverStatus::success, serverStatus::notImplemented));
+                server.isActive(display);
+            }
+        });
+    }
+    EXPECT_TRUE(support::waitUntil([&] { return rounds > 20; }));
+    desktop.kill();
+    EXPECT_TRUE(support::waitUntil([&] { return !server.canControlDisplays(); }));
+    stop = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    expectNothingButRefusals(server, middle);
+}
+
+TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
+    X11WindowServer impatient(
+        store, nullptr,
+        {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+    ASSERT_EQ(impatient.setDisplayEnabled(middle, false), serverStatus::success);
+    ASSERT_TRUE(impatient.isOnline(middle));
+    const pid_t process = serverProcess();
+    ASSERT_GT(process, 0);
+    ::kill(process, SIGSTOP);
+    expectNothingButRefusals(impatient, middle);
+    // One that never got to know the server while it spoke.
+    X11WindowServer newcomer(
+        store, nullptr,
+        {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+    expectNothingButRefusals(newcomer, middle);
+    ::kill(process, SIGCONT);
+
+    for (X11WindowServer* each : {&impatient, &newcomer}) {
+        EXPECT_TRUE(support::waitUntil([&] { return each->isOnline(middle); }));
+        EXPECT_TRUE(support::waitUntil(
+            [&] { return each->setDisplayEnabled(middle, true) == serverStatus::success; }));
+    }
+    EXPECT_TRUE(desktop.monitor("DUMMY1").on);
+}
+
+TEST(NoServerTest, IsAStatus) {
+    SimulatedUserDefaults store;
+    X11WindowServer server(store, nullptr, {.displayName = ":4093"});
+    expectNothingButRefusals(server, 1);
+    EXPECT_LT(timeOfRefusals(server), std::chrono::seconds(20));
+    EXPECT_EQ(store.writes(), 0U);
+}
+
+TEST(NoServerTest, ANonsensicalNameIsAStatus) {
+    SimulatedUserDefaults store;
+    for (const char* name : {"", "nonsense", ":0.99999", "::::", ":-1"}) {
+        X11WindowServer server(store, nullptr, {.displayName = name});
+        expectNothingButRefusals(server, 1);
+    }
+}
+
+TEST(NoRandrTest, IsAStatus) {
+    const VirtualDesktop desktop({.randr = false});
+    SimulatedUserDefaults store;
+    X11WindowServer server(store, nullptr, {.displayName = desktop.displayName()});
+    expectNothingButRefusals(server, 1);
+    EXPECT_LT(timeOfRefusals(server), std::chrono::seconds(20));
+}
+
+}  // namespace
+}  // namespace tavrel

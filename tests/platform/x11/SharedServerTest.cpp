@@ -1,0 +1,123 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/x11/RandrLayoutServer.h"
+#include "tests/platform/x11/LiveServerTest.h"
+#include "tests/platform/x11/SnapshotBuilder.h"
+#include "tests/support/WaitUntil.h"
+
+namespace tavrel {
+namespace {
+
+/// Several programs, and several threads of ours, at one server.
+class SharedServerTest : public LiveServerTest {};
+
+/// What matters of a layout: what each output shows, the screen, the primary.
+std::string describe(const x11::Snapshot& snapshot) {
+    std::ostringstream text;
+    x11::PrintTo(snapshot, &text);
+    return text.str();
+}
+
+TEST_F(SharedServerTest, AnotherClientNeverSeesHalfAChange) {
+    const DisplayID display = idOf("DUMMY0");
+    const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
+    ASSERT_NE(connection, nullptr);
+    x11::RandrLayoutServer observer(*connection);
+    const auto look = [&] {
+        // With the server to itself, what it reads is one moment's.
+        observer.grab();
+        const auto seen = observer.read();
+        observer.ungrab();
+        return seen.has_value() ? describe(*seen) : "nothing";
+    };
+    const std::string on = look();
+    ASSERT_EQ(server.setDisplayEnabled(display, false), serverStatus::success);
+    const std::string off = look();
+    ASSERT_NE(on, off);
+
+    std::atomic<bool> stop = false;
+    std::thread switcher([&] {
+        for (bool enabled = true; !stop; enabled = !enabled) {
+            EXPECT_EQ(server.setDisplayEnabled(display, enabled), serverStatus::success);
+        }
+    });
+    int seenOn = 0;
+    int seenOff = 0;
+    EXPECT_TRUE(support::waitUntil([&] {
+        const std::string seen = look();
+        EXPECT_THAT(seen, testing::AnyOf(on, off));
+        seenOn += seen == on ? 1 : 0;
+        seenOff += seen == off ? 1 : 0;
+        return HasFailure() || (seenOn > 50 && seenOff > 50);
+    }));
+    stop = true;
+    switcher.join();
+}
+
+TEST_F(SharedServerTest, AQuestionWaitsForAnotherClientsGrabAndIsAnswered) {
+    const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
+    ASSERT_NE(connection, nullptr);
+    ASSERT_TRUE(server.isActive(idOf("DUMMY0")));
+    x11::RandrLayoutServer holder(*connection);
+    ASSERT_TRUE(holder.grab());
+    std::atomic<bool> answered = false;
+    std::thread asker([&] {
+        EXPECT_TRUE(server.isActive(idOf("DUMMY0")));
+        answered = true;
+    });
+    // A moment shows an answer that does not wait.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(answered);
+    holder.ungrab();
+    asker.join();
+}
+
+TEST_F(SharedServerTest, ManyThreadsMaySwitchAndAsk) {
+    const std::vector<support::Monitor> before = desktop.monitors();
+    X11WindowServer second(store, nullptr, {.displayName = desktop.displayName()});
+    std::vector<std::thread> threads;
+    for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
+        threads.emplace_back([&, display = idOf(name)] {
+            for (int i = 0; i < 20; ++i) {
+                EXPECT_EQ(server.setDisplayEnabled(display, false), serverStatus::success);
+                EXPECT_FALSE(server.isActive(display));
+                EXPECT_EQ(server.setDisplayEnabled(display, true), serverStatus::success);
+                EXPECT_TRUE(server.isActive(display));
+                EXPECT_TRUE(second.isActive(display));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(desktop.monitors(), before);
+}
+
+TEST_F(SharedServerTest, RacesWithAnotherProgramLeaveASoundLayout) {
+    std::atomic<bool> stop = false;
+    std::thread program([&] {
+        for (int i = 0; !stop; ++i) {
+            other.setPosition("DUMMY2", 3840, i % 2 == 0 ? 0 : 200);
+            other.run({"--output", "DUMMY1", "--mode", i % 2 == 0 ? "1280x1024" : "1920x1080",
+                       "--pos", "1920x0"});
+        }
+    });
+    for (int i = 0; i < 60; ++i) {
+        EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY0"), i % 2 != 0), serverStatus::success);
+    }
+    stop = true;
+    program.join();
+    const support::Monitor left = desktop.monitor("DUMMY0");
+    EXPECT_TRUE(left.on);
+    EXPECT_EQ(left.x, 0);
+    EXPECT_TRUE(left.primary);
+}
+
+}  // namespace
+}  // namespace tavrel
