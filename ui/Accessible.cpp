@@ -72,6 +72,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
 
 }  // namespace
 
-void installAccessibleFactory() { QAccessible::installFactory(makeInterface); }
+void installAccessibleFactory() {
+    QAccessible::installFactory(makeInterface);
+}
 
 }  // namespace tavrel

@@ -54,9 +54,9 @@ QImage render(const QSize& size, double ratio, const Glow& glow) {
             std::array<int, 3> pixel{};
             for (std::uint32_t c = 0; c < pixel.size(); ++c) {
                 const double base = topLeading[c] + (bottomTrailing[c] - topLeading[c]) * along;
-                pixel[c] = dithered(base * (1 - alpha) + glowColor[c] * alpha,
-                                    noise(static_cast<std::uint32_t>(column),
-                                          static_cast<std::uint32_t>(row), c));
+                pixel[c] = dithered(
+                    base * (1 - alpha) + glowColor[c] * alpha,
+                    noise(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row), c));
             }
             line[column] = qRgb(pixel[0], pixel[1], pixel[2]);
         }

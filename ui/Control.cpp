@@ -41,7 +41,9 @@ void Control::takeFocus(bool showingRing) {
     setShowsFocusRing(showingRing);
 }
 
-QSize Control::sizeHint() const { return faceSize_ + QSize(2 * ringMargin, 2 * ringMargin); }
+QSize Control::sizeHint() const {
+    return faceSize_ + QSize(2 * ringMargin, 2 * ringMargin);
+}
 
 void Control::paintFocusRing(QPainter& painter) const {
     if (!showsFocusRing_ || !hasFocus()) {

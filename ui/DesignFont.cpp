@@ -19,9 +19,13 @@ double DesignFont::width(const QString& text) const {
     return QFontMetricsF(twice_).horizontalAdvance(text) / scale;
 }
 
-double DesignFont::ascent() const { return QFontMetricsF(twice_).ascent() / scale; }
+double DesignFont::ascent() const {
+    return QFontMetricsF(twice_).ascent() / scale;
+}
 
-double DesignFont::descent() const { return QFontMetricsF(twice_).descent() / scale; }
+double DesignFont::descent() const {
+    return QFontMetricsF(twice_).descent() / scale;
+}
 
 QStringList DesignFont::lines(const QString& text, double width, int maximumLines) const {
     const double room = (width + tolerance) * scale;

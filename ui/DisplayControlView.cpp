@@ -1,6 +1,5 @@
 #include "ui/DisplayControlView.h"
 
-#include <QEvent>
 #include <QPainter>
 #include <algorithm>
 #include <optional>
@@ -91,8 +90,8 @@ void DisplayControlView::layOut() {
     header_.layOut(column);
     footer_.layOut(column);
 
-    const QRect content = column.adjusted(0, header_.height(), 0,
-                                          -footer_.heightForWidth(column.width()));
+    const QRect content =
+        column.adjusted(0, header_.height(), 0, -footer_.heightForWidth(column.width()));
     emptyState_->setGeometry(content);
     const bool scrolls = rows_->fullHeight() > content.height();
     // Rows that are cut off by the edge keep a distance from what is beyond it.
@@ -103,13 +102,6 @@ void DisplayControlView::layOut() {
 void DisplayControlView::resizeEvent(QResizeEvent* event) {
     layOut();
     QWidget::resizeEvent(event);
-}
-
-bool DisplayControlView::event(QEvent* event) {
-    if (event->type() == QEvent::LayoutRequest) {
-        layOut();
-    }
-    return QWidget::event(event);
 }
 
 void DisplayControlView::paintEvent(QPaintEvent*) {

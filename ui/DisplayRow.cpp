@@ -42,6 +42,13 @@ QString displayName(const DisplayDevice& display) {
     return QString::fromStdString(display.name());
 }
 
+/// Qt announces a name each time it is set, and whoever listens would hear it again.
+void setName(QWidget& widget, const QString& name) {
+    if (widget.accessibleName() != name) {
+        widget.setAccessibleName(name);
+    }
+}
+
 bool isBuiltIn(const DisplayDevice& display) {
     return display.kind() == DisplayDevice::Kind::builtIn;
 }
@@ -86,11 +93,11 @@ void DisplayRow::setInputs(Inputs inputs) {
 
 void DisplayRow::showInputs() {
     const QString name = displayName(inputs_.display);
-    setAccessibleName(name);
+    setName(*this, name);
     name_->setText(name);
-    explanation_->setText((isBuiltIn(inputs_.display) ? texts::builtInExplanation
-                                                      : texts::externalExplanation)
-                              .toString());
+    explanation_->setText(
+        (isBuiltIn(inputs_.display) ? texts::builtInExplanation : texts::externalExplanation)
+            .toString());
     showRightHand();
     layOut();
 }
@@ -104,7 +111,7 @@ void DisplayRow::showRightHand() {
     }
     switch_->setOn(display.isOn);
     switch_->setText((display.isOn ? texts::switchOn : texts::switchOff).toString());
-    switch_->setAccessibleName(texts::powerOf(name));
+    setName(*switch_, texts::powerOf(name));
     switch_->setToolTip(inputs_.isEnabled ? texts::enableOrDisable(name) : inputs_.disabledReason);
     switch_->setEnabled(inputs_.isEnabled);
     switch_->setVisible(!display.isBusy);
@@ -127,9 +134,9 @@ void DisplayRow::layOut() {
         const int lockHeight = inputs_.isEnabled ? 0 : switchSpacing + lockSize.height();
         const int top = (fixedHeight - Switch::faceSize.height() - lockHeight + 1) / 2;
         switch_->setFace({{right - Switch::faceSize.width(), top}, Switch::faceSize});
-        lock_->setGeometry({{right - lockSize.width(),
-                             top + Switch::faceSize.height() + switchSpacing},
-                            lockSize});
+        lock_->setGeometry(
+            {{right - lockSize.width(), top + Switch::faceSize.height() + switchSpacing},
+             lockSize});
         rightHandWidth = std::max(Switch::faceSize.width(), lockSize.width());
     }
 
@@ -163,8 +170,8 @@ void DisplayRow::paintEvent(QPaintEvent*) {
 
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme::white(strokeOpacity), 1));
-    painter.drawPath(continuousRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5),
-                                           rowRadius - 0.5));
+    painter.drawPath(
+        continuousRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), rowRadius - 0.5));
 
     constexpr double side = iconSide(iconFontSize);
     QRectF icon(0, 0, side, side);

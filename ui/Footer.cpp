@@ -30,8 +30,8 @@ Footer::Footer(QWidget& view)
 }
 
 void Footer::update(const std::string& statusMessage,
-                    const std::optional<std::string>& errorMessage, bool isRefreshing,
-                    bool canWake, FocusKeeper& focus) {
+                    const std::optional<std::string>& errorMessage, bool isRefreshing, bool canWake,
+                    FocusKeeper& focus) {
     showDot(isRefreshing);
     status_->setText(QString::fromStdString(statusMessage));
     showError(errorMessage);

@@ -6,7 +6,9 @@
 #include "ui/Layer.h"
 
 // The macro that registers a library's resources must be used outside of any namespace.
-static void registerIcons() { Q_INIT_RESOURCE(icons); }
+static void registerIcons() {
+    Q_INIT_RESOURCE(icons);
+}
 
 namespace tavrel {
 namespace {

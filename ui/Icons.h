@@ -17,7 +17,9 @@ enum class Icon {
 };
 
 /// The side of the square that an icon set in a font of `fontSize` fills.
-constexpr double iconSide(double fontSize) { return fontSize * 1.25; }
+constexpr double iconSide(double fontSize) {
+    return fontSize * 1.25;
+}
 
 /// Draws `icon` in `color` centred in `rect`, as large as fits, sharp at any scale and angle.
 void paintIcon(QPainter& painter, Icon icon, const QRectF& rect, const QColor& color);

@@ -13,7 +13,9 @@ constexpr double hoveredFill = 0.13;
 
 }  // namespace
 
-double PlainButton::fillOpacity() const { return isHovered() ? hoveredFill : restingFill; }
+double PlainButton::fillOpacity() const {
+    return isHovered() ? hoveredFill : restingFill;
+}
 
 void PlainButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);

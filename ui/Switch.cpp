@@ -17,9 +17,7 @@ constexpr double hoveredOffTrackOpacity = 0.22;
 constexpr int hoverLightness = 108;
 
 QColor mixed(const QColor& off, const QColor& on, double part) {
-    const auto mix = [part](float a, float b) {
-        return a + (b - a) * static_cast<float>(part);
-    };
+    const auto mix = [part](float a, float b) { return a + (b - a) * static_cast<float>(part); };
     return QColor::fromRgbF(mix(off.redF(), on.redF()), mix(off.greenF(), on.greenF()),
                             mix(off.blueF(), on.blueF()), mix(off.alphaF(), on.alphaF()));
 }
@@ -108,8 +106,8 @@ void Switch::paintSwitch(QPainter& painter) const {
 
     const double diameter = track.height() - 2 * knobInset;
     const double travel = track.width() - 2 * knobInset - diameter;
-    const QRectF knob(track.left() + knobInset + travel * knobPosition_,
-                      track.top() + knobInset, diameter, diameter);
+    const QRectF knob(track.left() + knobInset + travel * knobPosition_, track.top() + knobInset,
+                      diameter, diameter);
 
     // The knob's soft shadow, kept inside the track.
     painter.save();

@@ -29,7 +29,9 @@ void Text::setColor(const QColor& color) {
     }
 }
 
-QColor Text::color() const { return palette().color(QPalette::WindowText); }
+QColor Text::color() const {
+    return palette().color(QPalette::WindowText);
+}
 
 void Text::setMaximumLines(int lines) {
     maximumLines_ = lines;
@@ -53,7 +55,9 @@ QSize Text::sizeHint() const {
     return {static_cast<int>(std::ceil(leadingWidth() + font_.width(text()))), lineHeight()};
 }
 
-QSize Text::minimumSizeHint() const { return {0, lineHeight()}; }
+QSize Text::minimumSizeHint() const {
+    return {0, lineHeight()};
+}
 
 int Text::heightForWidth(int width) const {
     const auto lines = font_.lines(text(), width - leadingWidth(), maximumLines_).size();

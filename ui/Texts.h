@@ -23,7 +23,9 @@ inline constexpr QStringView switchOn = u"On";
 inline constexpr QStringView switchOff = u"Off";
 
 /// The accessible name of a display's switch.
-inline QString powerOf(const QString& displayName) { return displayName + QStringLiteral(" power"); }
+inline QString powerOf(const QString& displayName) {
+    return displayName + QStringLiteral(" power");
+}
 
 /// The tooltip of a switch that may be used.
 inline QString enableOrDisable(const QString& displayName) {

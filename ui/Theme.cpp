@@ -49,7 +49,9 @@ QColor faded(QColor color, double opacity) {
     return color;
 }
 
-QColor white(double opacity) { return faded(QColor(255, 255, 255), opacity); }
+QColor white(double opacity) {
+    return faded(QColor(255, 255, 255), opacity);
+}
 
 QFont font(const FontSpec& spec, double scale) {
     QFont font;

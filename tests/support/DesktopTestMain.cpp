@@ -18,7 +18,6 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "xcb");
         qputenv("DISPLAY", desktop->displayName().c_str());
         qputenv("DBUS_SESSION_BUS_ADDRESS", desktop->sessionBusAddress().c_str());
-        qputenv("AT_SPI_BUS_ADDRESS", desktop->accessibilityBusAddress().c_str());
         qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
         application.emplace(argc, argv);
         tavrel::theme::applyTo(*application);

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "ui/Theme.h"
 #include <QApplication>
+#include "ui/Theme.h"
 
 /// Runs tests of widgets, on no real screen unless the environment names one.
 int main(int argc, char** argv) {

@@ -26,7 +26,9 @@ public:
     }
 
 private:
-    static void note(QAccessibleEvent* event) { seen().emplace_back(event->object(), event->type()); }
+    static void note(QAccessibleEvent* event) {
+        seen().emplace_back(event->object(), event->type());
+    }
 
     QAccessible::UpdateHandler previous_;
 };
@@ -35,7 +37,9 @@ private:
 /// without a desktop session: these tests run in one.
 class AnnouncementsTest : public ViewTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(waitFor([] { return QAccessible::isActive(); })); }
+    void SetUp() override {
+        ASSERT_TRUE(waitFor([] { return QAccessible::isActive(); }));
+    }
 };
 
 TEST_F(AnnouncementsTest, ANewStatusIsAnnounced) {
@@ -44,26 +48,25 @@ TEST_F(AnnouncementsTest, ANewStatusIsAnnounced) {
     const Announcements announcements;
     controller->setStatusMessage("Both displays are on");
     turn();
-    EXPECT_THAT(Announcements::seen(),
-                Contains(std::pair<QObject*, QAccessible::Event>(status, QAccessible::NameChanged)));
+    EXPECT_THAT(Announcements::seen(), Contains(std::pair<QObject*, QAccessible::Event>(
+                                           status, QAccessible::NameChanged)));
 }
 
 TEST_F(AnnouncementsTest, ANewErrorIsAnnouncedAsAnAlertOnce) {
     open({builtInDisplay(true)});
     const auto alerts = [] {
-        return std::count_if(
-            Announcements::seen().begin(), Announcements::seen().end(),
-            [](const auto& event) { return event.second == QAccessible::Alert; });
+        return std::count_if(Announcements::seen().begin(), Announcements::seen().end(),
+                             [](const auto& event) { return event.second == QAccessible::Alert; });
     };
     const Announcements announcements;
     controller->setErrorMessage("Broken");
     turn();
     Text* error = text("Broken");
     ASSERT_NE(error, nullptr);
-    EXPECT_THAT(Announcements::seen(),
-                IsSupersetOf({std::pair<QObject*, QAccessible::Event>(error, QAccessible::Alert),
-                              std::pair<QObject*, QAccessible::Event>(error,
-                                                                      QAccessible::NameChanged)}));
+    EXPECT_THAT(
+        Announcements::seen(),
+        IsSupersetOf({std::pair<QObject*, QAccessible::Event>(error, QAccessible::Alert),
+                      std::pair<QObject*, QAccessible::Event>(error, QAccessible::NameChanged)}));
     controller->setStatusMessage("Something else changes");
     turn();
     EXPECT_EQ(alerts(), 1);
@@ -72,14 +75,22 @@ TEST_F(AnnouncementsTest, ANewErrorIsAnnouncedAsAnAlertOnce) {
     EXPECT_EQ(alerts(), 2);
 }
 
+TEST_F(AnnouncementsTest, ARebuildThatChangesNothingAnnouncesNothing) {
+    open({builtInDisplay(true), externalDisplay(false)});
+    const Announcements announcements;
+    controller->setDisplays(controller->displays());
+    turn();
+    EXPECT_TRUE(Announcements::seen().empty());
+}
+
 TEST_F(AnnouncementsTest, ASwitchThatMovesIsAnnounced) {
     open({builtInDisplay(true), externalDisplay(true)});
     Switch* power = &powerSwitch(1);
     const Announcements announcements;
     controller->setDisplays({builtInDisplay(true), externalDisplay(false)});
     turn();
-    EXPECT_THAT(Announcements::seen(),
-                Contains(std::pair<QObject*, QAccessible::Event>(power, QAccessible::StateChanged)));
+    EXPECT_THAT(Announcements::seen(), Contains(std::pair<QObject*, QAccessible::Event>(
+                                           power, QAccessible::StateChanged)));
 }
 
 }  // namespace

@@ -66,8 +66,8 @@ TEST_F(DisplayRowTest, ABuiltInPanelThatIsOn) {
 
 TEST_F(DisplayRowTest, AnExternalMonitorThatIsOff) {
     open(inputs(externalDisplay(false)));
-    EXPECT_THAT(texts(),
-                ElementsAre("External Display", "External monitor · removed from desktop when off"));
+    EXPECT_THAT(texts(), ElementsAre("External Display",
+                                     "External monitor · removed from desktop when off"));
     EXPECT_FALSE(row->powerSwitch()->isChecked());
     EXPECT_TRUE(row->powerSwitch()->isEnabled());
     EXPECT_EQ(row->powerSwitch()->text(), "Off");
@@ -89,9 +89,9 @@ TEST_F(DisplayRowTest, ASwitchThatMayNotBeUsedIsDisabledAndSaysWhy) {
     open(inputs(builtInDisplay(true), false));
     EXPECT_FALSE(row->powerSwitch()->isEnabled());
     EXPECT_EQ(row->powerSwitch()->toolTip(), "At least one display must stay on");
-    EXPECT_THAT(texts(), ElementsAre("MacBook Display",
-                                     "Built-in panel · removed from desktop when off",
-                                     "Must stay on"));
+    EXPECT_THAT(texts(),
+                ElementsAre("MacBook Display", "Built-in panel · removed from desktop when off",
+                            "Must stay on"));
     click(*row->powerSwitch());
     type(*row, Qt::Key_Space);
     EXPECT_TRUE(changes.empty());

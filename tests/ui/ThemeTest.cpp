@@ -13,15 +13,13 @@ namespace {
 
 TEST(ThemeTest, InstalledFontsAreUsed) {
     if (QFontDatabase::hasFamily("Quicksand")) {
-        const QFont font =
-            theme::font({27, QFont::Bold, theme::FontDesign::rounded}, 2);
+        const QFont font = theme::font({27, QFont::Bold, theme::FontDesign::rounded}, 2);
         EXPECT_EQ(QFontInfo(font).family(), "Quicksand");
     }
     if (QFontDatabase::hasFamily("Inter")) {
         EXPECT_EQ(QFontInfo(theme::font({14, QFont::Medium}, 2)).family(), "Inter");
     }
-    const QFont fixed =
-        theme::font({11.5, QFont::DemiBold, theme::FontDesign::monospaced}, 2);
+    const QFont fixed = theme::font({11.5, QFont::DemiBold, theme::FontDesign::monospaced}, 2);
     EXPECT_TRUE(QFontInfo(fixed).fixedPitch());
     EXPECT_EQ(fixed.pixelSize(), 23);
     EXPECT_EQ(fixed.weight(), QFont::DemiBold);

@@ -93,16 +93,14 @@ TEST_F(ViewTest, RowsAreReadInListOrderAlsoAfterItChanges) {
 
 TEST_F(ViewTest, SwitchesTellTheirStateAndWhetherTheyMayBeUsed) {
     open({builtInDisplay(true), externalDisplay(false)});
-    QAccessibleInterface* panel =
-        named(*view, QAccessible::CheckBox, "MacBook Display power");
+    QAccessibleInterface* panel = named(*view, QAccessible::CheckBox, "MacBook Display power");
     ASSERT_NE(panel, nullptr);
     EXPECT_TRUE(panel->state().checkable);
     EXPECT_TRUE(panel->state().checked);
     EXPECT_TRUE(panel->state().disabled);
     EXPECT_EQ(panel->text(QAccessible::Description), "At least one display must stay on");
 
-    QAccessibleInterface* external =
-        named(*view, QAccessible::CheckBox, "External Display power");
+    QAccessibleInterface* external = named(*view, QAccessible::CheckBox, "External Display power");
     ASSERT_NE(external, nullptr);
     EXPECT_FALSE(external->state().checked);
     EXPECT_FALSE(external->state().disabled);
@@ -114,8 +112,7 @@ TEST_F(ViewTest, ASwitchCanBePressedAndToggledByItsName) {
     openOnDesk({{.id = 5, .builtIn = true}, {.id = 6}});
     for (const QString& action :
          {QAccessibleActionInterface::toggleAction(), QAccessibleActionInterface::pressAction()}) {
-        QAccessibleInterface* power =
-            named(*view, QAccessible::CheckBox, "External Display power");
+        QAccessibleInterface* power = named(*view, QAccessible::CheckBox, "External Display power");
         ASSERT_NE(power, nullptr);
         const bool wasOn = power->state().checked;
         ASSERT_THAT(power->actionInterface()->actionNames(), Contains(action));
@@ -129,8 +126,7 @@ TEST_F(ViewTest, ASwitchCanBePressedAndToggledByItsName) {
 
 TEST_F(ViewTest, ADisabledSwitchIgnoresAssistiveTechnology) {
     openOnDesk({{.id = 5, .builtIn = true}, {.id = 6, .enabled = false}});
-    QAccessibleInterface* panel =
-        named(*view, QAccessible::CheckBox, "MacBook Display power");
+    QAccessibleInterface* panel = named(*view, QAccessible::CheckBox, "MacBook Display power");
     panel->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
     panel->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     settle();
@@ -186,7 +182,8 @@ TEST_F(ViewTest, ATextThatIsCutOnScreenIsReadWhole) {
 TEST_F(ViewTest, AnAmpersandInATextIsReadAsItStands) {
     open({.name = {},
           .displays = {builtInDisplay(true)},
-          .status = "Salt & <b>pepper</b>", .error = {}});
+          .status = "Salt & <b>pepper</b>",
+          .error = {}});
     EXPECT_NE(named(*view, QAccessible::StaticText, "Salt & <b>pepper</b>"), nullptr);
 }
 

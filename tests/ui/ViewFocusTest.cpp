@@ -24,9 +24,9 @@ TEST_F(ViewTest, TabFollowsTheOrderOfTheListWhenThatChanges) {
     controller->setDisplays({externalDisplay(true, 4), externalDisplay(true, 3)});
     turn();
     refreshButton().setFocus(Qt::TabFocusReason);
-    for (QWidget* expected : {static_cast<QWidget*>(&powerSwitch(0)),
-                              static_cast<QWidget*>(&powerSwitch(1)),
-                              static_cast<QWidget*>(&wakeButton())}) {
+    for (QWidget* expected :
+         {static_cast<QWidget*>(&powerSwitch(0)), static_cast<QWidget*>(&powerSwitch(1)),
+          static_cast<QWidget*>(&wakeButton())}) {
         type(*view, Qt::Key_Tab);
         EXPECT_EQ(focused(), expected);
     }
@@ -101,6 +101,24 @@ TEST_F(ViewTest, ARowThatGoesHandsItsFocusToNoOtherSwitch) {
     controller->setDisplays({builtInDisplay(true), externalDisplay(true, 3)});
     turn();
     EXPECT_EQ(focused(), view.get());
+}
+
+TEST_F(ViewTest, AWindowThatOpensShowsNoFocusRing) {
+    open({builtInDisplay(true), externalDisplay(true)});
+    for (const Control* control : view->findChildren<Control*>()) {
+        EXPECT_FALSE(control->showsFocusRing()) << control->metaObject()->className();
+    }
+}
+
+TEST_F(ViewTest, AWindowThatComesBackToTheFrontKeepsTheFocusRing) {
+    open({builtInDisplay(true), externalDisplay(true)});
+    powerSwitch(1).setFocus(Qt::TabFocusReason);
+    QWidget other;
+    showActive(other);
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    EXPECT_EQ(focused(), &powerSwitch(1));
+    EXPECT_TRUE(powerSwitch(1).showsFocusRing());
 }
 
 TEST_F(ViewTest, AClickShowsNoFocusRing) {

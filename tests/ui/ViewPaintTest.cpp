@@ -6,7 +6,9 @@
 namespace tavrel {
 namespace {
 
-QColor at(const QImage& image, const QPoint& point) { return image.pixelColor(point); }
+QColor at(const QImage& image, const QPoint& point) {
+    return image.pixelColor(point);
+}
 
 /// Whether anything in `widget` waits for time to pass.
 bool hasTimers(const QWidget& widget) {
@@ -107,14 +109,12 @@ TEST_F(ViewTest, RowsBoxesAndSwitchesHaveTheDesignedColours) {
     const QColor onRow = at(image, on.topLeft() + QPoint(8, 39));
     const QColor offRow = at(image, off.topLeft() + QPoint(8, 39));
     EXPECT_TRUE(isNear(offRow, over(ground, theme::white(0.06))));
-    EXPECT_TRUE(isNear(at(image, off.topLeft() + QPoint(0, 39)),
-                       over(offRow, theme::white(0.09))));
+    EXPECT_TRUE(isNear(at(image, off.topLeft() + QPoint(0, 39)), over(offRow, theme::white(0.09))));
 
     const QPoint besideIcon(16 + 4, 39);
     EXPECT_TRUE(isNear(at(image, on.topLeft() + besideIcon),
                        over(onRow, theme::faded(QColor(94, 92, 230), 0.55))));
-    EXPECT_TRUE(isNear(at(image, off.topLeft() + besideIcon),
-                       over(offRow, theme::white(0.055))));
+    EXPECT_TRUE(isNear(at(image, off.topLeft() + besideIcon), over(offRow, theme::white(0.055))));
 
     const QRect onSwitch = faceIn(powerSwitch(0), *view);
     const QRect offSwitch = faceIn(powerSwitch(1), *view);
@@ -134,8 +134,8 @@ TEST_F(ViewTest, ADisabledSwitchIsAsAWholeAtHalfStrength) {
     EXPECT_TRUE(isNear(at(image, face.topLeft() + QPoint(10, 13)),
                        over(ground, theme::faded(theme::blue, 0.5))));
     // The knob lets the row through, not the track.
-    EXPECT_TRUE(isNear(at(image, face.topLeft() + QPoint(33, 13)),
-                       over(ground, theme::white(0.5)), 4));
+    EXPECT_TRUE(
+        isNear(at(image, face.topLeft() + QPoint(33, 13)), over(ground, theme::white(0.5)), 4));
 }
 
 TEST_F(ViewTest, TheDotIsOrangeWhileRefreshingAndGreenOtherwise) {

@@ -13,7 +13,9 @@
 
 #include "ui/Control.h"
 
-inline void PrintTo(const QString& text, std::ostream* out) { *out << text.toStdString(); }
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << text.toStdString();
+}
 inline void PrintTo(const QRect& rect, std::ostream* out) {
     *out << rect.x() << ',' << rect.y() << ' ' << rect.width() << 'x' << rect.height();
 }
