@@ -1,0 +1,165 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "platform/guard/GuardService.h"
+#include "platform/guard/MessageReader.h"
+#include "platform/guard/SwitchedOff.h"
+
+/// What a guard makes of any bytes at all, compared with what it should make of them.
+///
+/// The first byte of the input says in what pieces the others arrive; they are the stream.
+namespace tavrel::guard {
+namespace {
+
+using Kind = Message::Kind;
+using Bytes = std::span<const std::uint8_t>;
+using Changes = std::vector<std::pair<DisplayID, bool>>;
+
+void require(bool holds, const char* what) {
+    if (!holds) {
+        std::cerr << "violated: " << what << '\n';
+        std::abort();
+    }
+}
+
+/// Displays below 2^31 can be switched; writes down every attempt.
+class NotedLifecycle : public DisplayLifecycle {
+public:
+    static ServerStatus statusFor(DisplayID display) {
+        return display >> 31U == 0 ? serverStatus::success : serverStatus::illegalArgument;
+    }
+
+    bool canControlDisplays() override { return true; }
+    ServerStatus getDisplayList(std::uint32_t, DisplayID*, std::uint32_t*) override {
+        return serverStatus::notImplemented;
+    }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        changes.emplace_back(display, enabled);
+        return statusFor(display);
+    }
+
+    Changes changes;
+};
+
+/// An application that says these bytes and goes.
+class ByteChannel : public MessageChannel {
+public:
+    ByteChannel(Bytes bytes, std::size_t piece) : rest_(bytes), piece_(piece) {}
+
+    bool send(const Message& message) override {
+        sent.push_back(message);
+        return true;
+    }
+    Received receive() override {
+        while (!rest_.empty()) {
+            const std::size_t size = std::min({piece_, rest_.size(), reader_.missing()});
+            const auto result = reader_.add(rest_.first(size));
+            rest_ = rest_.subspan(size);
+            if (result) {
+                const auto* message = std::get_if<Message>(&*result);
+                return message != nullptr ? Received(*message) : NoMessage::malformed;
+            }
+        }
+        return NoMessage::gone;
+    }
+    void hangUp() override { rest_ = {}; }
+
+    std::vector<Message> sent;
+
+private:
+    Bytes rest_;
+    std::size_t piece_;
+    MessageReader reader_;
+};
+
+/// What a guard ought to do, told as plainly as possible.
+struct Expectation {
+    Changes changes;
+    std::vector<Message> sent{{.kind = Kind::ready}};
+    SwitchedOff off;
+
+    explicit Expectation(Bytes stream) {
+        bool isOver = false;
+        for (; stream.size() >= messageSize && !isOver; stream = stream.subspan(messageSize)) {
+            const auto decoded = decode(stream.first(messageSize));
+            const auto* message = std::get_if<Message>(&decoded);
+            if (message == nullptr) {
+                break;
+            }
+            require(std::ranges::equal(encode(*message), stream.first(messageSize)),
+                    "what is understood is what was written");
+            if (message->kind == Kind::goodbye) {
+                return;
+            }
+            isOver = !heed(*message);
+        }
+        wake();
+    }
+
+    bool heed(const Message& message) {
+        switch (message.kind) {
+            case Kind::alreadyOff:
+                off.add(message.display);
+                return true;
+            case Kind::switchOff:
+            case Kind::switchOn: {
+                const ServerStatus status = NotedLifecycle::statusFor(message.display);
+                const bool enabled = message.kind == Kind::switchOn;
+                changes.emplace_back(message.display, enabled);
+                sent.push_back({.kind = Kind::answer, .id = message.id, .status = status});
+                if (status == serverStatus::success) {
+                    enabled ? off.remove(message.display) : off.add(message.display);
+                }
+                return true;
+            }
+            case Kind::ready:
+            case Kind::answer:
+            case Kind::goodbye:
+                break;
+        }
+        return false;
+    }
+
+    void wake() {
+        for (int attempt = 0; attempt < GuardService::attempts; ++attempt) {
+            const std::vector<DisplayID> all = off.displays();
+            for (auto display = all.rbegin(); display != all.rend(); ++display) {
+                changes.emplace_back(*display, true);
+                if (NotedLifecycle::statusFor(*display) == serverStatus::success) {
+                    off.remove(*display);
+                }
+            }
+        }
+    }
+};
+
+void check(Bytes input) {
+    if (input.empty()) {
+        return;
+    }
+    const std::size_t piece = input.front() % messageSize + 1;
+    const Bytes stream = input.subspan(1);
+
+    NotedLifecycle lifecycle;
+    ByteChannel channel(stream, piece);
+    GuardService(lifecycle, channel, [](auto) {}).run();
+
+    const Expectation expected(stream);
+    require(lifecycle.changes == expected.changes, "only what was asked for is changed");
+    require(channel.sent == expected.sent, "each request is answered, and nothing else");
+}
+
+}  // namespace
+}  // namespace tavrel::guard
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    tavrel::guard::check({data, size});
+    return 0;
+}
