@@ -106,7 +106,7 @@ bool Connection::succeeded(xcb_void_cookie_t request) {
 }
 
 XcbReply<xcb_generic_event_t> Connection::nextEvent() {
-    collectEvents();
+    takeIn();
     if (events_.empty()) {
         return nullptr;
     }
@@ -116,12 +116,12 @@ XcbReply<xcb_generic_event_t> Connection::nextEvent() {
 }
 
 bool Connection::hasEvents() {
-    collectEvents();
+    takeIn();
     return !events_.empty();
 }
 
 void Connection::discardEvents() {
-    collectEvents();
+    takeIn();
     events_.clear();
 }
 
@@ -131,11 +131,11 @@ bool Connection::isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t config
 }
 
 Connection::Millimetres Connection::millimetres() {
-    collectEvents();
+    takeIn();
     return millimetres_;
 }
 
-void Connection::collectEvents() {
+void Connection::takeIn() {
     while (!isLost()) {
         XcbReply<xcb_generic_event_t> event(xcb_poll_for_event(connection_));
         if (event == nullptr) {

@@ -41,6 +41,7 @@ public:
     /// The name of the output property that holds the EDID.
     xcb_atom_t edidAtom() const { return edidAtom_; }
 
+    /// Whether it is known to be lost; see `takeIn`.
     bool isLost() const { return timedOut_ || xcb_connection_has_error(connection_) != 0; }
 
     /// Sends what is waiting and returns the reply to the request with this sequence
@@ -53,6 +54,9 @@ public:
     /// Whether the server carried out a request that has no reply and was sent checked.
     /// Takes a round trip.
     bool succeeded(xcb_void_cookie_t request);
+
+    /// Takes in all that has arrived, the end of the connection included. Never waits.
+    void takeIn();
 
     /// The next event that has arrived, null when there is none just now. Never waits.
     XcbReply<xcb_generic_event_t> nextEvent();
@@ -74,7 +78,6 @@ public:
 private:
     Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen);
     void negotiateRandr();
-    void collectEvents();
     void noteScreenChange(const xcb_generic_event_t& event);
     void* awaitReply(unsigned int sequence, xcb_generic_error_t** error);
 

@@ -13,11 +13,12 @@ constexpr std::chrono::seconds pauseBetweenAttempts{1};
 ServerLink::ServerLink(X11ServerOptions options) : options_(std::move(options)) {}
 
 Connection* ServerLink::connection() {
-    if (connection_ != nullptr && connection_->isLost()) {
-        connection_.reset();
-    }
     if (connection_ != nullptr) {
-        return connection_.get();
+        connection_->takeIn();
+        if (!connection_->isLost()) {
+            return connection_.get();
+        }
+        connection_.reset();
     }
     auto wait = std::chrono::milliseconds::zero();
     if (attemptIsDue()) {

@@ -139,11 +139,11 @@ TEST_F(X11WindowServerTest, GoesToTheRightWhenItsPlaceIsTaken) {
 }
 
 TEST_F(X11WindowServerTest, WhatAnotherProgramSwitchedOffComesOnAtTheRight) {
-    other.switchOff("DUMMY0");
-    EXPECT_FALSE(server.isActive(idOf("DUMMY0")));
-    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY0"), true), serverStatus::success);
-    EXPECT_TRUE(desktop.monitor("DUMMY0").on);
-    EXPECT_EQ(desktop.monitor("DUMMY0").x, 5760);
+    other.switchOff("DUMMY1");
+    EXPECT_FALSE(server.isActive(idOf("DUMMY1")));
+    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+    EXPECT_TRUE(desktop.monitor("DUMMY1").on);
+    EXPECT_EQ(desktop.monitor("DUMMY1").x, 5760);
 }
 
 TEST_F(X11WindowServerTest, NothingHappensToWhatIsAsItShouldBe) {
@@ -159,14 +159,26 @@ TEST_F(X11WindowServerTest, NothingHappensToWhatIsAsItShouldBe) {
 }
 
 TEST_F(X11WindowServerTest, RefusesAPlaceOutsideTheServersLimits) {
-    // The driver's screen ends at 32767; the rightmost monitor leaves no room for another.
-    other.run({"--output", "DUMMY1", "--off", "--output", "DUMMY2", "--pos", "30800x0"});
+    // A screen ends at 32767; the rightmost monitor leaves no room for another.
+    other.run({"--output", "DUMMY1", "--off", "--output", "DUMMY0", "--mode", "640x480", "--output",
+               "DUMMY2", "--mode", "640x480", "--pos", "32000x0"});
     const std::vector<Monitor> before = desktop.monitors();
-    const ScreenSize screen = desktop.screenSize();
-    ASSERT_EQ(desktop.monitor("DUMMY2").x, 30800);
+    ASSERT_EQ(desktop.screenSize(), (ScreenSize{32640, 480}));
     EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::cannotComplete);
     EXPECT_EQ(desktop.monitors(), before);
-    EXPECT_EQ(desktop.screenSize(), screen);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{32640, 480}));
+}
+
+TEST_F(X11WindowServerTest, AScreenTheServerHasNoMemoryForIsARefusalThatChangesNothing) {
+    other.run({"--output", "DUMMY1", "--off", "--output", "DUMMY2", "--pos", "28000x0"});
+    const std::vector<Monitor> before = desktop.monitors();
+    ASSERT_EQ(desktop.screenSize(), (ScreenSize{29920, 1080}));
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::cannotComplete);
+    EXPECT_EQ(desktop.monitors(), before);
+    EXPECT_EQ(desktop.screenSize(), (ScreenSize{29920, 1080}));
+    // And the server is free for others.
+    other.setPosition("DUMMY2", 1920, 0);
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
 }
 
 TEST_F(X11WindowServerTest, AnotherRunRestoresWhatThisOneSwitchedOff) {
