@@ -18,9 +18,10 @@ inline constexpr const char* program = TAVREL_PROGRAM;
 /// One run of the application on a desktop, with eyes on it.
 class Session {
 public:
-    Session(const support::VirtualDesktop& desktop, const support::UserHome& home)
+    Session(const support::VirtualDesktop& desktop, const support::UserHome& home,
+            const support::Environment& environment = {})
         : desktop_(desktop),
-          application_(desktop, home, {.program = program}),
+          application_(desktop, home, {.program = program, .environment = environment}),
           accessible_(desktop.accessibilityBusAddress(), application_.pid()) {}
 
     support::AppProcess& application() { return application_; }

@@ -23,6 +23,8 @@ TEST_P(RealStory, ComesTrue) {
 
 INSTANTIATE_TEST_SUITE_P(Switching, RealStory, testing::ValuesIn(switchingStories()),
                          [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Recovery, RealStory, testing::ValuesIn(recoveryStories()),
+                         [](const auto& each) { return each.param.name; });
 
 }  // namespace
 }  // namespace tavrel::scenario

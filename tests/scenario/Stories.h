@@ -10,4 +10,7 @@ namespace tavrel::scenario {
 /// The main job, told as stories. Every stage plays all of them.
 const std::vector<Scenario>& switchingStories();
 
+/// How no one is left without a screen, told as stories. Every stage plays all of them.
+const std::vector<Scenario>& recoveryStories();
+
 }  // namespace tavrel::scenario

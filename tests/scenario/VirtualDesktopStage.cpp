@@ -114,7 +114,7 @@ void VirtualDesktopStage::quitApplication() {
 }
 
 void VirtualDesktopStage::killApplication() {
-    application_->process().killGroup();
+    application_->process().killFamily();
 }
 
 void VirtualDesktopStage::click(const std::function<std::optional<AccessibleElement>()>& find) {

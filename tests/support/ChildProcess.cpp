@@ -1,6 +1,5 @@
 #include "tests/support/ChildProcess.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -18,6 +17,7 @@
 #include <utility>
 
 #include "tests/support/FileDescriptor.h"
+#include "tests/support/ProcessTable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tavrel::support {
@@ -170,36 +170,37 @@ void ChildProcess::stop(std::chrono::milliseconds patience) {
         ::kill(pid_, SIGTERM);
         waitForEnd(patience);
     }
-    killGroup();
+    killFamily();
 }
 
-void ChildProcess::killGroup() {
+void ChildProcess::killFamily() {
     if (ending_) {
         return;
     }
-    ::kill(-pid_, SIGKILL);
+    // All are halted before the first dies, so that none can act on another's death.
+    std::vector<pid_t> family;
+    std::size_t halted = 0;
+    do {
+        halted = family.size();
+        family = familyOf(pid_);
+        for (const pid_t each : family) {
+            ::kill(each, SIGSTOP);
+        }
+    } while (family.size() > halted);
+    for (const pid_t each : family) {
+        ::kill(each, SIGKILL);
+    }
     const auto ending = waitForEnd();
-    waitUntil([&] { return livingGroup().empty(); });
+    waitUntil([&] { return familyOf(pid_).empty(); });
     ::waitpid(pid_, nullptr, 0);
     ending_ = ending.value_or(Ending{});
 }
 
 std::vector<pid_t> ChildProcess::livingGroup() const {
     std::vector<pid_t> living;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        const pid_t pid = std::atoi(entry.path().filename().c_str());
-        const std::string stat = pid > 0 ? readFile(entry.path() / "stat") : "";
-        const auto nameEnd = stat.rfind(')');
-        if (nameEnd == std::string::npos) {
-            continue;
-        }
-        std::istringstream fields(stat.substr(nameEnd + 1));
-        char state = 'Z';
-        pid_t parent = 0;
-        pid_t group = 0;
-        fields >> state >> parent >> group;
-        if (group == pid_ && state != 'Z' && state != 'X') {
-            living.push_back(pid);
+    for (const ListedProcess& each : runningProcesses()) {
+        if (each.group == pid_) {
+            living.push_back(each.pid);
         }
     }
     return living;

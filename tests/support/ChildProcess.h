@@ -54,16 +54,18 @@ public:
     /// Sends a signal to the program itself. Does nothing once it has ended.
     void signal(int number) const;
 
-    /// Kills it and all it has started, outright, and returns when they have gone.
-    void killGroup();
+    /// Kills it and all that was started from it, as if in one moment, and returns when
+    /// they have gone.
+    void killFamily();
 
     /// Waits for its end; nothing when it still runs after `bound`.
     std::optional<Ending> waitForEnd(std::chrono::milliseconds bound = generousBound) const;
 
-    /// Asks it to end, insists after `patience`, and returns when its group has gone.
+    /// Asks it to end, insists after `patience`, and returns when its family has gone.
     void stop(std::chrono::milliseconds patience = std::chrono::seconds(10));
 
-    /// The processes of its group that still run: itself and what it started.
+    /// The processes of its group that still run: itself, and what it started unless that
+    /// chose a group of its own.
     std::vector<pid_t> livingGroup() const;
 
 private:

@@ -1,0 +1,89 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "tests/e2e/Session.h"
+#include "tests/support/ChordHolder.h"
+#include "tests/support/Keyboard.h"
+
+namespace tavrel::e2e {
+namespace {
+
+using support::Keyboard;
+using support::waitUntil;
+namespace key = support::key;
+
+class HotKeyTest : public testing::Test {
+protected:
+    void start() {
+        session.emplace(desktop, home);
+        ASSERT_TRUE(session->says("Found 3 displays"));
+    }
+
+    void switchOneOff() {
+        session->accessible().act(session->element("External Display 2 power"));
+        ASSERT_TRUE(session->says("External Display 2 is off"));
+        ASSERT_EQ(monitorsOff(), 1);
+    }
+
+    std::ptrdiff_t monitorsOff() const {
+        const auto monitors = desktop.monitors();
+        return std::count_if(monitors.begin(), monitors.end(),
+                             [](const auto& each) { return !each.on; });
+    }
+
+    void pressChord() const {
+        Keyboard(desktop.displayName()).chord({key::control, key::alt, key::super, 'w'});
+    }
+
+    support::VirtualDesktop desktop{{.accessibility = true}};
+    support::UserHome home;
+    std::optional<Session> session;
+};
+
+TEST_F(HotKeyTest, WakesAllWhileAnotherWindowHasTheFocusWhateverLocksAreOn) {
+    start();
+    const support::UserHome otherHome;
+    support::AppProcess other(desktop, otherHome, {.program = TEST_WINDOW});
+    std::optional<support::AppWindow> otherWindow;
+    ASSERT_TRUE(waitUntil([&] {
+        otherWindow = support::AppWindow::find(desktop.displayName(), other.pid());
+        return otherWindow.has_value();
+    }));
+    otherWindow->focus();
+
+    const Keyboard keyboard(desktop.displayName());
+    for (const auto lock : {xcb_keysym_t{0}, key::capsLock, key::numLock}) {
+        if (lock != 0) {
+            keyboard.tap(lock);
+        }
+        switchOneOff();
+        pressChord();
+        EXPECT_TRUE(session->says("Both displays are on")) << lock;
+        EXPECT_EQ(monitorsOff(), 0);
+    }
+}
+
+TEST_F(HotKeyTest, WakesAllWhileItsOwnWindowHasTheFocus) {
+    start();
+    session->topLevel().focus();
+    switchOneOff();
+    pressChord();
+    EXPECT_TRUE(session->says("Both displays are on"));
+    EXPECT_EQ(monitorsOff(), 0);
+}
+
+TEST_F(HotKeyTest, AChordThatIsTakenLeavesAllElseWorking) {
+    const support::ChordHolder holder(desktop.displayName());
+    start();
+    switchOneOff();
+    EXPECT_EQ(session->application().standardError(), "");
+    session->accessible().act(session->element("Wake both displays"));
+    EXPECT_TRUE(session->says("Both displays are on"));
+    EXPECT_EQ(monitorsOff(), 0);
+}
+
+}  // namespace
+}  // namespace tavrel::e2e

@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+
+#include "tests/e2e/Session.h"
+#include "tests/support/Pointer.h"
+#include "tests/support/SwitchCount.h"
+
+namespace tavrel::e2e {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using support::Bounds;
+using support::Monitor;
+using support::SwitchCount;
+using support::waitUntil;
+
+class RecoveryTest : public testing::Test {
+protected:
+    RecoveryTest() { EXPECT_TRUE(session.says("Found 3 displays")); }
+
+    bool allAreOn() const {
+        const auto monitors = desktop.monitors();
+        return std::all_of(monitors.begin(), monitors.end(),
+                           [](const Monitor& each) { return each.on; });
+    }
+
+    bool isWholeOnAMonitor(const Bounds& window) const {
+        const auto monitors = desktop.monitors();
+        return std::any_of(monitors.begin(), monitors.end(), [&](const Monitor& each) {
+            return each.on && Bounds{each.x, each.y, each.width, each.height}.contains(window);
+        });
+    }
+
+    const std::vector<std::string> outputs{"DUMMY0", "DUMMY1", "DUMMY2"};
+    support::VirtualDesktop desktop{{.accessibility = true}};
+    support::UserHome home;
+    Session session{desktop, home};
+};
+
+TEST_F(RecoveryTest, AllOffByAnotherClientComeBackAgainAndAgain) {
+    milliseconds slowest{0};
+    for (int round = 0; round < 20; ++round) {
+        desktop.otherClient().switchOff(outputs);
+        const auto start = steady_clock::now();
+        ASSERT_TRUE(waitUntil([&] { return allAreOn(); })) << "round " << round;
+        slowest = std::max(slowest, duration_cast<milliseconds>(steady_clock::now() - start));
+        ASSERT_TRUE(session.says("Lost display recovered automatically")) << session.window();
+    }
+    std::printf("20 times all off, all back; the slowest after %lld ms\n",
+                static_cast<long long>(slowest.count()));
+}
+
+TEST_F(RecoveryTest, TheyComeBackWhileAMenuIsOpen) {
+    const auto menu = session.element("Displays");
+    support::Pointer(desktop.displayName()).click(menu.bounds.centreX(), menu.bounds.centreY());
+    ASSERT_TRUE(waitUntil([&] {
+        const auto item = session.accessible().find("Wake Both Displays");
+        return item && item->isShowing();
+    }));
+    desktop.otherClient().switchOff(outputs);
+    EXPECT_TRUE(waitUntil([&] { return allAreOn(); }));
+}
+
+TEST_F(RecoveryTest, TheWindowLeavesADisplayThatGoesOffWhole) {
+    const support::AppWindow window = session.topLevel();
+    // Wherever it is, that monitor goes off, twice, so that it has to move to each side.
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(waitUntil([&] { return isWholeOnAMonitor(window.bounds()); }));
+        const Bounds bounds = window.bounds();
+        for (const Monitor& each : desktop.monitors()) {
+            if (each.on && Bounds{each.x, each.y, each.width, each.height}.contains(bounds)) {
+                desktop.otherClient().switchOff(each.name);
+            }
+        }
+        EXPECT_TRUE(waitUntil([&] { return isWholeOnAMonitor(window.bounds()); }))
+            << window.bounds();
+    }
+}
+
+TEST_F(RecoveryTest, TheWindowIsOnAScreenAgainAfterAllWereOff) {
+    const support::AppWindow window = session.topLevel();
+    desktop.otherClient().switchOff(outputs);
+    ASSERT_TRUE(waitUntil([&] { return allAreOn(); }));
+    EXPECT_TRUE(waitUntil([&] { return isWholeOnAMonitor(window.bounds()); })) << window.bounds();
+}
+
+TEST_F(RecoveryTest, AMonitorThatAppearsIsListed) {
+    desktop.otherClient().connect("DUMMY3", 5760, 0);
+    EXPECT_TRUE(waitUntil([&] { return session.window().rows.size() == 4; })) << session.window();
+    EXPECT_TRUE(session.says("Display setup changed — available screens restored"));
+}
+
+TEST_F(RecoveryTest, ItDoesNotFightAnotherProgramThatLeavesAScreenUsable) {
+    SwitchCount count(desktop.displayName());
+    const auto other = desktop.otherClient();
+    const int rounds = 150;
+    for (int round = 0; round < rounds; ++round) {
+        other.switchOff("DUMMY1");
+        other.run({"--output", "DUMMY1", "--auto", "--right-of", "DUMMY0"});
+    }
+    other.switchOff("DUMMY1");
+    // The application is alive and has seen it all.
+    session.accessible().act(session.element("Refresh displays"));
+    EXPECT_TRUE(session.says("Found 3 displays"));
+    EXPECT_FALSE(desktop.monitor("DUMMY1").on);
+    const int own = count.switchedOn() - rounds;
+    std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", 2 * rounds + 1,
+                own, static_cast<double>(own) / (2 * rounds + 1));
+    EXPECT_EQ(own, 0);
+}
+
+TEST_F(RecoveryTest, AStormThatTakesEveryScreenIsAnsweredWithABoundedNumberOfSwitches) {
+    SwitchCount count(desktop.displayName());
+    int rounds = 0;
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        try {
+            desktop.otherClient().switchOff(outputs);
+            ++rounds;
+        } catch (const std::runtime_error&) {
+            // The application changed the layout while xrandr was thinking about it.
+        }
+    }
+    EXPECT_GE(rounds, 100);
+    ASSERT_TRUE(waitUntil([&] { return allAreOn(); }));
+    ASSERT_TRUE(session.says("Lost display recovered automatically")) << session.window();
+    const int own = count.switchedOn();
+    std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", rounds, own,
+                static_cast<double>(own) / rounds);
+    EXPECT_GE(own, 3);
+    EXPECT_LE(own, 3 * rounds);
+}
+
+}  // namespace
+}  // namespace tavrel::e2e
