@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
