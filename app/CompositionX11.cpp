@@ -39,7 +39,8 @@ struct Composition::Parts {
          .willSwitch =
              [this](DisplayID display, bool enabled) {
                  // As the window server itself does: only what is going to change begins.
-                 if (windowServer.isOnline(display) && windowServer.isActive(display) != enabled) {
+                 const bool isActive = windowServer.isActive(display);
+                 if (enabled ? !isActive && windowServer.isOnline(display) : isActive) {
                      reports.beginConfiguration(display);
                  }
              }}};
