@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/HotKeys.h"
+
+namespace tavrel {
+
+/// Hot keys of the Carbon event manager, on the application's event target. The manager
+/// keeps a pressed hot key from the focused window, so a menu's equal shortcut does not
+/// fire as well.
+class MacHotKeys final : public HotKeys {
+public:
+    /// One at a time: null while the handle of another is held.
+    std::unique_ptr<Handle> installEventHandler(Task pressed) override;
+    std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) override;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/platform/macos/simulated/Calls.h"
+#include "tests/platform/macos/simulated/Desk.h"
+
+namespace tavrel {
+
+/// A new simulated Mac with a panel and two monitors, all on.
+class MacFixture : public testing::Test {
+protected:
+    static constexpr DisplayID panel = 1;
+    static constexpr DisplayID monitor = 2;
+    static constexpr DisplayID other = 3;
+
+    explicit MacFixture(const simulatedMac::EntryPoints& entryPoints = {}) {
+        reset(mac);
+        mac.with([&](simulatedMac::State& state) { state.entryPoints = entryPoints; });
+        connect(mac, {.id = panel, .builtIn = true});
+        connect(mac, {.id = monitor});
+        connect(mac, {.id = other});
+        simulatedMac::takeCalls();
+    }
+
+    void refuse(std::int32_t simulatedMac::Refusals::*which, std::int32_t status) {
+        mac.with([&](simulatedMac::State& state) { state.refusals.*which = status; });
+    }
+
+    simulatedMac::SharedState& mac = simulatedMac::SharedState::ofThisProcess();
+};
+
+}  // namespace tavrel

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+// The Mac's basic types, as far as its interfaces that are declared beside this use them.
+
+using UInt8 = std::uint8_t;
+using UInt32 = std::uint32_t;
+using SInt32 = std::int32_t;
+using Boolean = unsigned char;
+using OSStatus = SInt32;
+using OSType = UInt32;
+using OptionBits = UInt32;
+using ItemCount = unsigned long;
+
+/// `int` on arm64; unsigned on the other kind of Mac.
+using boolean_t = int;
+
+enum { noErr = 0 };

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+// Of the Mac's dispatch library what is called here, and no more.
+
+using dispatch_queue_t = struct SimulatedDispatchQueue*;
+using dispatch_function_t = void (*)(void* context);
+
+enum qos_class_t : unsigned int { QOS_CLASS_USER_INITIATED = 0x19 };
+
+extern "C" {
+
+dispatch_queue_t dispatch_get_global_queue(std::intptr_t identifier, std::uintptr_t flags);
+void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
+}

@@ -1,0 +1,121 @@
+// An Objective-C runtime with one class. Without its headers, since they declare the sending
+// of messages as no function can be written that receives all of them.
+#include "tests/platform/macos/simulated/ObjectiveC.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <string_view>
+
+#include "tests/platform/macos/simulated/CoreFoundation.h"
+
+#ifdef __clang__
+#define RECEIVES_ALL_MESSAGES __attribute__((no_sanitize("function")))
+#else
+#define RECEIVES_ALL_MESSAGES
+#endif
+
+namespace tavrel::simulatedMac {
+
+namespace {
+
+struct Runtime {
+    std::vector<Activity> activities;
+    bool hasProcessInfo = true;
+    std::set<std::string, std::less<>> selectors;
+};
+
+Runtime& runtime() {
+    static Runtime runtime;
+    return runtime;
+}
+
+// Objects are known by their addresses only.
+char processInfoClass;  // NOLINT(*-avoid-non-const-global-variables)
+char processInfo;       // NOLINT(*-avoid-non-const-global-variables)
+
+/// The tokens of activities are numbers from 1, far below any address.
+Activity* activityOf(const void* token) {
+    const auto number = reinterpret_cast<std::uintptr_t>(token);
+    auto& all = runtime().activities;
+    return number >= 1 && number <= all.size() ? &all[number - 1] : nullptr;
+}
+
+[[noreturn]] void doesNotRespond(std::string_view selector) {
+    std::fprintf(stderr, "unrecognized selector %s\n", std::string(selector).c_str());
+    std::abort();
+}
+
+void* begin(std::uint64_t options, const void* reason) {
+    runtime().activities.push_back({options, objectOf(reason).bytes, false, 1});
+    return reinterpret_cast<void*>(runtime().activities.size());
+}
+
+void* tell(Activity& activity, void* token, std::string_view selector) {
+    if (activity.references == 0 || (selector != "retain" && selector != "release")) {
+        doesNotRespond(selector);
+    }
+    activity.references += selector == "retain" ? 1 : -1;
+    return token;
+}
+
+}  // namespace
+
+const std::vector<Activity>& activities() {
+    return runtime().activities;
+}
+
+void forgetActivities() {
+    runtime().activities.clear();
+}
+
+void drainAutoreleasePool() {
+    for (Activity& each : runtime().activities) {
+        --each.references;
+    }
+}
+
+void setHasProcessInfo(bool has) {
+    runtime().hasProcessInfo = has;
+}
+
+}  // namespace tavrel::simulatedMac
+
+using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+
+extern "C" {
+
+void* objc_getClass(const char* name) {
+    return runtime().hasProcessInfo && std::string_view(name) == "NSProcessInfo" ? &processInfoClass
+                                                                                 : nullptr;
+}
+
+const void* sel_registerName(const char* name) {
+    return runtime().selectors.emplace(name).first->c_str();
+}
+
+/// Takes as many arguments as the longest message has. Those that a message has not are
+/// whatever is in their registers, and are not looked at.
+RECEIVES_ALL_MESSAGES void* objc_msgSend(void* receiver, const void* selector, std::uint64_t first,
+                                         const void* second) {
+    const std::string_view name = static_cast<const char*>(selector);
+    if (receiver == nullptr) {
+        return nullptr;
+    }
+    if (receiver == &processInfoClass && name == "processInfo") {
+        return &processInfo;
+    }
+    if (receiver == &processInfo && name == "beginActivityWithOptions:reason:") {
+        return begin(first, second);
+    }
+    if (receiver == &processInfo && name == "endActivity:") {
+        activityOf(reinterpret_cast<const void*>(first))->hasEnded = true;
+        return nullptr;
+    }
+    if (Activity* activity = activityOf(receiver)) {
+        return tell(*activity, receiver, name);
+    }
+    doesNotRespond(name);
+}
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <pthread.h>
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/DisplayID.h"
+
+/// A Mac's system services in memory, as far as the application uses them.
+///
+/// What is the whole machine's, and not one process's, is plain data, so that it can lie in
+/// memory that several processes share.
+namespace tavrel::simulatedMac {
+
+struct Display {
+    /// What becomes of a display that is switched off. Never is it in the public list.
+    enum class WhenOff : std::uint8_t {
+        /// The private list still has it, and questions about it are answered.
+        staysInPrivateList,
+        /// It is in no list, and the answer to every question is −1. It can be switched on
+        /// all the same.
+        vanishes,
+    };
+
+    DisplayID id = 0;
+    bool builtIn = false;
+    bool connected = true;
+    bool enabled = true;
+    WhenOff whenOff = WhenOff::staysInPrivateList;
+    std::uint32_t vendor = 1;
+    std::uint32_t model = 2;
+    std::uint32_t serial = 3;
+};
+
+/// What the services answer, from now on, instead of doing their work; 0 is to do it.
+struct Refusals {
+    std::int32_t begin = 0;
+    std::int32_t configure = 0;
+    std::int32_t cancel = 0;
+    std::int32_t complete = 0;
+    std::int32_t onlineList = 0;
+    std::int32_t privateList = 0;
+    std::int32_t registerCallback = 0;
+    std::int32_t installEventHandler = 0;
+    std::int32_t registerHotKey = 0;
+    /// Preferences are kept, but not written to the disk.
+    bool synchronize = false;
+};
+
+/// The private entry points, as bits of a set.
+namespace entryPoint {
+inline constexpr std::uint32_t cgsConfigure = 1;
+inline constexpr std::uint32_t slsConfigure = 2;
+inline constexpr std::uint32_t slsList = 4;
+inline constexpr std::uint32_t cgsList = 8;
+}  // namespace entryPoint
+
+/// Which there are, and where.
+struct EntryPoints {
+    std::uint32_t inProcess = entryPoint::cgsConfigure | entryPoint::cgsList;
+    bool hasFramework = true;
+    std::uint32_t inFramework = entryPoint::slsConfigure | entryPoint::slsList;
+};
+
+struct Report {
+    DisplayID display = 0;
+    std::uint32_t flags = 0;
+    /// The process that made the change, and has heard of it already; 0 for none of those
+    /// that are simulated.
+    pid_t madeBy = 0;
+};
+
+struct Preference {
+    enum class Kind : std::uint8_t { none, data, string, number };
+
+    Kind kind = Kind::none;
+    std::array<char, 64> key{};
+    std::uint32_t size = 0;
+    std::array<char, 16'384> bytes{};
+};
+
+struct State {
+    std::array<Display, 16> displays{};
+    std::size_t displayCount = 0;
+    Refusals refusals{};
+    EntryPoints entryPoints{};
+    /// All reports ever made are numbered; the newest are here, each at its number modulo
+    /// the size.
+    std::array<Report, 1024> reports{};
+    std::uint64_t reportCount = 0;
+    std::array<Preference, 4> preferences{};
+};
+
+}  // namespace tavrel::simulatedMac
