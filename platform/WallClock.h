@@ -13,6 +13,8 @@ struct WallTime {
     /// Earlier than any time a clock can show.
     static constexpr WallTime distantPast() { return {-std::numeric_limits<double>::infinity()}; }
 
+    // clang-tidy 14 takes the comparison with 0 that this implies for a pointer's.
+    // NOLINTNEXTLINE(modernize-use-nullptr)
     friend constexpr auto operator<=>(WallTime, WallTime) = default;
     friend constexpr WallTime operator+(WallTime time, double seconds) {
         return {time.sinceReferenceDate + seconds};

@@ -1,0 +1,105 @@
+#include <optional>
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/MainWindow.h"
+#include "platform/simulated/SimulatedPlatform.h"
+#include "ui/DisplayControlView.h"
+
+namespace tavrel {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+class MainWindowTest : public testing::Test {
+protected:
+    MainWindowTest() {
+        system.windowServer.connect({.id = 5, .builtIn = true});
+        controller = DisplayController::create(system.platform());
+        system.scheduler.settle();
+        window.emplace(controller);
+        window->show();
+    }
+
+    QMenuBar& menuBar() { return *window->findChild<QMenuBar*>(); }
+
+    QAction& action(const QString& title) {
+        for (QAction* each : menuBar().findChildren<QAction*>()) {
+            if (each->text() == title) {
+                return *each;
+            }
+        }
+        throw std::out_of_range(title.toStdString());
+    }
+
+    static std::vector<std::string> titles(const QList<QAction*>& actions) {
+        std::vector<std::string> result;
+        for (const QAction* each : actions) {
+            result.push_back(each->text().toStdString());
+        }
+        return result;
+    }
+
+    SimulatedPlatform system;
+    std::shared_ptr<DisplayController> controller;
+    std::optional<MainWindow> window;
+};
+
+TEST_F(MainWindowTest, itsSizeIsFixed) {
+    EXPECT_EQ(window->size(), QSize(520, 486));
+    EXPECT_EQ(window->minimumSize(), window->maximumSize());
+    window->resize(800, 800);
+    EXPECT_EQ(window->size(), QSize(520, 486));
+    EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+}
+
+TEST_F(MainWindowTest, theViewFillsIt) {
+    EXPECT_EQ(window->findChild<DisplayControlView*>()->geometry(), window->rect());
+}
+
+TEST_F(MainWindowTest, theMenuBarLiesInTheStripAboveTheHeaderAndShows) {
+    EXPECT_EQ(menuBar().geometry(), QRect(0, 0, 520, 28));
+    const QImage whole = window->grab().toImage();
+    menuBar().hide();
+    const QImage without = window->grab().toImage();
+    const QRect strip(0, 0, 520 * whole.width() / 520, 28 * whole.width() / 520);
+    EXPECT_NE(whole.copy(strip), without.copy(strip));
+}
+
+TEST_F(MainWindowTest, theDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
+    EXPECT_THAT(titles(action("Displays").menu()->actions()),
+                ElementsAre("Wake Both Displays", "Refresh Displays"));
+    EXPECT_EQ(action("Wake Both Displays").shortcut(),
+              QKeySequence(Qt::CTRL | Qt::ALT | Qt::META | Qt::Key_W));
+    EXPECT_EQ(action("Refresh Displays").shortcut(), QKeySequence(Qt::CTRL | Qt::Key_R));
+}
+
+TEST_F(MainWindowTest, noMenuOffersAnotherWindow) {
+    EXPECT_THAT(titles(menuBar().actions()), ElementsAre("File", "Displays"));
+    EXPECT_THAT(titles(action("File").menu()->actions()), ElementsAre("Quit"));
+}
+
+TEST_F(MainWindowTest, wakeBothDisplaysWakesOnceWithoutTheNotification) {
+    system.windowServer.takeChanges();
+    action("Wake Both Displays").trigger();
+    EXPECT_EQ(system.scheduler.pendingMainTasks(), 0U);
+    system.scheduler.settle();
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(5, true)));
+}
+
+TEST_F(MainWindowTest, refreshDisplaysRefreshesAndDoesNothingMoreWhileOneIsRunning) {
+    const std::size_t writes = system.userDefaults.writes();
+    action("Refresh Displays").trigger();
+    EXPECT_TRUE(controller->isRefreshing());
+    action("Refresh Displays").trigger();
+    system.scheduler.settle();
+    EXPECT_EQ(system.userDefaults.writes(), writes + 1);
+}
+
+}  // namespace
+}  // namespace tavrel
