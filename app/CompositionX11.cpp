@@ -36,14 +36,8 @@ struct Composition::Parts {
         windowServer,
         {.startGuard = [executable =
                             guardExecutable()] { return guard::GuardProcess::start(executable); },
-         .willSwitch =
-             [this](DisplayID display, bool enabled) {
-                 // As the window server itself does: only what is going to change begins.
-                 const bool isActive = windowServer.isActive(display);
-                 if (enabled ? !isActive && windowServer.isOnline(display) : isActive) {
-                     reports.beginConfiguration(display);
-                 }
-             }}};
+         .willSwitch = [this](DisplayID display,
+                              bool enabled) { windowServer.announceChange(display, enabled); }}};
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     QueuedNotificationCenter notificationCenter{mainQueue};

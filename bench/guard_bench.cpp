@@ -99,13 +99,8 @@ Milliseconds compareOnServer() {
     X11WindowServer server(store, &reports);
     guard::GuardedLifecycle guarded(
         server, {.startGuard = [] { return guard::GuardProcess::start(TAVREL_GUARD); },
-                 .willSwitch =
-                     [&](DisplayID display, bool enabled) {
-                         const bool isActive = server.isActive(display);
-                         if (enabled ? !isActive && server.isOnline(display) : isActive) {
-                             reports.beginConfiguration(display);
-                         }
-                     }});
+                 .willSwitch = [&](DisplayID display,
+                                   bool enabled) { server.announceChange(display, enabled); }});
     const DisplayID display = x11::stableHash("DUMMY1/0/0/0");
     const Milliseconds overhead = compare("X server", server, guarded, display, 200);
     guarded.goodbye();

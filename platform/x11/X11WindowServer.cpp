@@ -103,6 +103,16 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
     });
 }
 
+void X11WindowServer::announceChange(DisplayID display, bool enabled) {
+    const std::optional<x11::Snapshot> snapshot = ask();
+    const x11::Output* output =
+        snapshot.has_value() ? x11::connectedOutput(*snapshot, display) : nullptr;
+    const bool changes = output != nullptr && (snapshot->activeCrtc(*output) != nullptr) != enabled;
+    if (changes && observer_ != nullptr) {
+        observer_->beginConfiguration(display);
+    }
+}
+
 bool X11WindowServer::isBuiltIn(DisplayID display) {
     const std::optional<x11::Output> output = find(display);
     return output.has_value() && x11::isBuiltInConnector(output->name);

@@ -29,6 +29,10 @@ public:
     explicit X11WindowServer(UserDefaults& store, X11ConfigurationObserver* observer = nullptr,
                              const X11ServerOptions& options = {});
 
+    /// Tells the observer that another process is about to make this change for us, just as
+    /// it is told of changes made here: not when there is nothing to change.
+    void announceChange(DisplayID display, bool enabled);
+
     bool canControlDisplays() override;
     ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
                                 std::uint32_t* count) override;
