@@ -13,6 +13,7 @@
 #include "tests/platform/x11/RunXProgram.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/VirtualDesktop.h"
+#include "tests/support/XConnection.h"
 
 namespace tavrel {
 namespace {
@@ -158,6 +159,115 @@ TEST_F(X11HotKeysTest, IsRefusedAChordThatAnotherProgramHolds) {
     chord = hotKeys->registerHotKey(wakeChord);
     EXPECT_NE(chord, nullptr) << "the refused attempt or the released chord left a grab behind";
     EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+}
+
+TEST_F(X11HotKeysTest, IsRefusedAChordOfWhichAnotherProgramHoldsAPart) {
+    const support::XConnection program(desktop.displayName());
+    chord.reset();
+    // With Num Lock only: the last part to be asked for.
+    constexpr std::uint16_t modifiers =
+        XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_2;
+    constexpr xcb_keycode_t keyW = 25;
+    xcb_grab_key(program.get(), 0, program.root(), modifiers, keyW, XCB_GRAB_MODE_ASYNC,
+                 XCB_GRAB_MODE_ASYNC);
+    program.roundTrip();
+    EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
+
+    FocusedWindow window(desktop.displayName());
+    pressChord();
+    EXPECT_TRUE(support::waitUntil([&] { return window.presses('w') == 1; }))
+        << "what was not refused is still held";
+}
+
+TEST_F(X11HotKeysTest, IsRefusedWhatTheKeyboardCannotType) {
+    HotKeyRegistration strange = wakeChord;
+    strange.keyCode = 200;
+    EXPECT_EQ(hotKeys->registerHotKey(strange), nullptr);
+}
+
+TEST_F(X11HotKeysTest, AReleasedChordGoesToTheFocusedWindowAgain) {
+    FocusedWindow window(desktop.displayName());
+    pressChord();
+    chord.reset();
+    pressChord();
+    EXPECT_TRUE(support::waitUntil([&] { return window.presses('w') == 1; }));
+    settle();
+    EXPECT_EQ(presses, 1);
+}
+
+TEST_F(X11HotKeysTest, EveryHandlerHearsOfAPressUntilItIsRemoved) {
+    int others = 0;
+    auto second = hotKeys->installEventHandler([&] { ++others; });
+    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+    EXPECT_EQ(others, 1);
+    second.reset();
+    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+    EXPECT_EQ(others, 1);
+}
+
+TEST_F(X11HotKeysTest, AHandlerRemovedBeforeItsTurnHearsNothing) {
+    pressChord();
+    for (int i = 0; i < 2; ++i) {
+        hotKeys->registerHotKey(wakeChord);
+    }
+    handler.reset();
+    queue.runAll();
+    EXPECT_EQ(presses, 0);
+}
+
+TEST_F(X11HotKeysTest, AHandlerMayRemoveItself) {
+    handler = hotKeys->installEventHandler([this] {
+        ++presses;
+        handler.reset();
+    });
+    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 0);
+}
+
+TEST_F(X11HotKeysTest, HandlesMayOutliveIt) {
+    pressChord();
+    hotKeys.reset();
+    queue.runAll();
+    chord.reset();
+    handler.reset();
+    EXPECT_EQ(presses, 0);
+}
+
+TEST_F(X11HotKeysTest, AKeyThatGetsTheLetterTakesPart) {
+    constexpr const char* keyF9 = "keycode 75 = w W";
+    constexpr xcb_keysym_t symbolF10 = 0xffc7;
+    runXProgram(desktop,
+                {"xmodmap", "-e", "keycode 25 = v V", "-e", keyF9, "-e", "keycode 76 = F10"});
+    ASSERT_TRUE(support::waitUntil([&] { return pressesAfter([&] { pressChord('w'); }) == 1; }));
+    EXPECT_EQ(pressesAfter([&] { pressChord(symbolF10); }), 0);
+    EXPECT_EQ(pressesAfter([&] { pressChord('w'); }), 1);
+}
+
+TEST_F(X11HotKeysTest, OutlivesTheServer) {
+    desktop.kill();
+    EXPECT_TRUE(support::waitUntil([&] { return hotKeys->registerHotKey(wakeChord) == nullptr; }));
+    chord.reset();
+    hotKeys.reset();
+}
+
+TEST(X11HotKeysWithoutServerTest, AreRefused) {
+    ManualMainQueue queue;
+    X11HotKeys hotKeys(queue, {.displayName = ":4093"});
+    EXPECT_EQ(hotKeys.registerHotKey(wakeChord), nullptr);
+    EXPECT_NE(hotKeys.installEventHandler([] {}), nullptr);
+}
+
+TEST(X11HotKeysWithoutRandrTest, WorkAllTheSame) {
+    const support::VirtualDesktop desktop({.randr = false});
+    ManualMainQueue queue;
+    X11HotKeys hotKeys(queue, {.displayName = desktop.displayName()});
+    int presses = 0;
+    const auto handler = hotKeys.installEventHandler([&] { ++presses; });
+    const auto chord = hotKeys.registerHotKey(wakeChord);
+    ASSERT_NE(chord, nullptr);
+    const support::Keyboard keyboard(desktop.displayName());
+    keyboard.chord({key::control, key::alt, key::super, 'w'});
+    EXPECT_TRUE(queue.runUntil([&] { return presses == 1; }));
 }
 
 }  // namespace
