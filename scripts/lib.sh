@@ -15,6 +15,12 @@ fail() {
 # How many things to do at once.
 jobs_at_once() { getconf _NPROCESSORS_ONLN; }
 
+# tool NAME: the command of that name in the version our settings are written for, else in
+# the version there is.
+tool() {
+    command -v "$1-14" || command -v "$1" || fail "$1 is missing: scripts/bootstrap --checks"
+}
+
 # build PRESET [TARGET…]: configures and builds; all targets if none is named.
 build() {
     local preset=$1
