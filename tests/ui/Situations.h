@@ -70,4 +70,24 @@ inline std::vector<Situation> designedSituations() {
     };
 }
 
+/// Situations beyond the design that the window has to stand.
+inline std::vector<Situation> extremeSituations() {
+    std::vector<DisplayDevice> many;
+    for (DisplayID id = 1; id <= 10; ++id) {
+        many.push_back(externalDisplay(id % 3 != 0, id, "External Display " + std::to_string(id)));
+    }
+    const std::string longText =
+        "Couldn’t wake: External Display 1, External Display 2, External "
+        "Display 3, External Display 4, External Display 5, External "
+        "Display 6, External Display 7, External Display 8";
+    return {
+        {.name = "ten-displays", .displays = many, .status = "Found 10 displays", .error = {}},
+        {.name = "long-texts",
+         .displays = {externalDisplay(true, 1, "A display with quite a long name: " + longText),
+                      externalDisplay(false, 2), externalDisplay(false, 3)},
+         .status = "Some displays couldn’t be woken",
+         .error = longText},
+    };
+}
+
 }  // namespace tavrel

@@ -1,10 +1,11 @@
-// Writes a picture of the window in each situation it is designed for, to look at and to
-// compare. Usage: tavrel_ui_shots FOLDER
+// Writes a picture of the window in each situation it is designed for, and in some that it
+// has to stand, to look at and to compare. Usage: tavrel_ui_shots FOLDER
 
 #include <QApplication>
 #include <QDir>
 #include <QImage>
 #include <QPixmap>
+#include <algorithm>
 #include <cstdio>
 
 #include "platform/simulated/SimulatedPlatform.h"
@@ -14,24 +15,33 @@
 
 namespace {
 
-bool writeShots(const QDir& folder) {
+bool writeShot(const tavrel::Situation& situation, const QDir& folder) {
     tavrel::SimulatedPlatform system;
-    for (const tavrel::Situation& situation : tavrel::designedSituations()) {
-        const auto controller = tavrel::DisplayController::create(system.platform());
-        system.scheduler.settle();
-        tavrel::show(*controller, situation);
-        // Pictures are taken of a view as it first appears, with nothing moved yet.
-        tavrel::DisplayControlView view(controller);
-        view.show();
-        const QString file =
-            folder.filePath(QString::fromStdString(situation.name) + QStringLiteral(".png"));
-        if (!view.grab().toImage().save(file)) {
-            std::fprintf(stderr, "Could not write %s\n", qPrintable(file));
-            return false;
-        }
-        std::printf("%s\n", qPrintable(file));
+    const auto controller = tavrel::DisplayController::create(system.platform());
+    system.scheduler.settle();
+    tavrel::show(*controller, situation);
+    tavrel::DisplayControlView view(controller);
+    view.show();
+    // What is laid out late is done, but no time passes: spinners have not moved yet.
+    QCoreApplication::sendPostedEvents();
+    const QString file =
+        folder.filePath(QString::fromStdString(situation.name) + QStringLiteral(".png"));
+    if (!view.grab().toImage().save(file)) {
+        std::fprintf(stderr, "Could not write %s\n", qPrintable(file));
+        return false;
     }
+    std::printf("%s\n", qPrintable(file));
     return true;
+}
+
+bool writeShots(const QDir& folder) {
+    std::vector<tavrel::Situation> situations = tavrel::designedSituations();
+    for (const tavrel::Situation& situation : tavrel::extremeSituations()) {
+        situations.push_back(situation);
+    }
+    return std::all_of(
+        situations.begin(), situations.end(),
+        [&](const tavrel::Situation& situation) { return writeShot(situation, folder); });
 }
 
 }  // namespace
