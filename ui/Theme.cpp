@@ -97,12 +97,12 @@ QPalette darkPalette() {
     return palette;
 }
 
-void applyTo(QApplication& application) {
+void applyTo(QApplication& /*application*/) {
 #ifndef Q_OS_MACOS
     // The desktop's own style may insist on the desktop's colours; this one never does.
-    application.setStyle(QStringLiteral("Fusion"));
+    QApplication::setStyle(QStringLiteral("Fusion"));
 #endif
-    application.setPalette(darkPalette());
+    QApplication::setPalette(darkPalette());
     QToolTip::setPalette(darkPalette());
 }
 
