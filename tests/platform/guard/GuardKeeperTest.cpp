@@ -83,7 +83,7 @@ protected:
         }
         auto guard = std::make_unique<ThreadGuard>(
             displays, [this](DisplayID display, bool enabled) { return fate(display, enabled); });
-        guards.push_back(guard.get());
+        latest = guard->lifeline();
         return guard;
     }
 
@@ -100,7 +100,7 @@ protected:
 
     /// The one at work dies while nothing is asked of it, and the keeper gets to see it.
     void killIdleGuard() {
-        guards.back()->die();
+        latest->cut();
         keeper().attend();
     }
 
@@ -129,8 +129,8 @@ protected:
     std::deque<Fate> fates;
     std::vector<std::pair<DisplayID, bool>> asked;
     std::vector<std::pair<DisplayID, bool>> announced;
-    /// Not owned; all but the last may be gone.
-    std::vector<ThreadGuard*> guards;
+    /// Of the guard that was started last.
+    std::shared_ptr<Lifeline> latest;
 
 private:
     std::optional<GuardKeeper> keeper_;

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <random>
 #include <thread>
@@ -40,7 +42,10 @@ protected:
             displays, [this](DisplayID, bool) { return decideFate ? decideFate() : Fate::lives; });
         // Each death a minute after the last, or guards would be given up.
         now = now.load() + 1min;
-        current = guard.get();
+        {
+            const std::lock_guard lock(mutex);
+            latest = guard->lifeline();
+        }
         ++starts;
         return guard;
     }
@@ -51,7 +56,9 @@ protected:
     SerialLifecycle displays{server};
     std::function<Fate()> decideFate;
     std::atomic<std::chrono::nanoseconds> now = std::chrono::nanoseconds(1min);
-    std::atomic<ThreadGuard*> current = nullptr;
+    std::mutex mutex;
+    /// Of the guard that was started last.
+    std::shared_ptr<Lifeline> latest;
     std::atomic<int> starts = 0;
     std::optional<GuardedLifecycle> lifecycle;
 };
@@ -86,7 +93,10 @@ TEST_F(GuardedLifecycleTest, afterAGoodbyeWhatIsOffStaysOff) {
 
 TEST_F(GuardedLifecycleTest, aGuardThatDiesIdleIsReplacedWithoutBeingAskedForAnything) {
     lifecycle->setDisplayEnabled(1, false);
-    current.load()->die();
+    {
+        const std::lock_guard lock(mutex);
+        latest->cut();
+    }
     ASSERT_TRUE(waitUntil([&] { return starts == 2; }));
     lifecycle.reset();
     EXPECT_TRUE(isOn(1));

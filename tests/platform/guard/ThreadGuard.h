@@ -1,9 +1,11 @@
 #pragma once
 
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -22,6 +24,23 @@ enum class Fate {
     diesAfter,
 };
 
+/// The thread by which a guard's life hangs. May outlive it.
+class Lifeline {
+public:
+    explicit Lifeline(const MessageSocket& socket) : socket_(dup(socket.descriptor())) {}
+
+    /// From any thread: what a SIGKILL would be.
+    void cut() {
+        isCut_ = true;
+        shutdown(socket_.number(), SHUT_RDWR);
+    }
+    bool isCut() const { return isCut_; }
+
+private:
+    FileDescriptor socket_;
+    std::atomic<bool> isCut_ = false;
+};
+
 /// A guard on a thread of this process. Since a thread cannot be killed, a dead one's
 /// connection is cut and nothing it does has an effect any more.
 class ThreadGuard : public RunningGuard, private DisplayLifecycle {
@@ -33,6 +52,7 @@ public:
     explicit ThreadGuard(DisplayLifecycle& displays, DecideFate decideFate = {})
         : ThreadGuard(displays, std::move(decideFate), makeSocketPair()) {}
     ~ThreadGuard() override {
+        isAbandoned_ = true;
         link_.reset();
         thread_.join();
     }
@@ -41,15 +61,9 @@ public:
 
     MessageSocket& link() override { return *link_; }
 
-    void kill() override { die(); }
+    void kill() override { lifeline_->cut(); }
 
-    /// From any thread: what a SIGKILL would be.
-    void die() {
-        isDead_ = true;
-        shutdown(theirs_.descriptor(), SHUT_RDWR);
-    }
-
-    bool isDead() const { return isDead_; }
+    std::shared_ptr<Lifeline> lifeline() const { return lifeline_; }
 
 private:
     using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
@@ -58,6 +72,7 @@ private:
           decideFate_(std::move(decideFate)),
           link_(std::in_place, std::move(ends.value().first)),
           theirs_(std::move(ends.value().second)),
+          lifeline_(std::make_shared<Lifeline>(theirs_)),
           thread_([this] { GuardService(*this, theirs_, [](auto) {}).run(); }) {}
 
     bool canControlDisplays() override { return displays_.canControlDisplays(); }
@@ -66,25 +81,30 @@ private:
         return displays_.getDisplayList(maxCount, displays, count);
     }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
-        const Fate fate = decideFate_ && !isDead_ ? decideFate_(display, enabled) : Fate::lives;
+        // What was done before the link was closed comes before what that leads to here; a
+        // race detector sees it by this only.
+        [[maybe_unused]] const bool isAbandoned = isAbandoned_;
+        const Fate fate =
+            decideFate_ && !lifeline_->isCut() ? decideFate_(display, enabled) : Fate::lives;
         if (fate == Fate::diesBefore) {
-            die();
+            lifeline_->cut();
         }
-        if (isDead_ || fate == Fate::isRefused) {
+        if (lifeline_->isCut() || fate == Fate::isRefused) {
             return serverStatus::cannotComplete;
         }
         const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
         if (fate == Fate::diesAfter) {
-            die();
+            lifeline_->cut();
         }
         return status;
     }
 
     DisplayLifecycle& displays_;
     DecideFate decideFate_;
-    std::atomic<bool> isDead_ = false;
+    std::atomic<bool> isAbandoned_ = false;
     std::optional<MessageSocket> link_;
     MessageSocket theirs_;
+    std::shared_ptr<Lifeline> lifeline_;
     std::thread thread_;
 };
 
