@@ -36,10 +36,12 @@ void makeAbsolute(const char* variable) {
     }
 }
 
-void closeAllFrom(int first) {
-#ifdef __GLIBC__
+/// On a Mac the system's libraries may by now have descriptors of their own, which it is
+/// fatal to close; there the application's way of starting this passes none on.
+void closeAllFrom([[maybe_unused]] int first) {
+#if defined(__GLIBC__)
     closefrom(first);
-#else
+#elif !defined(__APPLE__)
     const long limit = sysconf(_SC_OPEN_MAX);
     for (int descriptor = first; descriptor < limit; ++descriptor) {
         close(descriptor);

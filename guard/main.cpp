@@ -3,15 +3,14 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <thread>
 
+#include "guard/Lifecycle.h"
 #include "guard/Surroundings.h"
 #include "platform/guard/GuardService.h"
 #include "platform/guard/MessageSocket.h"
-#include "platform/posix/DefaultsPath.h"
-#include "platform/posix/FileUserDefaults.h"
-#include "platform/x11/X11WindowServer.h"
 
 int main(int argc, char** argv) {
     using namespace tavrel;
@@ -22,9 +21,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     guard::MessageSocket application(guard::leaveSurroundings(*inherited));
-    FileUserDefaults userDefaults(defaultsPath());
-    X11WindowServer windowServer(userDefaults);
-    guard::GuardService(windowServer, application, [](std::chrono::milliseconds time) {
+    const std::shared_ptr<DisplayLifecycle> displays = guard::makeLifecycle();
+    guard::GuardService(*displays, application, [](std::chrono::milliseconds time) {
         std::this_thread::sleep_for(time);
     }).run();
     return EXIT_SUCCESS;

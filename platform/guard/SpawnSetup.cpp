@@ -9,6 +9,13 @@
 namespace tavrel::guard {
 namespace {
 
+/// Passes on no descriptor but those named, where the system can do that by itself.
+#ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
+constexpr int passNoOthers = POSIX_SPAWN_CLOEXEC_DEFAULT;
+#else
+constexpr int passNoOthers = 0;
+#endif
+
 sigset_t signalsThatAskToEnd() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -40,7 +47,7 @@ bool SpawnSetup::fill(int passed) {
 
     const sigset_t held = signalsThatAskToEnd();
     failures |= posix_spawnattr_setsigmask(&attributes_, &held);
-    constexpr int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID;
+    constexpr int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID | passNoOthers;
     failures |= posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     return failures == 0;
 }

@@ -25,6 +25,8 @@ INSTANTIATE_TEST_SUITE_P(Switching, RealStory, testing::ValuesIn(switchingStorie
                          [](const auto& each) { return each.param.name; });
 INSTANTIATE_TEST_SUITE_P(Recovery, RealStory, testing::ValuesIn(recoveryStories()),
                          [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Crash, RealStory, testing::ValuesIn(crashStories()),
+                         [](const auto& each) { return each.param.name; });
 
 }  // namespace
 }  // namespace tavrel::scenario

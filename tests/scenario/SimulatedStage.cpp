@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <stdexcept>
 
 namespace tavrel::scenario {
 
@@ -68,6 +69,10 @@ void SimulatedStage::killApplication() {
     delegate_.reset();
     controller_.reset();
     system_.scheduler.settle();
+}
+
+void SimulatedStage::crashApplication() {
+    throw std::logic_error("nobody survives the application on this stage");
 }
 
 void SimulatedStage::switchElsewhere(const std::vector<Display>& displays, bool on) {

@@ -61,6 +61,9 @@ public:
     virtual void quitApplication() = 0;
     /// Ends the application, and all it has started, without a chance to clean up.
     virtual void killApplication() = 0;
+    /// The same to the application alone: what it has started lives on. Only on stages
+    /// where it starts something.
+    virtual void crashApplication() = 0;
 
     // ---- What another program does, all in one change.
     virtual void switchElsewhere(const std::vector<Display>& displays, bool on) = 0;

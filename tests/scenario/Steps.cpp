@@ -69,6 +69,10 @@ Step applicationIsKilled() {
     return act("the application is killed", [](Stage& stage) { stage.killApplication(); });
 }
 
+Step applicationCrashes() {
+    return act("the application crashes", [](Stage& stage) { stage.crashApplication(); });
+}
+
 Step applicationStarts() {
     return act("the application starts", [](Stage& stage) { stage.startApplication(); });
 }

@@ -19,6 +19,7 @@ Step userPressesWake();
 Step userPressesHotKey();
 Step userQuits();
 Step applicationIsKilled();
+Step applicationCrashes();
 Step applicationStarts();
 Step otherProgramSwitchesOff(std::vector<Display> displays);
 Step otherProgramSwitchesOn(std::vector<Display> displays);

@@ -117,6 +117,11 @@ void VirtualDesktopStage::killApplication() {
     application_->process().killFamily();
 }
 
+void VirtualDesktopStage::crashApplication() {
+    application_->process().signal(SIGKILL);
+    application_->process().waitForEnd();
+}
+
 void VirtualDesktopStage::click(const std::function<std::optional<AccessibleElement>()>& find) {
     std::optional<AccessibleElement> target;
     // The window may be on its way to another monitor: it is clicked where it stays.

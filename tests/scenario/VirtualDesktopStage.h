@@ -29,6 +29,7 @@ public:
     void startApplication() override;
     void quitApplication() override;
     void killApplication() override;
+    void crashApplication() override;
     void switchElsewhere(const std::vector<Display>& displays, bool on) override;
     Window window() override;
     std::vector<ServerDisplay> server() override;

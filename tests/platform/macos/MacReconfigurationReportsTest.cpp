@@ -14,13 +14,14 @@ namespace {
 using simulatedMac::deliverReportsOfOthers;
 using simulatedMac::Refusals;
 using simulatedMac::takeCalls;
+using testing::_;
 using testing::ElementsAre;
 using testing::FieldsAre;
 using testing::IsEmpty;
 
 constexpr std::uint32_t begins = displayChange::beginConfiguration;
-constexpr std::uint32_t wentOff = displayChange::remove | displayChange::disabled;
-constexpr std::uint32_t wentOn = displayChange::add | displayChange::enabled;
+constexpr std::uint32_t wentOff = displayChange::disabled;
+constexpr std::uint32_t wentOn = displayChange::enabled;
 
 struct Heard {
     DisplayID display;
@@ -79,6 +80,21 @@ TEST_F(MacReconfigurationReportsTest, changesOfOthersAreReportedByTheMainLoop) {
                 ElementsAre(FieldsAre(monitor, begins, here), FieldsAre(other, begins, here),
                             FieldsAre(monitor, wentOff, here), FieldsAre(other, wentOff, here),
                             FieldsAre(other, begins, here), FieldsAre(other, wentOn, here)));
+    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
+}
+
+TEST_F(MacReconfigurationReportsTest, comingAndGoingIsReportedAsTheServerCallsIt) {
+    mac.with([](simulatedMac::State& state) { state.switchesComeAndGo = true; });
+    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
+    disconnect(mac, other);
+    deliverReportsOfOthers();
+    server.setDisplayEnabled(monitor, false);
+    EXPECT_THAT(
+        listener.take(),
+        ElementsAre(FieldsAre(other, begins, _),
+                    FieldsAre(other, displayChange::remove | displayChange::disabled, _),
+                    FieldsAre(monitor, begins, _),
+                    FieldsAre(monitor, displayChange::remove | displayChange::disabled, _)));
     EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
 }
 

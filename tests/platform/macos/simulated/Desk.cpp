@@ -108,8 +108,10 @@ std::vector<Report> beginReports(State& state, const std::vector<Change>& change
 }
 
 std::vector<Report> endReports(State& state, const std::vector<Change>& changes) {
-    constexpr std::uint32_t wentOn = displayChange::add | displayChange::enabled;
-    constexpr std::uint32_t wentOff = displayChange::remove | displayChange::disabled;
+    const std::uint32_t wentOn =
+        displayChange::enabled | (state.switchesComeAndGo ? displayChange::add : 0);
+    const std::uint32_t wentOff =
+        displayChange::disabled | (state.switchesComeAndGo ? displayChange::remove : 0);
     std::vector<Report> reports;
     for (const Change& change : changes) {
         if (makesADifference(state, change)) {

@@ -56,6 +56,8 @@ SharedState::SharedState(const std::filesystem::path& path) {
     if (isNew) {
         initialize(block_->mutex);
     }
+    // Closing is not enough: the mapping, too, keeps the file open.
+    flock(file.number(), LOCK_UN);
 }
 
 SharedState::~SharedState() {

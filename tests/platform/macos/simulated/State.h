@@ -85,6 +85,8 @@ struct Preference {
 struct State {
     std::array<Display, 16> displays{};
     std::size_t displayCount = 0;
+    /// Whether a display that is switched is also reported as added or removed.
+    bool switchesComeAndGo = false;
     Refusals refusals{};
     EntryPoints entryPoints{};
     /// All reports ever made are numbered; the newest are here, each at its number modulo

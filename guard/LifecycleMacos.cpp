@@ -1,0 +1,10 @@
+#include "guard/Lifecycle.h"
+#include "platform/macos/MacWindowServer.h"
+
+namespace tavrel::guard {
+
+std::shared_ptr<DisplayLifecycle> makeLifecycle() {
+    return std::make_shared<MacWindowServer>();
+}
+
+}  // namespace tavrel::guard

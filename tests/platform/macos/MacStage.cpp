@@ -1,0 +1,194 @@
+#include "tests/platform/macos/MacStage.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/guard/MessageSocket.h"
+#include "tests/scenario/AccessibleReading.h"
+
+namespace tavrel::scenario {
+
+namespace {
+
+using nlohmann::json;
+using support::AccessibleElement;
+using support::ChildProcess;
+using support::waitUntil;
+
+/// Ascending like the rows of the window; numbers like the window server's.
+DisplayID identifierOf(Display display) {
+    return 2 + static_cast<DisplayID>(display);
+}
+
+std::uint64_t state(unsigned number, bool holds) {
+    return std::uint64_t{holds} << number;
+}
+
+AccessibleElement elementOf(const json& told) {
+    AccessibleElement element;
+    element.name = told.at("name");
+    element.role = told.at("role");
+    const json& bounds = told.at("bounds");
+    element.bounds = {bounds.at(0), bounds.at(1), bounds.at(2), bounds.at(3)};
+    element.parent = told.at("parent");
+    element.states = state(3, told.at("busy")) | state(4, told.at("checked")) |
+                     state(8, told.at("enabled")) | state(24, told.at("enabled")) |
+                     state(25, told.at("showing"));
+    return element;
+}
+
+std::optional<AccessibleElement> find(const std::vector<AccessibleElement>& all,
+                                      const std::string& name) {
+    const auto found = std::find_if(all.begin(), all.end(), [&](const AccessibleElement& each) {
+        return each.name == name && each.isEnabled();
+    });
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+/// `link` is then the application's alone, so that its death shows at the other end.
+std::unique_ptr<ChildProcess> start(FileDescriptor link, const std::filesystem::path& folder) {
+    ChildProcess::Options options;
+    options.command = {TAVREL_MAC_PROGRAM};
+    options.environment[simulatedMac::SharedState::variable] = folder / "mac";
+    options.environment["QT_QPA_PLATFORM"] = "offscreen";
+    options.environment["HOME"] = folder;
+    options.standardError = folder / "err";
+    options.descriptorThree = link.number();
+    return std::make_unique<ChildProcess>(options);
+}
+
+}  // namespace
+
+MacStage::MacStage(std::size_t displays, const simulatedMac::Display& display)
+    : mac_(folder_.path() / "mac") {
+    for (Display each = 0; each < displays; ++each) {
+        simulatedMac::Display monitor = display;
+        monitor.id = identifierOf(each);
+        connect(mac_, monitor);
+    }
+    serverAtFirst_ = server();
+    startApplication();
+}
+
+MacStage::~MacStage() = default;
+
+void MacStage::startApplication() {
+    auto [ours, theirs] = guard::makeSocketPair().value();
+    link_.emplace(std::move(ours));
+    application_ = start(std::move(theirs), folder_.path());
+    const bool isUp = waitUntil([&] {
+        const Window shown = window();
+        return shown.rows.size() == serverAtFirst_.size() &&
+               std::none_of(shown.rows.begin(), shown.rows.end(),
+                            [](const Row& row) { return row.isBusy; });
+    });
+    if (!isUp) {
+        throw std::runtime_error("the application does not come up: " +
+                                 support::readFile(folder_.path() / "err"));
+    }
+}
+
+void MacStage::quitApplication() {
+    application_->signal(SIGTERM);
+    if (application_->waitForEnd() != ChildProcess::Ending{0, std::nullopt}) {
+        throw std::runtime_error("the application does not quit: " +
+                                 support::readFile(folder_.path() / "err"));
+    }
+}
+
+void MacStage::killApplication() {
+    application_->killFamily();
+}
+
+void MacStage::crashApplication() {
+    application_->signal(SIGKILL);
+    application_->waitForEnd();
+}
+
+void MacStage::flip(Display display) {
+    click([&] { return findSwitch(elements(), display); });
+}
+
+void MacStage::pressRefresh() {
+    click([&] { return find(elements(), "Refresh displays"); });
+}
+
+void MacStage::pressWake() {
+    click([&] { return find(elements(), "Wake both displays"); });
+}
+
+void MacStage::pressHotKey() {
+    if (!tell({{"do", "press hot key"}, {"key", 13}, {"modifiers", 0x1900}})) {
+        throw std::runtime_error("the chord is not registered");
+    }
+}
+
+bool MacStage::closeWindow() {
+    return tell({{"do", "close window"}});
+}
+
+void MacStage::clickDock() {
+    tell({{"do", "click dock"}});
+}
+
+void MacStage::switchElsewhere(const std::vector<Display>& displays, bool on) {
+    std::vector<DisplayID> identifiers;
+    std::transform(displays.begin(), displays.end(), std::back_inserter(identifiers), identifierOf);
+    simulatedMac::switchElsewhere(mac_, identifiers, on);
+}
+
+Window MacStage::window() {
+    return readWindow(elements());
+}
+
+std::vector<ServerDisplay> MacStage::server() {
+    std::vector<ServerDisplay> result;
+    for (const simulatedMac::Display& each : simulatedMac::displays(mac_)) {
+        result.push_back({each.connected && each.enabled, ""});
+    }
+    return result;
+}
+
+bool MacStage::await(const std::function<bool()>& condition) {
+    return waitUntil(condition);
+}
+
+json MacStage::tell(const json& order) {
+    const std::string line = order.dump() + "\n";
+    std::string answer;
+    char next = 0;
+    if (send(link_->number(), line.data(), line.size(), MSG_NOSIGNAL) < 0) {
+        throw std::runtime_error("the application has gone");
+    }
+    while (recv(link_->number(), &next, 1, 0) == 1 && next != '\n') {
+        answer += next;
+    }
+    if (next != '\n') {
+        throw std::runtime_error("the application has gone: " +
+                                 support::readFile(folder_.path() / "err"));
+    }
+    return json::parse(answer);
+}
+
+std::vector<AccessibleElement> MacStage::elements() {
+    std::vector<AccessibleElement> result;
+    for (const json& each : tell({{"do", "look"}})) {
+        result.push_back(elementOf(each));
+    }
+    return result;
+}
+
+void MacStage::click(const std::function<std::optional<AccessibleElement>()>& find) {
+    std::optional<AccessibleElement> target;
+    if (!waitUntil([&] { return (target = find()).has_value(); })) {
+        throw std::runtime_error("there is nothing to click on");
+    }
+    tell({{"do", "click"}, {"x", target->bounds.centreX()}, {"y", target->bounds.centreY()}});
+}
+
+}  // namespace tavrel::scenario
