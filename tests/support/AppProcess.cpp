@@ -1,10 +1,23 @@
 #include "tests/support/AppProcess.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
 #include "tests/support/VirtualDesktop.h"
 
 namespace tavrel::support {
 
 namespace {
+
+/// Each run keeps what it prints in a folder of its own, since several may share a home.
+std::filesystem::path newOutputFolder(const UserHome& home) {
+    std::string pattern = (home.path() / "output-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        throw std::system_error(errno, std::generic_category(), "mkdtemp " + pattern);
+    }
+    return pattern;
+}
 
 Environment environmentOn(const VirtualDesktop* desktop, const UserHome& home) {
     const auto runtime = home.path() / "runtime";
@@ -53,6 +66,15 @@ AppProcess::AppProcess(const UserHome& home, const Options& options)
     : AppProcess(nullptr, home, options) {}
 
 AppProcess::AppProcess(const VirtualDesktop* desktop, const UserHome& home, const Options& options)
-    : process_(processOptions(desktop, home, options, output_.path())) {}
+    : home_(home),
+      output_(newOutputFolder(home)),
+      process_(processOptions(desktop, home, options, output_)) {
+    home.janitor().watchGroup(process_.pid());
+}
+
+AppProcess::~AppProcess() {
+    process_.stop();
+    home_.janitor().forgetGroup(process_.pid());
+}
 
 }  // namespace tavrel::support

@@ -4,13 +4,15 @@
 #include <string>
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Janitor.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tavrel::support {
 
 class VirtualDesktop;
 
-/// A user's home folder, fresh and empty: what the application keeps between runs.
+/// A user's home folder, fresh and empty: what the application keeps between runs. It is
+/// removed, and what runs in it ends, also when this process dies.
 class UserHome {
 public:
     std::filesystem::path path() const { return folder_.path(); }
@@ -21,8 +23,11 @@ public:
     /// Makes this text, whole, the application's store.
     void plantDefaults(const std::string& text) const { writeFile(defaultsFile(), text); }
 
+    Janitor& janitor() const { return janitor_; }
+
 private:
     TemporaryFolder folder_;
+    mutable Janitor janitor_{folder_.path()};
 };
 
 /// A graphical program running on a virtual desktop in an environment of its own. Ends
@@ -40,18 +45,22 @@ public:
     AppProcess(const VirtualDesktop& desktop, const UserHome& home, const Options& options);
     /// Without any X server to open its window on.
     AppProcess(const UserHome& home, const Options& options);
+    ~AppProcess();
+    AppProcess(const AppProcess&) = delete;
+    AppProcess& operator=(const AppProcess&) = delete;
 
     ChildProcess& process() { return process_; }
     const ChildProcess& process() const { return process_; }
     pid_t pid() const { return process_.pid(); }
 
-    std::string standardOutput() const { return readFile(output_.path() / "out"); }
-    std::string standardError() const { return readFile(output_.path() / "err"); }
+    std::string standardOutput() const { return readFile(output_ / "out"); }
+    std::string standardError() const { return readFile(output_ / "err"); }
 
 private:
     AppProcess(const VirtualDesktop* desktop, const UserHome& home, const Options& options);
 
-    TemporaryFolder output_;
+    const UserHome& home_;
+    std::filesystem::path output_;
     ChildProcess process_;
 };
 

@@ -18,16 +18,13 @@
 namespace tavrel::support {
 
 struct Janitor::Message {
-    enum class Kind { dismissal, group, display };
+    enum class Kind { dismissal, group, endedGroup, display };
     Kind kind;
     /// The group's leader or the display's number.
     int value;
 };
 
 namespace {
-
-/// Most things one desktop entrusts to its janitor; more are not remembered.
-constexpr std::size_t capacity = 32;
 
 void pause(long milliseconds) {
     const timespec time{0, milliseconds * 1'000'000};
@@ -75,6 +72,15 @@ void removeDisplayFiles(int displayNumber) {
     }
 }
 
+/// Takes a group out of the first `count` messages; returns how many are left.
+std::size_t Janitor::forget(std::span<Message> entrusted, std::size_t count, pid_t leader) {
+    const auto end = entrusted.begin() + static_cast<std::ptrdiff_t>(count);
+    const auto rest = std::remove_if(entrusted.begin(), end, [&](const Message& each) {
+        return each.kind == Message::Kind::group && each.value == leader;
+    });
+    return static_cast<std::size_t>(rest - entrusted.begin());
+}
+
 /// The janitor's whole life. It was forked from a process with other threads, so only
 /// async-signal-safe calls may be made here.
 void Janitor::serve(int pipe, const char* folder) {
@@ -87,14 +93,17 @@ void Janitor::serve(int pipe, const char* folder) {
     ::dup2(pipe, 0);
     ::close_range(1, ~0U, 0);
 
-    std::array<Message, capacity> entrusted{};
+    // More at once than any test has; what does not fit is not remembered.
+    std::array<Message, 32> entrusted{};
     std::size_t count = 0;
     Message message{};
     while (::read(0, &message, sizeof message) == sizeof message) {
         if (message.kind == Message::Kind::dismissal) {
             ::_exit(0);
         }
-        if (count < capacity) {
+        if (message.kind == Message::Kind::endedGroup) {
+            count = forget(entrusted, count, message.value);
+        } else if (count < entrusted.size()) {
             entrusted[count++] = message;
         }
     }
@@ -103,9 +112,9 @@ void Janitor::serve(int pipe, const char* folder) {
             endGroup(entrusted[i].value);
         }
     }
-    for (const Message& each : entrusted) {
-        if (each.kind == Message::Kind::display) {
-            removeDisplayFiles(each.value);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (entrusted[i].kind == Message::Kind::display) {
+            removeDisplayFiles(entrusted[i].value);
         }
     }
     ::execl("/bin/rm", "rm", "-rf", "--", folder, nullptr);
@@ -133,6 +142,10 @@ Janitor::~Janitor() {
 
 void Janitor::watchGroup(pid_t leader) {
     tell({Message::Kind::group, leader});
+}
+
+void Janitor::forgetGroup(pid_t leader) {
+    tell({Message::Kind::endedGroup, leader});
 }
 
 void Janitor::watchDisplay(int number) {

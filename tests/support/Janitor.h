@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <span>
 
 #include "tests/support/FileDescriptor.h"
 
@@ -23,11 +24,14 @@ public:
 
     /// Also end the process group that this process leads.
     void watchGroup(pid_t leader);
+    /// The group has ended and its number may become somebody else's.
+    void forgetGroup(pid_t leader);
     /// Also remove what the X server with this number leaves behind when it is killed.
     void watchDisplay(int number);
 
 private:
     struct Message;
+    static std::size_t forget(std::span<Message> entrusted, std::size_t count, pid_t leader);
     [[noreturn]] static void serve(int pipe, const char* folder);
     void tell(const Message& message);
 

@@ -144,7 +144,7 @@ void VirtualDesktop::startServer(const Options& options) {
 
     const std::optional<int> display = readDisplayNumber(number.readEnd);
     if (!display) {
-        server_.reset();
+        endServer();
         throw std::runtime_error("the X server did not come up:\n" +
                                  readFile(folder_.path() / "xorg.err"));
     }
@@ -192,12 +192,18 @@ std::vector<Monitor> VirtualDesktop::monitors() const {
     return readMonitors(displayName_);
 }
 
+void VirtualDesktop::endServer() {
+    const pid_t server = server_->pid();
+    server_.reset();
+    janitor_.forgetGroup(server);
+}
+
 void VirtualDesktop::kill() {
     if (server_ == nullptr) {
         return;
     }
     server_->signal(SIGKILL);
-    server_.reset();
+    endServer();
     removeDisplayFiles(std::stoi(displayName_.substr(1)));
 }
 

@@ -59,6 +59,7 @@ public:
 
 private:
     void startServer(const Options& options);
+    void endServer();
     void arrangeMonitors(int count) const;
 
     TemporaryFolder folder_;

@@ -3,12 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <sstream>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/DBus.h"
+#include "tests/support/ProcessTable.h"
 #include "tests/support/XConnection.h"
 
 namespace tavrel::support {
@@ -135,26 +137,37 @@ TEST(VirtualDesktop, CanBeKilledUnderItsClients) {
     EXPECT_THROW(desktop.monitors(), std::runtime_error);
 }
 
-TEST(VirtualDesktop, IsTakenDownWhenItsProcessIsKilled) {
+bool isRunning(pid_t pid) {
+    const std::vector<ListedProcess> running = runningProcesses();
+    return std::any_of(running.begin(), running.end(),
+                       [&](const ListedProcess& each) { return each.pid == pid; });
+}
+
+TEST(VirtualDesktop, IsTakenDownWithAllThatRunsOnItWhenItsProcessIsKilled) {
     const TemporaryFolder folder;
     ChildProcess::Options options;
-    options.command = {DOOMED_DESKTOP};
+    options.command = {DOOMED_DESKTOP, TEST_WINDOW};
     options.standardOutput = folder.path() / "traces";
-    ChildProcess doomed(options);
+    const ChildProcess doomed(options);
     std::string displayName;
     std::string busAddress;
     std::string desktopFolder;
+    std::string home;
+    pid_t program = 0;
     ASSERT_TRUE(waitUntil([&] {
         std::istringstream traces(readFile(options.standardOutput));
-        std::string end;
-        return static_cast<bool>(traces >> displayName >> busAddress >> desktopFolder >> end);
+        return traces >> displayName >> busAddress >> desktopFolder >> home >> program &&
+               traces.get() == '\n';
     }));
     const XConnection client(displayName);
     ASSERT_NO_THROW(DBus{busAddress});
+    ASSERT_TRUE(isRunning(program));
 
     doomed.signal(SIGKILL);
 
     EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(desktopFolder); }));
+    EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(home); }));
+    EXPECT_FALSE(isRunning(program));
     EXPECT_THROW(client.roundTrip(), std::runtime_error);
     EXPECT_TRUE(waitUntil([&] { return !hasStaleSocket(displayName); }));
     EXPECT_THROW(DBus{busAddress}, DBusError);
