@@ -5,14 +5,27 @@
 #include <xcb/xcbext.h>
 
 #include <cstring>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
 namespace tavrel::x11 {
 
+namespace {
+
+/// While it looks up how to prove itself to the server, xcb uses a library that keeps a
+/// file name in memory of the whole process's, so only one thread may connect at a time.
+xcb_connection_t* connectAlone(const char* displayName, int* screen) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    return xcb_connect(displayName, screen);
+}
+
+}  // namespace
+
 std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options) {
     int screen = 0;
-    xcb_connection_t* raw = xcb_connect(
+    xcb_connection_t* raw = connectAlone(
         options.displayName.has_value() ? options.displayName->c_str() : nullptr, &screen);
     std::unique_ptr<Connection> connection(new Connection(raw, options.patience, screen));
     if (connection->isLost() || connection->defaultScreen_ >= connection->roots_.size()) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "platform/HotKeys.h"
@@ -29,7 +30,10 @@ struct KeyGrab {
     Keycode keycode = 0;
     std::uint16_t modifiers = 0;
 
-    friend auto operator<=>(const KeyGrab&, const KeyGrab&) = default;
+    friend bool operator==(const KeyGrab&, const KeyGrab&) = default;
+    friend bool operator<(const KeyGrab& a, const KeyGrab& b) {
+        return std::pair(a.keycode, a.modifiers) < std::pair(b.keycode, b.modifiers);
+    }
 };
 
 /// All that has to be grabbed for a hot key: each key that carries its letter, with the
