@@ -22,6 +22,10 @@ public:
     Composition(const Composition&) = delete;
     Composition& operator=(const Composition&) = delete;
 
+    /// Whether it is the custom of this system that an application goes on without its
+    /// window, and shows it again when it is called to the front.
+    static bool outlivesItsWindow();
+
     Platform platform();
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();

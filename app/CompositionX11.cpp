@@ -54,6 +54,10 @@ Composition::~Composition() {
     parts_->mainQueue.dropTasks();
 }
 
+bool Composition::outlivesItsWindow() {
+    return false;
+}
+
 Platform Composition::platform() {
     return {parts_->gate,
             parts_->windowServer,

@@ -43,6 +43,15 @@ int TavrelApp::run(QApplication& application) {
 
     MainWindow window(_controller);
     const WindowKeeper keeper(window);
+    if (Composition::outlivesItsWindow()) {
+        QApplication::setQuitOnLastWindowClosed(false);
+        QObject::connect(&application, &QGuiApplication::applicationStateChanged, &window,
+                         [&window](Qt::ApplicationState state) {
+                             if (state == Qt::ApplicationActive) {
+                                 window.show();
+                             }
+                         });
+    }
     window.show();
     return QApplication::exec();
 }

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QStringList>
+#include <QStyleHints>
 #include <QToolTip>
 
 namespace tavrel::theme {
@@ -15,14 +16,18 @@ QString systemFamily() {
     return QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
 }
 
+/// The Mac's own rounded font, which it offers to nobody by name; empty elsewhere.
+QStringList systemRoundedFamilies() {
+    static const int font =
+        QFontDatabase::addApplicationFont(QStringLiteral("/System/Library/Fonts/SFNSRounded.ttf"));
+    return font < 0 ? QStringList() : QFontDatabase::applicationFontFamilies(font);
+}
+
 QStringList families(FontDesign design) {
     switch (design) {
         case FontDesign::rounded:
-#ifdef Q_OS_MACOS
-            return {QStringLiteral(".AppleSystemUIFontRounded"), systemFamily()};
-#else
-            return {QStringLiteral("Quicksand"), systemFamily()};
-#endif
+            return systemRoundedFamilies() +
+                   QStringList{QStringLiteral("Quicksand"), systemFamily()};
         case FontDesign::monospaced:
             return {QFontDatabase::systemFont(QFontDatabase::FixedFont).family()};
         case FontDesign::standard:
@@ -101,6 +106,10 @@ void applyTo(QApplication& /*application*/) {
 #ifndef Q_OS_MACOS
     // The desktop's own style may insist on the desktop's colours; this one never does.
     QApplication::setStyle(QStringLiteral("Fusion"));
+#endif
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    // For what the system draws: title bars and native menus.
+    QGuiApplication::styleHints()->setColorScheme(Qt::ColorScheme::Dark);
 #endif
     QApplication::setPalette(darkPalette());
     QToolTip::setPalette(darkPalette());

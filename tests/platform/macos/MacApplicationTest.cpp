@@ -88,6 +88,29 @@ TEST(MacApplication, recoversByItsTimerWithoutReports) {
               std::nullopt);
 }
 
+TEST(MacApplication, goesOnWithoutItsWindowAndShowsItAgainWhenItsIconIsClicked) {
+    MacStage stage(2);
+    ASSERT_TRUE(stage.closeWindow());
+    EXPECT_TRUE(stage.window().rows.empty());
+    EXPECT_EQ(happens(stage, {scenario::otherProgramSwitchesOff({first, second}),
+                              scenario::serverIsAsAtFirst()}),
+              std::nullopt)
+        << "it looks after the displays";
+    EXPECT_TRUE(stage.application().isRunning());
+    stage.clickDock();
+    EXPECT_EQ(happens(stage, {scenario::windowShowsOn(first), scenario::windowShowsOn(second)}),
+              std::nullopt);
+}
+
+TEST(MacApplication, quitsInGoodOrderWithoutItsWindow) {
+    MacStage stage(2);
+    EXPECT_EQ(happens(stage, {scenario::userFlips(first), scenario::windowShowsOff(first)}),
+              std::nullopt);
+    ASSERT_TRUE(stage.closeWindow());
+    stage.quitApplication();
+    EXPECT_TRUE(isOn(stage.mac(), 2));
+}
+
 TEST(MacApplication, startsAnewWhereThePreferenceIsOfAnotherKind) {
     MacStage stage(2);
     stage.quitApplication();
