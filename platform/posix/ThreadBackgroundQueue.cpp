@@ -11,6 +11,8 @@ ThreadBackgroundQueue::~ThreadBackgroundQueue() {
         isEnding_ = true;
         dropped.swap(waiting_);
     }
+    // Not under the lock: what a dropped job holds may, on its way out, add a job.
+    dropped.clear();
     changed_.notify_all();
     for (std::thread& thread : threads_) {
         thread.join();

@@ -21,8 +21,8 @@ public:
     static constexpr std::size_t maxThreads = 64;
 
     ThreadBackgroundQueue() = default;
-    /// Waits for the jobs that have started and drops the others, also those that the
-    /// last ones add. Must not be called from a job.
+    /// Drops the jobs that have not started, then waits for the others; what those add
+    /// meanwhile is dropped too. Must not be called from a job.
     ~ThreadBackgroundQueue() override;
 
     ThreadBackgroundQueue(const ThreadBackgroundQueue&) = delete;

@@ -146,36 +146,37 @@ TEST(ThreadBackgroundQueue, EndDropsJobsThatHaveNotStartedAndThoseAddedMeanwhile
     std::latch release(1);
     std::latch allRunning(maxThreads);
     std::atomic<bool> droppedRan = false;
-    auto token = std::make_shared<int>();
+    const auto token = std::make_shared<int>();
+    const auto makeJob = [&] { return [&droppedRan, token] { droppedRan = true; }; };
     auto queue = std::make_optional<ThreadBackgroundQueue>();
-    ThreadBackgroundQueue& alive = *queue;
+    ThreadBackgroundQueue& ending = *queue;
     for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
-        alive.async([&] {
+        ending.async([&] {
             allRunning.count_down();
             release.wait();
+            ending.async(makeJob());
         });
     }
     allRunning.wait();
-    const auto dropped = [&droppedRan, token] { droppedRan = true; };
-    /// Dropped before the running jobs are waited for, and adds a job as it goes.
-    struct AddsAtItsEnd {
-        ThreadBackgroundQueue& queue;
-        Task job;
-        AddsAtItsEnd(ThreadBackgroundQueue& target, Task added)
-            : queue(target), job(std::move(added)) {}
-        AddsAtItsEnd(const AddsAtItsEnd&) = delete;
-        AddsAtItsEnd& operator=(const AddsAtItsEnd&) = delete;
-        ~AddsAtItsEnd() { queue.async(std::move(job)); }
-    };
-    alive.async([held = std::make_shared<AddsAtItsEnd>(alive, dropped)] {});
-    alive.async(dropped);
 
-    std::thread releaser([&] { release.count_down(); });
+    // The running jobs go on only once the end has begun to drop the waiting ones.
+    const Task onDrop = [&] {
+        ending.async(makeJob());
+        release.count_down();
+    };
+    struct RunsWhenDropped {
+        const Task& task;
+        explicit RunsWhenDropped(const Task& atTheEnd) : task(atTheEnd) {}
+        RunsWhenDropped(const RunsWhenDropped&) = delete;
+        RunsWhenDropped& operator=(const RunsWhenDropped&) = delete;
+        ~RunsWhenDropped() { task(); }
+    };
+    ending.async(makeJob());
+    ending.async([held = std::make_shared<RunsWhenDropped>(onDrop)] {});
     queue.reset();
-    releaser.join();
 
     EXPECT_FALSE(droppedRan);
-    EXPECT_EQ(token.use_count(), 2) << "held here and by the local that was copied";
+    EXPECT_EQ(token.use_count(), 1) << "a dropped job was not destroyed";
 }
 
 }  // namespace
