@@ -9,6 +9,7 @@ namespace {
 
 std::vector<std::uint8_t> edidWith(const std::vector<std::uint8_t>& identification) {
     std::vector<std::uint8_t> bytes{0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
+    bytes.reserve(128);
     bytes.insert(bytes.end(), identification.begin(), identification.end());
     bytes.resize(127);
     const unsigned sum = std::accumulate(bytes.begin(), bytes.end(), 0U);
