@@ -93,7 +93,7 @@ protected:
             return rows.size() == 3 && std::none_of(rows.begin(), rows.end(),
                                                     [](const auto& row) { return row.isBusy; });
         }));
-        run.session->accessible().act(run.session->element("Wake both displays"));
+        run.session->act("Wake both displays");
         EXPECT_TRUE(run.session->says("Both displays are on"));
         EXPECT_TRUE(run.allComeBackAsTheyWere());
     }

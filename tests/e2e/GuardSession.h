@@ -41,7 +41,7 @@ public:
     }
 
     /// Presses the switch of the row with this number, counting from 1.
-    void flip(int row) { session->accessible().act(session->element(nameOf(row) + " power")); }
+    void flip(int row) { session->act(nameOf(row) + " power"); }
 
     /// Switches a display off or on and awaits that it is done.
     bool flipAndAwait(int row, const std::string& outcome) {

@@ -48,9 +48,7 @@ class QuitTest : public testing::Test {
 protected:
     QuitTest() { EXPECT_TRUE(session.says("Found 3 displays")); }
 
-    void switchOff(const char* name) {
-        session.accessible().act(session.element(std::string(name) + " power"));
-    }
+    void switchOff(const char* name) { session.act(std::string(name) + " power"); }
 
     void expectAllAsBeforeAfter(const std::function<void()>& quit) {
         const std::vector<Monitor> before = desktop.monitors();
@@ -77,7 +75,7 @@ protected:
 };
 
 TEST_F(QuitTest, TheMenuSwitchesEverythingOn) {
-    expectAllAsBeforeAfter([&] { session.accessible().act(session.element("Quit")); });
+    expectAllAsBeforeAfter([&] { session.act("Quit"); });
 }
 
 TEST_F(QuitTest, TheMenusKeySwitchesEverythingOn) {

@@ -107,7 +107,7 @@ TEST_F(RecoveryTest, ItDoesNotFightAnotherProgramThatLeavesAScreenUsable) {
     }
     other.switchOff("DUMMY1");
     // The application is alive and has seen it all.
-    session.accessible().act(session.element("Refresh displays"));
+    session.act("Refresh displays");
     EXPECT_TRUE(session.says("Found 3 displays"));
     EXPECT_FALSE(desktop.monitor("DUMMY1").on);
     const int own = count.switchedOn() - rounds;

@@ -36,6 +36,11 @@ public:
         return found.value_or(support::AccessibleElement{});
     }
 
+    /// Presses the element of that name, awaited. Returns whether the program took it.
+    bool act(const std::string& name) const {
+        return accessible_.actOn([&] { return accessible_.find(name); });
+    }
+
     bool says(const std::string& footer) const {
         return support::waitUntil([&] { return window().footer == footer; });
     }

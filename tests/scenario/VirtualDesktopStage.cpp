@@ -70,8 +70,7 @@ std::vector<std::string> learnOutputs(std::size_t displays, const std::string& p
         return names;
     };
     const auto flip = [&](Display display) {
-        waitUntil([&] { return findSwitch(accessible.elements(), display).has_value(); });
-        accessible.act(findSwitch(accessible.elements(), display).value());
+        accessible.actOn([&] { return findSwitch(accessible.elements(), display); });
     };
     for (Display display = 0; display < displays; ++display) {
         flip(display);

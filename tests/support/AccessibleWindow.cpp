@@ -54,6 +54,26 @@ bool AccessibleWindow::act(const AccessibleElement& element) const {
     return taken != FALSE;
 }
 
+bool AccessibleWindow::actOn(const std::function<std::optional<AccessibleElement>()>& find) const {
+    bool taken = false;
+    waitUntil([&] {
+        const auto element = find();
+        if (!element) {
+            return false;
+        }
+        try {
+            taken = act(*element);
+            return true;
+        } catch (const DBusError& error) {
+            if (std::string(error.what()).find("UnknownObject") == std::string::npos) {
+                throw;
+            }
+            return false;
+        }
+    });
+    return taken;
+}
+
 std::vector<AccessibleWindow::Object> AccessibleWindow::children(const Object& parent) const {
     const Variant answer = bus_.call(parent.service, parent.path, accessible, "GetChildren");
     std::vector<Object> found;

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +55,10 @@ public:
     /// Does what a press of the element does, without pointer or keyboard. Returns whether
     /// the program took it. Throws DBusError when the element has gone or has no action.
     bool act(const AccessibleElement& element) const;
+
+    /// Awaits the element that `find` looks for and acts on it. One that goes between the
+    /// look and the press has not been pressed and is looked for again.
+    bool actOn(const std::function<std::optional<AccessibleElement>()>& find) const;
 
 private:
     struct Object {
