@@ -4,8 +4,7 @@
 
 namespace tavrel {
 
-DisplayDevice::DisplayDevice(DisplayID displayID, std::string name, Kind kind,
-                             bool initiallyOn)
+DisplayDevice::DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool initiallyOn)
     : isOn(initiallyOn),
       id_(std::to_string(displayID)),
       displayID_(displayID),

@@ -8,9 +8,9 @@ DisplayError::DisplayError(Reason reason, ServerStatus code, std::string descrip
     : reason_(reason), code_(code), description_(std::move(description)) {}
 
 DisplayError DisplayError::lifecycleFailed(ServerStatus code) {
-    return {Reason::lifecycleFailed, code,
-            "macOS couldn’t change the desktop display layout (error " + std::to_string(code) +
-                ")"};
+    return {
+        Reason::lifecycleFailed, code,
+        "macOS couldn’t change the desktop display layout (error " + std::to_string(code) + ")"};
 }
 
 DisplayError DisplayError::invalidDisplayList() {

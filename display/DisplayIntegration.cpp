@@ -34,11 +34,10 @@ std::vector<DisplayID> privateList(DisplayLifecycle& lifecycle, DisplayQueries& 
         return {};
     }
     std::vector<DisplayID> real;
-    std::copy_if(listed.begin(),
-                 listed.begin() + static_cast<std::ptrdiff_t>(
-                                      std::min<std::size_t>(count, listed.size())),
-                 std::back_inserter(real),
-                 [&](DisplayID display) { return isReal(queries, display); });
+    std::copy_if(
+        listed.begin(),
+        listed.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(count, listed.size())),
+        std::back_inserter(real), [&](DisplayID display) { return isReal(queries, display); });
     return real;
 }
 

@@ -8,7 +8,9 @@ FaultyReports::FaultyReports(ReconfigurationReports& inner, SimulatedScheduler& 
     inner_.registerCallback(receive, this);
 }
 
-FaultyReports::~FaultyReports() { inner_.removeCallback(receive, this); }
+FaultyReports::~FaultyReports() {
+    inner_.removeCallback(receive, this);
+}
 
 ServerStatus FaultyReports::registerCallback(DisplayReconfigurationCallback callback,
                                              void* userInfo) {
@@ -42,8 +44,8 @@ void FaultyReports::passOn(DisplayID display, std::uint32_t flags) {
         deliver(display, flags);
         return;
     }
-    const std::chrono::milliseconds delay(
-        random_() % static_cast<std::uint64_t>(faults_.delay.count() + 1));
+    const std::chrono::milliseconds delay(random_() %
+                                          static_cast<std::uint64_t>(faults_.delay.count() + 1));
     scheduler_.backgroundQueue().async([this, display, flags, delay] {
         scheduler_.sleep(delay);
         deliver(display, flags);
