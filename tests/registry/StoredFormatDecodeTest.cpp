@@ -73,6 +73,14 @@ TEST(StoredFormatDecode, OfARepeatedMemberTheLastCounts) {
                 Optional(ElementsAre(StoredDisplay{2, false, {7}})));
 }
 
+TEST(StoredFormatDecode, EachOccurrenceOfARepeatedMemberMustBeOfItsType) {
+    for (const std::string member :
+         {R"("id":null)", R"("id":"1")", R"("id":true)", R"("id":[])", R"("isBuiltIn":1)",
+          R"("isBuiltIn":{})", R"("lastSeenAt":null)", R"("lastSeenAt":false)"}) {
+        EXPECT_EQ(decode(withExtra(member)), std::nullopt) << member;
+    }
+}
+
 TEST(StoredFormatDecode, ReadsTheWholeRangeOfIdentifiers) {
     EXPECT_THAT(decode(withID("0")), Optional(ElementsAre(StoredDisplay{0, true, {5.5}})));
     EXPECT_THAT(decode(withID("4294967295")),
