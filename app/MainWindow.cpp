@@ -32,7 +32,8 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     view->setGeometry(rect());
 
 #ifdef Q_OS_MACOS
-    addMenus(*new QMenuBar(nullptr));
+    sharedMenuBar_ = std::make_unique<QMenuBar>(nullptr);
+    addMenus(*sharedMenuBar_);
 #else
     auto* menuBar = new QMenuBar(this);
     menuBar->setNativeMenuBar(false);
@@ -47,6 +48,8 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     }
 #endif
 }
+
+MainWindow::~MainWindow() = default;
 
 void MainWindow::addMenus(QMenuBar& menuBar) {
 #ifndef Q_OS_MACOS

@@ -15,11 +15,14 @@ namespace tavrel {
 class MainWindow : public QWidget {
 public:
     explicit MainWindow(std::shared_ptr<DisplayController> controller);
+    ~MainWindow() override;
 
 private:
     void addMenus(QMenuBar& menuBar);
 
     std::shared_ptr<DisplayController> controller_;
+    /// The one that all windows share, where they do; else null.
+    std::unique_ptr<QMenuBar> sharedMenuBar_;
 };
 
 }  // namespace tavrel

@@ -1,10 +1,11 @@
 #include <optional>
 
-#include <QAction>
-#include <QMenu>
-#include <QMenuBar>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
 
 #include "app/MainWindow.h"
 #include "platform/simulated/SimulatedPlatform.h"
@@ -26,7 +27,15 @@ protected:
         window->show();
     }
 
-    QMenuBar& menuBar() { return *window->findChild<QMenuBar*>(); }
+    /// In the window, or where all windows share one.
+    static QMenuBar& menuBar() {
+        for (QWidget* each : QApplication::allWidgets()) {
+            if (auto* bar = qobject_cast<QMenuBar*>(each)) {
+                return *bar;
+            }
+        }
+        throw std::out_of_range("no menu bar");
+    }
 
     QAction& action(const QString& title) {
         for (QAction* each : menuBar().findChildren<QAction*>()) {
@@ -62,6 +71,7 @@ TEST_F(MainWindowTest, theViewFillsIt) {
     EXPECT_EQ(window->findChild<DisplayControlView*>()->geometry(), window->rect());
 }
 
+#ifndef Q_OS_MACOS
 TEST_F(MainWindowTest, theMenuBarLiesInTheStripAboveTheHeaderAndShows) {
     EXPECT_EQ(menuBar().geometry(), QRect(0, 0, 520, 28));
     const QImage whole = window->grab().toImage();
@@ -70,6 +80,7 @@ TEST_F(MainWindowTest, theMenuBarLiesInTheStripAboveTheHeaderAndShows) {
     const QRect strip(0, 0, 520 * whole.width() / 520, 28 * whole.width() / 520);
     EXPECT_NE(whole.copy(strip), without.copy(strip));
 }
+#endif
 
 TEST_F(MainWindowTest, theDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
     EXPECT_THAT(titles(action("Displays").menu()->actions()),
@@ -80,8 +91,12 @@ TEST_F(MainWindowTest, theDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
 }
 
 TEST_F(MainWindowTest, noMenuOffersAnotherWindow) {
+#ifdef Q_OS_MACOS
+    EXPECT_THAT(titles(menuBar().actions()), ElementsAre("Displays"));
+#else
     EXPECT_THAT(titles(menuBar().actions()), ElementsAre("File", "Displays"));
     EXPECT_THAT(titles(action("File").menu()->actions()), ElementsAre("Quit"));
+#endif
 }
 
 TEST_F(MainWindowTest, wakeBothDisplaysWakesOnceWithoutTheNotification) {
