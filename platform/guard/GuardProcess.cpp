@@ -75,6 +75,8 @@ GuardProcess::~GuardProcess() {
 }
 
 void GuardProcess::kill() {
+    // One that is gone already may be nobody's child any more, and its number another's.
+    isReaped_ = isReaped_ || reap(pid_, Wait::notAtAll);
     if (!isReaped_) {
         ::kill(pid_, SIGKILL);
         isReaped_ = reap(pid_, Wait::forEnd);

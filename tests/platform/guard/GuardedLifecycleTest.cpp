@@ -22,8 +22,6 @@ namespace {
 using namespace std::chrono_literals;
 using support::waitUntil;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 constexpr DisplayID displayCount = 8;
 
@@ -107,6 +105,7 @@ TEST_F(GuardedLifecycleTest, requestsFromManyThreadsEachGetTheirOwnAnswerOneChan
     constexpr int rounds = 200;
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int t = 0; t < threadCount; ++t) {
         threads.emplace_back([&, t] {
             for (int round = 0; round < rounds; ++round) {
@@ -137,6 +136,7 @@ TEST_F(GuardedLifecycleTest, everyStatusIsTrueHoweverOftenGuardsDie) {
     std::atomic<int> untrue = 0;
     std::atomic<int> refused = 0;
     std::vector<std::thread> threads;
+    threads.reserve(displayCount);
     for (DisplayID display = 1; display <= displayCount; ++display) {
         threads.emplace_back([&, display] {
             bool isOnNow = true;

@@ -11,7 +11,7 @@
 namespace tavrel::guard {
 namespace {
 
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 using Kind = Message::Kind;
 
 class MessageSocketTest : public testing::Test {
