@@ -53,6 +53,9 @@ public:
     ~Impl() {
         ending_ = true;
         thread_.join();
+        while (!connections_.empty()) {
+            forget(connections_.front());
+        }
         IceFreeListenObjs(listenCount_, listeners_);
     }
 
@@ -123,12 +126,20 @@ private:
 
     static void closed(SmsConn client, SmPointer self, int count, char** reasons) {
         SmFreeReasons(count, reasons);
-        std::erase(static_cast<Impl*>(self)->clients_, client);
-        IceConn connection = SmsGetIceConnection(client);
-        SmsCleanUp(client);
+        static_cast<Impl*>(self)->forget(SmsGetIceConnection(client));
+    }
+
+    void forget(IceConn connection) {
+        std::erase_if(clients_, [&](SmsConn client) {
+            const bool isHere = SmsGetIceConnection(client) == connection;
+            if (isHere) {
+                SmsCleanUp(client);
+            }
+            return isHere;
+        });
+        std::erase(connections_, connection);
         IceSetShutdownNegotiation(connection, False);
         IceCloseConnection(connection);
-        std::erase(static_cast<Impl*>(self)->connections_, connection);
     }
 
     void serve() {
@@ -171,12 +182,7 @@ private:
 
     void process(IceConn connection) {
         if (IceProcessMessages(connection, nullptr, nullptr) == IceProcessMessagesIOError) {
-            std::erase_if(clients_, [&](SmsConn client) {
-                return SmsGetIceConnection(client) == connection;
-            });
-            std::erase(connections_, connection);
-            IceSetShutdownNegotiation(connection, False);
-            IceCloseConnection(connection);
+            forget(connection);
         }
     }
 
