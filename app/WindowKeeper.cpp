@@ -4,7 +4,6 @@
 
 #include <QGuiApplication>
 #include <QRegion>
-#include <QTimer>
 
 namespace tavrel {
 
@@ -55,7 +54,7 @@ void WindowKeeper::checkSoon() {
     if (!checkIsDue_) {
         checkIsDue_ = true;
         // The toolkit is still busy with the change that it tells us of.
-        QTimer::singleShot(0, this, &WindowKeeper::check);
+        QMetaObject::invokeMethod(this, &WindowKeeper::check, Qt::QueuedConnection);
     }
 }
 

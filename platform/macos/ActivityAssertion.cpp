@@ -34,7 +34,7 @@ ActivityAssertion::ActivityAssertion(std::string_view reason) {
     const macos::StringHolder text = macos::makeString(reason);
     // Messages to nobody give nothing, so a missing class needs no special care.
     processInfo_ = send(objc_getClass("NSProcessInfo"), "processInfo");
-    const id activity =
+    id activity =
         send(processInfo_, "beginActivityWithOptions:reason:", userInitiatedAllowingIdleSystemSleep,
              asObject(text.get()));
     activity_ = send(activity, "retain");

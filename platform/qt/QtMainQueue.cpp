@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QThread>
 #include <QTimer>
+#include <QTimerEvent>
 
 namespace tavrel {
 
@@ -69,8 +70,7 @@ void QtMainQueue::asyncAfter(Delay delay, Task task) {
     // The timer must be started on the main thread; the time until then counts.
     async([this, due, task = std::move(task)]() mutable {
         const Delay left = due - std::chrono::steady_clock::now();
-        QTimer::singleShot(roundedUp(left), Qt::PreciseTimer, this,
-                           [task = std::move(task)] { task(); });
+        delayed_.emplace(startTimer(roundedUp(left), Qt::PreciseTimer), std::move(task));
     });
 }
 
@@ -88,6 +88,12 @@ bool QtMainQueue::event(QEvent* event) {
     }
     runNextTask();
     return true;
+}
+
+void QtMainQueue::timerEvent(QTimerEvent* event) {
+    killTimer(event->timerId());
+    const auto due = delayed_.extract(event->timerId());
+    due.mapped()();
 }
 
 void QtMainQueue::runNextTask() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <mutex>
 
 #include <QObject>
@@ -29,12 +30,15 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
 
 private:
     void runNextTask();
 
     std::mutex mutex_;
     std::deque<Task> tasks_;
+    /// The main thread's: what waits for a timer, by the timer's number.
+    std::map<int, Task> delayed_;
 };
 
 }  // namespace tavrel
