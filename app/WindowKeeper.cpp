@@ -37,6 +37,9 @@ QRect keptVisible(const QRect& frame, const QList<QRect>& screens) {
 }
 
 WindowKeeper::WindowKeeper(QWidget& window) : window_(&window) {
+    checkTimer_.setSingleShot(true);
+    checkTimer_.setInterval(0);
+    connect(&checkTimer_, &QTimer::timeout, this, &WindowKeeper::check);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &WindowKeeper::watch);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WindowKeeper::checkSoon);
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &WindowKeeper::checkSoon);
@@ -51,15 +54,11 @@ void WindowKeeper::watch(QScreen* screen) {
 }
 
 void WindowKeeper::checkSoon() {
-    if (!checkIsDue_) {
-        checkIsDue_ = true;
-        // The toolkit is still busy with the change that it tells us of.
-        QMetaObject::invokeMethod(this, &WindowKeeper::check, Qt::QueuedConnection);
-    }
+    // The toolkit is still busy with the change that it tells us of.
+    checkTimer_.start();
 }
 
 void WindowKeeper::check() {
-    checkIsDue_ = false;
     if (window_ == nullptr || !window_->isVisible()) {
         return;
     }

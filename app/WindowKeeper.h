@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QScreen>
+#include <QTimer>
 #include <QWidget>
 
 namespace tavrel {
@@ -21,7 +22,8 @@ private:
     void check();
 
     QPointer<QWidget> window_;
-    bool checkIsDue_ = false;
+    /// Runs out in the loop's next turn, however often it is started until then.
+    QTimer checkTimer_;
 };
 
 /// Where a window that has `frame` should be so that all of it is on the `screens`: where
