@@ -4,7 +4,6 @@ namespace tavrel {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
 
 constexpr const char* restoring = "Display setup changed — restoring a safe layout…";
