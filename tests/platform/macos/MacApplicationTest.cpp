@@ -19,7 +19,6 @@ using scenario::MacStage;
 using scenario::second;
 using scenario::third;
 using simulatedMac::State;
-using support::waitUntil;
 
 std::optional<std::string> happens(MacStage& stage, std::vector<scenario::Step> steps) {
     return play({"Test", stage.serverAtFirst().size(), std::move(steps)}, stage);

@@ -12,7 +12,6 @@ namespace tavrel {
 namespace {
 
 using simulatedMac::takeCalls;
-using testing::Contains;
 using testing::Each;
 
 class MacBackgroundQueueTest : public MacFixture {

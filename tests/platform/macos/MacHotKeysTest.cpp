@@ -14,7 +14,6 @@ using simulatedMac::Refusals;
 using simulatedMac::registeredHotKeys;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr HotKeyRegistration chord{
     .keyCode = 13, .modifiers = 0x1900, .signature = 0x4443544C, .id = 1, .options = 0};

@@ -15,8 +15,9 @@ static void PrintTo(const Scenario& scenario, std::ostream* out) {
 
 namespace {
 
-constexpr auto* nameOfStory =
-    +[](const testing::TestParamInfo<Scenario>& each) { return each.param.name; };
+std::string nameOfStory(const testing::TestParamInfo<Scenario>& each) {
+    return each.param.name;
+}
 
 class MacStory : public testing::TestWithParam<Scenario> {};
 

@@ -15,7 +15,6 @@ using simulatedMac::Refusals;
 using simulatedMac::State;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class MacWindowServerTest : public MacFixture {
 protected:
