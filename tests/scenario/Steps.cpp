@@ -92,14 +92,12 @@ Step otherProgramSwitchesOn(std::vector<Display> displays) {
 }
 
 Step windowLists(std::vector<std::string> names) {
-    return expectation(
-        "the window lists " + std::to_string(names.size()) + " displays by name",
-        [names = std::move(names)](Stage& stage) {
-            const Window window = stage.window();
-            return std::equal(
-                window.rows.begin(), window.rows.end(), names.begin(), names.end(),
-                [](const Row& row, const std::string& name) { return row.name == name; });
-        });
+    std::string told = "the window lists " + std::to_string(names.size()) + " displays by name";
+    return expectation(std::move(told), [names = std::move(names)](Stage& stage) {
+        const Window window = stage.window();
+        return std::equal(window.rows.begin(), window.rows.end(), names.begin(), names.end(),
+                          [](const Row& row, const std::string& name) { return row.name == name; });
+    });
 }
 
 Step windowShowsOn(Display display) {

@@ -157,6 +157,7 @@ void VirtualDesktopStage::pressHotKey() {
 
 void VirtualDesktopStage::switchElsewhere(const std::vector<Display>& displays, bool on) {
     std::vector<std::string> names;
+    names.reserve(displays.size());
     for (const Display display : displays) {
         names.push_back(outputs_.at(display));
     }

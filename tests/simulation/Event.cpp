@@ -73,7 +73,7 @@ std::chrono::milliseconds drawGap(std::mt19937_64& random) {
     if (dice < 99) {
         return within(3'600'000);
     }
-    return within(6 * 3'600'000);
+    return within(std::uint64_t{6} * 3'600'000);
 }
 
 }  // namespace

@@ -145,6 +145,7 @@ private:
     void serve() {
         while (!ending_) {
             std::vector<pollfd> sources;
+            sources.reserve(static_cast<std::size_t>(listenCount_) + connections_.size());
             for (int index = 0; index < listenCount_; ++index) {
                 sources.push_back({IceGetListenConnectionNumber(listeners_[index]), POLLIN, 0});
             }
