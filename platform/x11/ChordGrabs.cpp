@@ -81,7 +81,7 @@ void ChordGrabs::ungrab(Connection& connection, Chord& chord) {
             xcb_ungrab_key(connection.get(), each.keycode, root, each.modifiers);
         }
     }
-    xcb_flush(connection.get());
+    connection.roundTrip();
 }
 
 }  // namespace tavrel::x11

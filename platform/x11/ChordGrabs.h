@@ -20,7 +20,8 @@ public:
     /// Claims a chord. Nothing, and nothing held, when the server refuses any part of it,
     /// for one because another client holds that, or when the keyboard cannot type it.
     std::optional<Number> claim(Connection& connection, const HotKeyRegistration& hotKey);
-    /// Gives it up. Without a connection the server has taken it back already.
+    /// Gives it up; when this returns, others can have it. Without a connection the server
+    /// has taken it back already.
     void release(Connection* connection, Number number);
 
     /// To be called with each new connection, and when the keyboard may have changed. Grabs

@@ -108,9 +108,13 @@ void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error)
     return reply;
 }
 
+bool Connection::roundTrip() {
+    return reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_).sequence) != nullptr;
+}
+
 bool Connection::succeeded(xcb_void_cookie_t request) {
     // Such a request is only known to have gone well once a later one has been answered.
-    if (reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_).sequence) == nullptr) {
+    if (!roundTrip()) {
         return false;
     }
     xcb_generic_error_t* refusal = nullptr;

@@ -51,6 +51,9 @@ public:
         return XcbReply<Reply>(static_cast<Reply*>(awaitReply(sequence, nullptr)));
     }
 
+    /// Returns once the server has carried out all that was sent; false when it is lost.
+    bool roundTrip();
+
     /// Whether the server carried out a request that has no reply and was sent checked.
     /// Takes a round trip.
     bool succeeded(xcb_void_cookie_t request);

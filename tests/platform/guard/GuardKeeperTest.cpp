@@ -31,6 +31,8 @@ public:
     MessageSocket& link() override { return link_; }
     void kill() override { ++killed_; }
 
+    void say(const Message& message) { theirs_.send(message); }
+
 private:
     using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
     PuppetGuard(const std::vector<Message>& says, int& killed, Ends ends)
@@ -38,7 +40,7 @@ private:
           link_(std::move(ends.value().first)),
           theirs_(std::move(ends.value().second)) {
         for (const Message& message : says) {
-            theirs_.send(message);
+            say(message);
         }
     }
 
@@ -78,8 +80,10 @@ protected:
             return nullptr;
         }
         if (puppetSays) {
-            return std::make_unique<PuppetGuard>(*std::exchange(puppetSays, std::nullopt),
-                                                 puppetsKilled);
+            auto made = std::make_unique<PuppetGuard>(*std::exchange(puppetSays, std::nullopt),
+                                                      puppetsKilled);
+            puppet = made.get();
+            return made;
         }
         auto guard = std::make_unique<ThreadGuard>(
             displays, [this](DisplayID display, bool enabled) { return fate(display, enabled); });
@@ -126,6 +130,8 @@ protected:
     /// What the next guard to be started says instead of being one.
     std::optional<std::vector<Message>> puppetSays;
     int puppetsKilled = 0;
+    /// Not owned; the one started last.
+    PuppetGuard* puppet = nullptr;
     std::deque<Fate> fates;
     std::vector<std::pair<DisplayID, bool>> asked;
     std::vector<std::pair<DisplayID, bool>> announced;
@@ -339,10 +345,13 @@ TEST_F(GuardKeeperTest, aGuardThatTalksUnaskedIsReplaced) {
     EXPECT_EQ(puppetsKilled, 3);
 }
 
-TEST_F(GuardKeeperTest, aPartnerThatSaysItIsReadyMayDoSoOnce) {
+TEST_F(GuardKeeperTest, aGuardMaySayOnceThatItIsReady) {
     puppetSays = {{.kind = Kind::ready}};
     keeper().attend();
     EXPECT_EQ(starts, 1);
+    puppet->say({.kind = Kind::ready});
+    keeper().attend();
+    EXPECT_EQ(starts, 2);
 }
 
 }  // namespace

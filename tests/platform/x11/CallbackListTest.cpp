@@ -116,6 +116,7 @@ TEST(CallbackListTest, MayBeUsedFromManyThreads) {
     CallbackList list;
     std::atomic<int> calls = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int j = 0; j < 500; ++j) {

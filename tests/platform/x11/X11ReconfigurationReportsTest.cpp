@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
+#include <thread>
 
+#include "platform/x11/RandrLayoutServer.h"
 #include "tests/platform/x11/LiveServerTest.h"
 #include "tests/platform/x11/ReportRecorder.h"
 #include "tests/support/WaitUntil.h"
@@ -34,6 +37,8 @@ protected:
 
     /// What has been reported of all that other programs have done so far.
     std::vector<DisplayReport> taken() {
+        // A server that answers somebody has sent off all notices of what happened before.
+        desktop.screenSize();
         // A beginning is passed on before what has come in meanwhile; so when a second one
         // has been, everything from before the first has.
         constexpr DisplayID marker = 1;
@@ -127,6 +132,26 @@ TEST_F(X11ReconfigurationReportsTest, TheBeginningAlwaysComesFirst) {
         ASSERT_THAT(seen, ElementsAre(DisplayReport{right, beginConfiguration},
                                       DisplayReport{right, i % 2 != 0 ? enabled : disabled}));
     }
+}
+
+TEST_F(X11ReconfigurationReportsTest, TheBeginningComesFirstAlsoWhileTheServerIsBeingLookedAt) {
+    const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
+    ASSERT_NE(connection, nullptr);
+    x11::RandrLayoutServer program(*connection);
+    ASSERT_TRUE(program.grab());
+    const auto layout = program.read();
+    ASSERT_TRUE(layout.has_value());
+    const x11::Output* output = x11::connectedOutput(*layout, right);
+    ASSERT_NE(output, nullptr);
+    // Of this the reports learn at once, but they cannot look at it before the server is
+    // free again; a moment lets them get that far.
+    ASSERT_TRUE(program.setPrimary(output->id));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    reports.beginConfiguration(right);
+    ASSERT_TRUE(program.setCrtc({.crtc = output->crtc}, layout->configTimestamp));
+    program.ungrab();
+    EXPECT_THAT(taken(), ElementsAre(DisplayReport{right, beginConfiguration},
+                                     DisplayReport{right, disabled | setMain}));
 }
 
 TEST_F(X11ReconfigurationReportsTest, ARemovedCallbackHearsNoMore) {
