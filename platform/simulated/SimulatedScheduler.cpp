@@ -94,6 +94,10 @@ void SimulatedScheduler::shutDown() {
     sleepers_.clear();
     idleWorkers_.clear();
     workers_.clear();
+    dropMainTasks();
+}
+
+void SimulatedScheduler::dropMainTasks() {
     // What a dropped task held may, on its way out, leave further tasks behind.
     while (!mainTasks_.empty()) {
         mainTasks_.extract(mainTasks_.begin());

@@ -37,6 +37,9 @@ public:
     /// Lets sleeping jobs run to their end at once and drops all other work, for good.
     void shutDown();
 
+    /// Drops all that waits for the main thread, due or not, as a process that ends does.
+    void dropMainTasks();
+
     MainQueue& mainQueue();
     BackgroundQueue& backgroundQueue();
 

@@ -94,6 +94,8 @@ void World::quit() {
     controller_.reset();
     scheduler.advanceWithMainBlocked(patience,
                                      [&] { return scheduler.pendingBackgroundJobs() == 0; });
+    // Nothing of this session may still start when the next one has replaced its parts.
+    scheduler.dropMainTasks();
     if (!refused) {
         for (const auto& [id, lastSeenAt] : invariants_.stored()) {
             const SimulatedDisplay* display = system_.windowServer.find(id);
@@ -168,7 +170,10 @@ void World::happen(const Event& event) {
             return system_.wallClock.step(clockSteps[event.a % clockSteps.size()]);
         case Kind::quitAndRestart:
             quit();
-            return launch();
+            if (!violation().has_value()) {
+                launch();
+            }
+            return;
         case Kind::converge:
             return converge();
     }

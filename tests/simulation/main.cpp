@@ -157,6 +157,12 @@ int main(int argc, char** argv) {
         static_cast<std::uint64_t>(std::max(1.0, options.hours / options.hoursPerSeed + 0.5));
     Totals totals;
     const auto start = std::chrono::steady_clock::now();
+    // Before anything else: a crash must leave behind what leads back to it.
+    std::printf("seeds %llu to %llu, %g hours each\n",
+                static_cast<unsigned long long>(options.firstSeed),
+                static_cast<unsigned long long>(options.firstSeed + seedCount - 1),
+                options.hoursPerSeed);
+    std::fflush(stdout);
     std::vector<std::thread> threads;
     for (unsigned job = 0; job < std::max(1U, options.jobs); ++job) {
         threads.emplace_back([&] { work(options, seedCount, totals); });
@@ -166,11 +172,10 @@ int main(int argc, char** argv) {
     }
     const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
     std::printf(
-        "%.0f simulated hours in %.1f s (%.0f simulated hours a second); seeds %llu to %llu, "
+        "%.0f simulated hours in %.1f s (%.0f simulated hours a second); %llu seeds, "
         "%llu of them run a second time and compared; %llu events, %llu steps; hash %016llx\n",
         totals.hours, spent.count(), totals.hours / spent.count(),
-        static_cast<unsigned long long>(options.firstSeed),
-        static_cast<unsigned long long>(options.firstSeed + totals.seeds - 1),
+        static_cast<unsigned long long>(totals.seeds),
         static_cast<unsigned long long>(totals.repeated),
         static_cast<unsigned long long>(totals.events),
         static_cast<unsigned long long>(totals.steps),

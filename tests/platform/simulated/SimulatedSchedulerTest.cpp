@@ -122,6 +122,19 @@ TEST_F(SimulatedSchedulerTest, shuttingDownEndsSleepersAndDropsTheRest) {
     EXPECT_EQ(scheduler.pendingBackgroundJobs(), 0U);
 }
 
+TEST_F(SimulatedSchedulerTest, whatWaitsForTheMainThreadCanBeDropped) {
+    main.async(note("never"));
+    main.asyncAfter(1h, note("never"));
+    background.async(note("job"));
+    const auto timer = main.repeat(1s, note("never"));
+    scheduler.dropMainTasks();
+    scheduler.advance(2h);
+    EXPECT_THAT(log, ElementsAre("job"));
+    main.async(note("later"));
+    scheduler.settle();
+    EXPECT_THAT(log, ElementsAre("job", "later"));
+}
+
 TEST_F(SimulatedSchedulerTest, theWallClockGoesWithTimeAndIsSteppedOnItsOwn) {
     SimulatedWallClock clock(scheduler);
     const WallTime before = clock.now();
