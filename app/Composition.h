@@ -8,8 +8,8 @@
 
 namespace tavrel {
 
-/// The system this application runs on, put together: the one place where interfaces
-/// meet those who fill them.
+/// The application's platform, put together: what its `System` fills, what is the same on
+/// all of them, and the decorators around both.
 ///
 /// To be made on the main thread once the toolkit's application object exists, and to be
 /// destroyed there before it goes. Outlives everything that was handed its `platform()`.
@@ -22,9 +22,8 @@ public:
     Composition(const Composition&) = delete;
     Composition& operator=(const Composition&) = delete;
 
-    /// Whether it is the custom of this system that an application goes on without its
-    /// window, and shows it again when it is called to the front.
-    static bool outlivesItsWindow();
+    /// Whether the application is to go on without its window; see `System`.
+    bool outlivesItsWindow() const;
 
     Platform platform();
     HotKeys& hotKeys();

@@ -43,7 +43,7 @@ int TavrelApp::run(QApplication& application) {
 
     MainWindow window(_controller);
     const WindowKeeper keeper(window);
-    if (Composition::outlivesItsWindow()) {
+    if (composition_.outlivesItsWindow()) {
         QApplication::setQuitOnLastWindowClosed(false);
         QObject::connect(&application, &QGuiApplication::applicationStateChanged, &window,
                          [&window](Qt::ApplicationState state) {

@@ -158,10 +158,9 @@ int main(int argc, char** argv) {
     Totals totals;
     const auto start = std::chrono::steady_clock::now();
     // Before anything else: a crash must leave behind what leads back to it.
-    std::printf("seeds %llu to %llu, %g hours each\n",
-                static_cast<unsigned long long>(options.firstSeed),
-                static_cast<unsigned long long>(options.firstSeed + seedCount - 1),
-                options.hoursPerSeed);
+    std::printf(
+        "seeds %llu to %llu, %g hours each\n", static_cast<unsigned long long>(options.firstSeed),
+        static_cast<unsigned long long>(options.firstSeed + seedCount - 1), options.hoursPerSeed);
     std::fflush(stdout);
     std::vector<std::thread> threads;
     for (unsigned job = 0; job < std::max(1U, options.jobs); ++job) {

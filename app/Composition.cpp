@@ -1,0 +1,73 @@
+#include "app/Composition.h"
+
+#include <QCoreApplication>
+#include <filesystem>
+
+#include "app/System.h"
+#include "platform/QueuedNotificationCenter.h"
+#include "platform/guard/GuardProcess.h"
+#include "platform/guard/GuardedLifecycle.h"
+#include "platform/posix/SystemWallClock.h"
+#include "platform/qt/QtMainQueue.h"
+
+namespace tavrel {
+
+namespace {
+
+/// The guard is installed beside the application, in a bundle too.
+std::filesystem::path guardExecutable() {
+    return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) /
+           "tavrel-guard";
+}
+
+guard::KeeperSurroundings surroundings(System& system) {
+    return {.startGuard =
+                [executable = guardExecutable()] { return guard::GuardProcess::start(executable); },
+            .willSwitch = [&system](DisplayID display,
+                                    bool enabled) { system.announceChange(display, enabled); }};
+}
+
+}  // namespace
+
+struct Composition::Parts {
+    std::unique_ptr<System> system = System::make();
+    SystemWallClock wallClock;
+    guard::GuardedLifecycle guarded{system->lifecycle(), surroundings(*system)};
+    SwitchOffGate gate{guarded};
+    QtMainQueue mainQueue;
+    QueuedNotificationCenter notificationCenter{mainQueue};
+    std::unique_ptr<HotKeys> hotKeys = system->makeHotKeys(mainQueue);
+    std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();
+};
+
+Composition::Composition() : parts_(std::make_unique<Parts>()) {}
+
+Composition::~Composition() {
+    // Jobs use all the other parts, and what is queued may be the last to hold something
+    // that does.
+    parts_->backgroundQueue.reset();
+    parts_->mainQueue.dropTasks();
+}
+
+bool Composition::outlivesItsWindow() const {
+    return parts_->system->outlivesItsWindow();
+}
+
+Platform Composition::platform() {
+    System& system = *parts_->system;
+    return {
+        parts_->gate,      system.queries(),  system.reports(),         system.userDefaults(),
+        parts_->wallClock, parts_->mainQueue, *parts_->backgroundQueue, parts_->notificationCenter};
+}
+
+HotKeys& Composition::hotKeys() {
+    return *parts_->hotKeys;
+}
+SwitchOffGate& Composition::switchOffGate() {
+    return parts_->gate;
+}
+void Composition::endInGoodOrder() {
+    parts_->guarded.goodbye();
+}
+
+}  // namespace tavrel

@@ -1,0 +1,46 @@
+#include "app/System.h"
+#include "platform/macos/ActivityAssertion.h"
+#include "platform/macos/MacBackgroundQueue.h"
+#include "platform/macos/MacHotKeys.h"
+#include "platform/macos/MacReconfigurationReports.h"
+#include "platform/macos/MacUserDefaults.h"
+#include "platform/macos/MacWindowServer.h"
+
+namespace tavrel {
+
+namespace {
+
+class MacSystem final : public System {
+public:
+    bool outlivesItsWindow() const override { return true; }
+
+    DisplayLifecycle& lifecycle() override { return windowServer_; }
+    DisplayQueries& queries() override { return windowServer_; }
+    ReconfigurationReports& reports() override { return reports_; }
+    UserDefaults& userDefaults() override { return userDefaults_; }
+
+    /// The server itself reports to this process what the guard's process begins.
+    void announceChange(DisplayID /*display*/, bool /*enabled*/) override {}
+
+    std::unique_ptr<HotKeys> makeHotKeys(MainQueue& /*mainQueue*/) override {
+        return std::make_unique<MacHotKeys>();
+    }
+    std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
+        return std::make_unique<MacBackgroundQueue>();
+    }
+
+private:
+    /// Before all that has a thread.
+    MacWindowServer windowServer_;
+    MacReconfigurationReports reports_{windowServer_};
+    MacUserDefaults userDefaults_;
+    ActivityAssertion activity_{"Looks after the displays that are switched off"};
+};
+
+}  // namespace
+
+std::unique_ptr<System> System::make() {
+    return std::make_unique<MacSystem>();
+}
+
+}  // namespace tavrel
