@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     for (const Input& input : corpus) {
         LLVMFuzzerTestOneInput(input.data(), input.size());
     }
-    std::mt19937 random(1);  // NOLINT(cert-msc51-cpp): each run is to be the same.
+    std::mt19937 random(1);  // Each run is to be the same.
     const int copies = std::atoi(argv[2]);
     for (int copy = 0; copy < copies; ++copy) {
         Input input = corpus[random() % corpus.size()];

@@ -79,7 +79,6 @@ Environment bareEnvironment() {
     Environment environment{{"LANG", "C.UTF-8"}, {"LC_ALL", "C.UTF-8"}};
     for (const char* name : {"PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS",
                              "UBSAN_OPTIONS", "LD_LIBRARY_PATH", "TMPDIR"}) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment.
         if (const char* value = std::getenv(name)) {
             environment[name] = value;
         }

@@ -110,7 +110,6 @@ std::ostream& operator<<(std::ostream& out, const Monitor& monitor) {
         out << " off";
     } else {
         std::array<char, 64> text{};
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg)
         std::snprintf(text.data(), text.size(), " on %dx%d@%.2f +%d+%d", monitor.width,
                       monitor.height, monitor.refresh, monitor.x, monitor.y);
         out << text.data();

@@ -72,6 +72,7 @@ SnapshotBuilder& SnapshotBuilder::modes(std::vector<Xid> modes) {
 
 SnapshotBuilder& SnapshotBuilder::crtcsOf(const std::vector<std::string>& names) {
     std::vector<Xid> crtcs;
+    crtcs.reserve(names.size());
     for (const std::string& name : names) {
         crtcs.push_back(outputNamed(snapshot_, name).id - firstOutput + firstCrtc);
     }

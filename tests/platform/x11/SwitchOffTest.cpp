@@ -3,7 +3,6 @@
 namespace tavrel::x11 {
 namespace {
 
-using testing::ElementsAre;
 
 class SwitchOffTest : public SwitchFixture {};
 

@@ -34,7 +34,7 @@ SnapshotBuilder randomDesk(Chance& chance) {
     const int outputs = 2 + chance.upTo(3);
     std::vector<std::string> names;
     for (int i = 0; i < outputs; ++i) {
-        names.push_back(std::string(1, static_cast<char>('A' + i)));
+        names.emplace_back(1, static_cast<char>('A' + i));
         desk.output(names.back());
         if (chance.oneIn(2)) {
             desk.rotatable();

@@ -10,7 +10,6 @@ namespace {
 
 using support::Monitor;
 using support::ScreenSize;
-using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
 class X11WindowServerTest : public LiveServerTest {};

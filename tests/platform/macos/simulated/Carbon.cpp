@@ -102,7 +102,7 @@ std::int32_t lastHandlerStatus() {
 
 }  // namespace tavrel::simulatedMac
 
-using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 

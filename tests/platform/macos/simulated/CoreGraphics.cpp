@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+using namespace tavrel::simulatedMac;
 
 constexpr std::uint32_t unknown = 0xFFFFFFFF;
 

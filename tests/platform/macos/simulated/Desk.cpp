@@ -42,6 +42,7 @@ void disconnect(SharedState& mac, DisplayID display) {
 
 void switchElsewhere(SharedState& mac, const std::vector<DisplayID>& displays, bool on) {
     std::vector<Change> changes;
+    changes.reserve(displays.size());
     for (const DisplayID display : displays) {
         changes.push_back({display, on});
     }

@@ -49,6 +49,7 @@ Activity* activityOf(const void* token) {
 
 void* begin(std::uint64_t options, const void* reason) {
     runtime().activities.push_back({options, objectOf(reason).bytes, false, 1});
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): only ever compared, never followed.
     return reinterpret_cast<void*>(runtime().activities.size());
 }
 
@@ -82,7 +83,7 @@ void setHasProcessInfo(bool has) {
 
 }  // namespace tavrel::simulatedMac
 
-using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 
@@ -110,6 +111,7 @@ RECEIVES_ALL_MESSAGES void* objc_msgSend(void* receiver, const void* selector, s
         return begin(first, second);
     }
     if (receiver == &processInfo && name == "endActivity:") {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): an argument of any type comes as one.
         activityOf(reinterpret_cast<const void*>(first))->hasEnded = true;
         return nullptr;
     }

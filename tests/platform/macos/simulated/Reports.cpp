@@ -67,7 +67,7 @@ extern "C" {
 
 CGError CGDisplayRegisterReconfigurationCallback(CGDisplayReconfigurationCallBack callback,
                                                  void* userInfo) {
-    using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+    using namespace tavrel::simulatedMac;
     note("CGDisplayRegisterReconfigurationCallback");
     return SharedState::ofThisProcess().with([&](State& state) {
         if (state.refusals.registerCallback == 0) {
@@ -83,7 +83,7 @@ CGError CGDisplayRegisterReconfigurationCallback(CGDisplayReconfigurationCallBac
 
 CGError CGDisplayRemoveReconfigurationCallback(CGDisplayReconfigurationCallBack callback,
                                                void* userInfo) {
-    using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+    using namespace tavrel::simulatedMac;
     note("CGDisplayRemoveReconfigurationCallback");
     const std::lock_guard lock(callbacks().mutex);
     auto& all = callbacks().all;

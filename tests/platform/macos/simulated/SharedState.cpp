@@ -65,7 +65,6 @@ SharedState::~SharedState() {
 }
 
 SharedState& SharedState::ofThisProcess() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     static SharedState state(std::getenv(variable) == nullptr ? "" : std::getenv(variable));
     return state;
 }

@@ -147,7 +147,7 @@ void* privateEntryPoint(const char* name, unsigned offered) {
 extern "C" {
 
 CGError CGBeginDisplayConfiguration(CGDisplayConfigRef* configuration) {
-    using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+    using namespace tavrel::simulatedMac;
     note("CGBeginDisplayConfiguration");
     if (const std::int32_t status = refusal(&Refusals::begin)) {
         return static_cast<CGError>(status);
@@ -160,7 +160,7 @@ CGError CGBeginDisplayConfiguration(CGDisplayConfigRef* configuration) {
 }
 
 CGError CGCancelDisplayConfiguration(CGDisplayConfigRef configuration) {
-    using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+    using namespace tavrel::simulatedMac;
     note("CGCancelDisplayConfiguration");
     if (close(configuration) == nullptr) {
         return kCGErrorInvalidContext;
@@ -169,7 +169,7 @@ CGError CGCancelDisplayConfiguration(CGDisplayConfigRef configuration) {
 }
 
 CGError CGCompleteDisplayConfiguration(CGDisplayConfigRef configuration, CGConfigureOption option) {
-    using namespace tavrel::simulatedMac;  // NOLINT(google-build-using-namespace)
+    using namespace tavrel::simulatedMac;
     note("CGCompleteDisplayConfiguration(" + std::to_string(option) + ")");
     const auto transaction = close(configuration);
     if (transaction == nullptr) {
