@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <system_error>
 
 namespace tavrel {
 
@@ -38,25 +37,16 @@ void handleSignalsWith(void (*handler)(int)) {
 }  // namespace
 
 TerminationSignals::TerminationSignals() {
-    int ends[2];
-    if (pipe(ends) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    }
-    for (const int end : ends) {
-        fcntl(end, F_SETFD, FD_CLOEXEC);
+    for (const int end : {pipe_.readEnd.number(), pipe_.writeEnd.number()}) {
         fcntl(end, F_SETFL, O_NONBLOCK);
     }
-    readEnd_ = ends[0];
-    writeEnd_ = ends[1];
-    signalPipe = writeEnd_;
+    signalPipe = pipe_.writeEnd.number();
     handleSignalsWith(noteSignal);
 }
 
 TerminationSignals::~TerminationSignals() {
     handleSignalsWith(SIG_DFL);
     signalPipe = -1;
-    close(readEnd_);
-    close(writeEnd_);
 }
 
 }  // namespace tavrel

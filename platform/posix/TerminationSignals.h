@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/posix/Pipe.h"
+
 namespace tavrel {
 
 /// Turns SIGTERM, SIGINT and SIGHUP into something a main loop can wait for.
@@ -16,11 +18,10 @@ public:
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
     /// Becomes readable when the first of the signals arrives and stays so.
-    int descriptor() const { return readEnd_; }
+    int descriptor() const { return pipe_.readEnd.number(); }
 
 private:
-    int readEnd_ = -1;
-    int writeEnd_ = -1;
+    Pipe pipe_;
 };
 
 }  // namespace tavrel

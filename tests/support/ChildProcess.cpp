@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "tests/support/FileDescriptor.h"
+#include "platform/posix/Pipe.h"
 #include "tests/support/ProcessTable.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -89,14 +89,14 @@ Environment bareEnvironment() {
 ChildProcess::ChildProcess(const Options& options) {
     // Descriptor 3 must not be taken by the pipe itself in the child.
     Pipe failure;
-    FileDescriptor report(::fcntl(failure.writeEnd.get(), F_DUPFD_CLOEXEC, 10));
+    FileDescriptor report(::fcntl(failure.writeEnd.number(), F_DUPFD_CLOEXEC, 10));
     failure.writeEnd.close();
     Launch launch{options.command,
                   {},
                   options.standardOutput.string(),
                   options.standardError.string(),
                   options.descriptorThree,
-                  report.get(),
+                  report.number(),
                   ::getpid()};
     for (const auto& [name, value] : options.environment) {
         launch.variables.push_back(name);
@@ -111,7 +111,7 @@ ChildProcess::ChildProcess(const Options& options) {
     }
     report.close();
     int error = errno;
-    if (pid_ < 0 || ::read(failure.readEnd.get(), &error, sizeof error) > 0) {
+    if (pid_ < 0 || ::read(failure.readEnd.number(), &error, sizeof error) > 0) {
         if (pid_ > 0) {
             ::waitpid(pid_, nullptr, 0);
         }

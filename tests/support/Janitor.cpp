@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/posix/Pipe.h"
+
 namespace tavrel::support {
 
 struct Janitor::Message {
@@ -129,8 +131,8 @@ Janitor::Janitor(const std::filesystem::path& folder) {
         throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (pid_ == 0) {
-        ::close(pipe.writeEnd.get());
-        serve(pipe.readEnd.get(), path.c_str());
+        ::close(pipe.writeEnd.number());
+        serve(pipe.readEnd.number(), path.c_str());
     }
     pipe_ = std::move(pipe.writeEnd);
 }
@@ -153,7 +155,7 @@ void Janitor::watchDisplay(int number) {
 }
 
 void Janitor::tell(const Message& message) {
-    while (::write(pipe_.get(), &message, sizeof message) < 0 && errno == EINTR) {
+    while (::write(pipe_.number(), &message, sizeof message) < 0 && errno == EINTR) {
     }
 }
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <span>
 
-#include "tests/support/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavrel::support {
 

@@ -9,9 +9,9 @@
 #include <optional>
 #include <stdexcept>
 
+#include "platform/posix/Pipe.h"
 #include "tests/support/AccessibilityBus.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/FileDescriptor.h"
 
 namespace tavrel::support {
 
@@ -68,10 +68,10 @@ std::string serverProgram() {
 std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
     std::string text;
     while (text.empty() || text.back() != '\n') {
-        pollfd ready{pipe.get(), POLLIN, 0};
+        pollfd ready{pipe.number(), POLLIN, 0};
         char character = 0;
         if (::poll(&ready, 1, static_cast<int>(generousBound.count())) <= 0 ||
-            ::read(pipe.get(), &character, 1) != 1) {
+            ::read(pipe.number(), &character, 1) != 1) {
             return std::nullopt;
         }
         text.push_back(character);
@@ -137,7 +137,7 @@ void VirtualDesktop::startServer(const Options& options) {
     server.command.insert(server.command.end(), options.serverArguments.begin(),
                           options.serverArguments.end());
     server.standardError = folder_.path() / "xorg.err";
-    server.descriptorThree = number.writeEnd.get();
+    server.descriptorThree = number.writeEnd.number();
     server_ = std::make_unique<ChildProcess>(server);
     janitor_.watchGroup(server_->pid());
     number.writeEnd.close();

@@ -12,7 +12,7 @@
 #include <system_error>
 #include <thread>
 
-#include "tests/support/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavrel::x11 {
 namespace {
@@ -28,8 +28,8 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
         auto* generic = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_.get(), generic, size) != 0 || ::listen(socket_.get(), 16) != 0 ||
-            ::getsockname(socket_.get(), generic, &size) != 0) {
+        if (::bind(socket_.number(), generic, size) != 0 || ::listen(socket_.number(), 16) != 0 ||
+            ::getsockname(socket_.number(), generic, &size) != 0) {
             throw std::system_error(errno, std::generic_category(), "listening");
         }
         constexpr int firstDisplaysPort = 6000;
@@ -49,15 +49,15 @@ public:
 private:
     void hangUpOnEveryone() {
         while (!stop_) {
-            pollfd ready{socket_.get(), POLLIN, 0};
+            pollfd ready{socket_.number(), POLLIN, 0};
             if (::poll(&ready, 1, 10) == 1) {
-                ::close(::accept(socket_.get(), nullptr, nullptr));
+                ::close(::accept(socket_.number(), nullptr, nullptr));
                 ++calls_;
             }
         }
     }
 
-    support::FileDescriptor socket_;
+    FileDescriptor socket_;
     std::string displayName_;
     std::atomic<int> calls_ = 0;
     std::atomic<bool> stop_ = false;
