@@ -36,8 +36,8 @@ std::string script(const std::string& command) {
 TEST(Workflow, parsesAndRunsOnTheSystemsThatWeSupport) {
     ASSERT_TRUE(jobs().IsMap());
     EXPECT_EQ(jobs()["mac"]["runs-on"].as<std::string>(), "macos-15");
-    EXPECT_EQ(jobs()["ubuntu"]["runs-on"].as<std::string>(), "ubuntu-24.04");
     EXPECT_NE(commands(jobs()["debian"]).at(0).find(" debian:12 "), std::string::npos);
+    EXPECT_NE(commands(jobs()["ubuntu"]).at(0).find(" ubuntu:latest "), std::string::npos);
     const YAML::Node workflow = YAML::LoadFile(project / ".github/workflows/ci.yml");
     EXPECT_EQ(workflow["permissions"]["contents"].as<std::string>(), "read");
 }

@@ -3,7 +3,6 @@
 namespace tavrel::x11 {
 namespace {
 
-
 class SwitchOffTest : public SwitchFixture {};
 
 TEST_F(SwitchOffTest, LeavesTheRestWhereItIs) {
