@@ -15,10 +15,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # False alarms of GCC 12 on "text" + std::to_string(…) when optimising (GCC bug 105651).
   target_compile_options(tavrel_options INTERFACE -Wno-restrict)
 endif()
-if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-  # What the linter would take a minute and more to say.
-  target_compile_options(tavrel_options INTERFACE -Wreserved-identifier)
-endif()
 if(TAVREL_WARNINGS_AS_ERRORS)
   target_compile_options(tavrel_options INTERFACE -Werror)
 endif()

@@ -25,7 +25,7 @@ public:
     /// Takes the focus, with a ring or without.
     void takeFocus(bool showingRing);
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const final;
 
 protected:
     Control(const QSize& faceSize, QWidget* parent);

@@ -25,19 +25,18 @@ DisplayControlView::DisplayControlView(std::shared_ptr<DisplayController> contro
             [this] { controller_->refresh(std::nullopt); });
     connect(footer_.wakeButton(), &QAbstractButton::clicked, this,
             [this] { controller_->wakeAll(); });
-    subscription_ = controller_->objectWillChange().subscribe([this] { rebuildSoon(); });
+    // However much changes in one turn of the main loop, one rebuild follows it.
+    rebuildTimer_.setSingleShot(true);
+    connect(&rebuildTimer_, &QTimer::timeout, this, &DisplayControlView::rebuild);
+    subscription_ = controller_->objectWillChange().subscribe([this] {
+        if (!rebuildTimer_.isActive()) {
+            rebuildTimer_.start(0);
+        }
+    });
     rebuild();
 }
 
-void DisplayControlView::rebuildSoon() {
-    if (!rebuildIsPending_) {
-        rebuildIsPending_ = true;
-        QMetaObject::invokeMethod(this, &DisplayControlView::rebuild, Qt::QueuedConnection);
-    }
-}
-
 void DisplayControlView::rebuild() {
-    rebuildIsPending_ = false;
     const bool isEmpty = controller_->displays().empty();
     const bool isRefreshing = controller_->isRefreshing();
 

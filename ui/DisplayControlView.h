@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 #include <memory>
 
@@ -41,7 +42,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void rebuildSoon();
     void rebuild();
     std::vector<DisplayRow::Inputs> rowInputs() const;
     void orderFocus();
@@ -54,7 +54,7 @@ private:
     RowList* rows_;
     Footer footer_;
     FocusKeeper focus_{*this};
-    bool rebuildIsPending_ = false;
+    QTimer rebuildTimer_;
     ObjectWillChange::Subscription subscription_;
 };
 

@@ -16,7 +16,7 @@ public:
 
     bool isSpinning() const { return timer_.isActive(); }
 
-    QSize sizeHint() const override { return {side, side}; }
+    QSize sizeHint() const final { return {side, side}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
