@@ -33,8 +33,14 @@ TEST_F(MacBackgroundQueueTest, runsJobsOnTheQueueForWorkThatTheUserInitiated) {
 
 TEST_F(MacBackgroundQueueTest, aJobThatBlocksDoesNotHoldUpOthers) {
     std::promise<void> second;
-    queue->async([&] { second.get_future().wait(); });
+    std::promise<void> firstEnded;
+    queue->async([&] {
+        second.get_future().wait();
+        firstEnded.set_value();
+    });
     queue->async([&] { second.set_value(); });
+    // The queue's end would drop a second job that has not started yet.
+    firstEnded.get_future().wait();
     queue.reset();
 }
 
