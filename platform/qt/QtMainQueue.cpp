@@ -100,6 +100,9 @@ void QtMainQueue::runNextTask() {
     Task task;
     {
         const std::lock_guard lock(mutex_);
+        if (tasks_.empty()) {
+            return;  // dropped after its event was posted
+        }
         task = std::move(tasks_.front());
         tasks_.pop_front();
     }

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -59,7 +58,8 @@ protected:
         EXPECT_EQ(session.application().process().waitForEnd(),
                   (ChildProcess::Ending{0, std::nullopt}));
         EXPECT_EQ(desktop.monitors(), before);
-        EXPECT_THAT(session.application().process().livingGroup(), testing::IsEmpty());
+        EXPECT_TRUE(
+            waitUntil([&] { return session.application().process().livingGroup().empty(); }));
         EXPECT_TRUE(waitUntil([&] { return guardsAt(desktop).empty(); }));
         EXPECT_EQ(session.application().standardError(), "");
     }
