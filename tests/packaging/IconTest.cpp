@@ -1,19 +1,29 @@
 #include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
 
 #include <QDir>
 #include <QImage>
-#include <QProcess>
 #include <QTemporaryDir>
+
+extern char** environ;  // NOLINT(*-avoid-non-const-global-variables): the system's.
 
 namespace tavrel {
 namespace {
 
-int run(const QStringList& arguments) {
-    QProcess program;
-    program.start(QStringLiteral(ICON_PROGRAM), arguments);
-    return program.waitForFinished() && program.exitStatus() == QProcess::NormalExit
-               ? program.exitCode()
-               : -1;
+/// The exit code of the program, or -1. Not by QProcess, whose way of starting programs the
+/// thread sanitizer cannot follow.
+int run(const QString& picture, const QString& set) {
+    QByteArray program(ICON_PROGRAM);
+    QByteArray from = picture.toUtf8();
+    QByteArray to = set.toUtf8();
+    char* const arguments[] = {program.data(), from.data(), to.data(), nullptr};
+    pid_t pid = -1;
+    int status = -1;
+    const bool hasRun =
+        ::posix_spawn(&pid, program.data(), nullptr, nullptr, arguments, environ) == 0 &&
+        ::waitpid(pid, &status, 0) == pid;
+    return hasRun && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 const QString svg = QStringLiteral(PROJECT_FOLDER "/packaging/Tavrel.svg");
@@ -29,7 +39,7 @@ protected:
 };
 
 TEST_F(IconTest, isDrawnInAllTheSizesThatASetHas) {
-    ASSERT_EQ(run({svg, set}), 0);
+    ASSERT_EQ(run(svg, set), 0);
     EXPECT_EQ(QDir(set).entryList(QDir::Files).size(), 10);
     for (const int points : {16, 32, 128, 256, 512}) {
         const QString name = QStringLiteral("%1x%1").arg(points);
@@ -39,7 +49,7 @@ TEST_F(IconTest, isDrawnInAllTheSizesThatASetHas) {
 }
 
 TEST_F(IconTest, isIndigoWithALitScreenAndLeavesTheCornersFree) {
-    ASSERT_EQ(run({svg, set}), 0);
+    ASSERT_EQ(run(svg, set), 0);
     const QImage large = picture(QStringLiteral("512x512@2x"));
     EXPECT_EQ(qAlpha(large.pixel(20, 20)), 0);
     EXPECT_EQ(qAlpha(large.pixel(1003, 1003)), 0);
@@ -52,18 +62,18 @@ TEST_F(IconTest, isIndigoWithALitScreenAndLeavesTheCornersFree) {
 }
 
 TEST_F(IconTest, isRecognisableAtItsSmallestToo) {
-    ASSERT_EQ(run({svg, set}), 0);
+    ASSERT_EQ(run(svg, set), 0);
     const QImage small = picture(QStringLiteral("16x16"));
     EXPECT_GT(small.pixelColor(4, 8).lightness(), small.pixelColor(12, 5).lightness() + 60);
 }
 
 TEST_F(IconTest, whatIsNoPictureMakesNoIcon) {
-    EXPECT_EQ(run({QStringLiteral(PROJECT_FOLDER "/CMakeLists.txt"), set}), 1);
+    EXPECT_EQ(run(QStringLiteral(PROJECT_FOLDER "/CMakeLists.txt"), set), 1);
     EXPECT_FALSE(QDir(set).exists());
 }
 
 TEST_F(IconTest, aFolderThatCannotBeMadeIsAnError) {
-    EXPECT_EQ(run({svg, svg + QStringLiteral("/below")}), 1);
+    EXPECT_EQ(run(svg, svg + QStringLiteral("/below")), 1);
 }
 
 }  // namespace
