@@ -55,7 +55,7 @@ ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::st
     if (!file.isOpen()) {
         return errno == ENOENT ? ReadOutcome::absent : ReadOutcome::refused;
     }
-    struct stat status {};
+    struct stat status = {};
     if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return ReadOutcome::unusable;
     }

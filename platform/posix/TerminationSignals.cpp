@@ -25,7 +25,7 @@ void noteSignal(int /*signal*/) {
 }
 
 void handleSignalsWith(void (*handler)(int)) {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);

@@ -26,7 +26,7 @@ protected:
         simulatedMac::takeCalls();
     }
 
-    void refuse(std::int32_t simulatedMac::Refusals::*which, std::int32_t status) {
+    void refuse(simulatedMac::Refusal which, std::int32_t status) {
         mac.with([&](simulatedMac::State& state) { state.refusals.*which = status; });
     }
 

@@ -12,7 +12,7 @@ using namespace std::string_literals;
 using testing::UnorderedElementsAre;
 
 mode_t modeOf(const std::filesystem::path& path) {
-    struct stat status {};
+    struct stat status = {};
     EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
     return status.st_mode & 07777;
 }

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <optional>
 
 namespace tavrel {
 namespace {
@@ -36,7 +37,8 @@ TEST_P(TerminationSignalsTest, LeavesErrnoAsItWas) {
 TEST_P(TerminationSignalsTest, GivesTheDefaultEffectBack) {
     EXPECT_EXIT(
         {
-            { const TerminationSignals signals; }
+            std::optional<TerminationSignals> signals(std::in_place);
+            signals.reset();
             ::raise(GetParam());
         },
         testing::KilledBySignal(GetParam()), "");

@@ -35,6 +35,10 @@ protected:
                   serverStatus::success);
     }
 
+    bool hasCome(const DisplayReport& report) {
+        return support::waitUntil([&] { return recorder.contains(report); });
+    }
+
     /// What has been reported of all that other programs have done so far.
     std::vector<DisplayReport> taken() {
         // A server that answers somebody has sent off all notices of what happened before.
@@ -45,9 +49,7 @@ protected:
         std::vector<DisplayReport> all;
         for (int i = 0; i < 2; ++i) {
             reports.beginConfiguration(marker);
-            EXPECT_TRUE(support::waitUntil([&] {
-                return recorder.contains({marker, beginConfiguration});
-            }));
+            EXPECT_TRUE(hasCome({marker, beginConfiguration}));
             for (const DisplayReport& each : recorder.take()) {
                 if (each.display != marker) {
                     all.push_back(each);
@@ -101,9 +103,7 @@ TEST_F(X11ReconfigurationReportsTest, TellsOfAMonitorThatAppears) {
     EXPECT_THAT(taken(), IsEmpty());
     other.run({"--output", "DUMMY3", "--mode", "1920x1080", "--pos", "5760x0"});
     // Nobody but us made the server look at its connectors since.
-    ASSERT_TRUE(support::waitUntil([&] {
-        return recorder.contains({idOf("DUMMY3"), add | enabled});
-    }));
+    ASSERT_TRUE(hasCome({idOf("DUMMY3"), add | enabled}));
     EXPECT_TRUE(server.isOnline(idOf("DUMMY3")));
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{idOf("DUMMY3"), add | enabled}));
 }

@@ -51,10 +51,6 @@ Manager& manager() {
     return manager;
 }
 
-std::int32_t refusal(std::int32_t Refusals::*which) {
-    return SharedState::ofThisProcess().with([&](State& state) { return state.refusals.*which; });
-}
-
 std::string hex(std::uint32_t number) {
     std::ostringstream text;
     text << "0x" << std::hex << std::uppercase << number;

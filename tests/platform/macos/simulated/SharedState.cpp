@@ -42,7 +42,7 @@ void initialize(pthread_mutex_t& mutex) {
 SharedState::SharedState(const std::filesystem::path& path) {
     const FileDescriptor file(
         path.empty() ? -1 : open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    struct stat status {};
+    struct stat status = {};
     if (!path.empty() && (!file.isOpen() || flock(file.number(), LOCK_EX) != 0 ||
                           fstat(file.number(), &status) != 0)) {
         throw std::runtime_error("no file for a simulated Mac: " + path.string());
@@ -77,6 +77,10 @@ SharedState::Lock::Lock(SharedState& shared) : block_(*shared.block_) {
 
 SharedState::Lock::~Lock() {
     pthread_mutex_unlock(&block_.mutex);
+}
+
+std::int32_t refusal(Refusal which) {
+    return SharedState::ofThisProcess().with([&](State& state) { return state.refusals.*which; });
 }
 
 }  // namespace tavrel::simulatedMac

@@ -51,4 +51,7 @@ private:
     Block* block_;
 };
 
+/// What this process is to be answered now; 0 where it is not to be refused.
+std::int32_t refusal(Refusal which);
+
 }  // namespace tavrel::simulatedMac

@@ -50,6 +50,9 @@ struct Refusals {
     bool synchronize = false;
 };
 
+/// Which kind of call a refusal is about.
+using Refusal = std::int32_t Refusals::*;
+
 /// The private entry points, as bits of a set.
 namespace entryPoint {
 inline constexpr std::uint32_t cgsConfigure = 1;

@@ -32,10 +32,6 @@ Transactions& transactions() {
     return transactions;
 }
 
-std::int32_t refusal(std::int32_t Refusals::*which) {
-    return SharedState::ofThisProcess().with([&](State& state) { return state.refusals.*which; });
-}
-
 /// Takes it out of the open ones; null if it is none of them.
 std::unique_ptr<SimulatedTransaction> close(CGDisplayConfigRef configuration) {
     const std::lock_guard lock(transactions().mutex);
