@@ -53,7 +53,7 @@ void damage(Input& input, std::mt19937& random) {
             break;
         case 3: {
             const Input part(at(), input.end());
-            input.insert(input.end(), part.begin(), part.end());
+            std::copy(part.begin(), part.end(), std::back_inserter(input));
             break;
         }
         default:
