@@ -59,10 +59,18 @@ protected:
 
     std::vector<pid_t> guards() const { return processesOf(STUB_GUARD, entry()); }
 
-    /// The one guard there is, after a moment in which it may still be replaced.
-    pid_t guard() const {
-        EXPECT_TRUE(waitUntil([&] { return guards().size() == 1; }));
-        return guards().at(0);
+    /// The one guard there is, after a moment in which it may still be replaced; 0 when it
+    /// is none or stays `former`.
+    pid_t guard(pid_t former = 0) const {
+        pid_t found = 0;
+        // Decided by one look: in the next one another may be there, or none.
+        waitUntil([&] {
+            const std::vector<pid_t> now = guards();
+            found = now.size() == 1 && now[0] != former ? now[0] : 0;
+            return found != 0;
+        });
+        EXPECT_NE(found, 0);
+        return found;
     }
 
     bool allComeOn() {
@@ -137,7 +145,7 @@ TEST_F(OrphanTest, aKilledGuardIsReplacedAtOnceAndTheNewOneKnowsWhatIsOff) {
     EXPECT_EQ(tell("off 1"), 0);
     const pid_t first = guard();
     kill(first, SIGKILL);
-    ASSERT_TRUE(waitUntil([&] { return guards().size() == 1 && guards().at(0) != first; }));
+    ASSERT_NE(guard(first), 0);
     EXPECT_EQ(displays.onCount(), 3);
     // Answers only once the replacement is complete.
     EXPECT_EQ(tell("off 9"), 1001);
