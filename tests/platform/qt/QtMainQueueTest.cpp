@@ -109,5 +109,14 @@ TEST_F(QtMainQueueTest, droppedTasksAreDestroyedNotRun) {
     EXPECT_TRUE(log.empty());
 }
 
+TEST_F(QtMainQueueTest, whatADroppedTaskAddsOnItsWayOutIsDroppedToo) {
+    std::shared_ptr<void> last(nullptr, [this](void*) { queue.async(note("never")); });
+    queue.async([last = std::move(last)] {});
+    queue.dropTasks();
+    queue.async(stop());
+    run();
+    EXPECT_TRUE(log.empty());
+}
+
 }  // namespace
 }  // namespace tavrel
