@@ -20,11 +20,10 @@ std::filesystem::path guardExecutable() {
            "tavrel-guard";
 }
 
-guard::KeeperSurroundings surroundings(System& system) {
-    return {.startGuard =
-                [executable = guardExecutable()] { return guard::GuardProcess::start(executable); },
-            .willSwitch = [&system](DisplayID display,
-                                    bool enabled) { system.announceChange(display, enabled); }};
+guard::KeeperSurroundings surroundings() {
+    return {.startGuard = [executable = guardExecutable()] {
+        return guard::GuardProcess::start(executable);
+    }};
 }
 
 }  // namespace
@@ -32,7 +31,7 @@ guard::KeeperSurroundings surroundings(System& system) {
 struct Composition::Parts {
     std::unique_ptr<System> system = System::make();
     SystemWallClock wallClock;
-    guard::GuardedLifecycle guarded{system->lifecycle(), surroundings(*system)};
+    guard::GuardedLifecycle guarded{system->lifecycle(), surroundings()};
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     QueuedNotificationCenter notificationCenter{mainQueue};

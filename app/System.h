@@ -31,10 +31,6 @@ public:
     virtual ReconfigurationReports& reports() = 0;
     virtual UserDefaults& userDefaults() = 0;
 
-    /// To be called before another process is asked to switch, from any thread: where the
-    /// server says nothing of what that one begins, the reports say it then.
-    virtual void announceChange(DisplayID display, bool enabled) = 0;
-
     /// Both may use this object, and the hot keys the queue, until they are destroyed.
     virtual std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) = 0;
     virtual std::unique_ptr<BackgroundQueue> makeBackgroundQueue() = 0;

@@ -19,9 +19,6 @@ public:
     ReconfigurationReports& reports() override { return reports_; }
     UserDefaults& userDefaults() override { return userDefaults_; }
 
-    /// The server itself reports to this process what the guard's process begins.
-    void announceChange(DisplayID /*display*/, bool /*enabled*/) override {}
-
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& /*mainQueue*/) override {
         return std::make_unique<MacHotKeys>();
     }

@@ -19,10 +19,6 @@ public:
     ReconfigurationReports& reports() override { return reports_; }
     UserDefaults& userDefaults() override { return userDefaults_; }
 
-    void announceChange(DisplayID display, bool enabled) override {
-        windowServer_.announceChange(display, enabled);
-    }
-
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) override {
         return std::make_unique<X11HotKeys>(mainQueue);
     }
@@ -33,7 +29,7 @@ public:
 private:
     FileUserDefaults userDefaults_{defaultsPath()};
     X11ReconfigurationReports reports_;
-    X11WindowServer windowServer_{userDefaults_, &reports_};
+    X11WindowServer windowServer_{userDefaults_};
 };
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/x11/DisplayIdentifiers.h"
-#include "platform/x11/X11ReconfigurationReports.h"
 #include "platform/x11/X11WindowServer.h"
 #include "tests/platform/guard/SharedDisplays.h"
 #include "tests/support/TemporaryFolder.h"
@@ -95,12 +94,9 @@ Milliseconds compareOnMemory(const std::filesystem::path& folder) {
 
 Milliseconds compareOnServer() {
     FileUserDefaults store(defaultsPath());
-    X11ReconfigurationReports reports;
-    X11WindowServer server(store, &reports);
+    X11WindowServer server(store);
     guard::GuardedLifecycle guarded(
-        server, {.startGuard = [] { return guard::GuardProcess::start(TAVREL_GUARD); },
-                 .willSwitch = [&](DisplayID display,
-                                   bool enabled) { server.announceChange(display, enabled); }});
+        server, {.startGuard = [] { return guard::GuardProcess::start(TAVREL_GUARD); }});
     const DisplayID display = x11::stableHash("DUMMY1/0/0/0");
     const Milliseconds overhead = compare("X server", server, guarded, display, 200);
     guarded.goodbye();

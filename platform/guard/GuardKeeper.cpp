@@ -12,9 +12,6 @@ GuardKeeper::GuardKeeper(DisplayLifecycle& inner, KeeperSurroundings surrounding
 }
 
 ServerStatus GuardKeeper::setDisplayEnabled(DisplayID display, bool enabled) {
-    if (guard_ && surroundings_.willSwitch) {
-        surroundings_.willSwitch(display, enabled);
-    }
     return enabled ? switchOn(display) : switchOff(display);
 }
 

@@ -20,10 +20,6 @@ struct KeeperSurroundings {
     std::function<std::chrono::nanoseconds()> now = [] {
         return std::chrono::steady_clock::now().time_since_epoch();
     };
-    /// Called before a guard is asked to switch, since this process will not see a begin
-    /// report of a change that another one makes. Not called for changes made in-process.
-    /// May be empty.
-    std::function<void(DisplayID, bool enabled)> willSwitch = {};
     /// How long a guard may keep a request waiting before it counts as dead. Above what the
     /// slowest server is given.
     std::chrono::milliseconds patience{30'000};

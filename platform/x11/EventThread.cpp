@@ -25,7 +25,7 @@ EventThread::EventThread(X11ServerOptions options, Client& client)
     std::promise<void> started;
     std::future<void> hasStarted = started.get_future();
     thread_ = std::thread([this, &started] {
-        startedConnected_ = serve() != nullptr;
+        serve();
         started.set_value();
         run();
     });

@@ -41,16 +41,11 @@ public:
     EventThread(const EventThread&) = delete;
     EventThread& operator=(const EventThread&) = delete;
 
-    /// Whether the first attempt made a connection.
-    bool hasStartedConnected() const { return startedConnected_; }
-
     /// Runs `task` on the thread soon, in order. From any thread; does not wait.
     void post(Task task);
 
-    /// Runs the tasks posted so far, now. On the thread only.
-    void runTasks(Connection* connection);
-
 private:
+    void runTasks(Connection* connection);
     void run();
     Connection* serve();
     void wait(Connection* connection);
@@ -59,7 +54,6 @@ private:
     ServerLink link_;
     Client& client_;
     std::uint64_t connectionsServed_ = 0;
-    bool startedConnected_ = false;
 
     std::mutex mutex_;
     std::vector<Task> tasks_;

@@ -73,7 +73,7 @@ LayoutDecision switchGrabbed(LayoutServer& server, DisplayID display, bool enabl
 }  // namespace
 
 ServerStatus switchDisplay(LayoutServer& server, RememberedOutputs& remembered, DisplayID display,
-                           bool enabled, const std::function<void()>& announce) {
+                           bool enabled) {
     const std::vector<RememberedOutput> before = remembered.all();
     Snapshot snapshot;
     const LayoutDecision preview = decide(server, display, enabled, before, snapshot);
@@ -83,7 +83,6 @@ ServerStatus switchDisplay(LayoutServer& server, RememberedOutputs& remembered, 
     if (!enabled) {
         remembered.replace(preview.remembered);
     }
-    announce();
 
     LayoutDecision outcome{.status = serverStatus::notImplemented, .plan = {}, .remembered = {}};
     {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include "platform/DisplayID.h"
 #include "platform/x11/LayoutServer.h"
 #include "platform/x11/RememberedOutputs.h"
@@ -12,10 +10,9 @@ namespace tavrel::x11 {
 /// to the last check, with the server grabbed from decision to check. What is remembered of
 /// the display is stored before it goes off, so that not even a crash in between loses it.
 ///
-/// `announce` is called just before something is going to change; not at all when the
-/// display is as it should be or cannot be switched. Returns 0 or a status; after any
-/// other than 0, the layout and what is remembered are as they were.
+/// Returns 0 or a status; after any other than 0, the layout and what is remembered are as
+/// they were.
 ServerStatus switchDisplay(LayoutServer& server, RememberedOutputs& remembered, DisplayID display,
-                           bool enabled, const std::function<void()>& announce);
+                           bool enabled);
 
 }  // namespace tavrel::x11

@@ -27,12 +27,6 @@ ServerStatus X11ReconfigurationReports::removeCallback(DisplayReconfigurationCal
                                                  : serverStatus::illegalArgument;
 }
 
-void X11ReconfigurationReports::beginConfiguration(DisplayID display) {
-    thread_.post([this, display](x11::Connection*) {
-        callbacks_.call(display, displayChange::beginConfiguration);
-    });
-}
-
 void X11ReconfigurationReports::connected(x11::Connection& connection) {
     canWatch_ = connection.hasRandr();
     if (canWatch_) {
@@ -65,9 +59,6 @@ void X11ReconfigurationReports::settled(x11::Connection& connection) {
     if (!before.has_value()) {
         return;
     }
-    // A change of our own that can be seen now was announced before; so much is certain,
-    // while it may have been announced since the thread last looked.
-    thread_.runTasks(&connection);
     for (const auto& report : x11::reportsBetween(*before, *reported_)) {
         callbacks_.call(report.display, report.flags);
     }

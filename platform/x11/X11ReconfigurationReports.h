@@ -5,7 +5,6 @@
 
 #include "platform/ReconfigurationReports.h"
 #include "platform/x11/CallbackList.h"
-#include "platform/x11/ConfigurationObserver.h"
 #include "platform/x11/EventThread.h"
 #include "platform/x11/ServerOptions.h"
 #include "platform/x11/Snapshot.h"
@@ -16,10 +15,9 @@ namespace tavrel {
 /// of this object's own, one after the other. Changes that follow each other faster than
 /// they can be looked at are reported as one.
 ///
-/// Told of this application's changes beforehand, it reports their beginning, always before
-/// what they lead to. Thread-safe, but not to be destroyed from inside a callback.
+/// RandR says nothing of a change before it is made, so no report of a beginning comes from
+/// here. Thread-safe, but not to be destroyed from inside a callback.
 class X11ReconfigurationReports final : public ReconfigurationReports,
-                                        public X11ConfigurationObserver,
                                         private x11::EventThread::Client {
 public:
     /// Waits for the server at most as long as the options' patience. Without one that has
@@ -29,8 +27,6 @@ public:
     ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
     /// 1001 for a pair that is not registered.
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
-
-    void beginConfiguration(DisplayID display) override;
 
 private:
     void connected(x11::Connection& connection) override;

@@ -24,9 +24,8 @@ std::vector<DisplayID> connectedDisplays(const x11::Snapshot& snapshot) {
 
 }  // namespace
 
-X11WindowServer::X11WindowServer(UserDefaults& store, X11ConfigurationObserver* observer,
-                                 const X11ServerOptions& options)
-    : observer_(observer), questionLink_(options), changeLink_(options), remembered_(store) {}
+X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& options)
+    : questionLink_(options), changeLink_(options), remembered_(store) {}
 
 x11::Connection* X11WindowServer::usableConnection(x11::ServerLink& link) {
     x11::Connection* connection = link.connection();
@@ -96,21 +95,7 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
         return serverStatus::notImplemented;
     }
     x11::RandrLayoutServer server(*connection);
-    return x11::switchDisplay(server, remembered_, display, enabled, [this, display] {
-        if (observer_ != nullptr) {
-            observer_->beginConfiguration(display);
-        }
-    });
-}
-
-void X11WindowServer::announceChange(DisplayID display, bool enabled) {
-    const std::optional<x11::Snapshot> snapshot = ask();
-    const x11::Output* output =
-        snapshot.has_value() ? x11::connectedOutput(*snapshot, display) : nullptr;
-    const bool changes = output != nullptr && (snapshot->activeCrtc(*output) != nullptr) != enabled;
-    if (changes && observer_ != nullptr) {
-        observer_->beginConfiguration(display);
-    }
+    return x11::switchDisplay(server, remembered_, display, enabled);
 }
 
 bool X11WindowServer::isBuiltIn(DisplayID display) {

@@ -5,7 +5,6 @@
 
 #include "platform/DisplayLifecycle.h"
 #include "platform/DisplayQueries.h"
-#include "platform/x11/ConfigurationObserver.h"
 #include "platform/x11/RememberedOutputs.h"
 #include "platform/x11/ServerLink.h"
 #include "platform/x11/ServerOptions.h"
@@ -24,14 +23,8 @@ namespace tavrel {
 /// RandR is such a one too, except that it has an online list: an empty one.
 class X11WindowServer : public DisplayLifecycle, public DisplayQueries {
 public:
-    /// Keeps in `store` how displays were when switched off, and tells `observer`, which may
-    /// be null, before each change made here. Both are the caller's and must outlive this.
-    explicit X11WindowServer(UserDefaults& store, X11ConfigurationObserver* observer = nullptr,
-                             const X11ServerOptions& options = {});
-
-    /// Tells the observer that another process is about to make this change for us, just as
-    /// it is told of changes made here: not when there is nothing to change.
-    void announceChange(DisplayID display, bool enabled);
+    /// Keeps in `store`, which must outlive this, how displays were when switched off.
+    explicit X11WindowServer(UserDefaults& store, const X11ServerOptions& options = {});
 
     bool canControlDisplays() override;
     ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
@@ -52,8 +45,6 @@ private:
     std::optional<x11::Snapshot> ask();
     bool isWithoutRandr();
     std::optional<x11::Output> find(DisplayID display);
-
-    X11ConfigurationObserver* observer_;
 
     std::mutex questionMutex_;
     x11::ServerLink questionLink_;

@@ -61,11 +61,6 @@ protected:
         if (!keeper_) {
             keeper_.emplace(inner, KeeperSurroundings{.startGuard = [this] { return start(); },
                                                       .now = [this] { return now; },
-                                                      .willSwitch =
-                                                          [this](DisplayID display, bool enabled) {
-                                                              announced.emplace_back(display,
-                                                                                     enabled);
-                                                          },
                                                       .patience = patience});
         }
         return *keeper_;
@@ -134,7 +129,6 @@ protected:
     PuppetGuard* puppet = nullptr;
     std::deque<Fate> fates;
     std::vector<std::pair<DisplayID, bool>> asked;
-    std::vector<std::pair<DisplayID, bool>> announced;
     /// Of the guard that was started last.
     std::shared_ptr<Lifeline> latest;
 
@@ -149,12 +143,6 @@ TEST_F(GuardKeeperTest, theGuardSwitchesAndItsStatusComesBack) {
     EXPECT_THAT(asked, ElementsAre(Pair(1, false), Pair(9, false), Pair(1, true)));
     EXPECT_THAT(inner.changes, IsEmpty());
     EXPECT_EQ(starts, 1);
-}
-
-TEST_F(GuardKeeperTest, eachChangeIsAnnouncedOnceBeforeTheGuardIsAsked) {
-    keeper().setDisplayEnabled(1, false);
-    keeper().setDisplayEnabled(1, true);
-    EXPECT_THAT(announced, ElementsAre(Pair(1, false), Pair(1, true)));
 }
 
 TEST_F(GuardKeeperTest, theGuardBringsBackWhatIsOffWhenTheApplicationIsGone) {
@@ -312,7 +300,6 @@ TEST_F(GuardKeeperTest, whereNoGuardCanBeStartedThisProcessSwitches) {
     EXPECT_FALSE(isOn(1));
     EXPECT_EQ(starts, 3);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false)));
-    EXPECT_THAT(announced, IsEmpty()) << "changes made here announce themselves";
 }
 
 TEST_F(GuardKeeperTest, anAnswerToAnotherRequestIsNoAnswer) {

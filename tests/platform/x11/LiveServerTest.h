@@ -18,7 +18,7 @@ namespace tavrel {
 class LiveServerTest : public testing::Test {
 protected:
     explicit LiveServerTest(const support::VirtualDesktop::Options& options = {})
-        : desktop(options), server(store, nullptr, {.displayName = desktop.displayName()}) {}
+        : desktop(options), server(store, {.displayName = desktop.displayName()}) {}
 
     /// The dummy driver's monitors have no EDID.
     static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }

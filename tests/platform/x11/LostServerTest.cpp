@@ -101,8 +101,7 @@ TEST_F(LostServerTest, AServerKilledInTheMiddleOfThingsIsAStatus) {
 
 TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
     X11WindowServer impatient(
-        store, nullptr,
-        {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+        store, {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
     ASSERT_EQ(impatient.setDisplayEnabled(middle, false), serverStatus::success);
     ASSERT_TRUE(impatient.isOnline(middle));
     const pid_t process = serverProcess();
@@ -112,8 +111,7 @@ TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
     expectNothingButRefusals(impatient, middle);
     // One that never got to know the server while it spoke.
     X11WindowServer newcomer(
-        store, nullptr,
-        {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+        store, {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
     expectNothingButRefusals(newcomer, middle);
     ::kill(process, SIGCONT);
 
@@ -127,7 +125,7 @@ TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
 
 TEST(NoServerTest, IsAStatus) {
     SimulatedUserDefaults store;
-    X11WindowServer server(store, nullptr, {.displayName = ":4093"});
+    X11WindowServer server(store, {.displayName = ":4093"});
     expectNothingButRefusals(server, 1);
     EXPECT_LT(timeOfRefusals(server), std::chrono::seconds(20));
     EXPECT_EQ(store.writes(), 0U);
@@ -136,7 +134,7 @@ TEST(NoServerTest, IsAStatus) {
 TEST(NoServerTest, ANonsensicalNameIsAStatus) {
     SimulatedUserDefaults store;
     for (const char* name : {"", "nonsense", ":0.99999", "::::", ":-1"}) {
-        X11WindowServer server(store, nullptr, {.displayName = name});
+        X11WindowServer server(store, {.displayName = name});
         expectNothingButRefusals(server, 1);
     }
 }
@@ -144,7 +142,7 @@ TEST(NoServerTest, ANonsensicalNameIsAStatus) {
 TEST(NoRandrTest, IsAStatusAndAnEmptyOnlineList) {
     const VirtualDesktop desktop({.randr = false});
     SimulatedUserDefaults store;
-    X11WindowServer server(store, nullptr, {.displayName = desktop.displayName()});
+    X11WindowServer server(store, {.displayName = desktop.displayName()});
     expectNothingKnown(server, 1);
     DisplayID list = 77;
     std::uint32_t count = 78;

@@ -81,7 +81,7 @@ TEST_F(SharedServerTest, AQuestionWaitsForAnotherClientsGrabAndIsAnswered) {
 
 TEST_F(SharedServerTest, ManyThreadsMaySwitchAndAsk) {
     const std::vector<support::Monitor> before = desktop.monitors();
-    X11WindowServer second(store, nullptr, {.displayName = desktop.displayName()});
+    X11WindowServer second(store, {.displayName = desktop.displayName()});
     std::vector<std::thread> threads;
     for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
         threads.emplace_back([&, display = idOf(name)] {

@@ -29,6 +29,9 @@ std::optional<Snapshot> SimulatedRandr::read() {
 }
 
 bool SimulatedRandr::grab() {
+    if (beforeGrab) {
+        beforeGrab();
+    }
     isGrabbed = !isGone;
     ++grabs;
     return isGrabbed;

@@ -33,6 +33,8 @@ public:
     /// Takes the settings of CRTCs and does nothing about them.
     bool ignoresCrtcs = false;
     bool isGone = false;
+    /// Called when the server is about to be grabbed.
+    std::function<void()> beforeGrab;
     /// Before the first reading with the server grabbed, another client does this.
     std::function<void(Snapshot&)> lastMinuteChange;
 

@@ -66,7 +66,6 @@ TEST_F(SwitchFailureTest, AServerThatIsGoneOffersNoControl) {
     server.isGone = true;
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
     EXPECT_EQ(on("B"), serverStatus::notImplemented);
-    EXPECT_EQ(announcements, 0);
 }
 
 TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
@@ -74,9 +73,9 @@ TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
     EXPECT_TRUE(remembered.all().empty());
     server.isGone = false;
-    const DisplayID display = displayNamed(server.state, "B");
-    EXPECT_EQ(switchDisplay(server, remembered, display, false, [&] { server.isGone = true; }),
-              serverStatus::notImplemented);
+
+    server.beforeGrab = [this] { server.isGone = true; };
+    EXPECT_EQ(off("B"), serverStatus::notImplemented);
 }
 
 TEST_F(SwitchFailureTest, AMonitorPulledInTheMiddleIsUnknown) {

@@ -32,12 +32,10 @@ protected:
     SimulatedRandr server{SnapshotBuilder().build()};
     SimulatedUserDefaults store;
     RememberedOutputs remembered{store};
-    int announcements = 0;
 
 private:
     ServerStatus switchTo(const std::string& name, bool enabled) {
-        return switchDisplay(server, remembered, displayNamed(server.state, name), enabled,
-                             [this] { ++announcements; });
+        return switchDisplay(server, remembered, displayNamed(server.state, name), enabled);
     }
 };
 

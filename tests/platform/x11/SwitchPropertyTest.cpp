@@ -96,7 +96,7 @@ TEST_P(SwitchPropertyTest, EverySwitchKeepsTheRestAndEveryRefusalKeepsAll) {
 
         const Snapshot before = server.state;
         const auto memory = remembered.all();
-        const ServerStatus status = switchDisplay(server, remembered, display, enable, [] {});
+        const ServerStatus status = switchDisplay(server, remembered, display, enable);
         const Snapshot& after = server.state;
 
         expectSound(after);
@@ -122,11 +122,9 @@ TEST_P(SwitchPropertyTest, EverySwitchKeepsTheRestAndEveryRefusalKeepsAll) {
         if (!enable && after != before && !refuses) {
             // Straight back on, it is as if nothing had happened.
             server.refusals = 0;
-            ASSERT_EQ(switchDisplay(server, remembered, display, true, [] {}),
-                      serverStatus::success);
+            ASSERT_EQ(switchDisplay(server, remembered, display, true), serverStatus::success);
             EXPECT_EQ(server.state, before);
-            ASSERT_EQ(switchDisplay(server, remembered, display, false, [] {}),
-                      serverStatus::success);
+            ASSERT_EQ(switchDisplay(server, remembered, display, false), serverStatus::success);
         }
         if (HasFailure()) {
             return;

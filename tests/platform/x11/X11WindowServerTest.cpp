@@ -184,7 +184,7 @@ TEST_F(X11WindowServerTest, AnotherRunRestoresWhatThisOneSwitchedOff) {
     other.setMode("DUMMY1", "1280x1024");
     const std::vector<Monitor> before = desktop.monitors();
     ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
-    X11WindowServer nextRun(store, nullptr, {.displayName = desktop.displayName()});
+    X11WindowServer nextRun(store, {.displayName = desktop.displayName()});
     ASSERT_EQ(nextRun.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
     EXPECT_EQ(desktop.monitors(), before);
 }
@@ -196,7 +196,7 @@ TEST_F(X11WindowServerTest, ANewServerGetsBackWhatAnEarlierOneHad) {
 
     const support::VirtualDesktop later;
     later.otherClient().switchOff("DUMMY1");
-    X11WindowServer laterServer(store, nullptr, {.displayName = later.displayName()});
+    X11WindowServer laterServer(store, {.displayName = later.displayName()});
     ASSERT_EQ(laterServer.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
     EXPECT_EQ(later.monitor("DUMMY1"), was);
 }
