@@ -1,8 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "controller/WakeAllNotification.h"
-#include "platform/DisplayLifecycle.h"
 #include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/NotificationCenter.h"
 #include "registry/DisplayRegistry.h"
 
@@ -30,9 +30,11 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::applicationWillTerminate() {
+    auto moment = platform_.queries.now();
     for (const StoredDisplay& display : DisplayRegistry::knownDisplays(platform_.userDefaults)) {
-        if (!platform_.queries.isActive(display.id)) {
-            platform_.lifecycle.setDisplayEnabled(display.id, true);
+        if (!moment->isActive(display.id)) {
+            platform_.displaySwitch.setDisplayEnabled(display.id, true);
+            moment = platform_.queries.now();
         }
     }
     hotKeyRef_.reset();

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "app/System.h"
-#include "platform/QueuedNotificationCenter.h"
+#include "platform/NotificationCenter.h"
 #include "platform/guard/GuardProcess.h"
 #include "platform/guard/GuardedLifecycle.h"
 #include "platform/posix/SystemWallClock.h"
@@ -31,10 +31,10 @@ guard::KeeperSurroundings surroundings() {
 struct Composition::Parts {
     std::unique_ptr<System> system = System::make();
     SystemWallClock wallClock;
-    guard::GuardedLifecycle guarded{system->lifecycle(), surroundings()};
+    guard::GuardedLifecycle guarded{system->displaySwitch(), surroundings()};
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
-    QueuedNotificationCenter notificationCenter{mainQueue};
+    NotificationCenter notificationCenter{mainQueue};
     std::unique_ptr<HotKeys> hotKeys = system->makeHotKeys(mainQueue);
     std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();
 };
@@ -54,9 +54,14 @@ bool Composition::outlivesItsWindow() const {
 
 Platform Composition::platform() {
     System& system = *parts_->system;
-    return {
-        parts_->gate,      system.queries(),  system.reports(),         system.userDefaults(),
-        parts_->wallClock, parts_->mainQueue, *parts_->backgroundQueue, parts_->notificationCenter};
+    return {.displaySwitch = parts_->gate,
+            .queries = system.queries(),
+            .reports = system.reports(),
+            .userDefaults = system.userDefaults(),
+            .wallClock = parts_->wallClock,
+            .mainQueue = parts_->mainQueue,
+            .backgroundQueue = *parts_->backgroundQueue,
+            .notificationCenter = parts_->notificationCenter};
 }
 
 HotKeys& Composition::hotKeys() {

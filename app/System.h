@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "platform/BackgroundQueue.h"
-#include "platform/DisplayLifecycle.h"
 #include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/HotKeys.h"
 #include "platform/MainQueue.h"
 #include "platform/ReconfigurationReports.h"
@@ -26,7 +26,7 @@ public:
     virtual bool outlivesItsWindow() const = 0;
 
     /// They live as long as this object.
-    virtual DisplayLifecycle& lifecycle() = 0;
+    virtual DisplaySwitch& displaySwitch() = 0;
     virtual DisplayQueries& queries() = 0;
     virtual ReconfigurationReports& reports() = 0;
     virtual UserDefaults& userDefaults() = 0;

@@ -14,7 +14,7 @@ class X11System final : public System {
 public:
     bool outlivesItsWindow() const override { return false; }
 
-    DisplayLifecycle& lifecycle() override { return windowServer_; }
+    DisplaySwitch& displaySwitch() override { return windowServer_; }
     DisplayQueries& queries() override { return windowServer_; }
     ReconfigurationReports& reports() override { return reports_; }
     UserDefaults& userDefaults() override { return userDefaults_; }

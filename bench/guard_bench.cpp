@@ -53,7 +53,7 @@ void print(const std::string& what, Timings& timings) {
               << timings.all.size() << " times\n";
 }
 
-void switchOrStop(DisplayLifecycle& lifecycle, DisplayID display, bool enabled) {
+void switchOrStop(DisplaySwitch& lifecycle, DisplayID display, bool enabled) {
     if (lifecycle.setDisplayEnabled(display, enabled) != serverStatus::success) {
         std::cerr << "a switch failed\n";
         std::exit(EXIT_FAILURE);
@@ -61,8 +61,8 @@ void switchOrStop(DisplayLifecycle& lifecycle, DisplayID display, bool enabled) 
 }
 
 /// Switches one display off and on by turns through either; returns the overhead.
-Milliseconds compare(const std::string& where, DisplayLifecycle& unguarded,
-                     DisplayLifecycle& guarded, DisplayID display, int rounds) {
+Milliseconds compare(const std::string& where, DisplaySwitch& unguarded, DisplaySwitch& guarded,
+                     DisplayID display, int rounds) {
     Timings plain;
     Timings withGuard;
     for (int round = 0; round < rounds; ++round) {

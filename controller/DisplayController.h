@@ -10,6 +10,7 @@
 #include "controller/ObjectWillChange.h"
 #include "display/DisplayDevice.h"
 #include "display/DisplayError.h"
+#include "platform/DisplayQueries.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
@@ -109,8 +110,8 @@ private:
     void verifyRestoration(const std::vector<StoredDisplay>& candidates,
                            const std::string& successMessage);
 
-    /// Online and active, by the platform's live answers. From any thread.
-    bool isLive(DisplayID display) const;
+    /// Online and active, by the platform's own answers. From any thread.
+    static bool isLive(DisplayMoment& moment, DisplayID display);
     bool anyIsLive(const std::vector<StoredDisplay>& displays) const;
     bool anyOtherDisplayIsLive(const DisplayDevice& display) const;
 

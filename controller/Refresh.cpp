@@ -17,8 +17,8 @@ using ErrorText = std::string;
 
 std::variant<Displays, ErrorText> fetch(const Platform& platform) {
     try {
-        return DisplayIntegration::fetchDisplays(platform.lifecycle, platform.queries,
-                                                 platform.userDefaults, platform.wallClock);
+        return DisplayIntegration::fetchDisplays(platform.queries, platform.userDefaults,
+                                                 platform.wallClock);
     } catch (const std::exception& error) {
         return ErrorText(error.what());
     }

@@ -4,7 +4,8 @@
 
 #include "controller/DisplayController.h"
 #include "platform/BackgroundQueue.h"
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 #include "registry/DisplayRegistry.h"
 
 namespace tavrel {
@@ -38,9 +39,11 @@ void DisplayController::restoreSafeLayout(const std::string& successMessage) {
     setStatusMessage("Display setup changed — restoring a safe layout…");
 
     platform_.backgroundQueue.async([self = shared_from_this(), candidates, successMessage] {
+        auto moment = self->platform_.queries.now();
         for (const StoredDisplay& candidate : candidates) {
-            if (!self->isLive(candidate.id)) {
-                self->platform_.lifecycle.setDisplayEnabled(candidate.id, true);
+            if (!isLive(*moment, candidate.id)) {
+                self->platform_.displaySwitch.setDisplayEnabled(candidate.id, true);
+                moment = self->platform_.queries.now();
             }
         }
         self->platform_.mainQueue.asyncAfter(

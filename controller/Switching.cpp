@@ -7,7 +7,8 @@
 #include "controller/DisplayController.h"
 #include "display/DisplayError.h"
 #include "platform/BackgroundQueue.h"
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel {
 
@@ -16,12 +17,12 @@ namespace {
 /// How long reports of added and removed displays are taken for echoes of our own switch.
 constexpr double suppressionSeconds = 2.0;
 
-std::optional<DisplayError> switchDisplay(DisplayLifecycle& lifecycle, DisplayID display,
+std::optional<DisplayError> switchDisplay(DisplaySwitch& displaySwitch, DisplayID display,
                                           bool isOn) {
-    if (!lifecycle.canControlDisplays()) {
+    if (!displaySwitch.canSwitch()) {
         return DisplayError::lifecycleUnavailable();
     }
-    const ServerStatus status = lifecycle.setDisplayEnabled(display, isOn);
+    const ServerStatus status = displaySwitch.setDisplayEnabled(display, isOn);
     if (status != serverStatus::success) {
         return DisplayError::lifecycleFailed(status);
     }
@@ -46,7 +47,7 @@ void DisplayController::set(const DisplayDevice& display, bool isOn) {
     setStatusMessage((isOn ? "Waking " : "Turning off ") + display.name() + "…");
 
     platform_.backgroundQueue.async([self = shared_from_this(), display, isOn] {
-        const auto error = switchDisplay(self->platform_.lifecycle, display.displayID(), isOn);
+        const auto error = switchDisplay(self->platform_.displaySwitch, display.displayID(), isOn);
         self->platform_.mainQueue.async([weak = std::weak_ptr(self), display, isOn, error] {
             if (const auto controller = weak.lock()) {
                 controller->finishSwitch(display, isOn, error);
@@ -72,8 +73,9 @@ void DisplayController::finishSwitch(const DisplayDevice& display, bool isOn,
 }
 
 bool DisplayController::anyOtherDisplayIsLive(const DisplayDevice& display) const {
+    const auto moment = platform_.queries.now();
     return std::any_of(displays_.begin(), displays_.end(), [&](const DisplayDevice& other) {
-        return other.id() != display.id() && isLive(other.displayID());
+        return other.id() != display.id() && isLive(*moment, other.displayID());
     });
 }
 

@@ -17,13 +17,14 @@ void DisplayController::ensureAtLeastOneUsableDisplay() {
     }
 }
 
-bool DisplayController::isLive(DisplayID display) const {
-    return platform_.queries.isOnline(display) && platform_.queries.isActive(display);
+bool DisplayController::isLive(DisplayMoment& moment, DisplayID display) {
+    return moment.isOnline(display) && moment.isActive(display);
 }
 
 bool DisplayController::anyIsLive(const std::vector<StoredDisplay>& displays) const {
+    const auto moment = platform_.queries.now();
     return std::any_of(displays.begin(), displays.end(),
-                       [&](const StoredDisplay& display) { return isLive(display.id); });
+                       [&](const StoredDisplay& display) { return isLive(*moment, display.id); });
 }
 
 }  // namespace tavrel

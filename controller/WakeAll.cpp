@@ -5,19 +5,19 @@
 
 #include "controller/DisplayController.h"
 #include "platform/BackgroundQueue.h"
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel {
 
 namespace {
 
 /// Enables each display, one after the other; returns the names of those that failed.
-std::vector<std::string> wake(DisplayLifecycle& lifecycle,
+std::vector<std::string> wake(DisplaySwitch& displaySwitch,
                               const std::vector<DisplayDevice>& displays) {
     std::vector<std::string> failedNames;
     for (const DisplayDevice& display : displays) {
-        if (!lifecycle.canControlDisplays() ||
-            lifecycle.setDisplayEnabled(display.displayID(), true) != serverStatus::success) {
+        if (!displaySwitch.canSwitch() ||
+            displaySwitch.setDisplayEnabled(display.displayID(), true) != serverStatus::success) {
             failedNames.push_back(display.name());
         }
     }
@@ -48,7 +48,7 @@ void DisplayController::wakeAll() {
     setStatusMessage("Waking both displays…");
 
     platform_.backgroundQueue.async([self = shared_from_this(), snapshot] {
-        const auto failedNames = wake(self->platform_.lifecycle, snapshot);
+        const auto failedNames = wake(self->platform_.displaySwitch, snapshot);
         self->platform_.mainQueue.async([weak = std::weak_ptr(self), snapshot, failedNames] {
             if (const auto controller = weak.lock()) {
                 controller->finishWakeAll(snapshot, failedNames);

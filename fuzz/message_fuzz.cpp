@@ -30,16 +30,13 @@ void require(bool holds, const char* what) {
 }
 
 /// Displays below 2^31 can be switched; writes down every attempt.
-class NotedLifecycle : public DisplayLifecycle {
+class NotedLifecycle : public DisplaySwitch {
 public:
     static ServerStatus statusFor(DisplayID display) {
         return display >> 31U == 0 ? serverStatus::success : serverStatus::illegalArgument;
     }
 
-    bool canControlDisplays() override { return true; }
-    ServerStatus getDisplayList(std::uint32_t, DisplayID*, std::uint32_t*) override {
-        return serverStatus::notImplemented;
-    }
+    bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         changes.emplace_back(display, enabled);
         return statusFor(display);

@@ -2,12 +2,12 @@
 
 #include <memory>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel::guard {
 
 /// The displays of the system that this guard runs on, with all they need. To be called
 /// once, before there is a second thread.
-std::shared_ptr<DisplayLifecycle> makeLifecycle();
+std::shared_ptr<DisplaySwitch> makeLifecycle();
 
 }  // namespace tavrel::guard

@@ -3,7 +3,7 @@
 
 namespace tavrel::guard {
 
-std::shared_ptr<DisplayLifecycle> makeLifecycle() {
+std::shared_ptr<DisplaySwitch> makeLifecycle() {
     return std::make_shared<MacWindowServer>();
 }
 

@@ -14,7 +14,7 @@ struct Parts {
 
 }  // namespace
 
-std::shared_ptr<DisplayLifecycle> makeLifecycle() {
+std::shared_ptr<DisplaySwitch> makeLifecycle() {
     const auto parts = std::make_shared<Parts>();
     return {parts, &parts->windowServer};
 }

@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     guard::MessageSocket application(guard::leaveSurroundings(*inherited));
-    const std::shared_ptr<DisplayLifecycle> displays = guard::makeLifecycle();
+    const std::shared_ptr<DisplaySwitch> displays = guard::makeLifecycle();
     guard::GuardService(*displays, application, [](std::chrono::milliseconds time) {
         std::this_thread::sleep_for(time);
     }).run();

@@ -4,16 +4,16 @@
 #include <cstddef>
 #include <mutex>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel {
 
-/// A lifecycle in which, from a given moment on, no display goes off any more: what is
-/// switched on at quitting stays on, whatever was asked for just before.
-class SwitchOffGate : public DisplayLifecycle {
+/// A switch by which, from a given moment on, no display goes off any more: what is switched
+/// on at quitting stays on, whatever was asked for just before.
+class SwitchOffGate : public DisplaySwitch {
 public:
     /// `inner` must outlive it.
-    explicit SwitchOffGate(DisplayLifecycle& inner) : inner_(inner) {}
+    explicit SwitchOffGate(DisplaySwitch& inner) : inner_(inner) {}
 
     /// From now on a request to switch off answers 1004 without reaching the server.
     void close();
@@ -24,15 +24,11 @@ public:
     /// Whether `waitUntilIdle` would return at once.
     bool isIdle();
 
-    bool canControlDisplays() override { return inner_.canControlDisplays(); }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return inner_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
 private:
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     std::mutex mutex_;
     std::condition_variable ended_;
     std::size_t running_ = 0;

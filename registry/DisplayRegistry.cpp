@@ -39,11 +39,11 @@ std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults) {
 }
 
 std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,
-                                 DisplayQueries& queries, WallClock& wallClock) {
+                                 DisplayMoment& moment, WallClock& wallClock) {
     const WallTime now = wallClock.now();
     Index index = indexByID(knownDisplays(userDefaults));
     for (const DisplayID id : online) {
-        index.insert_or_assign(id, StoredDisplay{id, queries.isBuiltIn(id), now});
+        index.insert_or_assign(id, StoredDisplay{id, moment.isBuiltIn(id), now});
     }
 
     const std::set<DisplayID> onlineIDs(online.begin(), online.end());

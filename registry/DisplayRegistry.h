@@ -28,12 +28,12 @@ std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults);
 /// Brings the stored records up to date with the displays that are `online` now, forgets
 /// those unseen for more than the retention time, stores the rest and returns it ordered
 /// by `comesBefore`. A value that cannot be stored is not an error: the result is right
-/// all the same.
+/// all the same. `moment` is asked whether each of `online` is built in.
 ///
 /// REQUIRES: no identifier stands twice in the stored list; otherwise the process stops
 /// with a message, because a list like that was not written by this application.
 std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,
-                                 DisplayQueries& queries, WallClock& wallClock);
+                                 DisplayMoment& moment, WallClock& wallClock);
 
 /// Built-in before external, then by ascending identifier.
 bool comesBefore(const StoredDisplay& a, const StoredDisplay& b);

@@ -6,7 +6,7 @@
 
 namespace tavrel::guard {
 
-GuardKeeper::GuardKeeper(DisplayLifecycle& inner, KeeperSurroundings surroundings)
+GuardKeeper::GuardKeeper(DisplaySwitch& inner, KeeperSurroundings surroundings)
     : inner_(inner), surroundings_(std::move(surroundings)) {
     startGuard();
 }

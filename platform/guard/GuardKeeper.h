@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/guard/DeathCount.h"
 #include "platform/guard/RunningGuard.h"
 #include "platform/guard/SwitchedOff.h"
@@ -32,9 +32,9 @@ struct KeeperSurroundings {
 class GuardKeeper {
 public:
     /// Starts a guard. `inner` switches in this process and must outlive it.
-    GuardKeeper(DisplayLifecycle& inner, KeeperSurroundings surroundings);
+    GuardKeeper(DisplaySwitch& inner, KeeperSurroundings surroundings);
 
-    /// As in `DisplayLifecycle`. When the guard dies over it:
+    /// As in `DisplaySwitch`. When the guard dies over it:
     /// - a request to switch on is handed to the next guard: repeating it does no harm;
     /// - a request to switch off is taken back by switching on, and answers 1004. What it
     ///   has done is unknown, and what killed one guard might kill the next and, in the
@@ -62,7 +62,7 @@ private:
     void replaceGuard();
     void startGuard();
 
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     KeeperSurroundings surroundings_;
     /// Null when changes are made in this process.
     std::unique_ptr<RunningGuard> guard_;

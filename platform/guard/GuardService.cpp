@@ -6,7 +6,7 @@
 
 namespace tavrel::guard {
 
-GuardService::GuardService(DisplayLifecycle& lifecycle, MessageChannel& application, Pause pause)
+GuardService::GuardService(DisplaySwitch& lifecycle, MessageChannel& application, Pause pause)
     : lifecycle_(lifecycle), application_(application), pause_(std::move(pause)) {}
 
 void GuardService::run() {

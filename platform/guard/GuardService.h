@@ -3,7 +3,7 @@
 #include <chrono>
 #include <functional>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/guard/MessageChannel.h"
 #include "platform/guard/SwitchedOff.h"
 
@@ -22,7 +22,7 @@ public:
     using Pause = std::function<void(std::chrono::milliseconds)>;
 
     /// Both must outlive it. `pause` returns after the time it is given.
-    GuardService(DisplayLifecycle& lifecycle, MessageChannel& application, Pause pause);
+    GuardService(DisplaySwitch& lifecycle, MessageChannel& application, Pause pause);
 
     /// Serves the application to its end, does what is left to do, and returns.
     ///
@@ -39,7 +39,7 @@ private:
     ServerStatus carryOut(DisplayID display, bool enabled);
     void switchAllOn();
 
-    DisplayLifecycle& lifecycle_;
+    DisplaySwitch& lifecycle_;
     MessageChannel& application_;
     Pause pause_;
     SwitchedOff switchedOff_;

@@ -22,7 +22,7 @@ std::pair<FileDescriptor, FileDescriptor> socketPairOrThrow() {
 
 }  // namespace
 
-GuardedLifecycle::GuardedLifecycle(DisplayLifecycle& inner, KeeperSurroundings surroundings)
+GuardedLifecycle::GuardedLifecycle(DisplaySwitch& inner, KeeperSurroundings surroundings)
     : inner_(inner),
       keeper_(inner, std::move(surroundings)),
       wake_(socketPairOrThrow()),

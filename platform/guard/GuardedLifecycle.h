@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/guard/GuardKeeper.h"
 #include "platform/posix/FileDescriptor.h"
 
@@ -18,10 +18,10 @@ namespace tavrel::guard {
 ///
 /// Changes are made strictly one at a time, in the order they were asked for, also by the
 /// threads of this process when there can be no guard.
-class GuardedLifecycle : public DisplayLifecycle {
+class GuardedLifecycle : public DisplaySwitch {
 public:
     /// Starts a guard, and from now on another whenever it dies. `inner` must outlive it.
-    GuardedLifecycle(DisplayLifecycle& inner, KeeperSurroundings surroundings);
+    GuardedLifecycle(DisplaySwitch& inner, KeeperSurroundings surroundings);
     /// Without a goodbye before, the guard switches on what is off.
     ~GuardedLifecycle() override;
 
@@ -32,11 +32,7 @@ public:
     /// From any thread. What is switched afterwards is switched in this process.
     void goodbye();
 
-    bool canControlDisplays() override { return inner_.canControlDisplays(); }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return inner_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
 private:
@@ -48,7 +44,7 @@ private:
     void awaitWork() const;
     void wake();
 
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     /// Used by `thread_` only.
     GuardKeeper keeper_;
     /// What is written to the second end wakes the thread, which reads from the first.

@@ -2,6 +2,11 @@
 
 #include <CoreGraphics/CoreGraphics.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <vector>
+
 #include "display/DisplayControl.h"
 
 namespace tavrel {
@@ -20,6 +25,46 @@ std::uint32_t numberOrZero(std::uint32_t answer) {
     return answer == unknownDisplay ? 0 : answer;
 }
 
+class LiveMoment final : public DisplayMoment {
+public:
+    std::optional<std::vector<DisplayID>> allDisplays() override {
+        constexpr std::uint32_t room = 64;
+        std::vector<DisplayID> displays(room, 0);
+        std::uint32_t count = 0;
+        if (DCTLGetDisplayList(room, displays.data(), &count) != serverStatus::success) {
+            return std::nullopt;
+        }
+        displays.resize(std::min(count, room));
+        return displays;
+    }
+
+    std::optional<std::vector<DisplayID>> onlineDisplays() override {
+        std::uint32_t count = 0;
+        if (CGGetOnlineDisplayList(0, nullptr, &count) != serverStatus::success) {
+            return std::nullopt;
+        }
+        std::vector<DisplayID> displays(count, 0);
+        if (CGGetOnlineDisplayList(count, displays.data(), &count) != serverStatus::success) {
+            return std::nullopt;
+        }
+        displays.resize(std::min<std::size_t>(count, displays.size()));
+        return displays;
+    }
+
+    bool isBuiltIn(DisplayID display) override { return isYes(CGDisplayIsBuiltin(display)); }
+    bool isOnline(DisplayID display) override { return isYes(CGDisplayIsOnline(display)); }
+    bool isActive(DisplayID display) override { return isYes(CGDisplayIsActive(display)); }
+    std::uint32_t vendorNumber(DisplayID display) override {
+        return numberOrZero(CGDisplayVendorNumber(display));
+    }
+    std::uint32_t modelNumber(DisplayID display) override {
+        return numberOrZero(CGDisplayModelNumber(display));
+    }
+    std::uint32_t serialNumber(DisplayID display) override {
+        return numberOrZero(CGDisplaySerialNumber(display));
+    }
+};
+
 }  // namespace
 
 MacWindowServer::MacWindowServer() {
@@ -27,13 +72,8 @@ MacWindowServer::MacWindowServer() {
     resolveGetDisplayList();
 }
 
-bool MacWindowServer::canControlDisplays() {
+bool MacWindowServer::canSwitch() {
     return DCTLCanControlDisplays();
-}
-
-ServerStatus MacWindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                             std::uint32_t* count) {
-    return DCTLGetDisplayList(maxCount, displays, count);
 }
 
 ServerStatus MacWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
@@ -41,33 +81,8 @@ ServerStatus MacWindowServer::setDisplayEnabled(DisplayID display, bool enabled)
     return DCTLSetDisplayEnabled(display, enabled);
 }
 
-ServerStatus MacWindowServer::getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                                   std::uint32_t* count) {
-    return CGGetOnlineDisplayList(maxCount, displays, count);
-}
-
-bool MacWindowServer::isBuiltIn(DisplayID display) {
-    return isYes(CGDisplayIsBuiltin(display));
-}
-
-bool MacWindowServer::isOnline(DisplayID display) {
-    return isYes(CGDisplayIsOnline(display));
-}
-
-bool MacWindowServer::isActive(DisplayID display) {
-    return isYes(CGDisplayIsActive(display));
-}
-
-std::uint32_t MacWindowServer::vendorNumber(DisplayID display) {
-    return numberOrZero(CGDisplayVendorNumber(display));
-}
-
-std::uint32_t MacWindowServer::modelNumber(DisplayID display) {
-    return numberOrZero(CGDisplayModelNumber(display));
-}
-
-std::uint32_t MacWindowServer::serialNumber(DisplayID display) {
-    return numberOrZero(CGDisplaySerialNumber(display));
+std::unique_ptr<DisplayMoment> MacWindowServer::now() {
+    return std::make_unique<LiveMoment>();
 }
 
 }  // namespace tavrel

@@ -1,34 +1,28 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 
-#include "platform/DisplayLifecycle.h"
 #include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel {
 
-/// The Mac's window server: its public answers, and its private switch and list.
+/// The Mac's window server: its public answers, and its private switch and list. Each
+/// question of a moment is asked of the server when it is put; of the list of all displays,
+/// at most the first 64 are taken.
 ///
 /// Changes are made one at a time.
-class MacWindowServer final : public DisplayLifecycle, public DisplayQueries {
+class MacWindowServer final : public DisplaySwitch, public DisplayQueries {
 public:
     /// Looks the private entry points up. Their caches have no lock, so this has to be made
     /// on the main thread before there is any thread that could use them.
     MacWindowServer();
 
-    bool canControlDisplays() override;
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override;
+    bool canSwitch() override;
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
-    ServerStatus getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                      std::uint32_t* count) override;
-    bool isBuiltIn(DisplayID display) override;
-    bool isOnline(DisplayID display) override;
-    bool isActive(DisplayID display) override;
-    std::uint32_t vendorNumber(DisplayID display) override;
-    std::uint32_t modelNumber(DisplayID display) override;
-    std::uint32_t serialNumber(DisplayID display) override;
+    std::unique_ptr<DisplayMoment> now() override;
 
     /// No change of ours is running while this is held, except one it is asked for from.
     [[nodiscard]] std::unique_lock<std::recursive_mutex> holdChanges() {

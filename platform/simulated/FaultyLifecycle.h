@@ -6,25 +6,23 @@
 #include <random>
 #include <utility>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 
 /// A fault decorator: switches fail or take their time, by chance drawn from a seed.
-class FaultyLifecycle : public DisplayLifecycle {
+class FaultyLifecycle : public DisplaySwitch {
 public:
     struct Faults {
         /// Out of 100 switches, how many are refused.
         unsigned refusals = 0;
-        /// Out of 100 lists, how many fail.
-        unsigned listFailures = 0;
         /// Each switch takes up to this long, before its effect and again after it.
         std::chrono::milliseconds latency{0};
     };
 
     /// Both must outlive it.
-    FaultyLifecycle(DisplayLifecycle& inner, SimulatedScheduler& scheduler, std::uint64_t seed)
+    FaultyLifecycle(DisplaySwitch& inner, SimulatedScheduler& scheduler, std::uint64_t seed)
         : inner_(inner), scheduler_(scheduler), random_(seed) {}
 
     void setFaults(const Faults& faults) { faults_ = faults; }
@@ -37,15 +35,7 @@ public:
     /// How many requests to switch on have been refused so far.
     std::uint64_t refusedWakes() const { return refusedWakes_; }
 
-    bool canControlDisplays() override { return inner_.canControlDisplays(); }
-
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        if (happens(faults_.listFailures)) {
-            return serverStatus::cannotComplete;
-        }
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return inner_.canSwitch(); }
 
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         if (enabled && wakeObserver_ != nullptr) {
@@ -73,7 +63,7 @@ private:
         }
     }
 
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     SimulatedScheduler& scheduler_;
     std::mt19937_64 random_;
     Faults faults_;

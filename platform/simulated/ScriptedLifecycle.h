@@ -2,16 +2,16 @@
 
 #include <map>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 
 /// A fault decorator: answers in a lifecycle's place, or late, where it was told to.
-class ScriptedLifecycle : public DisplayLifecycle {
+class ScriptedLifecycle : public DisplaySwitch {
 public:
     /// Both must outlive it.
-    ScriptedLifecycle(DisplayLifecycle& inner, SimulatedScheduler& scheduler)
+    ScriptedLifecycle(DisplaySwitch& inner, SimulatedScheduler& scheduler)
         : inner_(inner), scheduler_(scheduler) {}
 
     /// From now on switching `display` answers `status` and changes nothing; 0 lets it
@@ -21,12 +21,7 @@ public:
     /// From now on each switch takes this long before it has its effect.
     void setLatency(Delay latency) { latency_ = latency; }
 
-    bool canControlDisplays() override { return inner_.canControlDisplays(); }
-
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return inner_.canSwitch(); }
 
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         if (latency_ > Delay::zero()) {
@@ -40,7 +35,7 @@ public:
     }
 
 private:
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     SimulatedScheduler& scheduler_;
     std::map<DisplayID, ServerStatus> refusals_;
     Delay latency_{0};

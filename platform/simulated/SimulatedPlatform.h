@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
-#include "platform/QueuedNotificationCenter.h"
 #include "platform/simulated/SimulatedHotKeys.h"
 #include "platform/simulated/SimulatedScheduler.h"
 #include "platform/simulated/SimulatedUserDefaults.h"
@@ -27,14 +27,14 @@ public:
     SimulatedPlatform& operator=(const SimulatedPlatform&) = delete;
 
     Platform platform() {
-        return {windowServer,
-                windowServer,
-                windowServer,
-                userDefaults,
-                wallClock,
-                scheduler.mainQueue(),
-                scheduler.backgroundQueue(),
-                notificationCenter};
+        return {.displaySwitch = windowServer,
+                .queries = windowServer,
+                .reports = windowServer,
+                .userDefaults = userDefaults,
+                .wallClock = wallClock,
+                .mainQueue = scheduler.mainQueue(),
+                .backgroundQueue = scheduler.backgroundQueue(),
+                .notificationCenter = notificationCenter};
     }
 
     SimulatedScheduler scheduler;
@@ -42,7 +42,7 @@ public:
     SimulatedHotKeys hotKeys;
     SimulatedWindowServer windowServer;
     SimulatedWallClock wallClock{scheduler};
-    QueuedNotificationCenter notificationCenter{scheduler.mainQueue()};
+    NotificationCenter notificationCenter{scheduler.mainQueue()};
 };
 
 }  // namespace tavrel

@@ -1,24 +1,54 @@
 #include "platform/simulated/SimulatedWindowServer.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tavrel {
 
-namespace {
+class SimulatedWindowServer::Moment : public DisplayMoment {
+public:
+    explicit Moment(SimulatedWindowServer& server) : server_(server) {}
 
-ServerStatus copyList(const std::vector<DisplayID>& found, std::uint32_t maxCount,
-                      DisplayID* displays, std::uint32_t* count) {
-    const auto total = static_cast<std::uint32_t>(found.size());
-    if (displays == nullptr) {
-        *count = total;
-        return serverStatus::success;
+    std::optional<std::vector<DisplayID>> allDisplays() override {
+        if (!server_.hasPrivateList_) {
+            return std::nullopt;
+        }
+        return server_.listed([](const auto& display) { return display.connected; });
     }
-    *count = std::min(total, maxCount);
-    std::copy_n(found.begin(), *count, displays);
-    return serverStatus::success;
-}
+    std::optional<std::vector<DisplayID>> onlineDisplays() override {
+        if (!server_.hasOnlineList_) {
+            return std::nullopt;
+        }
+        return server_.listed([this](const auto& display) { return server_.online(display); });
+    }
+    bool isBuiltIn(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there != nullptr && there->builtIn;
+    }
+    bool isOnline(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there != nullptr && server_.online(*there);
+    }
+    bool isActive(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there != nullptr && there->enabled;
+    }
+    std::uint32_t vendorNumber(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there == nullptr ? 0 : there->vendor;
+    }
+    std::uint32_t modelNumber(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there == nullptr ? 0 : there->model;
+    }
+    std::uint32_t serialNumber(DisplayID display) override {
+        const SimulatedDisplay* there = server_.query(display);
+        return there == nullptr ? 0 : there->serial;
+    }
 
-}  // namespace
+private:
+    SimulatedWindowServer& server_;
+};
 
 void SimulatedWindowServer::connect(const SimulatedDisplay& display) {
     report(display.id, displayChange::beginConfiguration);
@@ -85,6 +115,11 @@ const SimulatedDisplay* SimulatedWindowServer::find(DisplayID display) const {
     return found == displays_.end() ? nullptr : &*found;
 }
 
+bool SimulatedWindowServer::isLive(DisplayID display) const {
+    const SimulatedDisplay* there = find(display);
+    return there != nullptr && online(*there) && there->enabled;
+}
+
 const SimulatedDisplay* SimulatedWindowServer::query(DisplayID display) {
     ++queries_;
     const SimulatedDisplay* there = find(display);
@@ -95,18 +130,20 @@ bool SimulatedWindowServer::online(const SimulatedDisplay& display) const {
     return display.connected && (display.enabled || whenOff_ == WhenOff::staysOnline);
 }
 
-ServerStatus SimulatedWindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                                   std::uint32_t* count) {
-    if (!hasPrivateList_) {
-        return serverStatus::notImplemented;
-    }
+std::vector<DisplayID> SimulatedWindowServer::listed(
+    const std::function<bool(const SimulatedDisplay&)>& isListed) const {
     std::vector<DisplayID> found;
     for (const SimulatedDisplay& display : displays_) {
-        if (display.connected) {
+        if (isListed(display)) {
             found.push_back(display.id);
         }
     }
-    return copyList(found, maxCount, displays, count);
+    return found;
+}
+
+std::unique_ptr<DisplayMoment> SimulatedWindowServer::now() {
+    ++moments_;
+    return std::make_unique<Moment>(*this);
 }
 
 ServerStatus SimulatedWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
@@ -122,51 +159,6 @@ ServerStatus SimulatedWindowServer::setDisplayEnabled(DisplayID display, bool en
         change(*there, enabled);
     }
     return serverStatus::success;
-}
-
-ServerStatus SimulatedWindowServer::getOnlineDisplayList(std::uint32_t maxCount,
-                                                         DisplayID* displays,
-                                                         std::uint32_t* count) {
-    if (onlineListStatus_ != serverStatus::success) {
-        return onlineListStatus_;
-    }
-    std::vector<DisplayID> found;
-    for (const SimulatedDisplay& display : displays_) {
-        if (online(display)) {
-            found.push_back(display.id);
-        }
-    }
-    return copyList(found, maxCount, displays, count);
-}
-
-bool SimulatedWindowServer::isBuiltIn(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there != nullptr && there->builtIn;
-}
-
-bool SimulatedWindowServer::isOnline(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there != nullptr && online(*there);
-}
-
-bool SimulatedWindowServer::isActive(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there != nullptr && there->enabled;
-}
-
-std::uint32_t SimulatedWindowServer::vendorNumber(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there == nullptr ? 0 : there->vendor;
-}
-
-std::uint32_t SimulatedWindowServer::modelNumber(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there == nullptr ? 0 : there->model;
-}
-
-std::uint32_t SimulatedWindowServer::serialNumber(DisplayID display) {
-    const SimulatedDisplay* there = query(display);
-    return there == nullptr ? 0 : there->serial;
 }
 
 ServerStatus SimulatedWindowServer::registerCallback(DisplayReconfigurationCallback callback,

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/DisplayLifecycle.h"
 #include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/ReconfigurationReports.h"
 
 namespace tavrel {
@@ -25,8 +27,9 @@ struct SimulatedDisplay {
 /// A window server in memory, with the habits of real ones.
 ///
 /// Runs under the simulated scheduler's one turn, so it has no lock. Reports are
-/// delivered on the thread that drives the change, before the change's call returns.
-class SimulatedWindowServer : public DisplayLifecycle,
+/// delivered on the thread that drives the change, before the change's call returns. A
+/// moment answers by what is so when it is asked.
+class SimulatedWindowServer : public DisplaySwitch,
                               public DisplayQueries,
                               public ReconfigurationReports {
 public:
@@ -52,54 +55,53 @@ public:
     /// A report about nothing that this server models (a move, a mode).
     void report(DisplayID display, std::uint32_t flags);
 
-    /// Whether the server shows a private list, with displays that are off in it.
+    /// Whether the server has a list of all displays, with those that are off in it.
     void setHasPrivateList(bool hasPrivateList) { hasPrivateList_ = hasPrivateList; }
     /// Whether displays can be switched.
     void setCanControl(bool canControl) { canControl_ = canControl; }
     /// What registering a callback answers from now on.
     void setRegistrationStatus(ServerStatus status) { registrationStatus_ = status; }
-    /// What the public list answers from now on.
-    void setOnlineListStatus(ServerStatus status) { onlineListStatus_ = status; }
+    /// Whether the server can say which displays are online.
+    void setHasOnlineList(bool hasOnlineList) { hasOnlineList_ = hasOnlineList; }
 
     /// Grows with each change of a display's state.
     std::uint64_t generation() const { return generation_; }
 
     const SimulatedDisplay* find(DisplayID display) const;
+    /// Whether it is online and active, without a question to the server.
+    bool isLive(DisplayID display) const;
     const std::vector<SimulatedDisplay>& desk() const { return displays_; }
 
     /// Every `setDisplayEnabled` so far, in order, since the last call of this.
     std::vector<std::pair<DisplayID, bool>> takeChanges() { return std::exchange(changes_, {}); }
     /// How often the registry's candidates have been asked about, all queries together.
     std::uint64_t queries() const { return queries_; }
+    /// How many moments have been asked for.
+    std::uint64_t moments() const { return moments_; }
     std::size_t callbacks() const { return callbacks_.size(); }
 
-    // ---- DisplayLifecycle
-    bool canControlDisplays() override { return canControl_; }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override;
+    // ---- DisplaySwitch
+    bool canSwitch() override { return canControl_; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     // ---- DisplayQueries
-    ServerStatus getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                      std::uint32_t* count) override;
-    bool isBuiltIn(DisplayID display) override;
-    bool isOnline(DisplayID display) override;
-    bool isActive(DisplayID display) override;
-    std::uint32_t vendorNumber(DisplayID display) override;
-    std::uint32_t modelNumber(DisplayID display) override;
-    std::uint32_t serialNumber(DisplayID display) override;
+    std::unique_ptr<DisplayMoment> now() override;
 
     // ---- ReconfigurationReports
     ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
 
 private:
+    class Moment;
     using Callback = std::pair<DisplayReconfigurationCallback, void*>;
 
     SimulatedDisplay* known(DisplayID display);
     /// The display if it is plugged in, counting the query.
     const SimulatedDisplay* query(DisplayID display);
     bool online(const SimulatedDisplay& display) const;
+    /// The identifiers of the displays for which `isListed` holds, in the desk's order.
+    std::vector<DisplayID> listed(
+        const std::function<bool(const SimulatedDisplay&)>& isListed) const;
     void change(SimulatedDisplay& display, bool enabled);
 
     WhenOff whenOff_;
@@ -109,8 +111,9 @@ private:
     bool hasPrivateList_ = true;
     bool canControl_ = true;
     ServerStatus registrationStatus_ = serverStatus::success;
-    ServerStatus onlineListStatus_ = serverStatus::success;
+    bool hasOnlineList_ = true;
     std::uint64_t queries_ = 0;
+    std::uint64_t moments_ = 0;
     std::uint64_t generation_ = 0;
 };
 

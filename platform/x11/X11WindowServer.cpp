@@ -1,26 +1,82 @@
 #include "platform/x11/X11WindowServer.h"
 
-#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/x11/DisplayIdentifiers.h"
 #include "platform/x11/LayoutSwitch.h"
 #include "platform/x11/RandrLayoutServer.h"
+#include "platform/x11/Snapshot.h"
 
 namespace tavrel {
 
 namespace {
 
-std::vector<DisplayID> connectedDisplays(const x11::Snapshot& snapshot) {
-    const auto identifiers = x11::displayIdentifiers(snapshot);
-    std::vector<DisplayID> connected;
-    for (const x11::Output& output : snapshot.outputs) {
-        if (output.connected) {
-            connected.push_back(identifiers.at(output.id));
+using DisplayList = std::optional<std::vector<DisplayID>>;
+
+/// What a server says that cannot be asked about displays, but for `online`.
+class SilentMoment : public DisplayMoment {
+public:
+    explicit SilentMoment(DisplayList online) : online_(std::move(online)) {}
+
+    DisplayList allDisplays() override { return std::nullopt; }
+    DisplayList onlineDisplays() override { return online_; }
+    bool isBuiltIn(DisplayID /*display*/) override { return false; }
+    bool isOnline(DisplayID /*display*/) override { return false; }
+    bool isActive(DisplayID /*display*/) override { return false; }
+    std::uint32_t vendorNumber(DisplayID /*display*/) override { return 0; }
+    std::uint32_t modelNumber(DisplayID /*display*/) override { return 0; }
+    std::uint32_t serialNumber(DisplayID /*display*/) override { return 0; }
+
+private:
+    DisplayList online_;
+};
+
+/// What one snapshot says.
+class SnapshotMoment : public DisplayMoment {
+public:
+    explicit SnapshotMoment(x11::Snapshot snapshot) : snapshot_(std::move(snapshot)) {
+        const auto identifiers = x11::displayIdentifiers(snapshot_);
+        for (const x11::Output& output : snapshot_.outputs) {
+            if (output.connected) {
+                connected_.push_back(identifiers.at(output.id));
+                outputs_.emplace(connected_.back(), &output);
+            }
         }
     }
-    return connected;
-}
+
+    DisplayList allDisplays() override { return connected_; }
+    DisplayList onlineDisplays() override { return connected_; }
+    bool isBuiltIn(DisplayID display) override {
+        const x11::Output* output = find(display);
+        return output != nullptr && x11::isBuiltInConnector(output->name);
+    }
+    bool isOnline(DisplayID display) override { return find(display) != nullptr; }
+    bool isActive(DisplayID display) override {
+        const x11::Output* output = find(display);
+        return output != nullptr && snapshot_.activeCrtc(*output) != nullptr;
+    }
+    std::uint32_t vendorNumber(DisplayID display) override { return edid(display).vendor; }
+    std::uint32_t modelNumber(DisplayID display) override { return edid(display).product; }
+    std::uint32_t serialNumber(DisplayID display) override { return edid(display).serial; }
+
+private:
+    const x11::Output* find(DisplayID display) const {
+        const auto found = outputs_.find(display);
+        return found == outputs_.end() ? nullptr : found->second;
+    }
+    x11::EdidNumbers edid(DisplayID display) const {
+        const x11::Output* output = find(display);
+        return output == nullptr ? x11::EdidNumbers{} : output->edid;
+    }
+
+    const x11::Snapshot snapshot_;
+    /// In the server's order.
+    std::vector<DisplayID> connected_;
+    std::map<DisplayID, const x11::Output*> outputs_;
+};
 
 }  // namespace
 
@@ -32,60 +88,9 @@ x11::Connection* X11WindowServer::usableConnection(x11::ServerLink& link) {
     return connection != nullptr && connection->hasRandr() ? connection : nullptr;
 }
 
-std::optional<x11::Snapshot> X11WindowServer::ask() {
-    const std::lock_guard lock(questionMutex_);
-    x11::Connection* connection = usableConnection(questionLink_);
-    return connection == nullptr ? std::nullopt : x11::RandrLayoutServer(*connection).read();
-}
-
-std::optional<x11::Output> X11WindowServer::find(DisplayID display) {
-    const std::optional<x11::Snapshot> snapshot = ask();
-    const x11::Output* output =
-        snapshot.has_value() ? x11::connectedOutput(*snapshot, display) : nullptr;
-    return output == nullptr ? std::nullopt : std::optional(*output);
-}
-
-bool X11WindowServer::canControlDisplays() {
+bool X11WindowServer::canSwitch() {
     const std::lock_guard lock(questionMutex_);
     return usableConnection(questionLink_) != nullptr;
-}
-
-bool X11WindowServer::isWithoutRandr() {
-    const std::lock_guard lock(questionMutex_);
-    const x11::Connection* connection = questionLink_.connection();
-    return connection != nullptr && !connection->hasRandr();
-}
-
-ServerStatus X11WindowServer::getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                             std::uint32_t* count) {
-    const std::optional<x11::Snapshot> snapshot = ask();
-    if (!snapshot.has_value()) {
-        return serverStatus::notImplemented;
-    }
-    std::vector<DisplayID> connected = connectedDisplays(*snapshot);
-    connected.resize(std::min<std::size_t>(connected.size(), maxCount));
-    std::copy(connected.begin(), connected.end(), displays);
-    *count = static_cast<std::uint32_t>(connected.size());
-    return serverStatus::success;
-}
-
-ServerStatus X11WindowServer::getOnlineDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                                   std::uint32_t* count) {
-    if (isWithoutRandr()) {
-        // Its displays cannot be told apart, so none is known to be online; the list of
-        // those remembered from elsewhere is still to be had.
-        *count = 0;
-        return serverStatus::success;
-    }
-    if (displays != nullptr) {
-        return getDisplayList(maxCount, displays, count);
-    }
-    const std::optional<x11::Snapshot> snapshot = ask();
-    if (!snapshot.has_value()) {
-        return serverStatus::notImplemented;
-    }
-    *count = static_cast<std::uint32_t>(connectedDisplays(*snapshot).size());
-    return serverStatus::success;
 }
 
 ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
@@ -98,32 +103,20 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
     return x11::switchDisplay(server, remembered_, display, enabled);
 }
 
-bool X11WindowServer::isBuiltIn(DisplayID display) {
-    const std::optional<x11::Output> output = find(display);
-    return output.has_value() && x11::isBuiltInConnector(output->name);
-}
-
-bool X11WindowServer::isOnline(DisplayID display) {
-    return find(display).has_value();
-}
-
-bool X11WindowServer::isActive(DisplayID display) {
-    const std::optional<x11::Snapshot> snapshot = ask();
-    const x11::Output* output =
-        snapshot.has_value() ? x11::connectedOutput(*snapshot, display) : nullptr;
-    return output != nullptr && snapshot->activeCrtc(*output) != nullptr;
-}
-
-std::uint32_t X11WindowServer::vendorNumber(DisplayID display) {
-    return find(display).value_or(x11::Output{}).edid.vendor;
-}
-
-std::uint32_t X11WindowServer::modelNumber(DisplayID display) {
-    return find(display).value_or(x11::Output{}).edid.product;
-}
-
-std::uint32_t X11WindowServer::serialNumber(DisplayID display) {
-    return find(display).value_or(x11::Output{}).edid.serial;
+std::unique_ptr<DisplayMoment> X11WindowServer::now() {
+    const std::lock_guard lock(questionMutex_);
+    x11::Connection* connection = questionLink_.connection();
+    if (connection != nullptr && !connection->hasRandr()) {
+        // Its displays cannot be told apart, so none is known to be online; those remembered
+        // from elsewhere can still be listed.
+        return std::make_unique<SilentMoment>(std::vector<DisplayID>{});
+    }
+    if (connection != nullptr) {
+        if (auto snapshot = x11::RandrLayoutServer(*connection).read()) {
+            return std::make_unique<SnapshotMoment>(*std::move(snapshot));
+        }
+    }
+    return std::make_unique<SilentMoment>(std::nullopt);
 }
 
 }  // namespace tavrel

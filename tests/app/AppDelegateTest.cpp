@@ -31,7 +31,7 @@ protected:
 
     /// Makes the registry know these, in this stored order.
     void remember(const std::vector<DisplayID>& displays) {
-        DisplayRegistry::merge(displays, system.userDefaults, system.windowServer,
+        DisplayRegistry::merge(displays, system.userDefaults, *system.windowServer.now(),
                                system.wallClock);
     }
 

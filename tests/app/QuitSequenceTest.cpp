@@ -15,16 +15,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A lifecycle whose switches wait until they are let go on.
-class HeldLifecycle : public DisplayLifecycle {
+/// A switch that waits at each request until it is let go on.
+class HeldSwitch : public DisplaySwitch {
 public:
-    explicit HeldLifecycle(DisplayLifecycle& inner) : inner_(inner) {}
+    explicit HeldSwitch(DisplaySwitch& inner) : inner_(inner) {}
 
-    bool canControlDisplays() override { return true; }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         started.set_value();
         letGo.get_future().wait();
@@ -35,7 +31,7 @@ public:
     std::promise<void> letGo;
 
 private:
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
 };
 
 class QuitSequenceTest : public testing::Test {
@@ -44,14 +40,8 @@ protected:
 
     QuitSequenceTest() {
         system.windowServer.connect({.id = external});
-        DisplayRegistry::merge({external}, system.userDefaults, system.windowServer,
+        DisplayRegistry::merge({external}, system.userDefaults, *system.windowServer.now(),
                                system.wallClock);
-    }
-
-    Platform platformWith(DisplayLifecycle& lifecycle) {
-        const Platform whole = system.platform();
-        return {lifecycle,       whole.queries,   whole.reports,         whole.userDefaults,
-                whole.wallClock, whole.mainQueue, whole.backgroundQueue, whole.notificationCenter};
     }
 
     SimulatedPlatform system;
@@ -59,7 +49,7 @@ protected:
 
 TEST_F(QuitSequenceTest, itDoesTheWorkOnceHoweverOftenItIsAsked) {
     SwitchOffGate gate(system.windowServer);
-    AppDelegate delegate(platformWith(gate), system.hotKeys);
+    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
     QuitSequence quit(delegate, gate);
     for (int asked = 0; asked < 3; ++asked) {
         system.windowServer.switchFromOutside(external, false);
@@ -70,20 +60,20 @@ TEST_F(QuitSequenceTest, itDoesTheWorkOnceHoweverOftenItIsAsked) {
 
 TEST_F(QuitSequenceTest, afterItNothingGoesOffAnyMore) {
     SwitchOffGate gate(system.windowServer);
-    AppDelegate delegate(platformWith(gate), system.hotKeys);
+    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
     QuitSequence(delegate, gate).run(1h);
     EXPECT_EQ(gate.setDisplayEnabled(external, false), 1004);
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
 }
 
 TEST_F(QuitSequenceTest, aSwitchInFlightIsWaitedForAndThenUndone) {
-    HeldLifecycle held(system.windowServer);
+    HeldSwitch held(system.windowServer);
     SwitchOffGate gate(held);
     std::thread switching([&] { gate.setDisplayEnabled(external, false); });
     held.started.get_future().wait();
 
     // The delegate's own switches go round the hold.
-    AppDelegate delegate(platformWith(system.windowServer), system.hotKeys);
+    AppDelegate delegate(system.platform(), system.hotKeys);
     QuitSequence quit(delegate, gate);
     std::thread letGo([&] { held.letGo.set_value(); });
     quit.run(1h);
@@ -98,11 +88,11 @@ TEST_F(QuitSequenceDeathTest, aServerThatNeverAnswersDoesNotHoldUpTheEndOfThePro
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            HeldLifecycle held(system.windowServer);
+            HeldSwitch held(system.windowServer);
             SwitchOffGate gate(held);
             std::thread([&] { gate.setDisplayEnabled(external, false); }).detach();
             held.started.get_future().wait();
-            AppDelegate delegate(platformWith(gate), system.hotKeys);
+            AppDelegate delegate(system.platform().with(gate), system.hotKeys);
             QuitSequence(delegate, gate).run(50ms);
         },
         testing::ExitedWithCode(1), "");

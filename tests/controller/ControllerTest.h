@@ -42,13 +42,7 @@ protected:
         server.connect({.id = secondExternal});
     }
 
-    void start() {
-        Platform platform = system.platform();
-        controller = DisplayController::create({lifecycle, platform.queries, platform.reports,
-                                                platform.userDefaults, platform.wallClock,
-                                                platform.mainQueue, platform.backgroundQueue,
-                                                platform.notificationCenter});
-    }
+    void start() { controller = DisplayController::create(system.platform().with(lifecycle)); }
 
     void startAndSettle() {
         start();

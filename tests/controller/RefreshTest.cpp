@@ -32,11 +32,14 @@ TEST_F(RefreshTest, noDisplayIsFoundInThePlural) {
     EXPECT_EQ(status(), "Found 0 displays");
 }
 
-TEST_F(RefreshTest, threeDisplaysAreCounted) {
+TEST_F(RefreshTest, ThreeDisplaysAreCountedInOneMoment) {
     connectPanel();
     connectExternals();
+
     startAndSettle();
+
     EXPECT_EQ(status(), "Found 3 displays");
+    EXPECT_EQ(server.moments(), 1U);
 }
 
 TEST_F(RefreshTest, exactlyTwoAreBothReadyWhateverTheirKinds) {
@@ -57,7 +60,7 @@ TEST_F(RefreshTest, aFailureKeepsTheListAndSetsBothTextsAndALaterStartClearsTheE
     connectPanel();
     startAndSettle();
     server.setHasPrivateList(false);
-    server.setOnlineListStatus(1000);
+    server.setHasOnlineList(false);
     controller->refresh(std::nullopt);
     scheduler.settle();
     EXPECT_THAT(controller->displays(), SizeIs(1));
@@ -65,7 +68,7 @@ TEST_F(RefreshTest, aFailureKeepsTheListAndSetsBothTextsAndALaterStartClearsTheE
     EXPECT_EQ(error(), "Couldn’t understand the connected-display list");
     EXPECT_FALSE(controller->isRefreshing());
 
-    server.setOnlineListStatus(0);
+    server.setHasOnlineList(true);
     controller->refresh(std::nullopt);
     EXPECT_EQ(error(), std::nullopt);
     scheduler.settle();
@@ -75,7 +78,7 @@ TEST_F(RefreshTest, aFailureKeepsTheListAndSetsBothTextsAndALaterStartClearsTheE
 TEST_F(RefreshTest, theErrorTextIsSetBeforeTheStatus) {
     startAndSettle();
     server.setHasPrivateList(false);
-    server.setOnlineListStatus(1000);
+    server.setHasOnlineList(false);
     controller->refresh(std::nullopt);
     std::vector<std::string> statusWhenErrorStands;
     const auto subscription = controller->objectWillChange().subscribe([&] {

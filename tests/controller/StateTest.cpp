@@ -49,9 +49,14 @@ public:
 TEST_F(StateTest, destructionDoesNotRemoveACallbackThatCouldNotBeRegistered) {
     RefusingReports reports;
     const Platform platform = system.platform();
-    controller = DisplayController::create(
-        {platform.lifecycle, platform.queries, reports, platform.userDefaults, platform.wallClock,
-         platform.mainQueue, platform.backgroundQueue, platform.notificationCenter});
+    controller = DisplayController::create({.displaySwitch = platform.displaySwitch,
+                                            .queries = platform.queries,
+                                            .reports = reports,
+                                            .userDefaults = platform.userDefaults,
+                                            .wallClock = platform.wallClock,
+                                            .mainQueue = platform.mainQueue,
+                                            .backgroundQueue = platform.backgroundQueue,
+                                            .notificationCenter = platform.notificationCenter});
     scheduler.settle();
     EXPECT_FALSE(controller->displayCallbackRegistered());
     EXPECT_EQ(status(), "Found 0 displays");

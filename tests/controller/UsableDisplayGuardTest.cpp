@@ -31,13 +31,17 @@ TEST_F(UsableDisplayGuardTest, withAKnownDisplayUsableTicksDoNothing) {
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(UsableDisplayGuardTest, theWalkStopsAtTheFirstUsableDisplay) {
+TEST_F(UsableDisplayGuardTest, ATickAsksOneMomentAndStopsAtTheFirstUsableDisplay) {
     connectPanel();
     connectExternals();
     startAndSettle();
-    const std::uint64_t before = server.queries();
+    const std::uint64_t queries = server.queries();
+    const std::uint64_t moments = server.moments();
+
     scheduler.advance(1s);
-    EXPECT_EQ(server.queries() - before, 2U);
+
+    EXPECT_EQ(server.queries() - queries, 2U);
+    EXPECT_EQ(server.moments() - moments, 1U);
 }
 
 TEST_F(UsableDisplayGuardTest, aDisplayThatIsConnectedButNotRememberedDoesNotCount) {

@@ -17,7 +17,7 @@ namespace tavrel {
 class DisplayIntegrationTest : public testing::Test {
 protected:
     std::vector<DisplayDevice> fetch() {
-        return DisplayIntegration::fetchDisplays(server_, server_, store_, clock_);
+        return DisplayIntegration::fetchDisplays(server_, store_, clock_);
     }
 
     /// The identifiers of what is fetched, in order.
@@ -38,14 +38,15 @@ protected:
         return lines;
     }
 
-    /// Puts displays on the desk: in the private list, online and active.
+    /// Puts displays on the desk: in the list of all, online and active.
     void connect(const std::vector<DisplayID>& ids) {
+        auto all = server_.allDisplays.value_or(std::vector<DisplayID>{});
         for (const DisplayID id : ids) {
-            server_.privateList.displays.push_back(id);
+            all.push_back(id);
             server_.facts[id].online = true;
             server_.facts[id].active = true;
         }
-        server_.privateList = RecordingServer::list(server_.privateList.displays);
+        server_.allDisplays = all;
     }
     void connectBuiltIn(DisplayID id) {
         connect({id});
@@ -57,7 +58,7 @@ protected:
         for (const DisplayID id : ids) {
             RecordingServer server;
             server.facts[id].builtIn = builtIn;
-            DisplayRegistry::merge({id}, store_, server, clock_);
+            DisplayRegistry::merge({id}, store_, *server.now(), clock_);
         }
     }
 

@@ -14,32 +14,25 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-using PrivateListTest = DisplayIntegrationTest;
-using PublicListTest = DisplayIntegrationTest;
+using DisplayIDs = std::vector<DisplayID>;
+using AllDisplaysTest = DisplayIntegrationTest;
+using OnlineDisplaysTest = DisplayIntegrationTest;
 
-const std::string privateCall = "private list: room 64, count 0";
-const std::string countCall = "public list: room 0, count 0";
-
-std::vector<DisplayID> upTo(DisplayID last) {
-    std::vector<DisplayID> ids(last);
-    std::iota(ids.begin(), ids.end(), 1);
-    return ids;
-}
-
-TEST_F(PrivateListTest, IsAskedFor64AndTheMergeAndTheStatesFollow) {
+TEST_F(AllDisplaysTest, AreAskedForFirstThenComeTheMergeAndTheStates) {
     connect({5, 3});
 
     EXPECT_THAT(fetchIDs(), ElementsAre(3, 5));
+
     EXPECT_THAT(server_.takeCalls(),
-                ElementsAre(privateCall, "builtIn 5", "online 5", "builtIn 3", "online 3",
+                ElementsAre("all", "builtIn 5", "online 5", "builtIn 3", "online 3",
                             // The merge, in the order of the list.
                             "builtIn 5", "builtIn 3",
                             // The states, in the order of the merge.
                             "active 3", "active 5"));
 }
 
-TEST_F(PrivateListTest, TheFirstSignOfADisplayDecides) {
-    server_.privateList = RecordingServer::list({1, 2, 3, 4, 5});
+TEST_F(AllDisplaysTest, AreTakenForRealAtTheirFirstSign) {
+    server_.allDisplays = DisplayIDs{1, 2, 3, 4, 5};
     server_.facts = {{1, {.builtIn = true, .online = true}},
                      {2, {.online = true, .vendor = 9}},
                      {3, {.vendor = 9, .model = 9}},
@@ -47,151 +40,84 @@ TEST_F(PrivateListTest, TheFirstSignOfADisplayDecides) {
                      {5, {.serial = 9}}};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(1, 2, 3, 4, 5));
+
     auto calls = server_.takeCalls();
     calls.resize(16);
     EXPECT_THAT(
-        calls, ElementsAre(privateCall,              //
+        calls, ElementsAre("all",                    //
                            "builtIn 1",              //
                            "builtIn 2", "online 2",  //
                            "builtIn 3", "online 3", "vendor 3", "builtIn 4", "online 4", "vendor 4",
                            "model 4", "builtIn 5", "online 5", "vendor 5", "model 5", "serial 5"));
 }
 
-TEST_F(PrivateListTest, EntryWithoutAnySignOfADisplayIsSkipped) {
+TEST_F(AllDisplaysTest, WithoutAnySignOfADisplayAreSkipped) {
     connect({7});
-    server_.privateList = RecordingServer::list({8, 7});
+    server_.allDisplays = DisplayIDs{8, 7};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(7));
 }
 
-TEST_F(PrivateListTest, IdentifierZeroIsSkippedWithoutAQuestion) {
+TEST_F(AllDisplaysTest, WithIdentifierZeroAreSkippedWithoutAQuestion) {
     connect({7});
     server_.facts[0] = {.builtIn = true, .online = true, .vendor = 1};
-    server_.privateList = RecordingServer::list({0, 7, 0});
+    server_.allDisplays = DisplayIDs{0, 7, 0};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(7));
     EXPECT_THAT(server_.takeCalls(), Not(Contains("builtIn 0")));
 }
 
-TEST_F(PrivateListTest, EntriesBeyondTheCountAreNotTaken) {
-    connect({1, 2, 3});
-    server_.privateList.count = 2;
-
-    EXPECT_THAT(fetchIDs(), ElementsAre(1, 2));
-}
-
-TEST_F(PrivateListTest, OnlyTheFirst64AreConsidered) {
-    connect(upTo(70));
-    std::vector<DisplayID> fetched = fetchIDs();
-    std::sort(fetched.begin(), fetched.end());
-
-    EXPECT_EQ(fetched, upTo(64));
-}
-
-TEST_F(PrivateListTest, CountAboveTheRoomIsClampedToIt) {
-    connect(upTo(64));
-    server_.privateList.count = 4294967295;
-
-    EXPECT_EQ(fetch().size(), 64U);
-}
-
-TEST_F(PrivateListTest, SuccessLeavesThePublicListAlone) {
+TEST_F(AllDisplaysTest, LeaveTheOnlineListAloneWhenOneOfThemIsReal) {
     connect({1});
-    server_.publicCount = RecordingServer::failure(1000);
+    server_.onlineDisplays = std::nullopt;
 
     EXPECT_THAT(fetchIDs(), ElementsAre(1));
-    EXPECT_THAT(server_.takeCalls(), Not(Contains(countCall)));
+    EXPECT_THAT(server_.takeCalls(), Not(Contains("online")));
 }
 
-TEST_F(PrivateListTest, FailureOfAnyKindSelectsThePublicList) {
-    for (const ServerStatus status : {1006, 1000, -1}) {
-        RecordingServer server;
-        server.privateList = RecordingServer::failure(status);
-        server.privateList.displays = {9};
-        server.publicCount = RecordingServer::count(1);
-        server.publicList = RecordingServer::list({4});
+TEST_F(AllDisplaysTest, GiveWayToTheOnlineListWhenMissingEmptyOrUnreal) {
+    server_.onlineDisplays = DisplayIDs{4};
+    const std::vector<RecordingServer::DisplayList> useless{std::nullopt, DisplayIDs{},
+                                                            DisplayIDs{0, 8}};
+    for (const auto& all : useless) {
+        server_.allDisplays = all;
 
-        const auto displays = DisplayIntegration::fetchDisplays(server, server, store_, clock_);
-        ASSERT_EQ(displays.size(), 1U);
-        EXPECT_EQ(displays.front().displayID(), 4U);
-        EXPECT_THAT(server.takeCalls(),
-                    ElementsAre(privateCall, countCall, "public list: room 1, count 1", "builtIn 4",
-                                "active 4"));
+        EXPECT_THAT(fetchIDs(), ElementsAre(4));
     }
 }
 
-TEST_F(PrivateListTest, PhantomsAloneSelectThePublicList) {
-    server_.privateList = RecordingServer::list({0, 8});
-    server_.publicCount = RecordingServer::count(1);
-    server_.publicList = RecordingServer::list({4});
-
-    EXPECT_THAT(fetchIDs(), ElementsAre(4));
-}
-
-TEST_F(PrivateListTest, EmptyListSelectsThePublicList) {
-    server_.privateList = RecordingServer::list({});
-    server_.publicCount = RecordingServer::count(1);
-    server_.publicList = RecordingServer::list({4});
-
-    EXPECT_THAT(fetchIDs(), ElementsAre(4));
-}
-
-TEST_F(PublicListTest, IsTakenAsItIsWithPhantomsAndZeros) {
-    server_.publicCount = RecordingServer::count(3);
-    server_.publicList = RecordingServer::list({6, 0, 2});
+TEST_F(OnlineDisplaysTest, AreTakenAsTheyAreWithPhantomsAndZeros) {
+    server_.onlineDisplays = DisplayIDs{6, 0, 2};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(0, 2, 6));
-    EXPECT_THAT(server_.takeCalls(),
-                ElementsAre(privateCall, countCall, "public list: room 3, count 3", "builtIn 6",
-                            "builtIn 0", "builtIn 2", "active 0", "active 2", "active 6"));
+    EXPECT_THAT(server_.takeCalls(), ElementsAre("all", "online", "builtIn 6", "builtIn 0",
+                                                 "builtIn 2", "active 0", "active 2", "active 6"));
 }
 
-TEST_F(PublicListTest, MoreThanAskedForIsClampedToTheRoom) {
-    server_.publicCount = RecordingServer::count(2);
-    server_.publicList = RecordingServer::list({1, 2, 3, 4});
-
-    EXPECT_THAT(fetchIDs(), ElementsAre(1, 2));
-}
-
-TEST_F(PublicListTest, FewerThanAnnouncedAreTakenWithoutTheRest) {
-    server_.publicCount = RecordingServer::count(5);
-    server_.publicList = RecordingServer::list({1, 2});
-
-    EXPECT_THAT(fetchIDs(), ElementsAre(1, 2));
-}
-
-TEST_F(PublicListTest, HasNoLimitOf64) {
-    server_.publicCount = RecordingServer::count(70);
-    server_.publicList = RecordingServer::list(upTo(70));
+TEST_F(OnlineDisplaysTest, AreTakenHoweverMany) {
+    DisplayIDs many(70);
+    std::iota(many.begin(), many.end(), 1);
+    server_.onlineDisplays = many;
 
     EXPECT_EQ(fetch().size(), 70U);
 }
 
-TEST_F(PublicListTest, EmptyOneIsAskedTwiceAndGivesNoDisplays) {
-    server_.publicList = RecordingServer::count(3);
-
+TEST_F(OnlineDisplaysTest, GiveNoDisplaysWhenThereAreNone) {
     EXPECT_THAT(fetchIDs(), IsEmpty());
-    EXPECT_THAT(server_.takeCalls(),
-                ElementsAre(privateCall, countCall, "public list: room 0, count 0"));
 }
 
-TEST_F(PublicListTest, FailureOfEitherCallThrowsAndLeavesTheRegistryUntouched) {
+TEST_F(OnlineDisplaysTest, ThrowWhenTheServerCannotSayAndLeaveTheRegistryUntouched) {
     remember({5});
+    server_.onlineDisplays = std::nullopt;
     const std::size_t reads = store_.reads();
     const std::size_t writes = store_.writes();
-    for (const bool firstFails : {true, false}) {
-        RecordingServer server;
-        server.publicCount =
-            firstFails ? RecordingServer::failure(1000) : RecordingServer::count(1);
-        server.publicList = firstFails ? RecordingServer::list({4}) : RecordingServer::failure(-7);
-        try {
-            DisplayIntegration::fetchDisplays(server, server, store_, clock_);
-            ADD_FAILURE() << "nothing was thrown";
-        } catch (const DisplayError& error) {
-            EXPECT_EQ(error.reason(), DisplayError::Reason::invalidDisplayList);
-        }
-        EXPECT_EQ(server.takeCalls().size(), firstFails ? 2U : 3U);
+    try {
+        fetch();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const DisplayError& error) {
+        EXPECT_EQ(error.reason(), DisplayError::Reason::invalidDisplayList);
     }
+    EXPECT_THAT(server_.takeCalls(), ElementsAre("all", "online"));
     EXPECT_EQ(store_.reads(), reads);
     EXPECT_EQ(store_.writes(), writes);
 }

@@ -19,11 +19,7 @@ protected:
 };
 
 TEST_F(SwitchOffGateTest, openItPassesEverythingOnAndBack) {
-    EXPECT_TRUE(gate.canControlDisplays());
-    DisplayID listed = 0;
-    std::uint32_t count = 0;
-    EXPECT_EQ(gate.getDisplayList(1, &listed, &count), 0);
-    EXPECT_EQ(listed, 7U);
+    EXPECT_TRUE(gate.canSwitch());
     EXPECT_EQ(gate.setDisplayEnabled(7, false), 0);
     EXPECT_EQ(gate.setDisplayEnabled(8, false), 1001);
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(7, false), Pair(8, false)));

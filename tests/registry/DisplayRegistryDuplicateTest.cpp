@@ -28,7 +28,7 @@ protected:
     void mergeOver(const std::string& text) {
         keepCoverageOnAbort();
         store_.setData(DisplayRegistry::storageKey, text);
-        DisplayRegistry::merge({1}, store_, server_, clock_);
+        DisplayRegistry::merge({1}, store_, *server_.now(), clock_);
     }
 
     SimulatedUserDefaults store_;

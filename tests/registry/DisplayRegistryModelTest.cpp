@@ -82,7 +82,7 @@ private:
         const NaiveRegistry before = model_;
         const auto expected = model_.merge(online, clock_.time.sinceReferenceDate, builtInAnswers_);
 
-        EXPECT_EQ(DisplayRegistry::merge(online, store_, server_, clock_), expected);
+        EXPECT_EQ(DisplayRegistry::merge(online, store_, *server_.now(), clock_), expected);
         if (!isStored) {
             model_ = before;
         }

@@ -23,7 +23,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 class DisplayRegistryTest : public testing::Test {
 protected:
     std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online) {
-        return DisplayRegistry::merge(online, store_, server_, clock_);
+        return DisplayRegistry::merge(online, store_, *server_.now(), clock_);
     }
     std::vector<StoredDisplay> stored() { return DisplayRegistry::knownDisplays(store_); }
     void store(std::string_view text) { store_.setData(DisplayRegistry::storageKey, text); }
@@ -60,7 +60,7 @@ TEST_F(DisplayRegistryTest, TakesTheTimeOnceForAllRecords) {
         double time_ = 0;
     } clock;
 
-    EXPECT_THAT(DisplayRegistry::merge({1, 2, 3}, store_, server_, clock),
+    EXPECT_THAT(DisplayRegistry::merge({1, 2, 3}, store_, *server_.now(), clock),
                 ElementsAre(StoredDisplay{1, false, {1}}, StoredDisplay{2, false, {1}},
                             StoredDisplay{3, false, {1}}));
 }
@@ -258,7 +258,7 @@ TEST_F(DisplayRegistryTest, OfTwoMergesAtOnceTheLastWriterWins) {
     };
     Interleaving store(store_, [&] { merge({1, 2}); });
 
-    DisplayRegistry::merge({3}, store, server_, clock_);
+    DisplayRegistry::merge({3}, store, *server_.now(), clock_);
 
     EXPECT_THAT(stored(), ElementsAre(StoredDisplay{3, false, start_}));
 }

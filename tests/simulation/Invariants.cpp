@@ -130,7 +130,7 @@ void Invariants::checkStore() {
     }
     for (const SimulatedDisplay& display : system_.windowServer.desk()) {
         const auto record = now->find(display.id);
-        if (system_.windowServer.isOnline(display.id) &&
+        if (system_.windowServer.now()->isOnline(display.id) &&
             (record == now->end() || std::abs(record->second - time) > 1e-6)) {
             fail("display " + std::to_string(display.id) + " is online but not noted as seen");
         }
@@ -201,7 +201,7 @@ void Invariants::noteRestorationEnd() {
 }
 
 bool Invariants::isLive(DisplayID display) {
-    return system_.windowServer.isOnline(display) && system_.windowServer.isActive(display);
+    return system_.windowServer.isLive(display);
 }
 
 void Invariants::checkSwitchRequest(bool accepted, bool shouldBe, const DisplayDevice& display,

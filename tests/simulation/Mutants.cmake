@@ -24,6 +24,7 @@ function(tavrel_mutant name source from to)
   # The copy defines all that the library's member does, so the linker takes the copy.
   add_executable(mutant-${name} ${copy})
   target_link_libraries(mutant-${name} PRIVATE tavrel_simulate_main)
+  target_precompile_headers(mutant-${name} REUSE_FROM tavrel_precompiled)
   set_target_properties(mutant-${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/mutants)
   add_test(NAME simulation.finds.${name}
@@ -45,19 +46,18 @@ tavrel_mutant(guardHonoursSuppression controller/UsableDisplayGuard.cpp
   "if (isAutomaticRecoveryRunning_) {"
   "if (isAutomaticRecoveryRunning_ || platform_.wallClock.now() < suppressTopologyRestoreUntil_) {")
 tavrel_mutant(guardCountsInactiveDisplays controller/UsableDisplayGuard.cpp
-  "platform_.queries.isOnline(display) && platform_.queries.isActive(display)"
-  "platform_.queries.isOnline(display)")
+  "moment.isOnline(display) && moment.isActive(display)" "moment.isOnline(display)")
 tavrel_mutant(verificationForgetsTheFlag controller/Restoration.cpp
   "isAutomaticRecoveryRunning_ = false;" "")
 tavrel_mutant(restorationsOverlap controller/Restoration.cpp
   "if (isAutomaticRecoveryRunning_) {" "if (false) {")
 tavrel_mutant(passStopsAtTheFirst controller/Restoration.cpp
-  "self->platform_.lifecycle.setDisplayEnabled(candidate.id, true);"
-  "if (self->platform_.lifecycle.setDisplayEnabled(candidate.id, true) == 0) { break; }")
+  "self->platform_.displaySwitch.setDisplayEnabled(candidate.id, true);"
+  "if (self->platform_.displaySwitch.setDisplayEnabled(candidate.id, true) == 0) { break; }")
 tavrel_mutant(slowSafetyTimer controller/DisplayController.cpp
   "safetyInterval = std::chrono::seconds(1)" "safetyInterval = std::chrono::seconds(3)")
 tavrel_mutant(lastDisplayByTheList controller/Switching.cpp
-  "isLive(other.displayID())" "other.isOn")
+  "isLive(*moment, other.displayID())" "other.isOn")
 tavrel_mutant(failedSwitchStaysBusy controller/Switching.cpp
   "entry.isBusy = false;" "entry.isBusy = error.has_value();")
 tavrel_mutant(failedWakeStaysBusy controller/WakeAll.cpp
@@ -69,4 +69,4 @@ tavrel_mutant(failedRefreshNeverEnds controller/Refresh.cpp
 tavrel_mutant(registryForgetsOfflineDisplays registry/DisplayRegistry.cpp
   "retentionSeconds" "0")
 tavrel_mutant(quitCountsInactiveDisplays app/AppDelegate.cpp
-  "!platform_.queries.isActive(display.id)" "!platform_.queries.isOnline(display.id)")
+  "!moment->isActive(display.id)" "!moment->isOnline(display.id)")

@@ -39,7 +39,8 @@ DisplayID external(std::uint32_t number) {
 World::World(std::uint64_t seed)
     : system_(seed, seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline),
       lifecycle_(system_.windowServer, system_.scheduler, seed + 1),
-      reports_(system_.windowServer, system_.scheduler, seed + 2) {
+      reports_(system_.windowServer, system_.scheduler, seed + 2),
+      queries_(system_.windowServer, seed + 3) {
     lifecycle_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
     system_.windowServer.setHasPrivateList(seed / 2 % 2 == 0);
     plug(panel);
@@ -59,14 +60,14 @@ World::~World() {
 
 Platform World::platform() {
     const Platform whole = system_.platform();
-    return {*gate_,
-            whole.queries,
-            reports_,
-            whole.userDefaults,
-            whole.wallClock,
-            whole.mainQueue,
-            whole.backgroundQueue,
-            whole.notificationCenter};
+    return {.displaySwitch = *gate_,
+            .queries = queries_,
+            .reports = reports_,
+            .userDefaults = whole.userDefaults,
+            .wallClock = whole.wallClock,
+            .mainQueue = whole.mainQueue,
+            .backgroundQueue = whole.backgroundQueue,
+            .notificationCenter = whole.notificationCenter};
 }
 
 void World::launch() {
@@ -189,8 +190,7 @@ void World::userSwitch(const Event& event) {
     // The rule once more, from the desk's point of view.
     const auto& listed = controller_->displays();
     const bool otherIsLive = std::any_of(listed.begin(), listed.end(), [&](const auto& other) {
-        return other.id() != display.id() && system_.windowServer.isOnline(other.displayID()) &&
-               system_.windowServer.isActive(other.displayID());
+        return other.id() != display.id() && system_.windowServer.isLive(other.displayID());
     });
     const bool shouldBe = !display.isBusy && display.isOn != isOn && (isOn || otherIsLive);
 
@@ -210,21 +210,21 @@ void World::switchAllOff() {
 }
 
 void World::startFaults(const Event& event) {
-    lifecycle_.setFaults({.refusals = event.a % 60,
-                          .listFailures = event.a / 64 % 50,
-                          .latency = std::chrono::milliseconds(event.b % 750)});
+    queries_.setListFailures(event.a / 64 % 50);
+    lifecycle_.setFaults(
+        {.refusals = event.a % 60, .latency = std::chrono::milliseconds(event.b % 750)});
     reports_.setFaults({.lost = event.b / 1024 % 80,
                         .doubled = event.b / 131072 % 50,
                         .late = event.a / 4096 % 80,
                         .delay = 3s});
-    system_.windowServer.setOnlineListStatus(event.b % 4 == 0 ? serverStatus::failure
-                                                              : serverStatus::success);
+    system_.windowServer.setHasOnlineList(event.b % 4 != 0);
 }
 
 void World::stopFaults() {
     lifecycle_.setFaults({});
     reports_.setFaults({});
-    system_.windowServer.setOnlineListStatus(serverStatus::success);
+    queries_.setListFailures(0);
+    system_.windowServer.setHasOnlineList(true);
 }
 
 void World::corruptRegistry(std::uint32_t variant) {

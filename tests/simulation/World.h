@@ -10,6 +10,7 @@
 #include "controller/DisplayController.h"
 #include "platform/SwitchOffGate.h"
 #include "platform/simulated/FaultyLifecycle.h"
+#include "platform/simulated/FaultyQueries.h"
 #include "platform/simulated/FaultyReports.h"
 #include "platform/simulated/SimulatedPlatform.h"
 #include "tests/simulation/Event.h"
@@ -56,6 +57,7 @@ private:
     Invariants invariants_{system_, log_};
     FaultyLifecycle lifecycle_;
     FaultyReports reports_;
+    FaultyQueries queries_;
 
     // One session of the application.
     std::unique_ptr<SwitchOffGate> gate_;

@@ -4,22 +4,18 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 #include "platform/simulated/SimulatedWindowServer.h"
 
 namespace tavrel::guard {
 
 /// Makes a simulated server fit for several threads and watches that its changes are made
 /// one at a time.
-class SerialLifecycle : public DisplayLifecycle {
+class SerialLifecycle : public DisplaySwitch {
 public:
-    explicit SerialLifecycle(DisplayLifecycle& inner) : inner_(inner) {}
+    explicit SerialLifecycle(DisplaySwitch& inner) : inner_(inner) {}
 
-    bool canControlDisplays() override { return inner_.canControlDisplays(); }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return inner_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return inner_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         overlaps_ += ++running_ > 1 ? 1 : 0;
         // Gives others their chance to come in between.
@@ -42,7 +38,7 @@ public:
     int overlaps() const { return overlaps_; }
 
 private:
-    DisplayLifecycle& inner_;
+    DisplaySwitch& inner_;
     std::mutex mutex_;
     std::atomic<int> running_ = 0;
     std::atomic<int> overlaps_ = 0;

@@ -41,10 +41,6 @@ int SharedDisplays::onCount() const {
                                           [](const auto& isOff) { return !isOff; }));
 }
 
-ServerStatus SharedDisplays::getDisplayList(std::uint32_t, DisplayID*, std::uint32_t*) {
-    return serverStatus::notImplemented;
-}
-
 ServerStatus SharedDisplays::setDisplayEnabled(DisplayID display, bool enabled) {
     if (display == 0 || display > last) {
         return serverStatus::illegalArgument;

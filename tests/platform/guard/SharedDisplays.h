@@ -3,12 +3,12 @@
 #include <atomic>
 #include <filesystem>
 
-#include "platform/DisplayLifecycle.h"
+#include "platform/DisplaySwitch.h"
 
 namespace tavrel::guard {
 
 /// Four displays, 1 to 4, that all processes that open the same file see and switch.
-class SharedDisplays : public DisplayLifecycle {
+class SharedDisplays : public DisplaySwitch {
 public:
     /// The environment variable that tells programs started by a test which file it is.
     static constexpr const char* variable = "TAVREL_TEST_DISPLAYS";
@@ -31,9 +31,7 @@ public:
     enum class Trap { none, before, after };
     void setTrap(Trap trap) { state_->trap = trap; }
 
-    bool canControlDisplays() override { return true; }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override;
+    bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
 private:

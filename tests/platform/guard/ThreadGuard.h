@@ -43,13 +43,13 @@ private:
 
 /// A guard on a thread of this process. Since a thread cannot be killed, a dead one's
 /// connection is cut and nothing it does has an effect any more.
-class ThreadGuard : public RunningGuard, private DisplayLifecycle {
+class ThreadGuard : public RunningGuard, private DisplaySwitch {
 public:
     using DecideFate = std::function<Fate(DisplayID, bool enabled)>;
 
     /// `displays` must outlive it. `decideFate` is asked on the guard's thread at each
     /// switch; without it the guard lives.
-    explicit ThreadGuard(DisplayLifecycle& displays, DecideFate decideFate = {})
+    explicit ThreadGuard(DisplaySwitch& displays, DecideFate decideFate = {})
         : ThreadGuard(displays, std::move(decideFate), makeSocketPair()) {}
     ~ThreadGuard() override {
         isAbandoned_ = true;
@@ -67,7 +67,7 @@ public:
 
 private:
     using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
-    ThreadGuard(DisplayLifecycle& displays, DecideFate decideFate, Ends ends)
+    ThreadGuard(DisplaySwitch& displays, DecideFate decideFate, Ends ends)
         : displays_(displays),
           decideFate_(std::move(decideFate)),
           link_(std::in_place, std::move(ends.value().first)),
@@ -75,11 +75,7 @@ private:
           lifeline_(std::make_shared<Lifeline>(theirs_)),
           thread_([this] { GuardService(*this, theirs_, [](auto) {}).run(); }) {}
 
-    bool canControlDisplays() override { return displays_.canControlDisplays(); }
-    ServerStatus getDisplayList(std::uint32_t maxCount, DisplayID* displays,
-                                std::uint32_t* count) override {
-        return displays_.getDisplayList(maxCount, displays, count);
-    }
+    bool canSwitch() override { return displays_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         // What was done before the link was closed comes before what that leads to here; a
         // race detector sees it by this only.
@@ -99,7 +95,7 @@ private:
         return status;
     }
 
-    DisplayLifecycle& displays_;
+    DisplaySwitch& displays_;
     DecideFate decideFate_;
     std::atomic<bool> isAbandoned_ = false;
     std::optional<MessageSocket> link_;

@@ -1,7 +1,6 @@
 #include "platform/macos/MacWindowServer.h"
 
-#include <array>
-#include <numeric>
+#include <optional>
 #include <thread>
 
 #include "tests/platform/macos/MacFixture.h"
@@ -15,6 +14,7 @@ using simulatedMac::Refusals;
 using simulatedMac::State;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
+using testing::Optional;
 
 class MacWindowServerTest : public MacFixture {
 protected:
@@ -22,20 +22,8 @@ protected:
         mac.with([&](State& state) { find(state, display)->whenOff = whenOff; });
     }
 
-    std::vector<DisplayID> privateList() {
-        std::array<DisplayID, 8> displays{};
-        std::uint32_t count = 0;
-        EXPECT_EQ(server.getDisplayList(displays.size(), displays.data(), &count), 0);
-        return {displays.begin(), displays.begin() + count};
-    }
-
-    std::vector<DisplayID> onlineList() {
-        std::uint32_t count = 0;
-        EXPECT_EQ(server.getOnlineDisplayList(0, nullptr, &count), 0);
-        std::vector<DisplayID> displays(count);
-        EXPECT_EQ(server.getOnlineDisplayList(count, displays.data(), &count), 0);
-        return displays;
-    }
+    auto allDisplays() { return server.now()->allDisplays(); }
+    auto onlineDisplays() { return server.now()->onlineDisplays(); }
 
     MacWindowServer server;
 };
@@ -43,8 +31,8 @@ protected:
 TEST_F(MacWindowServerTest, looksUpBothEntryPointsWhenItIsMade) {
     // Whoever comes first now would find nothing.
     mac.with([](State& state) { state.entryPoints = {.inProcess = 0, .hasFramework = false}; });
-    EXPECT_TRUE(server.canControlDisplays());
-    EXPECT_THAT(privateList(), ElementsAre(panel, monitor, other));
+    EXPECT_TRUE(server.canSwitch());
+    EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor, other)));
 }
 
 TEST_F(MacWindowServerTest, switchesOffInOneTransactionThatIsCompletedPermanently) {
@@ -121,75 +109,111 @@ TEST_F(MacWindowServerTest, changesOneDisplayAtATime) {
 
 TEST_F(MacWindowServerTest, aDisplayThatIsOffLeavesThePublicListOnly) {
     server.setDisplayEnabled(monitor, false);
-    EXPECT_THAT(privateList(), ElementsAre(panel, monitor, other));
-    EXPECT_THAT(onlineList(), ElementsAre(panel, other));
-    EXPECT_FALSE(server.isOnline(monitor));
-    EXPECT_FALSE(server.isActive(monitor));
-    EXPECT_EQ(server.serialNumber(monitor), 3U);
+    EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor, other)));
+    EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, other)));
+    EXPECT_FALSE(server.now()->isOnline(monitor));
+    EXPECT_FALSE(server.now()->isActive(monitor));
+    EXPECT_EQ(server.now()->serialNumber(monitor), 3U);
 }
 
 TEST_F(MacWindowServerTest, aDisplayThatIsOffMayLeaveBothListsAndIsSwitchedOnAllTheSame) {
     setWhenOff(monitor, Display::WhenOff::vanishes);
     server.setDisplayEnabled(monitor, false);
-    EXPECT_THAT(privateList(), ElementsAre(panel, other));
-    EXPECT_THAT(onlineList(), ElementsAre(panel, other));
-    EXPECT_FALSE(server.isOnline(monitor));
+    EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, other)));
+    EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, other)));
+    EXPECT_FALSE(server.now()->isOnline(monitor));
     EXPECT_EQ(server.setDisplayEnabled(monitor, true), 0);
-    EXPECT_TRUE(server.isOnline(monitor));
+    EXPECT_TRUE(server.now()->isOnline(monitor));
 }
 
 TEST_F(MacWindowServerTest, answersQuestionsAsTheServerDoes) {
-    EXPECT_TRUE(server.isBuiltIn(panel));
-    EXPECT_FALSE(server.isBuiltIn(monitor));
-    EXPECT_TRUE(server.isOnline(monitor));
-    EXPECT_TRUE(server.isActive(monitor));
-    EXPECT_EQ(server.vendorNumber(monitor), 1U);
-    EXPECT_EQ(server.modelNumber(monitor), 2U);
-    EXPECT_EQ(server.serialNumber(monitor), 3U);
+    EXPECT_TRUE(server.now()->isBuiltIn(panel));
+    EXPECT_FALSE(server.now()->isBuiltIn(monitor));
+    EXPECT_TRUE(server.now()->isOnline(monitor));
+    EXPECT_TRUE(server.now()->isActive(monitor));
+    EXPECT_EQ(server.now()->vendorNumber(monitor), 1U);
+    EXPECT_EQ(server.now()->modelNumber(monitor), 2U);
+    EXPECT_EQ(server.now()->serialNumber(monitor), 3U);
 }
 
 TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotBuiltIn) {
-    EXPECT_FALSE(server.isBuiltIn(77));
+    EXPECT_FALSE(server.now()->isBuiltIn(77));
 }
 
 TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotOnline) {
-    EXPECT_FALSE(server.isOnline(77));
+    EXPECT_FALSE(server.now()->isOnline(77));
 }
 
 TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotActive) {
-    EXPECT_FALSE(server.isActive(77));
+    EXPECT_FALSE(server.now()->isActive(77));
 }
 
 TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowHasNumbersZero) {
-    EXPECT_EQ(server.vendorNumber(77), 0U);
-    EXPECT_EQ(server.modelNumber(77), 0U);
-    EXPECT_EQ(server.serialNumber(77), 0U);
+    EXPECT_EQ(server.now()->vendorNumber(77), 0U);
+    EXPECT_EQ(server.now()->modelNumber(77), 0U);
+    EXPECT_EQ(server.now()->serialNumber(77), 0U);
 }
 
 TEST_F(MacWindowServerTest, aPulledDisplayIsNoLongerKnown) {
     disconnect(mac, panel);
-    EXPECT_FALSE(server.isBuiltIn(panel));
-    EXPECT_FALSE(server.isOnline(panel));
-    EXPECT_FALSE(server.isActive(panel));
-    EXPECT_EQ(server.vendorNumber(panel), 0U);
+    EXPECT_FALSE(server.now()->isBuiltIn(panel));
+    EXPECT_FALSE(server.now()->isOnline(panel));
+    EXPECT_FALSE(server.now()->isActive(panel));
+    EXPECT_EQ(server.now()->vendorNumber(panel), 0U);
 }
 
-TEST_F(MacWindowServerTest, handsBackTheListsStatuses) {
+TEST_F(MacWindowServerTest, AsksEachQuestionWhenItIsPut) {
+    const auto moment = server.now();
+    EXPECT_TRUE(moment->isActive(monitor));
+
+    server.setDisplayEnabled(monitor, false);
+
+    EXPECT_FALSE(moment->isActive(monitor));
+}
+
+TEST_F(MacWindowServerTest, AsksForAtMost64OfAllDisplays) {
+    takeCalls();
+
+    allDisplays();
+
+    EXPECT_THAT(takeCalls(), ElementsAre("CGSGetDisplayList(64)"));
+}
+
+TEST_F(MacWindowServerTest, AsksHowManyAreOnlineAndThenForThatMany) {
+    takeCalls();
+
+    onlineDisplays();
+
+    EXPECT_THAT(takeCalls(), ElementsAre("CGGetOnlineDisplayList(0)", "CGGetOnlineDisplayList(3)"));
+}
+
+TEST_F(MacWindowServerTest, HasNoListWhenTheServerRefusesIt) {
     refuse(&Refusals::privateList, 1011);
+    EXPECT_EQ(allDisplays(), std::nullopt);
+
     refuse(&Refusals::onlineList, 1000);
-    std::uint32_t count = 5;
-    EXPECT_EQ(server.getDisplayList(0, nullptr, &count), 1011);
-    EXPECT_EQ(server.getOnlineDisplayList(0, nullptr, &count), 1000);
-    EXPECT_EQ(count, 5U);
+    EXPECT_EQ(onlineDisplays(), std::nullopt);
+
+    refuse(&Refusals::onlineCount, 1000);
+    takeCalls();
+    EXPECT_EQ(onlineDisplays(), std::nullopt);
+    EXPECT_THAT(takeCalls(), ElementsAre("CGGetOnlineDisplayList(0)"));
 }
 
-TEST_F(MacWindowServerTest, fillsNoMoreOfAListThanThereIsRoomFor) {
-    std::array<DisplayID, 2> displays{};
-    std::uint32_t count = 0;
-    EXPECT_EQ(server.getOnlineDisplayList(1, displays.data(), &count), 0);
-    EXPECT_THAT(displays, ElementsAre(panel, 0U));
-    EXPECT_EQ(count, 1U);
-    EXPECT_THAT(takeCalls(), ElementsAre("CGGetOnlineDisplayList(1)"));
+TEST_F(MacWindowServerTest, TakesNoMoreEntriesThanItAskedForWhateverTheServerClaims) {
+    refuse(&Refusals::claimed, 1000);
+
+    EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, monitor, other)));
+    const auto all = allDisplays();
+    ASSERT_TRUE(all.has_value());
+    EXPECT_EQ(all->size(), 64U);
+}
+
+TEST_F(MacWindowServerTest, TakesOnlyTheEntriesThatTheServerSaysItWrote) {
+    refuse(&Refusals::claimed, -1);
+
+    EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, monitor)));
+    EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor)));
 }
 
 }  // namespace

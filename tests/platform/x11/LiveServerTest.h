@@ -24,11 +24,7 @@ protected:
     static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
 
     std::vector<DisplayID> displayList() {
-        std::vector<DisplayID> list(64);
-        std::uint32_t count = 0;
-        EXPECT_EQ(server.getDisplayList(64, list.data(), &count), serverStatus::success);
-        list.resize(count);
-        return list;
+        return server.now()->allDisplays().value_or(std::vector<DisplayID>{});
     }
 
     support::VirtualDesktop desktop;

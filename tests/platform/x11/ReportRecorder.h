@@ -28,6 +28,13 @@ public:
         return std::find(reports_.begin(), reports_.end(), report) != reports_.end();
     }
 
+    /// Whether there is a report of this display.
+    bool knows(DisplayID display) {
+        const std::lock_guard lock(mutex_);
+        return std::any_of(reports_.begin(), reports_.end(),
+                           [=](const auto& report) { return report.display == display; });
+    }
+
 private:
     std::mutex mutex_;
     std::vector<x11::DisplayReport> reports_;

@@ -64,12 +64,12 @@ TEST_F(SharedServerTest, AnotherClientNeverSeesHalfAChange) {
 TEST_F(SharedServerTest, AQuestionWaitsForAnotherClientsGrabAndIsAnswered) {
     const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
     ASSERT_NE(connection, nullptr);
-    ASSERT_TRUE(server.isActive(idOf("DUMMY0")));
+    ASSERT_TRUE(server.now()->isActive(idOf("DUMMY0")));
     x11::RandrLayoutServer holder(*connection);
     ASSERT_TRUE(holder.grab());
     std::atomic<bool> answered = false;
     std::thread asker([&] {
-        EXPECT_TRUE(server.isActive(idOf("DUMMY0")));
+        EXPECT_TRUE(server.now()->isActive(idOf("DUMMY0")));
         answered = true;
     });
     // A moment shows an answer that does not wait.
@@ -87,10 +87,10 @@ TEST_F(SharedServerTest, ManyThreadsMaySwitchAndAsk) {
         threads.emplace_back([&, display = idOf(name)] {
             for (int i = 0; i < 20; ++i) {
                 EXPECT_EQ(server.setDisplayEnabled(display, false), serverStatus::success);
-                EXPECT_FALSE(server.isActive(display));
+                EXPECT_FALSE(server.now()->isActive(display));
                 EXPECT_EQ(server.setDisplayEnabled(display, true), serverStatus::success);
-                EXPECT_TRUE(server.isActive(display));
-                EXPECT_TRUE(second.isActive(display));
+                EXPECT_TRUE(server.now()->isActive(display));
+                EXPECT_TRUE(second.now()->isActive(display));
             }
         });
     }

@@ -15,41 +15,37 @@ using testing::UnorderedElementsAre;
 class X11WindowServerTest : public LiveServerTest {};
 
 TEST_F(X11WindowServerTest, ListsEveryConnectedOutput) {
-    EXPECT_TRUE(server.canControlDisplays());
+    EXPECT_TRUE(server.canSwitch());
     EXPECT_THAT(displayList(),
                 UnorderedElementsAre(idOf("DUMMY0"), idOf("DUMMY1"), idOf("DUMMY2")));
 
-    std::vector<DisplayID> online(8, 0);
-    std::uint32_t count = 0;
-    EXPECT_EQ(server.getOnlineDisplayList(0, nullptr, &count), serverStatus::success);
-    EXPECT_EQ(count, 3U);
-    EXPECT_EQ(server.getOnlineDisplayList(8, online.data(), &count), serverStatus::success);
-    online.resize(count);
-    EXPECT_EQ(online, displayList());
+    EXPECT_EQ(server.now()->onlineDisplays(), displayList());
 }
 
-TEST_F(X11WindowServerTest, ListsNoMoreThanThereIsRoomFor) {
-    std::vector<DisplayID> list(3, 0);
-    std::uint32_t count = 0;
-    EXPECT_EQ(server.getDisplayList(2, list.data(), &count), serverStatus::success);
-    EXPECT_EQ(count, 2U);
-    EXPECT_EQ(list.back(), 0U);
-    EXPECT_EQ(server.getDisplayList(0, nullptr, &count), serverStatus::success);
-    EXPECT_EQ(count, 0U);
+TEST_F(X11WindowServerTest, AMomentIsOneLookAtTheServer) {
+    const auto moment = server.now();
+
+    other.switchOff("DUMMY1");
+    EXPECT_TRUE(moment->isActive(idOf("DUMMY1"))) << "still what was so then";
+    EXPECT_FALSE(server.now()->isActive(idOf("DUMMY1")));
+
+    desktop.kill();
+    EXPECT_THAT(moment->allDisplays(), testing::Optional(testing::SizeIs(3)));
+    EXPECT_TRUE(moment->isOnline(idOf("DUMMY2"))) << "without asking again";
 }
 
 TEST_F(X11WindowServerTest, KnowsAMonitorAndNoOther) {
     const DisplayID known = idOf("DUMMY1");
-    EXPECT_TRUE(server.isOnline(known));
-    EXPECT_TRUE(server.isActive(known));
-    EXPECT_FALSE(server.isBuiltIn(known));
+    EXPECT_TRUE(server.now()->isOnline(known));
+    EXPECT_TRUE(server.now()->isActive(known));
+    EXPECT_FALSE(server.now()->isBuiltIn(known));
     for (const DisplayID stranger : {DisplayID{0}, DisplayID{12345}, idOf("DUMMY3")}) {
-        EXPECT_FALSE(server.isOnline(stranger));
-        EXPECT_FALSE(server.isActive(stranger));
-        EXPECT_FALSE(server.isBuiltIn(stranger));
-        EXPECT_EQ(server.vendorNumber(stranger), 0U);
-        EXPECT_EQ(server.modelNumber(stranger), 0U);
-        EXPECT_EQ(server.serialNumber(stranger), 0U);
+        EXPECT_FALSE(server.now()->isOnline(stranger));
+        EXPECT_FALSE(server.now()->isActive(stranger));
+        EXPECT_FALSE(server.now()->isBuiltIn(stranger));
+        EXPECT_EQ(server.now()->vendorNumber(stranger), 0U);
+        EXPECT_EQ(server.now()->modelNumber(stranger), 0U);
+        EXPECT_EQ(server.now()->serialNumber(stranger), 0U);
         EXPECT_EQ(server.setDisplayEnabled(stranger, false), serverStatus::illegalArgument);
         EXPECT_EQ(server.setDisplayEnabled(stranger, true), serverStatus::illegalArgument);
     }
@@ -60,8 +56,8 @@ TEST_F(X11WindowServerTest, SwitchesOffAndLeavesTheRestWhereItIs) {
     const Monitor right = desktop.monitor("DUMMY2");
     ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
 
-    EXPECT_FALSE(server.isActive(idOf("DUMMY1")));
-    EXPECT_TRUE(server.isOnline(idOf("DUMMY1")));
+    EXPECT_FALSE(server.now()->isActive(idOf("DUMMY1")));
+    EXPECT_TRUE(server.now()->isOnline(idOf("DUMMY1")));
     EXPECT_EQ(displayList().size(), 3U);
     EXPECT_FALSE(desktop.monitor("DUMMY1").on);
     EXPECT_EQ(desktop.monitor("DUMMY0"), left);
@@ -77,7 +73,7 @@ TEST_F(X11WindowServerTest, SwitchesOnExactlyAsItWas) {
             ASSERT_EQ(server.setDisplayEnabled(idOf(name), false), serverStatus::success);
             EXPECT_FALSE(desktop.monitor(name).on);
             ASSERT_EQ(server.setDisplayEnabled(idOf(name), true), serverStatus::success);
-            EXPECT_TRUE(server.isActive(idOf(name)));
+            EXPECT_TRUE(server.now()->isActive(idOf(name)));
             EXPECT_EQ(desktop.monitors(), before);
             EXPECT_EQ(desktop.screenSize(), screen);
         }
@@ -139,7 +135,7 @@ TEST_F(X11WindowServerTest, GoesToTheRightWhenItsPlaceIsTaken) {
 
 TEST_F(X11WindowServerTest, WhatAnotherProgramSwitchedOffComesOnAtTheRight) {
     other.switchOff("DUMMY1");
-    EXPECT_FALSE(server.isActive(idOf("DUMMY1")));
+    EXPECT_FALSE(server.now()->isActive(idOf("DUMMY1")));
     ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
     EXPECT_TRUE(desktop.monitor("DUMMY1").on);
     EXPECT_EQ(desktop.monitor("DUMMY1").x, 5760);

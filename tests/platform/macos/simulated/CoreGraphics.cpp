@@ -37,8 +37,10 @@ CGError CGGetOnlineDisplayList(std::uint32_t maxDisplays, CGDirectDisplayID* dis
                                std::uint32_t* count) {
     return SharedState::ofThisProcess().with([&](State& state) {
         note("CGGetOnlineDisplayList(" + std::to_string(maxDisplays) + ")");
-        if (state.refusals.onlineList != 0) {
-            return static_cast<CGError>(state.refusals.onlineList);
+        const Refusals& refusals = state.refusals;
+        const auto refusal = displays == nullptr ? refusals.onlineCount : refusals.onlineList;
+        if (refusal != 0) {
+            return static_cast<CGError>(refusal);
         }
         std::vector<CGDirectDisplayID> online;
         for (const Display& each : state.displays) {
@@ -50,7 +52,8 @@ CGError CGGetOnlineDisplayList(std::uint32_t maxDisplays, CGDirectDisplayID* dis
             online.resize(std::min<std::size_t>(online.size(), maxDisplays));
             std::copy(online.begin(), online.end(), displays);
         }
-        *count = static_cast<std::uint32_t>(online.size());
+        const std::int32_t claimed = displays == nullptr ? 0 : refusals.claimed;
+        *count = static_cast<std::uint32_t>(static_cast<std::int32_t>(online.size()) + claimed);
         return kCGErrorSuccess;
     });
 }

@@ -41,11 +41,15 @@ struct Refusals {
     std::int32_t configure = 0;
     std::int32_t cancel = 0;
     std::int32_t complete = 0;
+    /// The question how many displays are online, and the one which.
+    std::int32_t onlineCount = 0;
     std::int32_t onlineList = 0;
     std::int32_t privateList = 0;
     std::int32_t registerCallback = 0;
     std::int32_t installEventHandler = 0;
     std::int32_t registerHotKey = 0;
+    /// How many more entries a list claims to have written than it has; fewer if negative.
+    std::int32_t claimed = 0;
     /// Preferences are kept, but not written to the disk.
     bool synchronize = false;
 };

@@ -94,6 +94,7 @@ std::int32_t list(const char* name, std::uint32_t maxCount, std::uint32_t* displ
                 displays[(*count)++] = each.id;
             }
         }
+        *count += static_cast<std::uint32_t>(state.refusals.claimed);
         return std::int32_t{kCGErrorSuccess};
     });
 }

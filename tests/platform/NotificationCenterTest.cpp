@@ -2,20 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/QueuedNotificationCenter.h"
+#include "platform/NotificationCenter.h"
 #include "platform/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 namespace {
 
-class QueuedNotificationCenterTest : public testing::Test {
+class NotificationCenterTest : public testing::Test {
 protected:
     SimulatedScheduler scheduler;
-    QueuedNotificationCenter center{scheduler.mainQueue()};
+    NotificationCenter center{scheduler.mainQueue()};
     int calls = 0;
 };
 
-TEST_F(QueuedNotificationCenterTest, eachPostingReachesEachObserverOfItsNameOnce) {
+TEST_F(NotificationCenterTest, eachPostingReachesEachObserverOfItsNameOnce) {
     int others = 0;
     center.addObserver("a", [&] { ++calls; });
     center.addObserver("a", [&] { ++calls; });
@@ -27,7 +27,7 @@ TEST_F(QueuedNotificationCenterTest, eachPostingReachesEachObserverOfItsNameOnce
     EXPECT_EQ(others, 0);
 }
 
-TEST_F(QueuedNotificationCenterTest, aPostingFromAnotherThreadIsDeliveredOnTheMainThread) {
+TEST_F(NotificationCenterTest, aPostingFromAnotherThreadIsDeliveredOnTheMainThread) {
     bool onMainThread = false;
     center.addObserver("a", [&] { onMainThread = scheduler.mainQueue().isCurrent(); });
     std::thread([&] { center.post("a"); }).join();
@@ -35,7 +35,7 @@ TEST_F(QueuedNotificationCenterTest, aPostingFromAnotherThreadIsDeliveredOnTheMa
     EXPECT_TRUE(onMainThread);
 }
 
-TEST_F(QueuedNotificationCenterTest, aRemovedObserverDoesNotGetWhatWasPostedBefore) {
+TEST_F(NotificationCenterTest, aRemovedObserverDoesNotGetWhatWasPostedBefore) {
     const ObserverToken token = center.addObserver("a", [&] { ++calls; });
     center.post("a");
     center.removeObserver(token);
@@ -44,7 +44,7 @@ TEST_F(QueuedNotificationCenterTest, aRemovedObserverDoesNotGetWhatWasPostedBefo
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(QueuedNotificationCenterTest, anObserverMayRemoveItself) {
+TEST_F(NotificationCenterTest, anObserverMayRemoveItself) {
     ObserverToken token;
     token = center.addObserver("a", [&] {
         ++calls;

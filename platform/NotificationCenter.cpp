@@ -1,11 +1,10 @@
-#include "platform/QueuedNotificationCenter.h"
+#include "platform/NotificationCenter.h"
 
 #include <utility>
 
 namespace tavrel {
 
-ObserverToken QueuedNotificationCenter::addObserver(std::string_view name,
-                                                    std::function<void()> block) {
+ObserverToken NotificationCenter::addObserver(std::string_view name, std::function<void()> block) {
     const std::lock_guard lock(mutex_);
     const ObserverToken token{nextToken_++};
     observers_.emplace(token.value,
@@ -13,7 +12,7 @@ ObserverToken QueuedNotificationCenter::addObserver(std::string_view name,
     return token;
 }
 
-void QueuedNotificationCenter::removeObserver(ObserverToken token) {
+void NotificationCenter::removeObserver(ObserverToken token) {
     std::shared_ptr<Observer> removed;
     {
         const std::lock_guard lock(mutex_);
@@ -26,7 +25,7 @@ void QueuedNotificationCenter::removeObserver(ObserverToken token) {
     removed->block = nullptr;
 }
 
-void QueuedNotificationCenter::post(std::string_view name) {
+void NotificationCenter::post(std::string_view name) {
     const std::lock_guard lock(mutex_);
     for (const auto& [token, observer] : observers_) {
         if (observer->name == name) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/DisplayID.h"
+
+namespace tavrel {
+
+/// The one change this application makes: taking a display out of the desktop layout and
+/// bringing it back.
+///
+/// Thread-safe: every call may come from any thread. No call throws.
+class DisplaySwitch {
+public:
+    virtual ~DisplaySwitch() = default;
+
+    /// Returns whether displays can be switched at all on this system. Constant for the life
+    /// of the process on a Mac; elsewhere it may turn false when the server goes away.
+    virtual bool canSwitch() = 0;
+
+    /// Takes `display` into the desktop layout or out of it, and returns when the server has
+    /// confirmed or refused.
+    ///
+    /// Returns 0, or the server's status unchanged: 1001 for a display it does not know,
+    /// 1004 when it refused, 1006 when it offers no such control. After any other result
+    /// than 0 the layout is as it was.
+    virtual ServerStatus setDisplayEnabled(DisplayID display, bool enabled) = 0;
+};
+
+}  // namespace tavrel
