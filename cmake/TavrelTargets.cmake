@@ -1,6 +1,7 @@
 # What every target of ours shares. A library holds one folder and is named after it.
 
 include_guard()
+include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
 
 option(TAVREL_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" ON)
 set(TAVREL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
@@ -33,11 +34,21 @@ if(TAVREL_COVERAGE)
   target_compile_definitions(tavrel_options INTERFACE TAVREL_COVERAGE)
 endif()
 
+# What GLib asks for, which some tests use; its fields are named like Qt's keywords. Targets
+# that share precompiled headers must agree on both.
+target_compile_options(tavrel_options INTERFACE -pthread)
+target_compile_definitions(tavrel_options INTERFACE QT_NO_KEYWORDS)
+
+tavrel_precompile(tavrel_precompiled HEADERS ${TAVREL_STANDARD_HEADERS})
+tavrel_precompile(tavrel_precompiled_widgets HEADERS ${TAVREL_STANDARD_HEADERS} <QApplication>
+  <QPainter> <QPainterPath> <QWidget> LINK Qt6::Widgets)
+
 # tavrel_library(NAME SOURCES… [LINK LIBRARIES…]): a static library of this folder.
 function(tavrel_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
   add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC tavrel_options ${arg_LINK})
+  tavrel_use_precompiled(${name} tavrel_precompiled tavrel_precompiled_widgets ${arg_LINK})
 endfunction()
 
 # tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose
@@ -45,9 +56,8 @@ endfunction()
 function(tavrel_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
-  target_link_libraries(${name} PRIVATE tavrel_options ${arg_LINK} GTest::gmock_main)
-  # A test's own lines run once; what they call is as optimised as the build says.
-  target_compile_options(${name} PRIVATE -O0)
+  target_link_libraries(${name} PRIVATE tavrel_options tavrel_test_options ${arg_LINK})
+  tavrel_use_precompiled(${name} tavrel_test_precompiled tavrel_test_precompiled_widgets ${arg_LINK})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
