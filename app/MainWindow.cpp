@@ -11,7 +11,7 @@
 
 #include "app/MenuTexts.h"
 #include "ui/DisplayControlView.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 

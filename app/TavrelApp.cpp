@@ -9,7 +9,7 @@
 #include "app/StartupFailure.h"
 #include "app/WindowKeeper.h"
 #include "platform/posix/TerminationSignals.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 

@@ -4,8 +4,8 @@
 #include <QAccessibleWidget>
 
 #include "ui/DisplayRow.h"
-#include "ui/Spinner.h"
-#include "ui/Switch.h"
+#include "ui/controls/Spinner.h"
+#include "ui/controls/Switch.h"
 
 namespace tavrel {
 namespace {

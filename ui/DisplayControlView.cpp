@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "ui/Texts.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 

@@ -5,12 +5,12 @@
 #include <memory>
 
 #include "controller/DisplayController.h"
-#include "ui/Backdrop.h"
 #include "ui/EmptyState.h"
-#include "ui/FocusKeeper.h"
 #include "ui/Footer.h"
 #include "ui/Header.h"
 #include "ui/RowList.h"
+#include "ui/controls/FocusKeeper.h"
+#include "ui/paint/Backdrop.h"
 
 namespace tavrel {
 

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "ui/Accessible.h"
-#include "ui/ContinuousCorners.h"
-#include "ui/Icons.h"
 #include "ui/Texts.h"
-#include "ui/Theme.h"
+#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -4,10 +4,10 @@
 #include <functional>
 
 #include "display/DisplayDevice.h"
-#include "ui/FocusKeeper.h"
-#include "ui/Spinner.h"
-#include "ui/Switch.h"
-#include "ui/Text.h"
+#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Spinner.h"
+#include "ui/controls/Switch.h"
+#include "ui/controls/Text.h"
 
 namespace tavrel {
 

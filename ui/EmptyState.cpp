@@ -3,8 +3,8 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "ui/Icons.h"
-#include "ui/Theme.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

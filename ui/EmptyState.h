@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
-#include "ui/Spinner.h"
-#include "ui/Text.h"
+#include "ui/controls/Spinner.h"
+#include "ui/controls/Text.h"
 
 namespace tavrel {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "ui/FocusKeeper.h"
-#include "ui/Text.h"
-#include "ui/WakeButton.h"
+#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Text.h"
+#include "ui/controls/WakeButton.h"
 
 namespace tavrel {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ui/Texts.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

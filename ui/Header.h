@@ -2,9 +2,9 @@
 
 #include <QRect>
 
-#include "ui/FocusKeeper.h"
-#include "ui/RefreshButton.h"
-#include "ui/Text.h"
+#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/RefreshButton.h"
+#include "ui/controls/Text.h"
 
 namespace tavrel {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 

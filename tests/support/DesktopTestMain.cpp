@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/VirtualDesktop.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 /// Runs tests of widgets on a virtual desktop of their own, with assistive technology
 /// switched on.

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 /// Runs tests of widgets, on no real screen unless the environment names one.
 int main(int argc, char** argv) {

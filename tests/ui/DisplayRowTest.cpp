@@ -1,7 +1,7 @@
 #include "tests/ui/Situations.h"
 #include "tests/ui/WidgetTest.h"
 #include "ui/DisplayRow.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

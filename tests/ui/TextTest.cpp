@@ -1,7 +1,7 @@
 #include "tests/ui/WidgetTest.h"
-#include "ui/DesignFont.h"
-#include "ui/Text.h"
-#include "ui/Theme.h"
+#include "ui/controls/Text.h"
+#include "ui/paint/DesignFont.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -1,7 +1,7 @@
 #include <QAbstractEventDispatcher>
 
 #include "tests/ui/ViewTest.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -11,7 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ui/Control.h"
+#include "ui/controls/Control.h"
 
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << text.toStdString();

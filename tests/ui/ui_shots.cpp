@@ -11,7 +11,7 @@
 #include "platform/simulated/SimulatedPlatform.h"
 #include "tests/ui/Situations.h"
 #include "ui/DisplayControlView.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace {
 

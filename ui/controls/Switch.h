@@ -2,7 +2,7 @@
 
 #include <QVariantAnimation>
 
-#include "ui/Control.h"
+#include "ui/controls/Control.h"
 
 namespace tavrel {
 

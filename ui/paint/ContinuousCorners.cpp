@@ -1,4 +1,4 @@
-#include "ui/ContinuousCorners.h"
+#include "ui/paint/ContinuousCorners.h"
 
 #include <algorithm>
 #include <array>

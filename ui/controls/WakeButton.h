@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ui/DesignFont.h"
-#include "ui/PlainButton.h"
-#include "ui/Text.h"
+#include "ui/controls/PlainButton.h"
+#include "ui/controls/Text.h"
+#include "ui/paint/DesignFont.h"
 
 namespace tavrel {
 

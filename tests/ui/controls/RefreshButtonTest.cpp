@@ -1,5 +1,5 @@
 #include "tests/ui/WidgetTest.h"
-#include "ui/RefreshButton.h"
+#include "ui/controls/RefreshButton.h"
 
 namespace tavrel {
 namespace {

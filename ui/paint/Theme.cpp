@@ -1,4 +1,4 @@
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 #include <QApplication>
 #include <QFontDatabase>

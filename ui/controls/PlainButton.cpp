@@ -1,9 +1,9 @@
-#include "ui/PlainButton.h"
+#include "ui/controls/PlainButton.h"
 
 #include <QPainter>
 
-#include "ui/Layer.h"
-#include "ui/Theme.h"
+#include "ui/paint/Layer.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

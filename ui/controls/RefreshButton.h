@@ -2,7 +2,7 @@
 
 #include <QVariantAnimation>
 
-#include "ui/PlainButton.h"
+#include "ui/controls/PlainButton.h"
 
 namespace tavrel {
 

@@ -1,5 +1,5 @@
 #include "tests/ui/WidgetTest.h"
-#include "ui/Spinner.h"
+#include "ui/controls/Spinner.h"
 
 namespace tavrel {
 namespace {

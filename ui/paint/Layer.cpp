@@ -1,4 +1,4 @@
-#include "ui/Layer.h"
+#include "ui/paint/Layer.h"
 
 #include <QImage>
 

@@ -5,12 +5,12 @@
 #include <set>
 
 #include "tests/ui/WidgetTest.h"
-#include "ui/Backdrop.h"
-#include "ui/ContinuousCorners.h"
-#include "ui/Glow.h"
-#include "ui/Icons.h"
-#include "ui/Layer.h"
-#include "ui/Theme.h"
+#include "ui/paint/Backdrop.h"
+#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Glow.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Layer.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

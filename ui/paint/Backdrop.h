@@ -3,7 +3,7 @@
 #include <QPixmap>
 #include <QSize>
 
-#include "ui/Glow.h"
+#include "ui/paint/Glow.h"
 
 namespace tavrel {
 

@@ -3,7 +3,7 @@
 #include <QLabel>
 #include <functional>
 
-#include "ui/DesignFont.h"
+#include "ui/paint/DesignFont.h"
 
 namespace tavrel {
 

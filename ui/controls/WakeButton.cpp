@@ -1,12 +1,12 @@
-#include "ui/WakeButton.h"
+#include "ui/controls/WakeButton.h"
 
 #include <QEvent>
 #include <QPainter>
 
-#include "ui/ContinuousCorners.h"
-#include "ui/Icons.h"
 #include "ui/Texts.h"
-#include "ui/Theme.h"
+#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

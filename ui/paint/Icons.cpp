@@ -1,9 +1,9 @@
-#include "ui/Icons.h"
+#include "ui/paint/Icons.h"
 
 #include <QSvgRenderer>
 #include <algorithm>
 
-#include "ui/Layer.h"
+#include "ui/paint/Layer.h"
 
 // The macro that registers a library's resources must be used outside of any namespace.
 static void registerIcons() {

@@ -1,10 +1,10 @@
-#include "ui/Spinner.h"
+#include "ui/controls/Spinner.h"
 
 #include <QPainter>
 #include <QTimerEvent>
 
 #include "ui/Accessible.h"
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/Backdrop.h"
+#include "ui/paint/Backdrop.h"
 
 #include <QImage>
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

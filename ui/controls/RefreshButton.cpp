@@ -1,10 +1,10 @@
-#include "ui/RefreshButton.h"
+#include "ui/controls/RefreshButton.h"
 
 #include <QPainter>
 
-#include "ui/Icons.h"
 #include "ui/Texts.h"
-#include "ui/Theme.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/DesignFont.h"
+#include "ui/paint/DesignFont.h"
 
 #include <QFontMetricsF>
 #include <QTextLayout>

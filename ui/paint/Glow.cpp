@@ -1,4 +1,4 @@
-#include "ui/Glow.h"
+#include "ui/paint/Glow.h"
 
 #include <cmath>
 #include <cstddef>

@@ -1,5 +1,5 @@
 #include "tests/ui/WidgetTest.h"
-#include "ui/Switch.h"
+#include "ui/controls/Switch.h"
 
 namespace tavrel {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

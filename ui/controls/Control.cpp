@@ -1,10 +1,10 @@
-#include "ui/Control.h"
+#include "ui/controls/Control.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QPainter>
 
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "ui/Theme.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 

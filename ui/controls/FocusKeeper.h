@@ -3,7 +3,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "ui/Control.h"
+#include "ui/controls/Control.h"
 
 namespace tavrel {
 

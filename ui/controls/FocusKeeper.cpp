@@ -1,4 +1,4 @@
-#include "ui/FocusKeeper.h"
+#include "ui/controls/FocusKeeper.h"
 
 namespace tavrel {
 

@@ -1,11 +1,11 @@
-#include "ui/Switch.h"
+#include "ui/controls/Switch.h"
 
 #include <QPainter>
 #include <cmath>
 
 #include "ui/Accessible.h"
-#include "ui/Layer.h"
-#include "ui/Theme.h"
+#include "ui/paint/Layer.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {
