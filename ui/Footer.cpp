@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "ui/Texts.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -22,7 +23,8 @@ constexpr double dotSpacing = 7;
 Footer::Footer(QWidget& view)
     : status_(new Text(lineFont, theme::white(statusOpacity), &view)),
       error_(new Text(lineFont, theme::faded(theme::red, errorOpacity), &view)),
-      wake_(new WakeButton(&view)) {
+      wake_(new WakeButton(texts::wakeBothDisplays.toString(), texts::wakeShortcutHint.toString(),
+                           &view)) {
     error_->setMaximumLines(maximumErrorLines);
     error_->setAlignment(Qt::AlignCenter);
     error_->hide();

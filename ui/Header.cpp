@@ -18,7 +18,7 @@ constexpr int titleSpacing = 5;
 Header::Header(QWidget& view)
     : product_(new Text(productFont, theme::white(productOpacity), &view)),
       heading_(new Text(headingFont, theme::white(), &view)),
-      refresh_(new RefreshButton(&view)) {
+      refresh_(new RefreshButton(texts::refreshDisplays.toString(), &view)) {
     product_->setText(texts::productTitle.toString());
     heading_->setText(texts::heading.toString());
 }

@@ -2,7 +2,6 @@
 
 #include <QPainter>
 
-#include "ui/Texts.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
 
@@ -16,9 +15,10 @@ constexpr double iconFontSize = 13;
 
 }  // namespace
 
-RefreshButton::RefreshButton(QWidget* parent) : PlainButton({diameter, diameter}, parent) {
-    setAccessibleName(texts::refreshDisplays.toString());
-    setToolTip(texts::refreshDisplays.toString());
+RefreshButton::RefreshButton(const QString& name, QWidget* parent)
+    : PlainButton({diameter, diameter}, parent) {
+    setAccessibleName(name);
+    setToolTip(name);
 
     spin_.setStartValue(0.0);
     spin_.setEndValue(fullTurn);

@@ -12,7 +12,8 @@ class RefreshButton : public PlainButton {
     Q_OBJECT
 
 public:
-    explicit RefreshButton(QWidget* parent);
+    /// `name` is its tooltip and what assistive technology calls it.
+    RefreshButton(const QString& name, QWidget* parent);
 
     static constexpr int diameter = 32;
 

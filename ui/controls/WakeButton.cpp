@@ -3,7 +3,6 @@
 #include <QEvent>
 #include <QPainter>
 
-#include "ui/Texts.h"
 #include "ui/paint/ContinuousCorners.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
@@ -21,12 +20,12 @@ constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::mon
 
 }  // namespace
 
-WakeButton::WakeButton(QWidget* parent)
+WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
     : PlainButton({4 * faceHeight, faceHeight}, parent),
       labelFont_(labelFont),
       hint_(new Text(hintFont, theme::white(hintOpacity), this)) {
-    setText(texts::wakeBothDisplays.toString());
-    hint_->setText(texts::wakeShortcutHint.toString());
+    setText(label);
+    hint_->setText(shortcutHint);
 }
 
 QPainterPath WakeButton::facePath(const QRectF& face) const {

@@ -6,12 +6,13 @@
 
 namespace tavrel {
 
-/// The wide button of the footer, with the hot key's hint at its right end.
+/// The wide button of the footer.
 class WakeButton : public PlainButton {
     Q_OBJECT
 
 public:
-    explicit WakeButton(QWidget* parent);
+    /// Shows `label`, and at the right end the hot key that does the same.
+    WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent);
 
     static constexpr int faceHeight = 42;
 

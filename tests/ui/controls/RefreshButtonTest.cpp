@@ -13,7 +13,7 @@ protected:
     }
 
     QWidget window;
-    RefreshButton& button = *new RefreshButton(&window);
+    RefreshButton& button = *new RefreshButton("Refresh", &window);
 };
 
 TEST_F(RefreshButtonTest, TurnsClockwiseAndStartsOver) {
