@@ -72,7 +72,7 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
 
 }  // namespace
 
-void installAccessibleFactory() {
+AccessibleFactory::AccessibleFactory() {
     QAccessible::installFactory(makeInterface);
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "controller/DisplayController.h"
+#include "ui/Accessible.h"
 #include "ui/EmptyState.h"
 #include "ui/Footer.h"
 #include "ui/Header.h"
@@ -48,6 +49,7 @@ private:
     void layOut();
 
     const std::shared_ptr<DisplayController> controller_;
+    const AccessibleFactory accessibleFactory_;
     Backdrop backdrop_;
     Header header_;
     EmptyState* emptyState_;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/Accessible.h"
 #include "ui/Texts.h"
 #include "ui/paint/ContinuousCorners.h"
 #include "ui/paint/Icons.h"
@@ -63,7 +62,6 @@ DisplayRow::DisplayRow(Inputs inputs, QWidget* parent)
       switch_(new Switch(this)),
       lock_(new Text(lockFont, theme::white(lockOpacity), this)),
       spinner_(new Spinner(this)) {
-    installAccessibleFactory();
     setFixedHeight(fixedHeight);
     constexpr double lockSide = iconSide(lockFont.size);
     lock_->setLeading({lockSide, lockSide}, lockIconSpacing,

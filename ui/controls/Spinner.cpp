@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <QTimerEvent>
 
-#include "ui/Accessible.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -20,7 +19,6 @@ constexpr double strongest = 0.88;
 }  // namespace
 
 Spinner::Spinner(QWidget* parent) : QWidget(parent) {
-    installAccessibleFactory();
     setAttribute(Qt::WA_TransparentForMouseEvents);
     resize(sizeHint());
 }

@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <cmath>
 
-#include "ui/Accessible.h"
 #include "ui/paint/Layer.h"
 #include "ui/paint/Theme.h"
 
@@ -25,7 +24,6 @@ QColor mixed(const QColor& off, const QColor& on, double part) {
 }  // namespace
 
 Switch::Switch(QWidget* parent) : Control(faceSize, parent) {
-    installAccessibleFactory();
     setCheckable(true);
     travel_.setDuration(travelMilliseconds);
     travel_.setEasingCurve(QEasingCurve::InOutQuad);
