@@ -7,7 +7,6 @@
 #include "tests/ui/WidgetTest.h"
 #include "ui/paint/Backdrop.h"
 #include "ui/paint/ContinuousCorners.h"
-#include "ui/paint/Glow.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Layer.h"
 #include "ui/paint/Theme.h"
