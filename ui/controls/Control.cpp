@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "ui/paint/Layer.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -13,6 +14,9 @@ constexpr double ringWidth = 2;
 /// From the face to the middle of the ring's stroke.
 constexpr double ringDistance = Control::ringMargin - ringWidth / 2;
 constexpr double ringOpacity = 0.9;
+
+constexpr double fillOpacity = 0.08;
+constexpr double hoveredFillOpacity = 0.13;
 
 bool comesFromKeyboard(Qt::FocusReason reason) {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
@@ -43,6 +47,24 @@ void Control::takeFocus(bool showingRing) {
 
 QSize Control::sizeHint() const {
     return faceSize_ + QSize(2 * ringMargin, 2 * ringMargin);
+}
+
+void Control::fillFace(QPainter& painter, const QRectF& face) const {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme::white(isHovered() ? hoveredFillOpacity : fillOpacity));
+    painter.drawPath(facePath(face));
+}
+
+void Control::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (isEnabled()) {
+        paintFace(painter, face());
+    } else {
+        paintLayer(painter, face(), theme::disabledOpacity,
+                   [this](QPainter& layer) { paintFace(layer, face()); });
+    }
+    paintFocusRing(painter);
 }
 
 void Control::paintFocusRing(QPainter& painter) const {

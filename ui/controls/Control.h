@@ -10,6 +10,7 @@ namespace tavrel {
 ///
 /// The widget is larger than its face, the part that is laid out and drawn, by the room
 /// for that ring. A click takes the focus too, but shows no ring until a key is used.
+/// Disabled, the face is drawn at half strength as a whole; a press has no look of its own.
 class Control : public QAbstractButton {
     Q_OBJECT
 
@@ -32,16 +33,22 @@ protected:
 
     /// The outline of the face.
     virtual QPainterPath facePath(const QRectF& face) const = 0;
+    /// Draws the face, as it looks when enabled, on `face`.
+    virtual void paintFace(QPainter& painter, const QRectF& face) const = 0;
 
     bool isHovered() const { return isEnabled() && underMouse(); }
-    void paintFocusRing(QPainter& painter) const;
+    /// Fills the face as that of a button without a bezel: faintly white, and a little
+    /// stronger under the pointer.
+    void fillFace(QPainter& painter, const QRectF& face) const;
 
     bool hitButton(const QPoint& position) const override;
+    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    void paintFocusRing(QPainter& painter) const;
     void setShowsFocusRing(bool shows);
 
     QSize faceSize_;

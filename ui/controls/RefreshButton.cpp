@@ -16,7 +16,7 @@ constexpr double iconFontSize = 13;
 }  // namespace
 
 RefreshButton::RefreshButton(const QString& name, QWidget* parent)
-    : PlainButton({diameter, diameter}, parent) {
+    : Control({diameter, diameter}, parent) {
     setAccessibleName(name);
     setToolTip(name);
 
@@ -62,9 +62,7 @@ QPainterPath RefreshButton::facePath(const QRectF& face) const {
 }
 
 void RefreshButton::paintFace(QPainter& painter, const QRectF& face) const {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme::white(fillOpacity()));
-    painter.drawPath(facePath(face));
+    fillFace(painter, face);
 
     constexpr double side = iconSide(iconFontSize);
     painter.save();
@@ -78,14 +76,14 @@ void RefreshButton::showEvent(QShowEvent* event) {
     if (spins_) {
         spin_.start();
     }
-    PlainButton::showEvent(event);
+    Control::showEvent(event);
 }
 
 void RefreshButton::hideEvent(QHideEvent* event) {
     spin_.stop();
     comeToRest_.stop();
     turnTo(0);
-    PlainButton::hideEvent(event);
+    Control::hideEvent(event);
 }
 
 void RefreshButton::turnTo(double angle) {

@@ -2,13 +2,13 @@
 
 #include <QVariantAnimation>
 
-#include "ui/controls/PlainButton.h"
+#include "ui/controls/Control.h"
 
 namespace tavrel {
 
 /// The round button of the header. While a refresh is running it is turned steadily, and
 /// when that ends it comes to rest upright.
-class RefreshButton : public PlainButton {
+class RefreshButton : public Control {
     Q_OBJECT
 
 public:

@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <cmath>
 
-#include "ui/paint/Layer.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -81,20 +80,7 @@ void Switch::hideEvent(QHideEvent* event) {
     Control::hideEvent(event);
 }
 
-void Switch::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (isEnabled()) {
-        paintSwitch(painter);
-    } else {
-        paintLayer(painter, face(), theme::disabledOpacity,
-                   [this](QPainter& layer) { paintSwitch(layer); });
-    }
-    paintFocusRing(painter);
-}
-
-void Switch::paintSwitch(QPainter& painter) const {
-    const QRectF track(face());
+void Switch::paintFace(QPainter& painter, const QRectF& track) const {
     const QPainterPath outline = facePath(track);
     const QColor off = theme::white(isHovered() ? hoveredOffTrackOpacity : offTrackOpacity);
     const QColor on = isHovered() ? theme::blue.lighter(hoverLightness) : theme::blue;

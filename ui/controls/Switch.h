@@ -31,9 +31,9 @@ Q_SIGNALS:
 
 protected:
     QPainterPath facePath(const QRectF& face) const override;
+    void paintFace(QPainter& painter, const QRectF& track) const override;
     /// Nothing: only the model changes the state.
     void nextCheckState() override {}
-    void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -41,7 +41,6 @@ private:
     void sendKnobTo(double position);
     void rest();
     void moveKnob(double position);
-    void paintSwitch(QPainter& painter) const;
 
     QVariantAnimation travel_;
     double knobPosition_ = 0;

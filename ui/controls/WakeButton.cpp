@@ -21,7 +21,7 @@ constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::mon
 }  // namespace
 
 WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
-    : PlainButton({4 * faceHeight, faceHeight}, parent),
+    : Control({4 * faceHeight, faceHeight}, parent),
       labelFont_(labelFont),
       hint_(new Text(hintFont, theme::white(hintOpacity), this)) {
     setText(label);
@@ -33,9 +33,7 @@ QPainterPath WakeButton::facePath(const QRectF& face) const {
 }
 
 void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme::white(fillOpacity()));
-    painter.drawPath(facePath(face));
+    fillFace(painter, face);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme::white(strokeOpacity), 1));
     painter.drawPath(
@@ -56,14 +54,14 @@ void WakeButton::resizeEvent(QResizeEvent* event) {
     hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width(),
                        place.top() + (place.height() - size.height()) / 2, size.width(),
                        size.height());
-    PlainButton::resizeEvent(event);
+    Control::resizeEvent(event);
 }
 
 void WakeButton::changeEvent(QEvent* event) {
     if (event->type() == QEvent::EnabledChange) {
         colorHint();
     }
-    PlainButton::changeEvent(event);
+    Control::changeEvent(event);
 }
 
 void WakeButton::colorHint() {

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "ui/controls/PlainButton.h"
+#include "ui/controls/Control.h"
 #include "ui/controls/Text.h"
 #include "ui/paint/DesignFont.h"
 
 namespace tavrel {
 
 /// The wide button of the footer.
-class WakeButton : public PlainButton {
+class WakeButton : public Control {
     Q_OBJECT
 
 public:
