@@ -15,18 +15,13 @@
 
 namespace tavrel {
 
-namespace {
-constexpr QSize windowSize(520, 486);
-
-}  // namespace
-
 MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     : controller_(std::move(controller)) {
     setWindowTitle(QCoreApplication::applicationName());
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                    Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                    Qt::WindowCloseButtonHint);
-    setFixedSize(windowSize);
+    setFixedSize(DisplayControlView::contentSize);
 
     auto* view = new DisplayControlView(controller_, this);
     view->setGeometry(rect());
