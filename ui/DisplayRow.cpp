@@ -57,10 +57,10 @@ bool isBuiltIn(const DisplayDevice& display) {
 DisplayRow::DisplayRow(Inputs inputs, QWidget* parent)
     : QWidget(parent),
       inputs_(std::move(inputs)),
-      name_(new Text(nameFont, theme::white(), this)),
-      explanation_(new Text(explanationFont, theme::white(explanationOpacity), this)),
+      name_(new Label(nameFont, theme::white(), this)),
+      explanation_(new Label(explanationFont, theme::white(explanationOpacity), this)),
       switch_(new Switch(this)),
-      lock_(new Text(lockFont, theme::white(lockOpacity), this)),
+      lock_(new Label(lockFont, theme::white(lockOpacity), this)),
       spinner_(new Spinner(this)) {
     setFixedHeight(fixedHeight);
     constexpr double lockSide = iconSide(lockFont.size);

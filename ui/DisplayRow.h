@@ -5,9 +5,9 @@
 
 #include "display/DisplayDevice.h"
 #include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Label.h"
 #include "ui/controls/Spinner.h"
 #include "ui/controls/Switch.h"
-#include "ui/controls/Text.h"
 
 namespace tavrel {
 
@@ -53,10 +53,10 @@ private:
     void layOut();
 
     Inputs inputs_;
-    Text* name_;
-    Text* explanation_;
+    Label* name_;
+    Label* explanation_;
     Switch* switch_;
-    Text* lock_;
+    Label* lock_;
     Spinner* spinner_;
     FocusKeeper focus_{*this};
 };

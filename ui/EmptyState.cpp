@@ -22,7 +22,7 @@ constexpr int maximumMessageLines = 6;
 EmptyState::EmptyState(QWidget* parent)
     : QWidget(parent),
       spinner_(new Spinner(this)),
-      message_(new Text(messageFont, theme::white(messageOpacity), this)) {
+      message_(new Label(messageFont, theme::white(messageOpacity), this)) {
     message_->setAlignment(Qt::AlignCenter);
     message_->setMaximumLines(maximumMessageLines);
     spinner_->hide();

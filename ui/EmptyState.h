@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
+#include "ui/controls/Label.h"
 #include "ui/controls/Spinner.h"
-#include "ui/controls/Text.h"
 
 namespace tavrel {
 
@@ -24,7 +24,7 @@ private:
     void layOut();
 
     Spinner* spinner_;
-    Text* message_;
+    Label* message_;
     bool isRefreshing_ = false;
     QRectF icon_;
 };

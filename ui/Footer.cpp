@@ -21,8 +21,8 @@ constexpr double dotSpacing = 7;
 }  // namespace
 
 Footer::Footer(QWidget& view)
-    : status_(new Text(lineFont, theme::white(statusOpacity), &view)),
-      error_(new Text(lineFont, theme::faded(theme::red, errorOpacity), &view)),
+    : status_(new Label(lineFont, theme::white(statusOpacity), &view)),
+      error_(new Label(lineFont, theme::faded(theme::red, errorOpacity), &view)),
       wake_(new WakeButton(texts::wakeBothDisplays.toString(), texts::wakeShortcutHint.toString(),
                            &view)) {
     error_->setMaximumLines(maximumErrorLines);

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "ui/controls/FocusKeeper.h"
-#include "ui/controls/Text.h"
+#include "ui/controls/Label.h"
 #include "ui/controls/WakeButton.h"
 
 namespace tavrel {
@@ -31,8 +31,8 @@ private:
     void showError(const std::optional<std::string>& errorMessage);
     bool hasError() const { return !error_->isHidden(); }
 
-    Text* status_;
-    Text* error_;
+    Label* status_;
+    Label* error_;
     WakeButton* wake_;
     std::optional<bool> dotIsRefreshing_;
 };

@@ -16,8 +16,8 @@ constexpr int titleSpacing = 5;
 }  // namespace
 
 Header::Header(QWidget& view)
-    : product_(new Text(productFont, theme::white(productOpacity), &view)),
-      heading_(new Text(headingFont, theme::white(), &view)),
+    : product_(new Label(productFont, theme::white(productOpacity), &view)),
+      heading_(new Label(headingFont, theme::white(), &view)),
       refresh_(new RefreshButton(texts::refreshDisplays.toString(), &view)) {
     product_->setText(texts::productTitle.toString());
     heading_->setText(texts::heading.toString());

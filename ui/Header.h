@@ -3,8 +3,8 @@
 #include <QRect>
 
 #include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Label.h"
 #include "ui/controls/RefreshButton.h"
-#include "ui/controls/Text.h"
 
 namespace tavrel {
 
@@ -22,8 +22,8 @@ public:
     void layOut(const QRect& column);
 
 private:
-    Text* product_;
-    Text* heading_;
+    Label* product_;
+    Label* heading_;
     RefreshButton* refresh_;
 };
 

@@ -44,7 +44,7 @@ protected:
 
 TEST_F(AnnouncementsTest, ANewStatusIsAnnounced) {
     open({builtInDisplay(true)});
-    Text* status = text("Ready");
+    Label* status = text("Ready");
     const Announcements announcements;
     controller->setStatusMessage("Both displays are on");
     turn();
@@ -61,7 +61,7 @@ TEST_F(AnnouncementsTest, ANewErrorIsAnnouncedAsAnAlertOnce) {
     const Announcements announcements;
     controller->setErrorMessage("Broken");
     turn();
-    Text* error = text("Broken");
+    Label* error = text("Broken");
     ASSERT_NE(error, nullptr);
     EXPECT_THAT(
         Announcements::seen(),

@@ -124,7 +124,7 @@ TEST_F(ViewTest, ALongErrorHasTwoLinesAndNeverChangesTheWindow) {
     controller->setErrorMessage(endless);
     turn();
 
-    Text* error = text(QString::fromStdString(endless));
+    Label* error = text(QString::fromStdString(endless));
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->visibleLines().size(), 2);
     EXPECT_TRUE(error->visibleLines().last().endsWith(u'…'));
@@ -137,7 +137,7 @@ TEST_F(ViewTest, ALongStatusStaysOnOneLineWithinTheColumn) {
     open({builtInDisplay(true)});
     controller->setStatusMessage(std::string(500, 'm'));
     turn();
-    Text* status = text(QString(500, u'm'));
+    Label* status = text(QString(500, u'm'));
     ASSERT_NE(status, nullptr);
     EXPECT_EQ(rectIn(*status, *view).left(), 28);
     EXPECT_EQ(rectIn(*status, *view).right() + 1, 520 - 28);

@@ -25,14 +25,14 @@ protected:
 
     std::vector<QString> texts() const {
         std::vector<QString> result;
-        for (const Text* each : row->findChildren<Text*>()) {
+        for (const Label* each : row->findChildren<Label*>()) {
             if (each->isVisible()) {
                 result.push_back(each->text());
             }
         }
         return result;
     }
-    Text& text(int index) const { return *row->findChildren<Text*>().at(index); }
+    Label& text(int index) const { return *row->findChildren<Label*>().at(index); }
     Spinner& spinner() const { return *row->findChild<Spinner*>(); }
 
     QWidget window;

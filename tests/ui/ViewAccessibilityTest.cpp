@@ -173,7 +173,7 @@ TEST_F(ViewTest, AnErrorIsReadInPlaceOfTheStatus) {
 TEST_F(ViewTest, ATextThatIsCutOnScreenIsReadWhole) {
     const std::string name(200, 'W');
     open({externalDisplay(true, 2, name), externalDisplay(true, 3)});
-    Text* label = text(QString::fromStdString(name));
+    Label* label = text(QString::fromStdString(name));
     ASSERT_NE(label, nullptr);
     EXPECT_TRUE(label->visibleLines().first().endsWith(u'…'));
     EXPECT_NE(named(*view, QAccessible::StaticText, QString::fromStdString(name)), nullptr);

@@ -68,7 +68,7 @@ TEST_F(ViewTest, EmptyStateIsCentredWithTwelveBetweenSpinnerAndText) {
     open({.name = {}, .displays = {}, .status = "Looking", .error = {}, .isRefreshing = true});
     const QRect spinner = rectIn(*visible<Spinner>(), *view);
     const QWidget& state = *visible<EmptyState>();
-    Text* message = state.findChild<Text*>();
+    Label* message = state.findChild<Label*>();
     const QRect line = rectIn(*message, *view);
     EXPECT_NEAR(spinner.center().x(), 260, 1);
     EXPECT_NEAR(line.center().x(), 260, 1);

@@ -155,7 +155,7 @@ TEST_F(ViewTest, TextsHaveTheDesignedFontsAndColours) {
           .error = {}});
     const auto expectLook = [&](const QString& content, double size, QFont::Weight weight,
                                 theme::FontDesign design, const QColor& color) {
-        Text* label = text(content);
+        Label* label = text(content);
         ASSERT_NE(label, nullptr) << content.toStdString();
         EXPECT_EQ(label->fontSpec().size, size) << content.toStdString();
         EXPECT_EQ(label->fontSpec().weight, weight) << content.toStdString();

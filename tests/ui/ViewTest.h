@@ -71,7 +71,7 @@ protected:
     /// The texts that can be seen, from top to bottom as they were made.
     std::vector<QString> texts(const QWidget& in) const {
         std::vector<QString> result;
-        for (const Text* each : in.findChildren<Text*>()) {
+        for (const Label* each : in.findChildren<Label*>()) {
             if (each->isVisible()) {
                 result.push_back(each->text());
             }
@@ -80,8 +80,8 @@ protected:
     }
     std::vector<QString> texts() const { return texts(*view); }
 
-    Text* text(const QString& content) const {
-        for (Text* each : view->findChildren<Text*>()) {
+    Label* text(const QString& content) const {
+        for (Label* each : view->findChildren<Label*>()) {
             if (each->isVisible() && each->text() == content) {
                 return each;
             }

@@ -23,7 +23,7 @@ constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::mon
 WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
     : Control({4 * faceHeight, faceHeight}, parent),
       labelFont_(labelFont),
-      hint_(new Text(hintFont, theme::white(hintOpacity), this)) {
+      hint_(new Label(hintFont, theme::white(hintOpacity), this)) {
     setText(label);
     hint_->setText(shortcutHint);
 }

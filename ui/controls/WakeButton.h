@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/controls/Control.h"
-#include "ui/controls/Text.h"
+#include "ui/controls/Label.h"
 #include "ui/paint/DesignFont.h"
 
 namespace tavrel {
@@ -26,7 +26,7 @@ private:
     void colorHint();
 
     DesignFont labelFont_;
-    Text* hint_;
+    Label* hint_;
 };
 
 }  // namespace tavrel

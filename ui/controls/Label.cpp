@@ -1,4 +1,4 @@
-#include "ui/controls/Text.h"
+#include "ui/controls/Label.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -13,7 +13,7 @@ constexpr double allowedOverhang = 0.25;
 
 }  // namespace
 
-Text::Text(const theme::FontSpec& font, const QColor& color, QWidget* parent)
+Label::Label(const theme::FontSpec& font, const QColor& color, QWidget* parent)
     : QLabel(parent), font_(font) {
     setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::NoTextInteraction);
@@ -21,7 +21,7 @@ Text::Text(const theme::FontSpec& font, const QColor& color, QWidget* parent)
     setColor(color);
 }
 
-void Text::setColor(const QColor& color) {
+void Label::setColor(const QColor& color) {
     if (color != this->color()) {
         QPalette changed = palette();
         changed.setColor(QPalette::All, QPalette::WindowText, color);
@@ -29,17 +29,17 @@ void Text::setColor(const QColor& color) {
     }
 }
 
-QColor Text::color() const {
+QColor Label::color() const {
     return palette().color(QPalette::WindowText);
 }
 
-void Text::setMaximumLines(int lines) {
+void Label::setMaximumLines(int lines) {
     maximumLines_ = lines;
     updateGeometry();
     update();
 }
 
-void Text::setLeading(const QSizeF& size, double spacing, LeadingPaint paint) {
+void Label::setLeading(const QSizeF& size, double spacing, LeadingPaint paint) {
     leadingSize_ = size;
     leadingSpacing_ = spacing;
     paintLeading_ = std::move(paint);
@@ -47,33 +47,33 @@ void Text::setLeading(const QSizeF& size, double spacing, LeadingPaint paint) {
     update();
 }
 
-int Text::lineHeight() const {
+int Label::lineHeight() const {
     return static_cast<int>(std::ceil(font_.lineHeight() - allowedOverhang));
 }
 
-QSize Text::sizeHint() const {
+QSize Label::sizeHint() const {
     return {static_cast<int>(std::ceil(leadingWidth() + font_.width(text()))), lineHeight()};
 }
 
-QSize Text::minimumSizeHint() const {
+QSize Label::minimumSizeHint() const {
     return {0, lineHeight()};
 }
 
-int Text::heightForWidth(int width) const {
+int Label::heightForWidth(int width) const {
     const auto lines = font_.lines(text(), width - leadingWidth(), maximumLines_).size();
     return static_cast<int>(std::ceil(
         font_.lineHeight() * std::max(1.0, static_cast<double>(lines)) - allowedOverhang));
 }
 
-QStringList Text::visibleLines() const {
+QStringList Label::visibleLines() const {
     return font_.lines(text(), width() - leadingWidth(), maximumLines_);
 }
 
-double Text::leadingWidth() const {
+double Label::leadingWidth() const {
     return paintLeading_ ? leadingSize_.width() + leadingSpacing_ : 0;
 }
 
-void Text::paintEvent(QPaintEvent*) {
+void Label::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(color());

@@ -1,5 +1,5 @@
 #include "tests/ui/WidgetTest.h"
-#include "ui/controls/Text.h"
+#include "ui/controls/Label.h"
 #include "ui/paint/DesignFont.h"
 #include "ui/paint/Theme.h"
 
@@ -58,38 +58,38 @@ TEST(DesignFontTest, HasEveryGlyphOfTheShortcutHint) {
     }
 }
 
-TEST(TextTest, WantsTheRoomItsTextNeeds) {
-    Text text(small, Qt::white, nullptr);
-    text.setText("Ready");
+TEST(LabelTest, WantsTheRoomItsTextNeeds) {
+    Label label(small, Qt::white, nullptr);
+    label.setText("Ready");
     const DesignFont font(small);
-    EXPECT_NEAR(text.sizeHint().width(), font.width("Ready"), 1);
-    EXPECT_NEAR(text.sizeHint().height(), font.lineHeight(), 1);
-    text.resize(text.sizeHint());
-    EXPECT_EQ(text.visibleLines(), QStringList("Ready"));
+    EXPECT_NEAR(label.sizeHint().width(), font.width("Ready"), 1);
+    EXPECT_NEAR(label.sizeHint().height(), font.lineHeight(), 1);
+    label.resize(label.sizeHint());
+    EXPECT_EQ(label.visibleLines(), QStringList("Ready"));
 }
 
-TEST(TextTest, TheLeadingPartIsPutBeforeTheText) {
-    Text text(small, Qt::white, nullptr);
-    text.setText("Ready");
-    const QSize plain = text.sizeHint();
+TEST(LabelTest, TheLeadingPartIsPutBeforeTheText) {
+    Label label(small, Qt::white, nullptr);
+    label.setText("Ready");
+    const QSize plain = label.sizeHint();
     QRectF place;
-    text.setLeading({7, 7}, 5, [&](QPainter&, const QRectF& given) { place = given; });
-    EXPECT_EQ(text.sizeHint().width(), plain.width() + 12);
-    text.resize(text.sizeHint());
-    text.grab();
+    label.setLeading({7, 7}, 5, [&](QPainter&, const QRectF& given) { place = given; });
+    EXPECT_EQ(label.sizeHint().width(), plain.width() + 12);
+    label.resize(label.sizeHint());
+    label.grab();
     EXPECT_EQ(place.left(), 0);
     EXPECT_EQ(place.size(), QSizeF(7, 7));
-    EXPECT_NEAR(place.center().y(), text.height() / 2.0, 0.01);
+    EXPECT_NEAR(place.center().y(), label.height() / 2.0, 0.01);
 }
 
-TEST(TextTest, NeedsAsManyLinesAsItMayHave) {
-    Text text(small, Qt::white, nullptr);
-    text.setMaximumLines(2);
-    EXPECT_EQ(text.heightForWidth(100), text.lineHeight());
-    text.setText("one\ntwo");
-    EXPECT_NEAR(text.heightForWidth(100), 2 * text.lineHeight(), 1);
-    text.setText("one\ntwo\nthree");
-    EXPECT_NEAR(text.heightForWidth(100), 2 * text.lineHeight(), 1);
+TEST(LabelTest, NeedsAsManyLinesAsItMayHave) {
+    Label label(small, Qt::white, nullptr);
+    label.setMaximumLines(2);
+    EXPECT_EQ(label.heightForWidth(100), label.lineHeight());
+    label.setText("one\ntwo");
+    EXPECT_NEAR(label.heightForWidth(100), 2 * label.lineHeight(), 1);
+    label.setText("one\ntwo\nthree");
+    EXPECT_NEAR(label.heightForWidth(100), 2 * label.lineHeight(), 1);
 }
 
 }  // namespace

@@ -12,11 +12,11 @@ namespace tavrel {
 ///
 /// `text()` is always the whole text, and so is what assistive technology reads. The
 /// screen's text is not interactive.
-class Text : public QLabel {
+class Label : public QLabel {
     Q_OBJECT
 
 public:
-    Text(const theme::FontSpec& font, const QColor& color, QWidget* parent);
+    Label(const theme::FontSpec& font, const QColor& color, QWidget* parent);
 
     const theme::FontSpec& fontSpec() const { return font_.spec(); }
 
