@@ -73,8 +73,8 @@ std::vector<DisplayRow::Inputs> DisplayControlView::rowInputs() const {
 void DisplayControlView::orderFocus() {
     QWidget* previous = header_.refreshButton();
     for (DisplayRow* row : rows_->rows()) {
-        // The row holds the focus while its switch cannot. It never takes it by itself, but
-        // only what does can be put in order.
+        // The row holds the focus while its switch cannot. It accepts none by itself, but
+        // only a widget that does can be put in order.
         row->setFocusPolicy(Qt::ClickFocus);
         setTabOrder(previous, row);
         setTabOrder(row, row->powerSwitch());

@@ -17,8 +17,8 @@ namespace tavrel {
 
 /// The whole content of the window.
 ///
-/// It has no state of its own: all it shows is the controller's, and all the user does is
-/// one call of the controller. It is rebuilt once in a turn of the main loop however many
+/// It has no state of its own: it shows the controller's, and each action of the user is
+/// one call of the controller. It is rebuilt once in a turn of the main loop, however many
 /// fields have changed. The strip of `theme::menuBarHeight` points at its top stays free.
 class DisplayControlView : public QWidget {
     Q_OBJECT
@@ -34,8 +34,8 @@ public:
     QSize sizeHint() const override { return contentSize; }
 
 Q_SIGNALS:
-    /// After each rebuild: what the controller said before the last turn of the main loop
-    /// is now on the screen.
+    /// The controller's state before the last turn of the main loop is now on the screen.
+    /// For tests, which cannot see otherwise that a rebuild has changed nothing.
     void rebuilt();
 
 protected:

@@ -41,7 +41,7 @@ QString displayName(const DisplayDevice& display) {
     return QString::fromStdString(display.name());
 }
 
-/// Qt announces a name each time it is set, and whoever listens would hear it again.
+/// Qt announces a name each time it is set, even if it is the same.
 void setName(QWidget& widget, const QString& name) {
     if (widget.accessibleName() != name) {
         widget.setAccessibleName(name);
@@ -64,10 +64,10 @@ DisplayRow::DisplayRow(Inputs inputs, QWidget* parent)
       spinner_(new Spinner(this)) {
     setFixedHeight(fixedHeight);
     constexpr double lockSide = iconSide(lockFont.size);
-    lock_->setLeading({lockSide, lockSide}, lockIconSpacing,
-                      [](QPainter& painter, const QRectF& place) {
-                          paintIcon(painter, Icon::lockFill, place, theme::white(lockOpacity));
-                      });
+    lock_->setPrefix({lockSide, lockSide}, lockIconSpacing,
+                     [](QPainter& painter, const QRectF& place) {
+                         paintIcon(painter, Icon::lockFill, place, theme::white(lockOpacity));
+                     });
     connect(switch_, &Switch::flipped, this, [this](bool wantsOn) { inputs_.onChange(wantsOn); });
     showInputs();
 }
@@ -96,11 +96,11 @@ void DisplayRow::showInputs() {
     explanation_->setText(
         (isBuiltIn(inputs_.display) ? texts::builtInExplanation : texts::externalExplanation)
             .toString());
-    showRightHand();
+    showSwitchOrSpinner();
     layOut();
 }
 
-void DisplayRow::showRightHand() {
+void DisplayRow::showSwitchOrSpinner() {
     const DisplayDevice& display = inputs_.display;
     const QString name = displayName(display);
     const bool isUsable = inputs_.isEnabled && !display.isBusy;
@@ -109,7 +109,7 @@ void DisplayRow::showRightHand() {
     }
     switch_->setOn(display.isOn);
     switch_->setText((display.isOn ? texts::switchOn : texts::switchOff).toString());
-    setName(*switch_, texts::powerOf(name));
+    setName(*switch_, texts::powerName(name));
     switch_->setToolTip(inputs_.isEnabled ? texts::enableOrDisable(name) : inputs_.disabledReason);
     switch_->setEnabled(inputs_.isEnabled);
     switch_->setVisible(!display.isBusy);
@@ -117,13 +117,13 @@ void DisplayRow::showRightHand() {
     lock_->setVisible(!display.isBusy && !inputs_.isEnabled);
     spinner_->setVisible(display.isBusy);
     if (isUsable) {
-        focus_.giveBack(*switch_);
+        focus_.restore(*switch_);
     }
 }
 
 void DisplayRow::layOut() {
     const int right = width() - horizontalPadding;
-    int rightHandWidth = spinnerBoxWidth;
+    int controlWidth = spinnerBoxWidth;
     if (inputs_.display.isBusy) {
         spinner_->move(right - (spinnerBoxWidth + Spinner::side) / 2,
                        (fixedHeight - Spinner::side) / 2);
@@ -135,11 +135,11 @@ void DisplayRow::layOut() {
         lock_->setGeometry(
             {{right - lockSize.width(), top + Switch::faceSize.height() + switchSpacing},
              lockSize});
-        rightHandWidth = std::max(Switch::faceSize.width(), lockSize.width());
+        controlWidth = std::max(Switch::faceSize.width(), lockSize.width());
     }
 
     const int textLeft = horizontalPadding + boxSide + spacing;
-    const int textWidth = std::max(0, right - rightHandWidth - spacing - textLeft);
+    const int textWidth = std::max(0, right - controlWidth - spacing - textLeft);
     const int nameHeight = name_->lineHeight();
     const int explanationHeight = explanation_->lineHeight();
     const int top = (fixedHeight - nameHeight - textSpacing - explanationHeight) / 2;
@@ -162,7 +162,7 @@ void DisplayRow::paintEvent(QPaintEvent*) {
     painter.drawPath(continuousRoundedRect(rect(), rowRadius));
 
     const QRectF box(horizontalPadding, (fixedHeight - boxSide) / 2.0, boxSide, boxSide);
-    painter.setBrush(isOn ? theme::faded(theme::indigo, boxOnOpacity)
+    painter.setBrush(isOn ? theme::withAlpha(theme::indigo, boxOnOpacity)
                           : theme::white(boxOffOpacity));
     painter.drawPath(continuousRoundedRect(box, boxRadius));
 

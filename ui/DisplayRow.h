@@ -15,7 +15,7 @@ namespace tavrel {
 /// or a spinner while it is being switched.
 ///
 /// The row decides nothing. It shows its inputs, and every flip of the switch is handed to
-/// `onChange`; the switch moves for good only when new inputs say so.
+/// `onChange`; the switch keeps its new position only when new inputs say so.
 class DisplayRow : public QWidget {
     Q_OBJECT
 
@@ -24,11 +24,11 @@ public:
         DisplayDevice display;
         /// Whether the switch may be used.
         bool isEnabled;
-        /// Beside the lock under a switch that may not be used.
+        /// Shown beside the lock under a switch that may not be used.
         QString disabledLabel;
         /// The tooltip of a switch that may not be used.
         QString disabledReason;
-        /// Gets the switch's new position, once for each flip, on the main thread.
+        /// Called with the switch's new position, once for each flip, on the main thread.
         std::function<void(bool)> onChange;
     };
 
@@ -49,7 +49,7 @@ protected:
 
 private:
     void showInputs();
-    void showRightHand();
+    void showSwitchOrSpinner();
     void layOut();
 
     Inputs inputs_;

@@ -7,7 +7,7 @@
 
 namespace tavrel {
 
-/// What stands in the place of the rows while no display is known.
+/// Shown in place of the rows while no display is known.
 class EmptyState : public QWidget {
     Q_OBJECT
 

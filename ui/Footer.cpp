@@ -22,7 +22,7 @@ constexpr double dotSpacing = 7;
 
 Footer::Footer(QWidget& view)
     : status_(new Label(lineFont, theme::white(statusOpacity), &view)),
-      error_(new Label(lineFont, theme::faded(theme::red, errorOpacity), &view)),
+      error_(new Label(lineFont, theme::withAlpha(theme::red, errorOpacity), &view)),
       wake_(new WakeButton(texts::wakeBothDisplays.toString(), texts::wakeShortcutHint.toString(),
                            &view)) {
     error_->setMaximumLines(maximumErrorLines);
@@ -37,7 +37,7 @@ void Footer::update(const std::string& statusMessage,
     showDot(isRefreshing);
     status_->setText(QString::fromStdString(statusMessage));
     showError(errorMessage);
-    setEnabledKeepingFocus(*wake_, canWake, focus);
+    focus.setEnabled(*wake_, canWake);
 }
 
 void Footer::showDot(bool isRefreshing) {
@@ -46,14 +46,14 @@ void Footer::showDot(bool isRefreshing) {
     }
     dotIsRefreshing_ = isRefreshing;
     const QColor color = isRefreshing ? theme::orange : theme::green;
-    status_->setLeading({dotDiameter, dotDiameter}, dotSpacing,
-                        [color](QPainter& painter, const QRectF& place) {
-                            painter.save();
-                            painter.setPen(Qt::NoPen);
-                            painter.setBrush(color);
-                            painter.drawEllipse(place);
-                            painter.restore();
-                        });
+    status_->setPrefix({dotDiameter, dotDiameter}, dotSpacing,
+                       [color](QPainter& painter, const QRectF& place) {
+                           painter.save();
+                           painter.setPen(Qt::NoPen);
+                           painter.setBrush(color);
+                           painter.drawEllipse(place);
+                           painter.restore();
+                       });
 }
 
 void Footer::showError(const std::optional<std::string>& errorMessage) {

@@ -10,8 +10,8 @@
 
 namespace tavrel {
 
-/// The status line, or in its place the error line, above the wake button. The widgets
-/// are `view`'s.
+/// The status line, or in its place the error line, above the wake button. `view`
+/// owns the widgets.
 class Footer {
 public:
     explicit Footer(QWidget& view);

@@ -24,7 +24,7 @@ Header::Header(QWidget& view)
 }
 
 void Header::update(bool isRefreshing, FocusKeeper& focus) {
-    setEnabledKeepingFocus(*refresh_, !isRefreshing, focus);
+    focus.setEnabled(*refresh_, !isRefreshing);
     refresh_->setSpinning(isRefreshing);
 }
 

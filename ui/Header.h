@@ -8,7 +8,7 @@
 
 namespace tavrel {
 
-/// The product's title, the heading and the refresh button. The widgets are `view`'s.
+/// The product's title, the heading and the refresh button. `view` owns the widgets.
 class Header {
 public:
     explicit Header(QWidget& view);

@@ -21,7 +21,7 @@ RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new QWidget) {
     verticalScrollBar()->setStyleSheet(theme::scrollBarStyleSheet());
     verticalScrollBar()->setSingleStep((DisplayRow::fixedHeight + spacing) / 3);
     connect(qApp, &QApplication::focusChanged, this,
-            [this](QWidget*, QWidget* focused) { followFocus(focused); });
+            [this](QWidget*, QWidget* focused) { scrollToFocus(focused); });
 }
 
 void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlace) {
@@ -45,7 +45,7 @@ void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlac
     }
     rows_ = std::move(now);
     for (DisplayRow* row : rows_) {
-        // The last one raised is the last one read out.
+        // Assistive technology reads them in the order in which they are stacked.
         row->raise();
     }
     layOut();
@@ -93,9 +93,9 @@ void RowList::layOut() {
     }
 }
 
-void RowList::followFocus(QWidget* focused) {
+void RowList::scrollToFocus(QWidget* focused) {
     const auto* control = qobject_cast<Control*>(focused);
-    // A click must not move what it has hit.
+    // Only for the keyboard: a click must not move what it has hit.
     if (control == nullptr || !control->showsFocusRing()) {
         return;
     }

@@ -14,19 +14,19 @@ class RowList : public QScrollArea {
 
 public:
     static constexpr int spacing = 12;
-    /// What the scroll bar needs at the right of the rows, whether it is shown or not.
+    /// Kept free for the scroll bar at the right of the rows, whether it is shown or not.
     static constexpr int scrollBarRoom = 16;
 
     explicit RowList(QWidget* parent);
 
     /// Shows one row for each of `inputs`, in this order. A row is kept as long as its
-    /// display's `id` stays in the list. `focusPlace` takes the focus of a row that goes.
+    /// display's `id` stays in the list. `focusPlace` gets the focus of a removed row.
     /// Not to be called from within a row's `onChange`.
     void setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlace);
 
     const std::vector<DisplayRow*>& rows() const { return rows_; }
 
-    /// The height at which nothing has to scroll.
+    /// The height at which no row has to be scrolled to.
     int fullHeight() const;
 
 protected:
@@ -36,7 +36,7 @@ private:
     DisplayRow* takeRow(std::vector<DisplayRow*>& from, const std::string& id);
     void removeRow(DisplayRow* row, QWidget& focusPlace);
     void layOut();
-    void followFocus(QWidget* focused);
+    void scrollToFocus(QWidget* focused);
 
     QWidget* column_;
     std::vector<DisplayRow*> rows_;

@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringView>
 
-/// Every text of the screen that is not the controller's: each stands here once.
+/// All texts on the screen that do not come from the controller.
 namespace tavrel::texts {
 
 inline constexpr QStringView productTitle = u"TAVREL";
@@ -23,7 +23,7 @@ inline constexpr QStringView switchOn = u"On";
 inline constexpr QStringView switchOff = u"Off";
 
 /// The accessible name of a display's switch.
-inline QString powerOf(const QString& displayName) {
+inline QString powerName(const QString& displayName) {
     return displayName + QStringLiteral(" power");
 }
 

@@ -95,7 +95,7 @@ TEST_F(ViewTest, BackdropRunsFromCornerToCornerUnderTheGlow) {
     EXPECT_TRUE(isNear(at(image, {519, 485}), QColor(22, 24, 38)));
     // The middle of the glow, 190 right of and 180 above the window's: 93 % of its colour.
     const QColor ground(17, 20, 32);
-    const QColor glow = theme::faded(theme::indigo, 0.18 * 0.93);
+    const QColor glow = theme::withAlpha(theme::indigo, 0.18 * 0.93);
     EXPECT_TRUE(isNear(at(image, {260 + 190, 243 - 180}), over(ground, glow)));
 }
 
@@ -113,7 +113,7 @@ TEST_F(ViewTest, RowsBoxesAndSwitchesHaveTheDesignedColours) {
 
     const QPoint besideIcon(16 + 4, 39);
     EXPECT_TRUE(isNear(at(image, on.topLeft() + besideIcon),
-                       over(onRow, theme::faded(QColor(94, 92, 230), 0.55))));
+                       over(onRow, theme::withAlpha(QColor(94, 92, 230), 0.55))));
     EXPECT_TRUE(isNear(at(image, off.topLeft() + besideIcon), over(offRow, theme::white(0.055))));
 
     const QRect onSwitch = faceIn(powerSwitch(0), *view);
@@ -132,7 +132,7 @@ TEST_F(ViewTest, ADisabledSwitchIsAsAWholeAtHalfStrength) {
     const QRect face = faceIn(powerSwitch(0), *view);
     const QColor ground = at(image, face.topLeft() + QPoint(-6, 13));
     EXPECT_TRUE(isNear(at(image, face.topLeft() + QPoint(10, 13)),
-                       over(ground, theme::faded(theme::blue, 0.5))));
+                       over(ground, theme::withAlpha(theme::blue, 0.5))));
     // The knob lets the row through, not the track.
     EXPECT_TRUE(
         isNear(at(image, face.topLeft() + QPoint(33, 13)), over(ground, theme::white(0.5)), 4));
@@ -176,7 +176,8 @@ TEST_F(ViewTest, TextsHaveTheDesignedFontsAndColours) {
     controller->setErrorMessage("Broken");
     controller->setDisplays({});
     turn();
-    expectLook("Broken", 11.5, QFont::Medium, standard, theme::faded(QColor(255, 69, 58), 0.86));
+    expectLook("Broken", 11.5, QFont::Medium, standard,
+               theme::withAlpha(QColor(255, 69, 58), 0.86));
     expectLook("Ready", 14, QFont::Medium, standard, theme::white(0.72));
     expectLook("⌃⌥⌘W", 11.5, QFont::DemiBold, monospaced, theme::white(0.24));
 }

@@ -74,7 +74,7 @@ void Control::paintFocusRing(QPainter& painter) const {
     const QRectF ring =
         QRectF(face()).adjusted(-ringDistance, -ringDistance, ringDistance, ringDistance);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme::faded(theme::blue, ringOpacity), ringWidth));
+    painter.setPen(QPen(theme::withAlpha(theme::blue, ringOpacity), ringWidth));
     painter.drawPath(facePath(ring));
 }
 
@@ -94,7 +94,7 @@ void Control::keyPressEvent(QKeyEvent* event) {
 }
 
 void Control::focusInEvent(QFocusEvent* event) {
-    // A window that comes to the front gives back what it had, ring included.
+    // A window that is activated again restores its focus, with the ring as it was.
     if (event->reason() != Qt::ActiveWindowFocusReason) {
         setShowsFocusRing(comesFromKeyboard(event->reason()));
     }

@@ -5,12 +5,12 @@
 
 namespace tavrel {
 
-/// What our switch and our buttons have in common: Space and Enter press them, the mouse
-/// hits exactly what is drawn, and a ring around them shows the keyboard's focus.
+/// The base of our switch and buttons: Space and Enter press them, the mouse hits exactly
+/// what is drawn, and a ring around them shows the keyboard focus.
 ///
 /// The widget is larger than its face, the part that is laid out and drawn, by the room
-/// for that ring. A click takes the focus too, but shows no ring until a key is used.
-/// Disabled, the face is drawn at half strength as a whole; a press has no look of its own.
+/// for that ring. A click takes the focus too, but shows no ring until a key is used. A
+/// disabled face is drawn at half strength as a whole; a pressed one looks no different.
 class Control : public QAbstractButton {
     Q_OBJECT
 

@@ -10,7 +10,7 @@ void FocusKeeper::park(Control& control) {
     }
 }
 
-void FocusKeeper::giveBack(Control& control) {
+void FocusKeeper::restore(Control& control) {
     if (owner_ != &control) {
         return;
     }
@@ -20,16 +20,16 @@ void FocusKeeper::giveBack(Control& control) {
     }
 }
 
-void setEnabledKeepingFocus(Control& control, bool isEnabled, FocusKeeper& focus) {
+void FocusKeeper::setEnabled(Control& control, bool isEnabled) {
     if (isEnabled == control.isEnabled()) {
         return;
     }
     if (!isEnabled) {
-        focus.park(control);
+        park(control);
     }
     control.setEnabled(isEnabled);
     if (isEnabled) {
-        focus.giveBack(control);
+        restore(control);
     }
 }
 

@@ -8,7 +8,7 @@
 namespace tavrel {
 namespace {
 
-/// A line may stand out of its whole pixels by this much; glyphs do not reach so far.
+/// A line may be this much higher than its whole pixels; no glyph reaches that far.
 constexpr double allowedOverhang = 0.25;
 
 }  // namespace
@@ -39,10 +39,10 @@ void Label::setMaximumLines(int lines) {
     update();
 }
 
-void Label::setLeading(const QSizeF& size, double spacing, LeadingPaint paint) {
-    leadingSize_ = size;
-    leadingSpacing_ = spacing;
-    paintLeading_ = std::move(paint);
+void Label::setPrefix(const QSizeF& size, double spacing, PrefixPaint paint) {
+    prefixSize_ = size;
+    prefixSpacing_ = spacing;
+    paintPrefix_ = std::move(paint);
     updateGeometry();
     update();
 }
@@ -52,7 +52,7 @@ int Label::lineHeight() const {
 }
 
 QSize Label::sizeHint() const {
-    return {static_cast<int>(std::ceil(leadingWidth() + font_.width(text()))), lineHeight()};
+    return {static_cast<int>(std::ceil(prefixWidth() + font_.width(text()))), lineHeight()};
 }
 
 QSize Label::minimumSizeHint() const {
@@ -60,17 +60,17 @@ QSize Label::minimumSizeHint() const {
 }
 
 int Label::heightForWidth(int width) const {
-    const auto lines = font_.lines(text(), width - leadingWidth(), maximumLines_).size();
+    const auto lines = font_.lines(text(), width - prefixWidth(), maximumLines_).size();
     return static_cast<int>(std::ceil(
         font_.lineHeight() * std::max(1.0, static_cast<double>(lines)) - allowedOverhang));
 }
 
 QStringList Label::visibleLines() const {
-    return font_.lines(text(), width() - leadingWidth(), maximumLines_);
+    return font_.lines(text(), width() - prefixWidth(), maximumLines_);
 }
 
-double Label::leadingWidth() const {
-    return paintLeading_ ? leadingSize_.width() + leadingSpacing_ : 0;
+double Label::prefixWidth() const {
+    return paintPrefix_ ? prefixSize_.width() + prefixSpacing_ : 0;
 }
 
 void Label::paintEvent(QPaintEvent*) {
@@ -83,10 +83,10 @@ void Label::paintEvent(QPaintEvent*) {
     double baseline = (height() - textHeight) / 2 + font_.ascent();
 
     double left = 0;
-    if (paintLeading_) {
-        const double top = (height() - leadingSize_.height()) / 2;
-        paintLeading_(painter, QRectF({0, top}, leadingSize_));
-        left = leadingWidth();
+    if (paintPrefix_) {
+        const double top = (height() - prefixSize_.height()) / 2;
+        paintPrefix_(painter, QRectF({0, top}, prefixSize_));
+        left = prefixWidth();
     }
     for (const QString& line : lines) {
         double x = left;

@@ -7,11 +7,10 @@
 
 namespace tavrel {
 
-/// A text of the screen: plain, in one font and colour, on at most so many lines, with an
-/// ellipsis where it is cut.
+/// Plain text in one font and colour, on a limited number of lines, with an ellipsis where
+/// it is cut. It does not react to the mouse.
 ///
-/// `text()` is always the whole text, and so is what assistive technology reads. The
-/// screen's text is not interactive.
+/// `text()` is always the whole text, and that is what assistive technology reads.
 class Label : public QLabel {
     Q_OBJECT
 
@@ -26,10 +25,10 @@ public:
     /// Breaks the text into at most this many lines. One by default.
     void setMaximumLines(int lines);
 
-    /// Draws something of `size` before the first letter, centred to the text's height,
-    /// with `spacing` between them. `paint` gets the place to draw in.
-    using LeadingPaint = std::function<void(QPainter&, const QRectF& place)>;
-    void setLeading(const QSizeF& size, double spacing, LeadingPaint paint);
+    /// Draws something of `size` before the text, vertically centred and `spacing` away
+    /// from it. `paint` gets the place to draw in.
+    using PrefixPaint = std::function<void(QPainter&, const QRectF& place)>;
+    void setPrefix(const QSizeF& size, double spacing, PrefixPaint paint);
 
     /// The height of one line, in whole pixels.
     int lineHeight() const;
@@ -40,20 +39,20 @@ public:
     /// As many lines as the text needs and may have at this width; one for an empty text.
     int heightForWidth(int width) const override;
 
-    /// What can be read at the present width, one entry for each line.
+    /// The lines as they are drawn at the current width.
     QStringList visibleLines() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    double leadingWidth() const;
+    double prefixWidth() const;
 
     DesignFont font_;
     int maximumLines_ = 1;
-    QSizeF leadingSize_{0, 0};
-    double leadingSpacing_ = 0;
-    LeadingPaint paintLeading_;
+    QSizeF prefixSize_{0, 0};
+    double prefixSpacing_ = 0;
+    PrefixPaint paintPrefix_;
 };
 
 }  // namespace tavrel

@@ -9,7 +9,7 @@ namespace tavrel {
 namespace {
 
 constexpr int turnMilliseconds = 900;
-constexpr int restMilliseconds = 350;
+constexpr int completionMilliseconds = 350;
 constexpr double fullTurn = 360;
 constexpr double iconFontSize = 13;
 
@@ -24,12 +24,12 @@ RefreshButton::RefreshButton(const QString& name, QWidget* parent)
     spin_.setEndValue(fullTurn);
     spin_.setDuration(turnMilliseconds);
     spin_.setLoopCount(-1);
-    comeToRest_.setEndValue(fullTurn);
-    comeToRest_.setDuration(restMilliseconds);
-    comeToRest_.setEasingCurve(QEasingCurve::InOutQuad);
-    for (QVariantAnimation* animation : {&spin_, &comeToRest_}) {
+    completion_.setEndValue(fullTurn);
+    completion_.setDuration(completionMilliseconds);
+    completion_.setEasingCurve(QEasingCurve::InOutQuad);
+    for (QVariantAnimation* animation : {&spin_, &completion_}) {
         connect(animation, &QVariantAnimation::valueChanged, this,
-                [this](const QVariant& value) { turnTo(value.toDouble()); });
+                [this](const QVariant& value) { setAngle(value.toDouble()); });
     }
 }
 
@@ -38,21 +38,21 @@ void RefreshButton::setSpinning(bool spins) {
         return;
     }
     spins_ = spins;
-    comeToRest_.stop();
+    completion_.stop();
     spin_.stop();
     if (!isVisible()) {
-        turnTo(0);
+        setAngle(0);
     } else if (spins) {
         spin_.start();
     } else if (angle_ != 0) {
-        comeToRest_.setStartValue(angle_);
-        comeToRest_.start();
+        completion_.setStartValue(angle_);
+        completion_.start();
     }
 }
 
 bool RefreshButton::isMoving() const {
     return spin_.state() == QAbstractAnimation::Running ||
-           comeToRest_.state() == QAbstractAnimation::Running;
+           completion_.state() == QAbstractAnimation::Running;
 }
 
 QPainterPath RefreshButton::facePath(const QRectF& face) const {
@@ -81,12 +81,12 @@ void RefreshButton::showEvent(QShowEvent* event) {
 
 void RefreshButton::hideEvent(QHideEvent* event) {
     spin_.stop();
-    comeToRest_.stop();
-    turnTo(0);
+    completion_.stop();
+    setAngle(0);
     Control::hideEvent(event);
 }
 
-void RefreshButton::turnTo(double angle) {
+void RefreshButton::setAngle(double angle) {
     const double wrapped = angle >= fullTurn ? angle - fullTurn : angle;
     if (wrapped != angle_) {
         angle_ = wrapped;

@@ -6,8 +6,8 @@
 
 namespace tavrel {
 
-/// The round button of the header. While a refresh is running it is turned steadily, and
-/// when that ends it comes to rest upright.
+/// The round button of the header. Its arrow turns steadily while a refresh is running,
+/// and completes the turn when that ends.
 class RefreshButton : public Control {
     Q_OBJECT
 
@@ -19,9 +19,9 @@ public:
 
     void setSpinning(bool spins);
     bool isSpinning() const { return spins_; }
-    /// How far it is turned, in degrees clockwise; 0 at rest.
+    /// How far the arrow is turned, in degrees clockwise; 0 when it does not move.
     double angle() const { return angle_; }
-    /// Whether it is turning, or coming to rest.
+    /// Whether the arrow is turning, or completing its last turn.
     bool isMoving() const;
 
 protected:
@@ -31,10 +31,10 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void turnTo(double angle);
+    void setAngle(double angle);
 
     QVariantAnimation spin_;
-    QVariantAnimation comeToRest_;
+    QVariantAnimation completion_;
     bool spins_ = false;
     double angle_ = 0;
 };

@@ -13,8 +13,8 @@ constexpr int millisecondsPerStep = 100;
 constexpr double innerRadius = 3.3;
 constexpr double outerRadius = 6.5;
 constexpr double barWidth = 1.7;
-constexpr double faintest = 0.12;
-constexpr double strongest = 0.88;
+constexpr double faintestOpacity = 0.12;
+constexpr double strongestOpacity = 0.88;
 
 }  // namespace
 
@@ -30,7 +30,8 @@ void Spinner::paintEvent(QPaintEvent*) {
     painter.translate(QRectF(rect()).center());
     for (int bar = 0; bar < bars; ++bar) {
         const int age = (step_ + bars - 1 - bar) % bars;
-        const double opacity = strongest - (strongest - faintest) * age / (bars - 1);
+        const double opacity =
+            strongestOpacity - (strongestOpacity - faintestOpacity) * age / (bars - 1);
         painter.setPen(QPen(theme::white(opacity), barWidth, Qt::SolidLine, Qt::RoundCap));
         painter.save();
         painter.rotate(fullTurn * bar / bars);

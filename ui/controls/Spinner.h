@@ -5,7 +5,7 @@
 
 namespace tavrel {
 
-/// A small indeterminate spinner. It turns while it can be seen, and otherwise rests.
+/// A small indeterminate spinner. It turns only while it is visible.
 class Spinner : public QWidget {
     Q_OBJECT
 

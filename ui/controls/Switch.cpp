@@ -27,27 +27,27 @@ Switch::Switch(QWidget* parent) : Control(faceSize, parent) {
     travel_.setDuration(travelMilliseconds);
     travel_.setEasingCurve(QEasingCurve::InOutQuad);
     connect(&travel_, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant& value) { moveKnob(value.toDouble()); });
-    connect(&travel_, &QVariantAnimation::finished, this, [this] { sendKnobTo(isChecked()); });
+            [this](const QVariant& value) { setKnobPosition(value.toDouble()); });
+    connect(&travel_, &QVariantAnimation::finished, this, [this] { animateKnobTo(isChecked()); });
     connect(this, &QAbstractButton::clicked, this, &Switch::flip);
 }
 
 void Switch::setOn(bool isOn) {
     setChecked(isOn);
     if (!isVisible()) {
-        rest();
+        stopKnob();
     } else if (!isMoving()) {
-        sendKnobTo(isOn);
+        animateKnobTo(isOn);
     }
 }
 
 void Switch::flip() {
     const bool wantsOn = !isChecked();
-    sendKnobTo(wantsOn);
+    animateKnobTo(wantsOn);
     Q_EMIT flipped(wantsOn);
 }
 
-void Switch::sendKnobTo(double position) {
+void Switch::animateKnobTo(double position) {
     travel_.stop();
     if (position == knobPosition_) {
         return;
@@ -57,12 +57,12 @@ void Switch::sendKnobTo(double position) {
     travel_.start();
 }
 
-void Switch::rest() {
+void Switch::stopKnob() {
     travel_.stop();
-    moveKnob(isChecked());
+    setKnobPosition(isChecked());
 }
 
-void Switch::moveKnob(double position) {
+void Switch::setKnobPosition(double position) {
     if (position != knobPosition_) {
         knobPosition_ = position;
         update();
@@ -76,7 +76,7 @@ QPainterPath Switch::facePath(const QRectF& face) const {
 }
 
 void Switch::hideEvent(QHideEvent* event) {
-    rest();
+    stopKnob();
     Control::hideEvent(event);
 }
 
@@ -97,7 +97,7 @@ void Switch::paintFace(QPainter& painter, const QRectF& track) const {
     painter.save();
     painter.setClipPath(outline);
     for (const double spread : {1.6, 1.1, 0.6}) {
-        painter.setBrush(theme::faded(Qt::black, 0.07));
+        painter.setBrush(theme::withAlpha(Qt::black, 0.07));
         painter.drawEllipse(knob.adjusted(-spread, -spread, spread, spread).translated(0, 0.6));
     }
     painter.restore();

@@ -9,8 +9,8 @@ namespace tavrel {
 /// A large on/off switch that shows a state of the model and never changes it.
 ///
 /// `isChecked()` is the model's state, as last given to `setOn`. A flip by the user is
-/// announced and sends the knob to the other side; unless the model has followed by the
-/// time it gets there, it comes back.
+/// signalled and moves the knob to the other side; if the model has not followed by the
+/// time it gets there, it moves back.
 class Switch : public Control {
     Q_OBJECT
 
@@ -26,21 +26,21 @@ public:
     bool isMoving() const { return travel_.state() == QAbstractAnimation::Running; }
 
 Q_SIGNALS:
-    /// The user asks for this position. Once for each flip.
+    /// The user asks for this position. Emitted once for each flip.
     void flipped(bool wantsOn);
 
 protected:
     QPainterPath facePath(const QRectF& face) const override;
     void paintFace(QPainter& painter, const QRectF& track) const override;
-    /// Nothing: only the model changes the state.
+    /// Does nothing: only the model changes the state.
     void nextCheckState() override {}
     void hideEvent(QHideEvent* event) override;
 
 private:
     void flip();
-    void sendKnobTo(double position);
-    void rest();
-    void moveKnob(double position);
+    void animateKnobTo(double position);
+    void stopKnob();
+    void setKnobPosition(double position);
 
     QVariantAnimation travel_;
     double knobPosition_ = 0;

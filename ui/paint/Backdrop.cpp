@@ -14,10 +14,10 @@ namespace tavrel {
 namespace {
 
 constexpr double samplesPerPoint = 1;
-/// So many standard deviations beyond the disc's edge less than a thousandth of a colour
-/// step is left.
+/// How many standard deviations beyond the disc's edge the glow ends: less than a
+/// thousandth of a colour step is left there.
 constexpr double reach = 5;
-constexpr int slices = 128;
+constexpr int strips = 128;
 
 /// The part of a Gaussian centred at 0 that lies between `from` and `to`.
 double gaussianBetween(double from, double to, double sigma) {
@@ -25,13 +25,13 @@ double gaussianBetween(double from, double to, double sigma) {
     return 0.5 * (std::erf(to * scale) - std::erf(from * scale));
 }
 
-/// The Gaussian's weight over the disc when it is centred `distance` away from the disc's
-/// centre: the disc is cut into slices along that line's normal, each of them exact.
+/// The weight over the disc of a Gaussian centred `distance` away from the disc's centre.
+/// The disc is cut into strips parallel to the line between both centres.
 double blurredDisc(double distance, double radius, double sigma) {
     double sum = 0;
-    for (int slice = 0; slice < slices; ++slice) {
-        const double from = radius * (2.0 * slice / slices - 1);
-        const double to = radius * (2.0 * (slice + 1) / slices - 1);
+    for (int strip = 0; strip < strips; ++strip) {
+        const double from = radius * (2.0 * strip / strips - 1);
+        const double to = radius * (2.0 * (strip + 1) / strips - 1);
         const double y = (from + to) / 2;
         const double halfChord = std::sqrt(radius * radius - y * y);
         sum += gaussianBetween(from, to, sigma) *
@@ -52,7 +52,7 @@ constexpr double glowOpacity = 0.18;
 constexpr double glowOffsetX = 190;
 constexpr double glowOffsetY = -180;
 
-/// A value in [-0.5, 0.5) that looks random and is the same each time.
+/// A value in [-0.5, 0.5) that looks random but is always the same for these arguments.
 double noise(std::uint32_t x, std::uint32_t y, std::uint32_t channel) {
     std::uint32_t bits = x * 0x9E3779B1U ^ y * 0x85EBCA77U ^ (channel + 1) * 0xC2B2AE3DU;
     bits = (bits ^ bits >> 15U) * 0x2C1B3C6DU;

@@ -6,24 +6,24 @@
 
 namespace tavrel {
 
-/// A disc blurred by a Gaussian: how much of it is left at each distance from its centre.
+/// A disc blurred by a Gaussian, given as its strength at each distance from its centre.
 ///
-/// Computed, not approximated by blurring pixels, so it has no steps of its own. Distances
-/// are in points.
+/// Computed instead of made by blurring pixels, so that it adds no bands of its own.
+/// Distances are in points.
 class Glow {
 public:
     /// A disc of `discRadius` blurred with the standard deviation `blurRadius`.
     Glow(double discRadius, double blurRadius);
 
-    /// 1 is the full colour of the disc, 0 nothing; falls steadily outwards.
+    /// From 1, the disc's full colour, down to 0. Never rises with the distance.
     double strengthAt(double distance) const;
 
 private:
     std::vector<double> samples_;
 };
 
-/// What lies behind everything in the window: a dark gradient from the top left to the
-/// bottom right corner, and an indigo glow in the upper right.
+/// The window's background: a dark gradient from the top left to the bottom right corner,
+/// and an indigo glow in the upper right.
 ///
 /// Both are computed together at a precision far below one colour step and then dithered,
 /// so that neither shows bands.
@@ -31,8 +31,8 @@ class Backdrop {
 public:
     Backdrop();
 
-    /// The picture for a window of `size` points, one pixel for each of the device's. It
-    /// is kept until another size or ratio is asked for.
+    /// The background of a window of `size` points, at the device's resolution. It is cached,
+    /// and the reference valid, until another size or ratio is asked for.
     const QPixmap& pixmap(const QSize& size, double devicePixelRatio);
 
 private:

@@ -5,10 +5,9 @@
 
 namespace tavrel {
 
-/// `rect` with corners of the continuous kind: each is a superellipse that leaves the
-/// straight sides without a jump in curvature, and passes where an arc of `radius` would
-/// at the corner's middle. It therefore starts half a radius earlier than the arc would;
-/// where the sides are too short for that, as early as they allow.
+/// `rect` with continuous corners: each is a superellipse that leaves the straight sides
+/// without a jump in curvature and meets an arc of `radius` at the corner's middle. It
+/// starts half a radius earlier than the arc, or as early as the sides allow.
 QPainterPath continuousRoundedRect(const QRectF& rect, double radius);
 
 }  // namespace tavrel

@@ -7,24 +7,24 @@ namespace tavrel {
 namespace {
 
 constexpr double scale = 2;
-/// A text measured and then laid out at that width may miss it by a rounding.
+/// Rounding may make a text slightly wider than it was measured.
 constexpr double tolerance = 0.5;
 
 }  // namespace
 
 DesignFont::DesignFont(const theme::FontSpec& spec)
-    : spec_(spec), twice_(theme::font(spec, scale)) {}
+    : spec_(spec), doubled_(theme::font(spec, scale)) {}
 
 double DesignFont::width(const QString& text) const {
-    return QFontMetricsF(twice_).horizontalAdvance(text) / scale;
+    return QFontMetricsF(doubled_).horizontalAdvance(text) / scale;
 }
 
 double DesignFont::ascent() const {
-    return QFontMetricsF(twice_).ascent() / scale;
+    return QFontMetricsF(doubled_).ascent() / scale;
 }
 
 double DesignFont::descent() const {
-    return QFontMetricsF(twice_).descent() / scale;
+    return QFontMetricsF(doubled_).descent() / scale;
 }
 
 QStringList DesignFont::lines(const QString& text, double width, int maximumLines) const {
@@ -33,7 +33,7 @@ QStringList DesignFont::lines(const QString& text, double width, int maximumLine
     whole.replace(u'\n', QChar::LineSeparator);
 
     QStringList result;
-    QTextLayout layout(whole, twice_);
+    QTextLayout layout(whole, doubled_);
     layout.beginLayout();
     while (result.size() < maximumLines) {
         QTextLine line = layout.createLine();
@@ -44,7 +44,7 @@ QStringList DesignFont::lines(const QString& text, double width, int maximumLine
         if (result.size() == maximumLines - 1) {
             QString rest = whole.mid(line.textStart());
             rest.replace(QChar::LineSeparator, QChar::Space);
-            result += QFontMetricsF(twice_).elidedText(rest, Qt::ElideRight, room);
+            result += QFontMetricsF(doubled_).elidedText(rest, Qt::ElideRight, room);
         } else {
             result += whole.mid(line.textStart(), line.textLength()).trimmed();
         }
@@ -57,7 +57,7 @@ void DesignFont::draw(QPainter& painter, const QPointF& baseline, const QString&
     painter.save();
     painter.translate(baseline);
     painter.scale(1 / scale, 1 / scale);
-    painter.setFont(twice_);
+    painter.setFont(doubled_);
     painter.drawText(QPointF(0, 0), line);
     painter.restore();
 }

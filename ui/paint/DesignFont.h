@@ -26,8 +26,8 @@ public:
     double lineHeight() const { return ascent() + descent(); }
 
     /// `text` as it is shown in `width`: broken into at most `maximumLines`, at line feeds
-    /// and between words, the last one cut with an ellipsis if more would follow. No line
-    /// for an empty text.
+    /// and between words, the last one cut with an ellipsis if more would follow. Empty for
+    /// an empty text.
     QStringList lines(const QString& text, double width, int maximumLines) const;
 
     /// Draws one line in the painter's pen.
@@ -35,7 +35,7 @@ public:
 
 private:
     theme::FontSpec spec_;
-    QFont twice_;
+    QFont doubled_;
 };
 
 }  // namespace tavrel

@@ -16,7 +16,7 @@ QString systemFamily() {
     return QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
 }
 
-/// The Mac's own rounded font, which it offers to nobody by name; empty elsewhere.
+/// The Mac's own rounded font, which cannot be asked for by name. Empty on other systems.
 QStringList systemRoundedFamilies() {
     static const int font =
         QFontDatabase::addApplicationFont(QStringLiteral("/System/Library/Fonts/SFNSRounded.ttf"));
@@ -49,13 +49,13 @@ QStringList installed(const QStringList& wanted) {
 
 }  // namespace
 
-QColor faded(QColor color, double opacity) {
+QColor withAlpha(QColor color, double opacity) {
     color.setAlphaF(static_cast<float>(opacity));
     return color;
 }
 
 QColor white(double opacity) {
-    return faded(QColor(255, 255, 255), opacity);
+    return withAlpha(QColor(255, 255, 255), opacity);
 }
 
 QFont font(const FontSpec& spec, double scale) {
@@ -104,7 +104,7 @@ QPalette darkPalette() {
 
 void applyTo(QApplication& /*application*/) {
 #ifndef Q_OS_MACOS
-    // The desktop's own style may insist on the desktop's colours; this one never does.
+    // The desktop's own style may ignore the palette; this one never does.
     QApplication::setStyle(QStringLiteral("Fusion"));
 #endif
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)

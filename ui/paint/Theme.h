@@ -7,7 +7,7 @@
 
 class QApplication;
 
-/// The look shared by everything in the window. It is dark whatever the system prefers.
+/// The look shared by everything in the window. It is dark, whatever the system's setting.
 ///
 /// Sizes are in points of the design, which are Qt's logical pixels. Colours are the
 /// named ones of a dark appearance.
@@ -21,20 +21,20 @@ inline constexpr QColor green{48, 209, 88};
 inline constexpr QColor blue{10, 132, 255};
 
 /// `color` at `opacity`, 0 to 1.
-QColor faded(QColor color, double opacity);
+QColor withAlpha(QColor color, double opacity);
 QColor white(double opacity = 1);
 
-/// How much of a disabled control is left.
+/// The opacity of a disabled control as a whole.
 inline constexpr double disabledOpacity = 0.5;
 
 enum class FontDesign { standard, rounded, monospaced };
 
-/// A font of the design. Half sizes are meant as they stand.
+/// A font of the design. Half sizes are exact.
 struct FontSpec {
     double size;
     QFont::Weight weight;
     FontDesign design = FontDesign::standard;
-    /// Added after each letter.
+    /// Space added after each letter.
     double tracking = 0;
 };
 

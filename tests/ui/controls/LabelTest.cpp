@@ -73,7 +73,7 @@ TEST(LabelTest, TheLeadingPartIsPutBeforeTheText) {
     label.setText("Ready");
     const QSize plain = label.sizeHint();
     QRectF place;
-    label.setLeading({7, 7}, 5, [&](QPainter&, const QRectF& given) { place = given; });
+    label.setPrefix({7, 7}, 5, [&](QPainter&, const QRectF& given) { place = given; });
     EXPECT_EQ(label.sizeHint().width(), plain.width() + 12);
     label.resize(label.sizeHint());
     label.grab();
