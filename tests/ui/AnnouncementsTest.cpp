@@ -8,8 +8,9 @@ namespace {
 
 using testing::Contains;
 using testing::IsSupersetOf;
+using Announcement = std::pair<QObject*, QAccessible::Event>;
 
-/// Notes what assistive technology is told while it lives.
+/// Notes what assistive technology is told while it exists.
 class Announcements {
 public:
     Announcements() {
@@ -20,9 +21,9 @@ public:
     Announcements(const Announcements&) = delete;
     Announcements& operator=(const Announcements&) = delete;
 
-    static std::vector<std::pair<QObject*, QAccessible::Event>>& seen() {
-        static std::vector<std::pair<QObject*, QAccessible::Event>> events;
-        return events;
+    static std::vector<Announcement>& seen() {
+        static std::vector<Announcement> announcements;
+        return announcements;
     }
 
 private:
@@ -38,18 +39,18 @@ private:
 class AnnouncementsTest : public ViewTest {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(waitFor([] { return QAccessible::isActive(); }));
+        ASSERT_TRUE(runUntil([] { return QAccessible::isActive(); }));
     }
 };
 
 TEST_F(AnnouncementsTest, ANewStatusIsAnnounced) {
     open({builtInDisplay(true)});
-    Label* status = text("Ready");
+    QObject* status = text("Ready");
     const Announcements announcements;
-    controller->setStatusMessage("Both displays are on");
-    turn();
-    EXPECT_THAT(Announcements::seen(), Contains(std::pair<QObject*, QAccessible::Event>(
-                                           status, QAccessible::NameChanged)));
+
+    setStatus("Both displays are on");
+
+    EXPECT_THAT(Announcements::seen(), Contains(Announcement(status, QAccessible::NameChanged)));
 }
 
 TEST_F(AnnouncementsTest, ANewErrorIsAnnouncedAsAnAlertOnce) {
@@ -59,38 +60,38 @@ TEST_F(AnnouncementsTest, ANewErrorIsAnnouncedAsAnAlertOnce) {
                              [](const auto& event) { return event.second == QAccessible::Alert; });
     };
     const Announcements announcements;
-    controller->setErrorMessage("Broken");
-    turn();
-    Label* error = text("Broken");
+
+    setError("Broken");
+    QObject* error = text("Broken");
     ASSERT_NE(error, nullptr);
-    EXPECT_THAT(
-        Announcements::seen(),
-        IsSupersetOf({std::pair<QObject*, QAccessible::Event>(error, QAccessible::Alert),
-                      std::pair<QObject*, QAccessible::Event>(error, QAccessible::NameChanged)}));
-    controller->setStatusMessage("Something else changes");
-    turn();
+    EXPECT_THAT(Announcements::seen(),
+                IsSupersetOf({Announcement(error, QAccessible::Alert),
+                              Announcement(error, QAccessible::NameChanged)}));
+
+    setStatus("Something else changes");
     EXPECT_EQ(alerts(), 1);
-    controller->setErrorMessage("Broken again");
-    turn();
+
+    setError("Broken again");
     EXPECT_EQ(alerts(), 2);
 }
 
 TEST_F(AnnouncementsTest, ARebuildThatChangesNothingAnnouncesNothing) {
     open({builtInDisplay(true), externalDisplay(false)});
     const Announcements announcements;
-    controller->setDisplays(controller->displays());
-    turn();
+
+    setDisplays(controller->displays());
+
     EXPECT_TRUE(Announcements::seen().empty());
 }
 
 TEST_F(AnnouncementsTest, ASwitchThatMovesIsAnnounced) {
     open({builtInDisplay(true), externalDisplay(true)});
-    Switch* power = &powerSwitch(1);
+    QObject* power = &powerSwitch(1);
     const Announcements announcements;
-    controller->setDisplays({builtInDisplay(true), externalDisplay(false)});
-    turn();
-    EXPECT_THAT(Announcements::seen(), Contains(std::pair<QObject*, QAccessible::Event>(
-                                           power, QAccessible::StateChanged)));
+
+    setDisplays({builtInDisplay(true), externalDisplay(false)});
+
+    EXPECT_THAT(Announcements::seen(), Contains(Announcement(power, QAccessible::StateChanged)));
 }
 
 }  // namespace

@@ -6,10 +6,23 @@
 namespace tavrel {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 
-class DisplayRowTest : public testing::Test {
+/// How much of a picture's part is nearly white: the icon, where one is drawn in white.
+int whitePixels(const QImage& image, const QRect& part) {
+    int count = 0;
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x) {
+            count += qGray(image.pixel(x, y)) > 230 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+class DisplayRowTest : public WidgetTest {
 protected:
+    /// What the row is given for `display`. What its switch does is in `changes`.
     DisplayRow::Inputs inputs(const DisplayDevice& display, bool isEnabled = true) {
         return {display, isEnabled, "Must stay on", "At least one display must stay on",
                 [this](bool isOn) { changes.push_back(isOn); }};
@@ -23,144 +36,138 @@ protected:
         showActive(window);
     }
 
-    std::vector<QString> texts() const {
-        std::vector<QString> result;
-        for (const Label* each : row->findChildren<Label*>()) {
-            if (each->isVisible()) {
-                result.push_back(each->text());
-            }
-        }
-        return result;
-    }
-    Label& text(int index) const { return *row->findChildren<Label*>().at(index); }
+    Switch& powerSwitch() const { return *row->powerSwitch(); }
     Spinner& spinner() const { return *row->findChild<Spinner*>(); }
+    Label& text(int index) const { return *row->findChildren<Label*>().at(index); }
+    QImage picture() { return window.grab().toImage(); }
 
+    const QRect iconBox{16, 15, 48, 48};
     QWidget window;
     DisplayRow* row = nullptr;
     std::vector<bool> changes;
 };
 
-/// How much of a picture's part is nearly white: the icon, where one is drawn in white.
-int whitePixels(const QImage& image, const QRect& part) {
-    int count = 0;
-    for (int y = part.top(); y <= part.bottom(); ++y) {
-        for (int x = part.left(); x <= part.right(); ++x) {
-            count += qGray(image.pixel(x, y)) > 230 ? 1 : 0;
-        }
-    }
-    return count;
-}
-
-TEST_F(DisplayRowTest, ABuiltInPanelThatIsOn) {
+TEST_F(DisplayRowTest, ABuiltInPanelThatIsOnHasAWhiteIcon) {
     open(inputs(builtInDisplay(true)));
-    EXPECT_THAT(texts(),
+
+    EXPECT_THAT(visibleTexts(*row),
                 ElementsAre("MacBook Display", "Built-in panel · removed from desktop when off"));
-    EXPECT_TRUE(row->powerSwitch()->isVisible());
-    EXPECT_TRUE(row->powerSwitch()->isChecked());
-    EXPECT_EQ(row->powerSwitch()->text(), "On");
-    const QImage image = window.grab().toImage();
-    EXPECT_GT(whitePixels(image, {16, 15, 48, 48}), 20);
-    const QColor box = image.pixelColor(20, 39);
-    EXPECT_GT(box.blue(), box.green() + 40);
+    EXPECT_TRUE(powerSwitch().isVisible());
+    EXPECT_TRUE(powerSwitch().isChecked());
+    EXPECT_EQ(powerSwitch().text(), "On");
+    EXPECT_GT(whitePixels(picture(), iconBox), 20);
 }
 
-TEST_F(DisplayRowTest, AnExternalMonitorThatIsOff) {
+TEST_F(DisplayRowTest, AnExternalMonitorThatIsOffHasADimIcon) {
     open(inputs(externalDisplay(false)));
-    EXPECT_THAT(texts(), ElementsAre("External Display",
-                                     "External monitor · removed from desktop when off"));
-    EXPECT_FALSE(row->powerSwitch()->isChecked());
-    EXPECT_TRUE(row->powerSwitch()->isEnabled());
-    EXPECT_EQ(row->powerSwitch()->text(), "Off");
-    const QImage image = window.grab().toImage();
-    EXPECT_EQ(whitePixels(image, {16, 15, 48, 48}), 0);
-    const QColor box = image.pixelColor(20, 39);
-    EXPECT_NEAR(box.blue(), image.pixelColor(8, 39).blue(), 16);
+
+    EXPECT_THAT(
+        visibleTexts(*row),
+        ElementsAre("External Display", "External monitor · removed from desktop when off"));
+    EXPECT_FALSE(powerSwitch().isChecked());
+    EXPECT_TRUE(powerSwitch().isEnabled());
+    EXPECT_EQ(powerSwitch().text(), "Off");
+    EXPECT_EQ(whitePixels(picture(), iconBox), 0);
 }
 
 TEST_F(DisplayRowTest, TheKindsHaveDifferentIcons) {
     open(inputs(builtInDisplay(true, 1)));
-    const QImage builtIn = window.grab({16, 15, 48, 48}).toImage();
+    const QImage builtIn = window.grab(iconBox).toImage();
+
     row->setInputs(inputs(externalDisplay(true, 1)));
     turn();
-    EXPECT_NE(window.grab({16, 15, 48, 48}).toImage(), builtIn);
+
+    EXPECT_NE(window.grab(iconBox).toImage(), builtIn);
 }
 
 TEST_F(DisplayRowTest, ASwitchThatMayNotBeUsedIsDisabledAndSaysWhy) {
     open(inputs(builtInDisplay(true), false));
-    EXPECT_FALSE(row->powerSwitch()->isEnabled());
-    EXPECT_EQ(row->powerSwitch()->toolTip(), "At least one display must stay on");
-    EXPECT_THAT(texts(),
+
+    EXPECT_FALSE(powerSwitch().isEnabled());
+    EXPECT_EQ(powerSwitch().toolTip(), "At least one display must stay on");
+    EXPECT_THAT(visibleTexts(*row),
                 ElementsAre("MacBook Display", "Built-in panel · removed from desktop when off",
                             "Must stay on"));
-    click(*row->powerSwitch());
+
+    click(powerSwitch());
     type(*row, Qt::Key_Space);
     EXPECT_TRUE(changes.empty());
 }
 
 TEST_F(DisplayRowTest, ASwitchThatMayBeUsedHasNoLock) {
     open(inputs(externalDisplay(true)));
-    EXPECT_EQ(texts().size(), 2U);
-    EXPECT_EQ(row->powerSwitch()->toolTip(), "Enable or disable External Display");
-    EXPECT_EQ(row->powerSwitch()->accessibleName(), "External Display power");
+
+    EXPECT_EQ(visibleTexts(*row).size(), 2U);
+    EXPECT_EQ(powerSwitch().toolTip(), "Enable or disable External Display");
+    EXPECT_EQ(powerSwitch().accessibleName(), "External Display power");
 }
 
-TEST_F(DisplayRowTest, BusyShowsOnlyTheSpinnerWhateverIsEnabled) {
+TEST_F(DisplayRowTest, ABusyRowShowsOnlyTheSpinnerWhetherEnabledOrNot) {
     open(inputs(busy(externalDisplay(true)), false));
+
     for (const bool isEnabled : {false, true}) {
         row->setInputs(inputs(busy(externalDisplay(true)), isEnabled));
         EXPECT_TRUE(spinner().isVisible());
-        EXPECT_FALSE(row->powerSwitch()->isVisible());
-        EXPECT_EQ(texts().size(), 2U);
+        EXPECT_FALSE(powerSwitch().isVisible());
+        EXPECT_EQ(visibleTexts(*row).size(), 2U);
     }
+
     row->setInputs(inputs(externalDisplay(true)));
     EXPECT_FALSE(spinner().isVisible());
-    EXPECT_TRUE(row->powerSwitch()->isVisible());
+    EXPECT_TRUE(powerSwitch().isVisible());
 }
 
 TEST_F(DisplayRowTest, EachFlipIsHandedOnOnceWithTheNewPosition) {
     open(inputs(externalDisplay(true)));
-    click(*row->powerSwitch());
+
+    click(powerSwitch());
     EXPECT_THAT(changes, ElementsAre(false));
+
     row->setInputs(inputs(externalDisplay(false)));
-    click(*row->powerSwitch());
+    click(powerSwitch());
     EXPECT_THAT(changes, ElementsAre(false, true));
 }
 
 TEST_F(DisplayRowTest, AFlipThatChangesNothingShowsTheOldPositionAgain) {
     open(inputs(externalDisplay(true)));
-    click(*row->powerSwitch());
-    EXPECT_TRUE(row->powerSwitch()->isChecked());
-    EXPECT_TRUE(waitFor([&] { return row->powerSwitch()->knobPosition() == 0; }));
-    EXPECT_TRUE(waitFor([&] { return row->powerSwitch()->knobPosition() == 1; }));
-    EXPECT_TRUE(waitFor([&] { return !row->powerSwitch()->isMoving(); }));
-    EXPECT_EQ(row->powerSwitch()->knobPosition(), 1);
+
+    click(powerSwitch());
+
+    const std::vector<double> positions = knobPositions(powerSwitch());
+    EXPECT_THAT(positions, Contains(0));
+    EXPECT_EQ(positions.back(), 1);
+    EXPECT_TRUE(powerSwitch().isChecked());
     EXPECT_THAT(changes, ElementsAre(false));
 }
 
 TEST_F(DisplayRowTest, NewInputsAloneNeverCallOnChange) {
     open(inputs(externalDisplay(true)));
+
     row->setInputs(inputs(externalDisplay(false)));
     row->setInputs(inputs(busy(externalDisplay(false))));
     row->setInputs(inputs(externalDisplay(true), false));
     turn();
+
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(DisplayRowTest, IsLaidOutAsDesigned) {
+TEST_F(DisplayRowTest, ItsPartsAreLaidOutAsDesigned) {
     open(inputs(externalDisplay(true)));
+
+    const QRect name = text(0).geometry();
+    const QRect explanation = text(1).geometry();
     EXPECT_EQ(row->height(), 78);
-    EXPECT_EQ(faceIn(*row->powerSwitch(), *row), QRect(464 - 16 - 46, 26, 46, 26));
-    EXPECT_EQ(text(0).x(), 16 + 48 + 15);
-    EXPECT_EQ(text(1).x(), 16 + 48 + 15);
-    EXPECT_EQ(text(1).y(), text(0).geometry().bottom() + 1 + 4);
-    const int above = text(0).y();
-    const int below = 78 - (text(1).geometry().bottom() + 1);
-    EXPECT_NEAR(above, below, 1);
+    EXPECT_EQ(faceIn(powerSwitch(), *row), QRect(464 - 16 - 46, 26, 46, 26));
+    EXPECT_EQ(name.left(), 16 + 48 + 15);
+    EXPECT_EQ(explanation.left(), name.left());
+    EXPECT_EQ(explanation.top(), name.bottom() + 1 + 4);
+    EXPECT_NEAR(name.top(), 78 - (explanation.bottom() + 1), 1);
 }
 
-TEST_F(DisplayRowTest, TheLockStandsThreeUnderTheSwitchFlushRight) {
+TEST_F(DisplayRowTest, TheLockIsThreeBelowTheSwitchAndFlushRight) {
     open(inputs(externalDisplay(true), false));
-    const QRect face = faceIn(*row->powerSwitch(), *row);
+
+    const QRect face = faceIn(powerSwitch(), *row);
     const QRect lock = text(2).geometry();
     EXPECT_EQ(lock.top(), face.bottom() + 1 + 3);
     EXPECT_EQ(lock.right(), face.right());
@@ -169,24 +176,27 @@ TEST_F(DisplayRowTest, TheLockStandsThreeUnderTheSwitchFlushRight) {
 
 TEST_F(DisplayRowTest, TheSpinnerIsCentredInABoxThirtyEightWide) {
     open(inputs(busy(externalDisplay(true))));
+
     const QRect place = spinner().geometry();
     EXPECT_EQ(place.left() - (464 - 16 - 38), 464 - 16 - (place.right() + 1));
     EXPECT_EQ(place.top(), 78 - (place.bottom() + 1));
 }
 
 TEST_F(DisplayRowTest, ANameTooLongIsCutBeforeTheSwitch) {
-    const std::string name(200, 'W');
-    open(inputs(externalDisplay(true, 2, name)));
+    open(inputs(externalDisplay(true, 2, std::string(200, 'W'))));
+
     EXPECT_EQ(text(0).text(), QString(200, u'W'));
     EXPECT_TRUE(text(0).visibleLines().first().endsWith(u'…'));
-    EXPECT_LE(text(0).geometry().right() + 15, faceIn(*row->powerSwitch(), *row).left());
+    EXPECT_LE(text(0).geometry().right() + 15, faceIn(powerSwitch(), *row).left());
     EXPECT_EQ(row->height(), 78);
 }
 
 TEST_F(DisplayRowTest, ANameIsShownAsItIs) {
-    open(inputs(externalDisplay(true, 2, "<b>Über</b> & Ω 显示器")));
-    EXPECT_EQ(text(0).text(), "<b>Über</b> & Ω 显示器");
-    EXPECT_EQ(text(0).visibleLines(), QStringList("<b>Über</b> & Ω 显示器"));
+    const QString name = "<b>Über</b> & Ω 显示器";
+    open(inputs(externalDisplay(true, 2, name.toStdString())));
+
+    EXPECT_EQ(text(0).text(), name);
+    EXPECT_EQ(text(0).visibleLines(), QStringList(name));
 }
 
 }  // namespace

@@ -12,10 +12,10 @@ namespace tavrel {
 
 /// One state of the controller that the window is designed for.
 struct Situation {
-    std::string name;
-    std::vector<DisplayDevice> displays;
-    std::string status;
-    std::optional<std::string> error;
+    std::string name = {};
+    std::vector<DisplayDevice> displays = {};
+    std::string status = "Ready";
+    std::optional<std::string> error = {};
     bool isRefreshing = false;
 };
 
@@ -40,48 +40,50 @@ inline void show(DisplayController& controller, const Situation& situation) {
     controller.setStatusMessage(situation.status);
 }
 
+/// External displays that are all on, with the numbers from 1 to `count`.
+inline std::vector<DisplayDevice> manyDisplays(DisplayID count) {
+    std::vector<DisplayDevice> displays;
+    for (DisplayID id = 1; id <= count; ++id) {
+        displays.push_back(externalDisplay(true, id, "External Display " + std::to_string(id)));
+    }
+    return displays;
+}
+
 inline std::vector<Situation> designedSituations() {
     const std::string layoutError = "macOS couldn’t change the desktop display layout (error 1001)";
     return {
         {.name = "two-on",
          .displays = {builtInDisplay(true), externalDisplay(true)},
-         .status = "Both displays are ready",
-         .error = {}},
+         .status = "Both displays are ready"},
         {.name = "one-off",
          .displays = {builtInDisplay(true), externalDisplay(false)},
-         .status = "External Display is off",
-         .error = {}},
+         .status = "External Display is off"},
         {.name = "three-busy-refreshing",
          .displays = {builtInDisplay(true), busy(externalDisplay(true, 2, "External Display 1")),
                       externalDisplay(false, 3, "External Display 2")},
          .status = "Turning off External Display 1…",
-         .error = {},
          .isRefreshing = true},
         {.name = "error",
          .displays = {builtInDisplay(true), externalDisplay(false)},
          .status = "Couldn’t change External Display",
          .error = layoutError},
-        {.name = "empty", .displays = {}, .status = "Found 0 displays", .error = {}},
-        {.name = "empty-refreshing",
-         .displays = {},
-         .status = "Finding your displays…",
-         .error = {},
-         .isRefreshing = true},
+        {.name = "empty", .status = "Found 0 displays"},
+        {.name = "empty-refreshing", .status = "Finding your displays…", .isRefreshing = true},
     };
 }
 
-/// Situations beyond the design that the window has to stand.
+/// Situations beyond the design that the window has to cope with.
 inline std::vector<Situation> extremeSituations() {
-    std::vector<DisplayDevice> many;
-    for (DisplayID id = 1; id <= 10; ++id) {
-        many.push_back(externalDisplay(id % 3 != 0, id, "External Display " + std::to_string(id)));
+    std::vector<DisplayDevice> many = manyDisplays(10);
+    for (DisplayDevice& display : many) {
+        display.isOn = display.displayID() % 3 != 0;
     }
     const std::string longText =
         "Couldn’t wake: External Display 1, External Display 2, External "
         "Display 3, External Display 4, External Display 5, External "
         "Display 6, External Display 7, External Display 8";
     return {
-        {.name = "ten-displays", .displays = many, .status = "Found 10 displays", .error = {}},
+        {.name = "ten-displays", .displays = many, .status = "Found 10 displays"},
         {.name = "long-texts",
          .displays = {externalDisplay(true, 1, "A display with quite a long name: " + longText),
                       externalDisplay(false, 2), externalDisplay(false, 3)},

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,9 +14,9 @@
 
 namespace tavrel {
 
-/// The real view on a real controller, on a simulated platform. The desk is empty, so
-/// what is listed is only what a test says.
-class ViewTest : public testing::Test {
+/// The real view and controller on a simulated platform, which has no displays but those
+/// that a test gives it.
+class ViewTest : public WidgetTest {
 protected:
     ViewTest()
         : controller(DisplayController::create(
@@ -30,17 +32,16 @@ protected:
         system.scheduler.shutDown();
     }
 
-    /// Opens the window in `situation`.
+    /// Opens the window on a controller in `situation`.
     void open(const Situation& situation) {
         show(*controller, situation);
-        view = std::make_unique<DisplayControlView>(controller);
-        showActive(*view);
+        openView();
     }
     void open(std::vector<DisplayDevice> displays) {
-        open({.name = {}, .displays = std::move(displays), .status = "Ready", .error = {}});
+        open(Situation{.displays = std::move(displays)});
     }
 
-    /// Opens the window on a simulated desk with these displays, as at start.
+    /// Opens the window on simulated displays, as the application does when it starts.
     void openOnDesk(const std::vector<SimulatedDisplay>& displays) {
         for (const SimulatedDisplay& display : displays) {
             system.windowServer.connect(display);
@@ -48,6 +49,10 @@ protected:
         controller->refresh(std::nullopt);
         system.scheduler.settle();
         system.windowServer.takeChanges();
+        openView();
+    }
+
+    void openView() {
         view = std::make_unique<DisplayControlView>(controller);
         showActive(*view);
     }
@@ -58,35 +63,32 @@ protected:
         turn();
     }
 
+    /// What the controller says from now on, as the window shows it.
+    void setDisplays(std::vector<DisplayDevice> displays) {
+        controller->setDisplays(std::move(displays));
+        turn();
+    }
+    void setStatus(const std::string& status) {
+        controller->setStatusMessage(status);
+        turn();
+    }
+    void setError(const std::optional<std::string>& error) {
+        controller->setErrorMessage(error);
+        turn();
+    }
+
+    /// The first visible widget of this kind that matches, null when there is none.
     template <class Widget>
-    Widget* visible() const {
+    Widget* visible(const std::function<bool(const Widget&)>& matches = nullptr) const {
         for (Widget* each : view->findChildren<Widget*>()) {
-            if (each->isVisible()) {
+            if (each->isVisible() && (!matches || matches(*each))) {
                 return each;
             }
         }
         return nullptr;
     }
-
-    /// The texts that can be seen, from top to bottom as they were made.
-    std::vector<QString> texts(const QWidget& in) const {
-        std::vector<QString> result;
-        for (const Label* each : in.findChildren<Label*>()) {
-            if (each->isVisible()) {
-                result.push_back(each->text());
-            }
-        }
-        return result;
-    }
-    std::vector<QString> texts() const { return texts(*view); }
-
     Label* text(const QString& content) const {
-        for (Label* each : view->findChildren<Label*>()) {
-            if (each->isVisible() && each->text() == content) {
-                return each;
-            }
-        }
-        return nullptr;
+        return visible<Label>([&](const Label& each) { return each.text() == content; });
     }
 
     std::vector<DisplayRow*> rows() const { return visible<RowList>()->rows(); }

@@ -1,17 +1,19 @@
 #pragma once
 
-#include <QAbstractAnimation>
+#include <QAnimationDriver>
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QTest>
 #include <QWidget>
 #include <QWindow>
 #include <functional>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "ui/controls/Control.h"
+#include "ui/controls/Label.h"
+#include "ui/controls/Switch.h"
 
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << text.toStdString();
@@ -32,19 +34,43 @@ inline void turn() {
 }
 
 /// Runs the main loop until `condition` holds. Returns false when it never does.
-[[nodiscard]] inline bool waitFor(const std::function<bool()>& condition) {
+[[nodiscard]] inline bool runUntil(const std::function<bool()>& condition) {
     constexpr int never = 30'000;
-    const QDeadlineTimer deadline(never);
-    while (!condition()) {
-        if (deadline.hasExpired()) {
-            return false;
-        }
-        constexpr int slice = 50;
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents,
-                                        slice);
-    }
-    return true;
+    return QTest::qWaitFor(condition, never);
 }
+
+/// The time of all animations while this exists. It passes only frame by frame, when a test
+/// says so, so that no test depends on how fast the machine is.
+class AnimationClock : public QAnimationDriver {
+public:
+    static constexpr int frameMilliseconds = 16;
+
+    AnimationClock() { install(); }
+
+    void nextFrame() {
+        // An animation that has just been started joins in the main loop's next turn.
+        turn();
+        elapsed_ += frameMilliseconds;
+        advance();
+    }
+
+    void pass(int milliseconds) {
+        for (int passed = 0; passed < milliseconds; passed += frameMilliseconds) {
+            nextFrame();
+        }
+    }
+
+    qint64 elapsed() const override { return elapsed_; }
+
+protected:
+    void start() override {
+        elapsed_ = 0;
+        QAnimationDriver::start();
+    }
+
+private:
+    qint64 elapsed_ = 0;
+};
 
 /// Shows `window` and makes it the one that has the keyboard.
 inline void showActive(QWidget& window) {
@@ -54,13 +80,16 @@ inline void showActive(QWidget& window) {
     turn();
 }
 
-/// A press and release of the left button in the middle of `widget`, delivered to its
-/// window, so that it reaches whatever is really there.
-inline void click(QWidget& widget) {
-    QWidget& window = *widget.window();
-    const QPoint place = widget.mapTo(&window, widget.rect().center());
+/// A press and release of the left button at `place`, delivered to `window`, so that it
+/// reaches whatever is really there.
+inline void clickAt(QWidget& window, const QPoint& place) {
     QTest::mouseMove(window.windowHandle(), place);
     QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, place);
+}
+
+/// The same in the middle of `widget`.
+inline void click(QWidget& widget) {
+    clickAt(*widget.window(), widget.mapTo(widget.window(), widget.rect().center()));
 }
 
 /// A key typed into the window that `widget` is in.
@@ -77,7 +106,18 @@ inline QRect rectIn(const QWidget& widget, const QWidget& ancestor) {
     return {widget.mapTo(&ancestor, QPoint(0, 0)), widget.size()};
 }
 
-/// Counts the paint events of a widget and everything in it, from its making on.
+/// The texts that can be seen in `widget`, in the order in which they were made.
+inline std::vector<QString> visibleTexts(const QWidget& widget) {
+    std::vector<QString> texts;
+    for (const Label* label : widget.findChildren<Label*>()) {
+        if (label->isVisible()) {
+            texts.push_back(label->text());
+        }
+    }
+    return texts;
+}
+
+/// Counts the paint events of a widget and everything in it while it exists.
 class PaintCounter : public QObject {
 public:
     explicit PaintCounter(QWidget& watched) : watched_(watched) { qApp->installEventFilter(this); }
@@ -123,5 +163,24 @@ inline QColor over(const QColor& ground, const QColor& color) {
     return {mix(ground.red(), color.red()), mix(ground.green(), color.green()),
             mix(ground.blue(), color.blue())};
 }
+
+/// The one fixture of all tests of widgets.
+class WidgetTest : public testing::Test {
+protected:
+    /// Lets time pass until the knob of `control` stands still. Returns where it was before
+    /// the first frame and after each.
+    std::vector<double> knobPositions(const Switch& control) {
+        constexpr std::size_t endless = 1000;
+        std::vector<double> positions{control.knobPosition()};
+        while (control.isMoving() && positions.size() < endless) {
+            clock.nextFrame();
+            positions.push_back(control.knobPosition());
+        }
+        EXPECT_LT(positions.size(), endless) << "the knob never stands still";
+        return positions;
+    }
+
+    AnimationClock clock;
+};
 
 }  // namespace tavrel

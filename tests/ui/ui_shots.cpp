@@ -1,5 +1,5 @@
 // Writes a picture of the window in each situation it is designed for, and in some that it
-// has to stand, to look at and to compare. Usage: tavrel_ui_shots FOLDER
+// has to cope with, to look at and to compare. Usage: tavrel_ui_shots FOLDER
 
 #include <QApplication>
 #include <QDir>
@@ -36,9 +36,8 @@ bool writeShot(const tavrel::Situation& situation, const QDir& folder) {
 
 bool writeShots(const QDir& folder) {
     std::vector<tavrel::Situation> situations = tavrel::designedSituations();
-    for (const tavrel::Situation& situation : tavrel::extremeSituations()) {
-        situations.push_back(situation);
-    }
+    const std::vector<tavrel::Situation> extreme = tavrel::extremeSituations();
+    situations.insert(situations.end(), extreme.begin(), extreme.end());
     return std::all_of(
         situations.begin(), situations.end(),
         [&](const tavrel::Situation& situation) { return writeShot(situation, folder); });

@@ -4,9 +4,9 @@
 namespace tavrel {
 namespace {
 
-class RefreshButtonTest : public testing::Test {
+class RefreshButtonTest : public WidgetTest {
 protected:
-    RefreshButtonTest() {
+    void SetUp() override {
         window.resize(100, 100);
         button.setFace({30, 30, 32, 32});
         showActive(window);
@@ -16,51 +16,63 @@ protected:
     RefreshButton& button = *new RefreshButton("Refresh", &window);
 };
 
-TEST_F(RefreshButtonTest, TurnsClockwiseAndStartsOver) {
+TEST_F(RefreshButtonTest, TheArrowTurnsClockwiseAndStartsOver) {
     button.setSpinning(true);
-    double last = button.angle();
-    bool hasTurnedForwards = false;
-    bool hasStartedOver = false;
-    ASSERT_TRUE(waitFor([&] {
-        hasTurnedForwards |= button.angle() > last;
-        hasStartedOver |= button.angle() < last;
-        last = button.angle();
-        return hasTurnedForwards && hasStartedOver;
-    }));
+
+    clock.pass(300);
+    const double first = button.angle();
+    clock.pass(300);
+    const double second = button.angle();
+    clock.pass(400);
+
+    EXPECT_GT(first, 0);
+    EXPECT_GT(second, first);
+    EXPECT_LT(button.angle(), first);
     EXPECT_TRUE(button.isMoving());
 }
 
-TEST_F(RefreshButtonTest, ComesToRestUprightAndThenStands) {
+TEST_F(RefreshButtonTest, TheArrowCompletesItsTurnAndThenStandsStill) {
     button.setSpinning(true);
-    ASSERT_TRUE(waitFor([&] { return button.angle() > 90; }));
+    clock.pass(300);
+    const double angle = button.angle();
+
     button.setSpinning(false);
+    clock.pass(150);
+    EXPECT_GT(button.angle(), angle);
     EXPECT_TRUE(button.isMoving());
-    ASSERT_TRUE(waitFor([&] { return !button.isMoving(); }));
+
+    clock.pass(300);
     EXPECT_EQ(button.angle(), 0);
+    EXPECT_FALSE(button.isMoving());
 }
 
-TEST_F(RefreshButtonTest, ThatEndsBeforeItHasTurnedStaysStill) {
+TEST_F(RefreshButtonTest, TheArrowOfARefreshThatEndsAtOnceStaysStill) {
     button.setSpinning(true);
     button.setSpinning(false);
+
     EXPECT_FALSE(button.isMoving());
     EXPECT_EQ(button.angle(), 0);
 }
 
-TEST_F(RefreshButtonTest, OnlyTheArrowOfTheCircleTurns) {
-    const QImage upright = window.grab().toImage();
+TEST_F(RefreshButtonTest, OnlyTheArrowTurnsAndNotItsCircle) {
+    const QImage still = window.grab().toImage();
+
     button.setSpinning(true);
-    ASSERT_TRUE(waitFor([&] { return button.angle() > 60 && button.angle() < 300; }));
+    clock.pass(300);
+
     const QImage turned = window.grab().toImage();
-    EXPECT_NE(turned, upright);
-    EXPECT_EQ(turned.copy(30, 30, 32, 6), upright.copy(30, 30, 32, 6));
+    EXPECT_NE(turned, still);
+    EXPECT_EQ(turned.copy(30, 30, 32, 6), still.copy(30, 30, 32, 6));
 }
 
-TEST_F(RefreshButtonTest, ItsCornersCannotBeHit) {
+TEST_F(RefreshButtonTest, TheCornersAroundTheCircleCannotBeHit) {
     int clicks = 0;
     QObject::connect(&button, &QAbstractButton::clicked, [&] { ++clicks; });
-    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {32, 32});
+
+    clickAt(window, {32, 32});
     EXPECT_EQ(clicks, 0);
-    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {46, 46});
+
+    clickAt(window, {46, 46});
     EXPECT_EQ(clicks, 1);
 }
 

@@ -6,7 +6,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class SwitchTest : public testing::Test {
+class SwitchTest : public WidgetTest {
 protected:
     SwitchTest() {
         window.resize(200, 100);
@@ -15,15 +15,22 @@ protected:
     }
 
     void open() { showActive(window); }
+    QRect face() const { return faceIn(control, window); }
+    QImage picture() {
+        turn();
+        return window.grab().toImage();
+    }
 
+    const QPoint besideIt{150, 90};
     QWidget window;
     Switch& control = *new Switch(&window);
     std::vector<bool> flips;
 };
 
-TEST_F(SwitchTest, SpaceAndEnterFlipIt) {
+TEST_F(SwitchTest, SpaceReturnAndEnterFlipItOnceEach) {
     open();
     control.setFocus(Qt::TabFocusReason);
+
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
         flips.clear();
         type(control, key);
@@ -35,113 +42,116 @@ TEST_F(SwitchTest, SpaceAndEnterFlipIt) {
 TEST_F(SwitchTest, AKeyHeldDownIsOneFlip) {
     open();
     control.setFocus(Qt::TabFocusReason);
+
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
         flips.clear();
         QKeyEvent press(QEvent::KeyPress, key, {}, {});
         QKeyEvent again(QEvent::KeyPress, key, {}, {}, true);
         QKeyEvent release(QEvent::KeyRelease, key, {}, {});
-        QCoreApplication::sendEvent(&control, &press);
-        QCoreApplication::sendEvent(&control, &again);
-        QCoreApplication::sendEvent(&control, &again);
-        QCoreApplication::sendEvent(&control, &release);
+        for (QKeyEvent* event : {&press, &again, &again, &release}) {
+            QCoreApplication::sendEvent(&control, event);
+        }
         EXPECT_THAT(flips, ElementsAre(true)) << key;
     }
 }
 
-TEST_F(SwitchTest, OnlyItsFaceCanBeHit) {
+TEST_F(SwitchTest, OnlyTheLeftButtonOnItsFaceFlipsIt) {
     open();
-    QWindow* handle = window.windowHandle();
-    const QRect face = faceIn(control, window);
-    QTest::mouseClick(handle, Qt::LeftButton, {}, face.topLeft() - QPoint(2, 2));
-    QTest::mouseClick(handle, Qt::LeftButton, {}, face.topLeft() + QPoint(1, 1));
-    QTest::mouseClick(handle, Qt::RightButton, {}, face.center());
+
+    clickAt(window, face().topLeft() - QPoint(2, 2));
+    clickAt(window, face().topLeft() + QPoint(1, 1));
+    QTest::mouseClick(window.windowHandle(), Qt::RightButton, {}, face().center());
     EXPECT_TRUE(flips.empty());
-    QTest::mouseClick(handle, Qt::LeftButton, {}, face.center());
+
+    clickAt(window, face().center());
     EXPECT_EQ(flips.size(), 1U);
 }
 
-TEST_F(SwitchTest, APressThatIsTakenAwayAgainIsNoFlip) {
+TEST_F(SwitchTest, APressThatIsReleasedElsewhereIsNoFlip) {
     open();
-    QWindow* handle = window.windowHandle();
-    QTest::mousePress(handle, Qt::LeftButton, {}, faceIn(control, window).center());
-    QTest::mouseMove(handle, {150, 90});
-    QTest::mouseRelease(handle, Qt::LeftButton, {}, {150, 90});
+
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, face().center());
+    QTest::mouseMove(window.windowHandle(), besideIt);
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, besideIt);
+
     EXPECT_TRUE(flips.empty());
 }
 
-TEST_F(SwitchTest, TheKnobTravelsThroughTheMiddle) {
+TEST_F(SwitchTest, TheKnobMovesSteadilyFromOneSideToTheOther) {
     open();
-    std::vector<double> positions;
+
     control.setOn(true);
-    ASSERT_TRUE(waitFor([&] {
-        positions.push_back(control.knobPosition());
-        return !control.isMoving();
-    }));
-    EXPECT_EQ(control.knobPosition(), 1);
+
+    const std::vector<double> positions = knobPositions(control);
     EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
     EXPECT_EQ(positions.front(), 0);
+    EXPECT_EQ(positions.back(), 1);
+    EXPECT_THAT(positions, testing::Contains(testing::AllOf(testing::Gt(0.3), testing::Lt(0.7))));
 }
 
 TEST_F(SwitchTest, AModelThatFollowsTheFlipKeepsTheKnobThere) {
     open();
     QObject::connect(&control, &Switch::flipped, &control, &Switch::setOn);
+
     click(control);
-    ASSERT_TRUE(waitFor([&] { return !control.isMoving(); }));
-    EXPECT_EQ(control.knobPosition(), 1);
+
+    const std::vector<double> positions = knobPositions(control);
+    EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
+    EXPECT_EQ(positions.back(), 1);
     EXPECT_TRUE(control.isChecked());
 }
 
-TEST_F(SwitchTest, HiddenItNeverMoves) {
+TEST_F(SwitchTest, TheKnobOfAHiddenSwitchIsWhereTheModelSays) {
     control.setOn(true);
     EXPECT_FALSE(control.isMoving());
     EXPECT_EQ(control.knobPosition(), 1);
+
     open();
-    EXPECT_EQ(control.knobPosition(), 1);
     click(control);
     EXPECT_TRUE(control.isMoving());
+
     control.hide();
     EXPECT_FALSE(control.isMoving());
     EXPECT_EQ(control.knobPosition(), 1);
 }
 
-TEST_F(SwitchTest, DisabledItIgnoresMouseAndKeyboard) {
+TEST_F(SwitchTest, ADisabledSwitchIgnoresMouseAndKeyboard) {
     open();
     control.setEnabled(false);
+
     click(control);
     control.setFocus(Qt::TabFocusReason);
     type(control, Qt::Key_Space);
     control.click();
+
     EXPECT_TRUE(flips.empty());
 }
 
 TEST_F(SwitchTest, TheFocusRingIsDrawnAroundTheFace) {
     open();
     window.setFocus();
-    turn();
-    const QImage without = window.grab().toImage();
+    const QImage without = picture();
+
     control.setFocus(Qt::TabFocusReason);
-    turn();
-    const QImage with = window.grab().toImage();
-    const QRect face = faceIn(control, window);
-    const QPoint above(face.center().x(), face.top() - 3);
-    EXPECT_NE(with.pixel(above), without.pixel(above));
-    EXPECT_EQ(with.pixel(face.center()), without.pixel(face.center()));
-    const QPoint beyond(face.center().x(), face.top() - Control::ringMargin - 1);
+
+    const QImage with = picture();
+    const QPoint ring(face().center().x(), face().top() - 3);
+    const QPoint beyond(face().center().x(), face().top() - Control::ringMargin - 1);
+    EXPECT_NE(with.pixel(ring), without.pixel(ring));
+    EXPECT_EQ(with.pixel(face().center()), without.pixel(face().center()));
     EXPECT_EQ(with.pixel(beyond), without.pixel(beyond));
 }
 
 TEST_F(SwitchTest, HoveringChangesTheLookAndLeavingRestoresIt) {
     open();
-    QWindow* handle = window.windowHandle();
-    QTest::mouseMove(handle, {150, 90});
-    turn();
-    const QImage away = window.grab().toImage();
-    QTest::mouseMove(handle, faceIn(control, window).center());
-    turn();
-    EXPECT_NE(window.grab().toImage(), away);
-    QTest::mouseMove(handle, {150, 90});
-    turn();
-    EXPECT_EQ(window.grab().toImage(), away);
+    QTest::mouseMove(window.windowHandle(), besideIt);
+    const QImage away = picture();
+
+    QTest::mouseMove(window.windowHandle(), face().center());
+    EXPECT_NE(picture(), away);
+
+    QTest::mouseMove(window.windowHandle(), besideIt);
+    EXPECT_EQ(picture(), away);
 }
 
 }  // namespace

@@ -20,23 +20,26 @@ QImage canvas(int side = 40) {
     return image;
 }
 
-TEST(ContinuousCornersTest, PassesWhereAnArcWouldAtTheCornersMiddle) {
+TEST(ContinuousCornersTest, MeetAnArcAtTheCornersMiddle) {
     const QPainterPath path = continuousRoundedRect({0, 0, 464, 78}, 14);
     const double middle = 14 * (1 - std::sqrt(0.5));
+
     EXPECT_TRUE(path.contains(QPointF(middle + 0.05, middle + 0.05)));
     EXPECT_FALSE(path.contains(QPointF(middle - 0.05, middle - 0.05)));
     EXPECT_EQ(path.boundingRect(), QRectF(0, 0, 464, 78));
 }
 
-TEST(ContinuousCornersTest, LeavesTheSideEarlierThanAnArc) {
+TEST(ContinuousCornersTest, LeaveTheSideEarlierThanAnArc) {
     const QPainterPath path = continuousRoundedRect({0, 0, 464, 78}, 14);
-    // Where an arc of 14 has just begun, and is still on the side to the eye.
+
+    // An arc of 14 would have just begun here, and look as if it were still on the side.
     EXPECT_FALSE(path.contains(QPointF(0.02, 14.5)));
     EXPECT_TRUE(path.contains(QPointF(0.02, 21.5)));
 }
 
-TEST(ContinuousCornersTest, AllCornersAreAlike) {
+TEST(ContinuousCornersTest, AreAllAlike) {
     const QPainterPath path = continuousRoundedRect({0, 0, 100, 60}, 12);
+
     for (double x = 0.25; x < 20; x += 0.5) {
         for (double y = 0.25; y < 20; y += 0.5) {
             const bool inside = path.contains(QPointF(x, y));
@@ -47,19 +50,25 @@ TEST(ContinuousCornersTest, AllCornersAreAlike) {
     }
 }
 
-TEST(ContinuousCornersTest, SidesTooShortForTheRadiusMakeACircle) {
+TEST(ContinuousCornersTest, MakeACircleOfASquareTooSmallForTheRadius) {
     const QPainterPath path = continuousRoundedRect({0, 0, 20, 20}, 50);
-    EXPECT_TRUE(path.contains(QPointF(10 + 9.9 * std::sqrt(0.5), 10 + 9.9 * std::sqrt(0.5))));
-    EXPECT_FALSE(path.contains(QPointF(10 + 10.1 * std::sqrt(0.5), 10 + 10.1 * std::sqrt(0.5))));
+    const QPointF diagonal(std::sqrt(0.5), std::sqrt(0.5));
+
+    EXPECT_TRUE(path.contains(QPointF(10, 10) + 9.9 * diagonal));
+    EXPECT_FALSE(path.contains(QPointF(10, 10) + 10.1 * diagonal));
+}
+
+TEST(ContinuousCornersTest, OfRadiusZeroLeaveTheRectangle) {
     EXPECT_EQ(continuousRoundedRect({0, 0, 20, 20}, 0).boundingRect(), QRectF(0, 0, 20, 20));
 }
 
-TEST(GlowTest, IsTheDiscWeighedByAGaussian) {
+TEST(GlowTest, IsADiscBlurredByAGaussian) {
     const double radius = 150;
     const double sigma = 65;
     const Glow glow(radius, sigma);
+
     EXPECT_NEAR(glow.strengthAt(0), 1 - std::exp(-radius * radius / (2 * sigma * sigma)), 1e-4);
-    // Summed over a fine grid in the plain way.
+    // Elsewhere compared with a plain sum over a fine grid.
     for (const double distance : {60.0, 150.0, 200.0, 300.0}) {
         double sum = 0;
         constexpr double step = 2;
@@ -78,14 +87,16 @@ TEST(GlowTest, IsTheDiscWeighedByAGaussian) {
 
 TEST(GlowTest, FallsSteadilyToNothing) {
     const Glow glow(150, 65);
+
     for (double distance = 0; distance < 600; distance += 0.25) {
         EXPECT_GE(glow.strengthAt(distance), glow.strengthAt(distance + 0.25)) << distance;
     }
     EXPECT_EQ(glow.strengthAt(600), 0);
 }
 
-TEST(BackdropTest, HasOnePixelForEachOfTheDevices) {
+TEST(BackdropTest, HasTheResolutionOfTheDevice) {
     Backdrop backdrop;
+
     EXPECT_EQ(backdrop.pixmap({520, 486}, 2).size(), QSize(1040, 972));
     EXPECT_EQ(backdrop.pixmap({520, 486}, 2).devicePixelRatio(), 2);
     EXPECT_EQ(backdrop.pixmap({520, 486}, 1.5).size(), QSize(780, 729));
@@ -94,45 +105,51 @@ TEST(BackdropTest, HasOnePixelForEachOfTheDevices) {
 TEST(BackdropTest, IsKeptUntilAnotherSizeIsAskedFor) {
     Backdrop backdrop;
     const qint64 key = backdrop.pixmap({52, 48}, 1).cacheKey();
+
     EXPECT_EQ(backdrop.pixmap({52, 48}, 1).cacheKey(), key);
-    EXPECT_NE(backdrop.pixmap({52, 48}, 2).cacheKey(), key);
+    const qint64 finer = backdrop.pixmap({52, 48}, 2).cacheKey();
+    EXPECT_NE(finer, key);
+    EXPECT_NE(backdrop.pixmap({26, 24}, 2).cacheKey(), finer);
 }
 
 TEST(BackdropTest, ShowsNoBands) {
     Backdrop backdrop;
     const QImage image = backdrop.pixmap({520, 486}, 1).toImage();
-    // Undithered, such a long stretch of the faint gradient would be one single colour.
+
+    // Undithered, such a long stretch of the faint gradient would be one single colour. The
+    // noise is no more than one step of a channel.
     std::set<QRgb> colors;
     for (int x = 100; x < 130; ++x) {
         colors.insert(image.pixel(x, 400));
-    }
-    EXPECT_GT(colors.size(), 2U);
-    // The noise is no more than one step of a channel.
-    for (int x = 100; x < 130; ++x) {
         EXPECT_TRUE(isNear(image.pixel(x, 400), image.pixel(100, 400), 2));
     }
+    EXPECT_GT(colors.size(), 2U);
 }
 
 TEST(LayerTest, PartsThatOverlapDoNotShowThroughEachOther) {
     QImage image = canvas();
     QPainter painter(&image);
+
     paintLayer(painter, {5, 5, 30, 30}, 0.5, [](QPainter& layer) {
         layer.fillRect(QRectF(5, 5, 20, 20), Qt::white);
         layer.fillRect(QRectF(15, 15, 20, 20), Qt::white);
     });
     painter.end();
+
     EXPECT_EQ(image.pixelColor(8, 8).alpha(), image.pixelColor(20, 20).alpha());
     EXPECT_NEAR(image.pixelColor(20, 20).alphaF(), 0.5, 0.01);
     EXPECT_EQ(image.pixelColor(2, 2).alpha(), 0);
 }
 
-TEST(LayerTest, HasTheDevicesPixelsUnderAnyScale) {
+TEST(LayerTest, HasTheResolutionOfTheDeviceUnderAnyScale) {
     QImage image = canvas(80);
     image.setDevicePixelRatio(2);
     QPainter painter(&image);
+
     paintLayer(painter, {5, 5, 30, 30}, 1,
                [](QPainter& layer) { layer.fillRect(QRectF(10.5, 10.5, 5, 5), Qt::white); });
     painter.end();
+
     EXPECT_EQ(image.pixelColor(21, 21).alpha(), 255);
     EXPECT_EQ(image.pixelColor(20, 20).alpha(), 0);
     EXPECT_EQ(image.pixelColor(30, 30).alpha(), 255);
@@ -151,32 +168,33 @@ protected:
 };
 
 TEST_P(IconsTest, IsDrawnWithinItsPlaceInItsColour) {
-    const QImage image = drawn(QColor(200, 40, 90));
+    const QColor color(200, 40, 90);
+    const QImage image = drawn(color);
+
     int solid = 0;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const QColor pixel = image.pixelColor(x, y);
-            if (pixel.alpha() > 0) {
-                EXPECT_TRUE(QRect(8, 8, 64, 64).contains(x, y));
-            }
+            EXPECT_TRUE(pixel.alpha() == 0 || QRect(8, 8, 64, 64).contains(x, y));
             if (pixel.alpha() == 255) {
                 ++solid;
-                EXPECT_TRUE(isNear(pixel, QColor(200, 40, 90), 1));
+                EXPECT_TRUE(isNear(pixel, color, 1));
             }
         }
     }
     EXPECT_GT(solid, 100);
 }
 
-TEST_P(IconsTest, AFadedColourIsEqualEverywhere) {
+TEST_P(IconsTest, InATranslucentColourIsNowhereStrongerThanThat) {
     const QImage image = drawn(theme::white(0.55));
-    int most = 0;
+
+    int strongest = 0;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
-            most = std::max(most, image.pixelColor(x, y).alpha());
+            strongest = std::max(strongest, image.pixelColor(x, y).alpha());
         }
     }
-    EXPECT_NEAR(most, 255 * 0.55, 2);
+    EXPECT_NEAR(strongest, 255 * 0.55, 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, IconsTest,
