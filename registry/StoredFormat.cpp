@@ -1,147 +1,125 @@
+#include "registry/StoredFormat.h"
+
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <utility>
-
-#include "registry/StoredFormat.h"
 
 namespace tavrel::StoredFormat {
 namespace {
 
-/// Builds the records straight from the parser's events: the registry is read every
-/// second, and a tree of the whole text would cost several times as much.
-///
-/// Every event returns whether to go on; the first false makes the text unreadable.
-class RecordReader {
-public:
-    std::vector<StoredDisplay> takeRecords() { return std::move(records_); }
+using nlohmann::json;
 
-    bool boolean(bool value) {
-        if (member_ == Member::isBuiltIn && isInRecord()) {
-            record_.isBuiltIn = value;
-            hasIsBuiltIn_ = true;
-            return true;
-        }
-        return isIgnoring();
-    }
-
-    bool number_integer(std::int64_t value) { return number(value); }
-    bool number_unsigned(std::uint64_t value) { return number(value); }
-    bool number_float(double value, const std::string& /*text*/) { return number(value); }
-
-    /// A kind of value that no member of ours has.
-    struct OtherKind {
-        RecordReader& reader;
-        bool operator()(auto&&... /*value*/) const { return reader.isIgnoring(); }
-    };
-    OtherKind null{*this};
-    OtherKind string{*this};
-    OtherKind binary{*this};
-
-    bool start_array(std::size_t /*size*/) {
-        const bool isExpected = depth_ == outside || isIgnoring();
-        return isExpected && descend();
-    }
-
-    bool end_array() {
-        --depth_;
-        return true;
-    }
-
-    bool start_object(std::size_t /*size*/) {
-        const bool isExpected = depth_ == inList || isIgnoring();
-        return isExpected && descend();
-    }
-
-    bool key(const std::string& name) {
-        if (isInRecord()) {
-            member_ = name == "id"           ? Member::id
-                      : name == "isBuiltIn"  ? Member::isBuiltIn
-                      : name == "lastSeenAt" ? Member::lastSeenAt
-                                             : Member::unknown;
-        }
-        return true;
-    }
-
-    bool end_object() {
-        if (isInRecord()) {
-            if (!hasID_ || !hasIsBuiltIn_ || !hasLastSeenAt_) {
-                return false;
+/// Whether the values in `text` nest deeper than we accept. Checked before parsing: the parser
+/// builds a tree of any depth, at many bytes of memory for each byte of text, and its own
+/// hook for this makes parsing a list quadratic.
+bool isTooDeep(std::string_view text) {
+    constexpr int maxDepth = 512;
+    int depth = 0;
+    bool isInString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '"') {
+            isInString = !isInString;
+        } else if (isInString) {
+            // Skips an escaped character, which may be a quotation mark.
+            i += c == '\\' ? 1 : 0;
+        } else if (c == '[' || c == '{') {
+            if (++depth > maxDepth) {
+                return true;
             }
-            records_.push_back(record_);
-            hasID_ = hasIsBuiltIn_ = hasLastSeenAt_ = false;
+        } else if (c == ']' || c == '}') {
+            --depth;
         }
-        --depth_;
-        return true;
     }
+    return false;
+}
 
-    bool parse_error(auto&&... /*where*/) { return false; }
+/// The member `name` of `object`; null, which no member of ours may be, when it is missing.
+const json& memberOf(const json& object, const char* name) {
+    static const json missing;
+    const auto found = object.find(name);
+    return found == object.end() ? missing : *found;
+}
 
-private:
-    enum class Member { unknown, id, isBuiltIn, lastSeenAt };
-
-    static constexpr int outside = 0;
-    static constexpr int inList = 1;
-    static constexpr int inRecord = 2;
-    static constexpr int deepest = 512;
-
-    bool isInRecord() const { return depth_ == inRecord; }
-    /// Whether the value that starts now belongs to a member we do not know.
-    bool isIgnoring() const {
-        return depth_ > inRecord || (isInRecord() && member_ == Member::unknown);
+std::optional<DisplayID> toID(const json& value) {
+    if (!value.is_number()) {
+        return std::nullopt;
     }
-    bool descend() { return ++depth_ <= deepest; }
+    // A double holds every identifier exactly and rounds no other integer to one.
+    const auto number = value.get<double>();
+    const bool isID = number >= 0 && number <= std::numeric_limits<DisplayID>::max() &&
+                      number == std::trunc(number);
+    return isID ? std::optional(static_cast<DisplayID>(number)) : std::nullopt;
+}
 
-    template <class Number>
-    bool number(Number value) {
-        if (isInRecord() && member_ == Member::id) {
-            return setID(value);
-        }
-        if (isInRecord() && member_ == Member::lastSeenAt) {
-            record_.lastSeenAt = {static_cast<double>(value)};
-            hasLastSeenAt_ = true;
-            return true;
-        }
-        return isIgnoring();
+std::optional<StoredDisplay> toRecord(const json& value) {
+    const std::optional<DisplayID> id = toID(memberOf(value, "id"));
+    const json& isBuiltIn = memberOf(value, "isBuiltIn");
+    const json& lastSeenAt = memberOf(value, "lastSeenAt");
+    if (!id || !isBuiltIn.is_boolean() || !lastSeenAt.is_number()) {
+        return std::nullopt;
     }
+    return StoredDisplay{*id, isBuiltIn.get<bool>(), {lastSeenAt.get<double>()}};
+}
 
-    bool setID(std::integral auto value) {
-        if (!std::in_range<DisplayID>(value)) {
-            return false;
-        }
-        record_.id = static_cast<DisplayID>(value);
-        hasID_ = true;
-        return true;
-    }
+/// Appends `number` without an exponent, unless the zeros would outnumber the digits.
+void append(std::string& text, double number) {
+    constexpr double smallest = 1e-4;
+    constexpr double largest = 1e16;
+    const double size = std::abs(number);
+    const bool isOrdinary = size == 0 || (size >= smallest && size < largest);
 
-    bool setID(double value) {
-        const bool fits = value >= 0 && value <= std::numeric_limits<DisplayID>::max();
-        return fits && value == std::trunc(value) && setID(static_cast<std::uint64_t>(value));
-    }
-
-    std::vector<StoredDisplay> records_;
-    int depth_ = outside;
-    Member member_ = Member::unknown;
-    StoredDisplay record_{};
-    bool hasID_ = false;
-    bool hasIsBuiltIn_ = false;
-    bool hasLastSeenAt_ = false;
-};
+    // Longest: sign, 17 digits, point, and an exponent of "e-308" or a leading "0.000".
+    std::array<char, 32> digits{};
+    const auto end =
+        std::to_chars(digits.begin(), digits.end(), number,
+                      isOrdinary ? std::chars_format::fixed : std::chars_format::scientific);
+    text.append(digits.begin(), end.ptr);
+}
 
 }  // namespace
 
 std::optional<std::vector<StoredDisplay>> decode(std::string_view text) {
-    // The parser takes a zero byte for the end of its input; in a JSON text there is none.
-    if (text.find('\0') != std::string_view::npos) {
+    // The parser takes a zero byte for the end of its input; valid JSON has none.
+    if (text.find('\0') != std::string_view::npos || isTooDeep(text)) {
         return std::nullopt;
     }
-    RecordReader reader;
-    if (!nlohmann::json::sax_parse(text.begin(), text.end(), &reader)) {
+    const json list = json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
+    if (!list.is_array()) {
         return std::nullopt;
     }
-    return reader.takeRecords();
+    std::vector<StoredDisplay> records;
+    for (const json& value : list) {
+        const std::optional<StoredDisplay> record = toRecord(value);
+        if (!record) {
+            return std::nullopt;
+        }
+        records.push_back(*record);
+    }
+    return records;
+}
+
+std::optional<std::string> encode(const std::vector<StoredDisplay>& records) {
+    std::string text = "[";
+    for (const StoredDisplay& record : records) {
+        const double lastSeenAt = record.lastSeenAt.sinceReferenceDate;
+        if (!std::isfinite(lastSeenAt)) {
+            return std::nullopt;
+        }
+        if (text.size() > 1) {
+            text += ',';
+        }
+        text += R"({"id":)" + std::to_string(record.id);
+        text += record.isBuiltIn ? R"(,"isBuiltIn":true,"lastSeenAt":)"
+                                 : R"(,"isBuiltIn":false,"lastSeenAt":)";
+        append(text, lastSeenAt);
+        text += '}';
+    }
+    text += ']';
+    return text;
 }
 
 }  // namespace tavrel::StoredFormat

@@ -68,12 +68,15 @@ TEST(StoredFormatDecode, IgnoresUnknownMembersWhateverTheyHold) {
     }
 }
 
-TEST(StoredFormatDecode, OfARepeatedMemberTheLastCounts) {
+TEST(StoredFormatDecode, OfARepeatedMemberOnlyTheLastCounts) {
     EXPECT_THAT(decode(withExtra(R"("id":2,"isBuiltIn":false,"lastSeenAt":7)")),
                 Optional(ElementsAre(StoredDisplay{2, false, {7}})));
+    EXPECT_THAT(decode(R"([{"id":null,"id":1,"isBuiltIn":0,"isBuiltIn":true,)"
+                       R"("lastSeenAt":"5","lastSeenAt":5.5}])"),
+                Optional(ElementsAre(plain)));
 }
 
-TEST(StoredFormatDecode, EachOccurrenceOfARepeatedMemberMustBeOfItsType) {
+TEST(StoredFormatDecode, TheLastOfARepeatedMemberMustBeOfItsType) {
     for (const std::string member :
          {R"("id":null)", R"("id":"1")", R"("id":true)", R"("id":[])", R"("isBuiltIn":1)",
           R"("isBuiltIn":{})", R"("lastSeenAt":null)", R"("lastSeenAt":false)"}) {
@@ -209,6 +212,18 @@ TEST(StoredFormatDecode, ReadsNestingOf512LevelsAndNoDeeper) {
     EXPECT_THAT(decode(nested(512, R"({"a":)", "}")), Optional(ElementsAre(plain)));
     EXPECT_EQ(decode(nested(513, "[", "]")), std::nullopt);
     EXPECT_EQ(decode(nested(513, R"({"a":)", "}")), std::nullopt);
+}
+
+TEST(StoredFormatDecode, BracketsSideBySideOrInTextAreNoNesting) {
+    std::string sideBySide = "[[]";
+    std::string inText = R"("\\)";
+    for (int i = 0; i < 1000; ++i) {
+        sideBySide += R"(,[],{})";
+        inText += R"(\"[{)";
+    }
+
+    EXPECT_THAT(decode(withExtra(R"("extra":)" + sideBySide + "]")), Optional(ElementsAre(plain)));
+    EXPECT_THAT(decode(withExtra(R"("extra":)" + inText + '"')), Optional(ElementsAre(plain)));
 }
 
 TEST(StoredFormatDecode, SurvivesNestingWithoutEnd) {
