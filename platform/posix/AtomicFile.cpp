@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -24,6 +25,10 @@ auto untilUninterrupted(Call call) {
         result = call();
     }
     return result;
+}
+
+std::chrono::nanoseconds sinceEpoch(const timespec& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 bool writeAll(int file, std::string_view contents) {
@@ -49,14 +54,21 @@ void syncFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
+FileDescriptor openForReading(const std::filesystem::path& path) {
+    // Without O_NONBLOCK a pipe of that name would block us until someone writes to it.
+    return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+}
+
 ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::string& contents) {
-    // Without O_NONBLOCK a pipe of that name would hold us up until someone writes to it.
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor file = openForReading(path);
     if (!file.isOpen()) {
         return errno == ENOENT ? ReadOutcome::absent : ReadOutcome::refused;
     }
-    struct stat status = {};
-    if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return read(file, maxSize, contents);
+}
+
+ReadOutcome read(const FileDescriptor& file, std::size_t maxSize, std::string& contents) {
+    if (!versionOf(file)) {
         return ReadOutcome::unusable;
     }
     std::string all;
@@ -76,6 +88,29 @@ ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::st
             return ReadOutcome::unusable;
         }
     }
+}
+
+std::optional<Version> versionOf(const FileDescriptor& file) {
+    struct stat status = {};
+    if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+#if defined(__APPLE__)
+    const timespec modified = status.st_mtimespec;
+    const timespec changed = status.st_ctimespec;
+#else
+    const timespec modified = status.st_mtim;
+    const timespec changed = status.st_ctim;
+#endif
+    return Version{status.st_dev, status.st_ino, status.st_size, sinceEpoch(modified),
+                   sinceEpoch(changed)};
+}
+
+bool isSettled(const Version& version, std::chrono::system_clock::time_point now) {
+    // The coarsest file systems count in steps of two seconds; the clock they read may lag
+    // behind by a little.
+    constexpr std::chrono::seconds longestTick{3};
+    return now.time_since_epoch() - std::max(version.modified, version.changed) >= longestTick;
 }
 
 bool makeFolder(const std::filesystem::path& folder) {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,8 +23,34 @@ enum class ReadOutcome {
     refused,
 };
 
+/// Opens a file for reading without waiting, even when it is a pipe. The result holds none
+/// when that failed; errno tells why.
+FileDescriptor openForReading(const std::filesystem::path& path);
+
 /// Reads all of the file into `contents`, which is set only when the outcome is `read`.
 ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::string& contents);
+/// The same for a file that `openForReading` has just opened.
+ReadOutcome read(const FileDescriptor& file, std::size_t maxSize, std::string& contents);
+
+/// What tells one state of a regular file from the next, as far as the clock of the file
+/// system does. Times are since the system clock's epoch.
+struct Version {
+    dev_t device;
+    ino_t inode;
+    off_t size;
+    std::chrono::nanoseconds modified;
+    std::chrono::nanoseconds changed;
+
+    friend bool operator==(const Version&, const Version&) = default;
+};
+
+/// std::nullopt when no file is open or it is not a regular one.
+std::optional<Version> versionOf(const FileDescriptor& file);
+
+/// Whether every write to the file from `now` on gives it another version. Not so shortly
+/// after a change, since another may fall into the same tick of the file system's clock.
+/// (A program that writes through a memory mapping may escape even this.)
+bool isSettled(const Version& version, std::chrono::system_clock::time_point now);
 
 /// Makes the folder and those above it that are missing, each for the owner alone.
 /// Returns whether the folder is there.

@@ -3,8 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "platform/posix/AtomicFile.h"
-
 namespace tavrel {
 namespace {
 
@@ -31,7 +29,18 @@ json parseObject(const std::string& text) {
     return object.is_object() && !isTooDeep ? object : json(nullptr);
 }
 
-/// The text of `object`; nothing when a part of it is not valid UTF-8.
+/// The members of `object` that are texts.
+std::map<std::string, std::string, std::less<>> textsIn(const json& object) {
+    std::map<std::string, std::string, std::less<>> texts;
+    for (const auto& [key, value] : object.items()) {
+        if (value.is_string()) {
+            texts.emplace(key, value.get<std::string>());
+        }
+    }
+    return texts;
+}
+
+/// The text of `object`; std::nullopt when a part of it is not valid UTF-8.
 std::optional<std::string> textOf(const json& object) {
     try {
         return object.dump(2) + "\n";
@@ -65,19 +74,37 @@ bool keepDamaged(const std::filesystem::path& target) {
 
 }  // namespace
 
-FileUserDefaults::FileUserDefaults(std::filesystem::path path) : path_(std::move(path)) {}
+FileUserDefaults::FileUserDefaults(std::filesystem::path path, Clock clock)
+    : path_(std::move(path)), clock_(std::move(clock)) {}
 
 std::optional<std::string> FileUserDefaults::data(std::string_view key) {
+    const std::lock_guard guard(mutex_);
+    readIfChanged();
+    const auto found = texts_.find(key);
+    return found == texts_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void FileUserDefaults::readIfChanged() {
+    const FileDescriptor file = AtomicFile::openForReading(path_);
+    const auto version = AtomicFile::versionOf(file);
+    if (version && version == settledVersion_) {
+        return;
+    }
+    texts_.clear();
+    settledVersion_.reset();
+    if (!version) {
+        return;
+    }
+    // Asked before reading, so that a write during it is a later one.
+    const auto now = clock_();
     std::string text;
-    if (AtomicFile::read(path_, maxFileSize, text) != ReadOutcome::read) {
-        return std::nullopt;
+    const ReadOutcome outcome = AtomicFile::read(file, maxFileSize, text);
+    if (outcome == ReadOutcome::read) {
+        texts_ = textsIn(parseObject(text));
     }
-    const json object = parseObject(text);
-    const auto found = object.find(key);
-    if (found == object.end() || !found->is_string()) {
-        return std::nullopt;
+    if (outcome != ReadOutcome::refused && AtomicFile::isSettled(*version, now)) {
+        settledVersion_ = version;
     }
-    return found->get<std::string>();
 }
 
 bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <map>
+#include <mutex>
 
 #include "platform/UserDefaults.h"
+#include "platform/posix/AtomicFile.h"
 
 namespace tavrel {
 
@@ -14,21 +19,40 @@ namespace tavrel {
 /// Writers of other keys, in this process or another, are not overwritten: each write
 /// holds a lock file beside while it reads, changes and replaces. Reading takes no lock.
 ///
+/// What was read stays in memory. Each `data` looks whether the file has changed since,
+/// whoever changed it, and reads it again only then.
+///
 /// A file that is not a JSON object (or is above 16 MiB) is an empty store; the first
 /// write renames it to end in ".damaged" instead of overwriting it. A file that cannot be
 /// read for another reason is left alone, and writes fail.
 class FileUserDefaults : public UserDefaults {
 public:
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
     /// The store in the file at `path`, an absolute one. Neither it nor its folder need
     /// exist; the first write makes them. With an empty path there is no store: reads find
     /// nothing and writes fail.
-    explicit FileUserDefaults(std::filesystem::path path);
+    ///
+    /// `clock` is the one the file's times are compared with, asked once for each reading
+    /// of the file by `data`.
+    explicit FileUserDefaults(std::filesystem::path path,
+                              Clock clock = std::chrono::system_clock::now);
 
     std::optional<std::string> data(std::string_view key) override;
     bool setData(std::string_view key, std::string_view bytes) override;
 
 private:
+    void readIfChanged();
+
     const std::filesystem::path path_;
+    const Clock clock_;
+
+    std::mutex mutex_;
+    /// What the file held when it was last read: its texts by key.
+    std::map<std::string, std::string, std::less<>> texts_;
+    /// The version of the file that `texts_` is from; std::nullopt when that may not be
+    /// relied upon and the file is to be read again.
+    std::optional<AtomicFile::Version> settledVersion_;
 };
 
 }  // namespace tavrel

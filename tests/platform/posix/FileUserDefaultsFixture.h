@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -25,6 +26,22 @@ protected:
             names.push_back(entry.path().filename().string());
         }
         return names;
+    }
+
+    /// Goes on as a user without special rights, who owns the store.
+    bool becomeOrdinaryUser() const {
+        constexpr uid_t nobody = 65534;
+        if (geteuid() != 0) {
+            return true;
+        }
+        for (const auto& path :
+             {folder_.path(), path_.parent_path().parent_path(), path_.parent_path(), path_,
+              std::filesystem::path(path_.string() + ".lock")}) {
+            if (std::filesystem::exists(path) && chown(path.c_str(), nobody, nobody) != 0) {
+                return false;
+            }
+        }
+        return setgid(nobody) == 0 && setuid(nobody) == 0;
     }
 
     support::TemporaryFolder folder_;

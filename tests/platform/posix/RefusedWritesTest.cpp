@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <csignal>
 
@@ -26,22 +25,6 @@ protected:
             return !prepare() ? unprepared : store_.setData("key", value) ? stored : refused;
         });
         return static_cast<Outcome>(child.wait());
-    }
-
-    /// Goes on as a user without special rights, who owns the store.
-    bool becomeOrdinaryUser() const {
-        constexpr uid_t nobody = 65534;
-        if (geteuid() != 0) {
-            return true;
-        }
-        for (const auto& path :
-             {folder_.path(), path_.parent_path().parent_path(), path_.parent_path(), path_,
-              std::filesystem::path(path_.string() + ".lock")}) {
-            if (std::filesystem::exists(path) && chown(path.c_str(), nobody, nobody) != 0) {
-                return false;
-            }
-        }
-        return setgid(nobody) == 0 && setuid(nobody) == 0;
     }
 };
 

@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/posix/AtomicFile.h"
+#include "tests/platform/posix/FileUserDefaultsFixture.h"
+#include "tests/platform/posix/ForkedProcess.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::system_clock;
+
+const std::string oldText = R"({"key":"old"})";
+const std::string newText = R"({"key":"new"})";
+
+/// A store that counts how often it reads its file, by a clock of the test's. The clock is
+/// far ahead, so that the file seems to have been as it is for long.
+class DefaultsInMemoryTest : public FileUserDefaultsTest {
+protected:
+    /// A file whose old value has been read and is answered from memory.
+    void rememberOld() {
+        write(oldText);
+        EXPECT_EQ(counted_.data("key"), "old");
+        EXPECT_EQ(counted_.data("key"), "old");
+        ASSERT_EQ(reads_, 1);
+    }
+
+    AtomicFile::Version version() const {
+        return AtomicFile::versionOf(AtomicFile::openForReading(path_)).value();
+    }
+
+    int reads_ = 0;
+    system_clock::time_point now_ = system_clock::now() + 1h;
+    FileUserDefaults counted_{path_, [this] {
+                                  ++reads_;
+                                  return now_;
+                              }};
+};
+
+TEST_F(DefaultsInMemoryTest, UnchangedFileIsReadOnceForAllKeys) {
+    write(R"({"key":"value","other":"text","number":1})");
+
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(counted_.data("key"), "value");
+        EXPECT_EQ(counted_.data("other"), "text");
+        EXPECT_EQ(counted_.data("number"), std::nullopt);
+        EXPECT_EQ(counted_.data("missing"), std::nullopt);
+    }
+    EXPECT_EQ(reads_, 1);
+}
+
+TEST_F(DefaultsInMemoryTest, UnchangedDamagedFileIsReadOnce) {
+    for (const std::string& damage : {std::string("damaged"), std::string(17'000'000, ' ')}) {
+        write(damage);
+        reads_ = 0;
+
+        EXPECT_EQ(counted_.data("key"), std::nullopt);
+        EXPECT_EQ(counted_.data("key"), std::nullopt);
+        EXPECT_EQ(reads_, 1);
+    }
+}
+
+TEST_F(DefaultsInMemoryTest, WriteOfItsOwnIsSeen) {
+    rememberOld();
+
+    EXPECT_TRUE(counted_.setData("key", "new"));
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, WriteByAnotherStoreIsSeen) {
+    rememberOld();
+
+    EXPECT_TRUE(store_.setData("key", "new"));
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, ReplacedFileIsReadAgainAndOnce) {
+    rememberOld();
+    const auto beside = folder_.path() / "beside.json";
+    support::writeFile(beside, newText);
+
+    std::filesystem::rename(beside, path_);
+
+    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(reads_, 2);
+}
+
+TEST_F(DefaultsInMemoryTest, EditInPlaceToTheSameLengthIsSeen) {
+    rememberOld();
+    const AtomicFile::Version before = version();
+
+    // To the test's clock the old file was an hour old, so its last change must not share a
+    // tick of the file system's clock with this one.
+    do {
+        write(newText);
+    } while (version().changed == before.changed);
+
+    EXPECT_EQ(version().inode, before.inode);
+    EXPECT_EQ(version().size, before.size);
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, EditThatPutsTheTimeOfModificationBackIsSeen) {
+    rememberOld();
+    const AtomicFile::Version before = version();
+    const auto modified = std::filesystem::last_write_time(path_);
+
+    do {
+        write(newText);
+        std::filesystem::last_write_time(path_, modified);
+    } while (version().changed == before.changed);
+
+    EXPECT_EQ(version().modified, before.modified);
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, RemovedFileIsEmptyUntilItIsBack) {
+    rememberOld();
+
+    std::filesystem::remove(path_);
+    EXPECT_EQ(counted_.data("key"), std::nullopt);
+
+    write(newText);
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, RemovedFolderIsSeen) {
+    rememberOld();
+
+    std::filesystem::remove_all(path_.parent_path());
+
+    EXPECT_EQ(counted_.data("key"), std::nullopt);
+}
+
+TEST_F(DefaultsInMemoryTest, FolderInPlaceOfTheFileIsSeen) {
+    rememberOld();
+
+    std::filesystem::remove(path_);
+    std::filesystem::create_directory(path_);
+
+    EXPECT_EQ(counted_.data("key"), std::nullopt);
+}
+
+TEST_F(DefaultsInMemoryTest, LinkThatLeadsElsewhereNowIsSeen) {
+    const auto target = [&](const char* name) { return folder_.path() / name; };
+    support::writeFile(target("first"), oldText);
+    support::writeFile(target("second"), newText);
+    std::filesystem::create_directories(path_.parent_path());
+    std::filesystem::create_symlink(target("first"), path_);
+    EXPECT_EQ(counted_.data("key"), "old");
+
+    std::filesystem::remove(path_);
+    std::filesystem::create_symlink(target("second"), path_);
+
+    EXPECT_EQ(counted_.data("key"), "new");
+}
+
+TEST_F(DefaultsInMemoryTest, LossOfTheRightToReadIsSeen) {
+    rememberOld();
+    const auto lost = [&] {
+        const bool hadValue = becomeOrdinaryUser() && counted_.data("key") == "old";
+        return hadValue && chmod(path_.c_str(), 0) == 0 && !counted_.data("key") ? 0 : 1;
+    };
+
+    EXPECT_EQ(ForkedProcess(lost).wait(), 0);
+}
+
+TEST_F(DefaultsInMemoryTest, FileIsReadEachTimeUntilItsLastChangeIsThreeSecondsOld) {
+    write(oldText);
+    const system_clock::time_point changed(
+        std::chrono::duration_cast<system_clock::duration>(version().changed));
+
+    for (const std::chrono::microseconds later : {-1'000'000us, 0us, 2'999'999us}) {
+        reads_ = 0;
+        now_ = changed + later;
+        counted_.data("key");
+        counted_.data("key");
+        EXPECT_EQ(reads_, 2) << later.count();
+    }
+
+    reads_ = 0;
+    now_ = changed + 3s + 1us;
+    counted_.data("key");
+    counted_.data("key");
+    EXPECT_EQ(reads_, 1);
+}
+
+TEST_F(DefaultsInMemoryTest, FileModifiedInTheFutureIsReadEachTime) {
+    write(oldText);
+    std::filesystem::last_write_time(path_, std::filesystem::file_time_type::clock::now() + 2h);
+
+    counted_.data("key");
+    counted_.data("key");
+
+    EXPECT_EQ(reads_, 2);
+}
+
+}  // namespace
+}  // namespace tavrel
