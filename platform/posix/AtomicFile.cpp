@@ -19,7 +19,7 @@ constexpr std::string_view temporarySuffix = ".new-";
 
 /// Repeats a system call that a signal interrupted.
 template <class Call>
-auto untilUninterrupted(Call call) {
+auto retryOnInterrupt(Call call) {
     auto result = call();
     while (result < 0 && errno == EINTR) {
         result = call();
@@ -34,7 +34,7 @@ std::chrono::nanoseconds sinceEpoch(const timespec& time) {
 bool writeAll(int file, std::string_view contents) {
     while (!contents.empty()) {
         const ssize_t written =
-            untilUninterrupted([&] { return ::write(file, contents.data(), contents.size()); });
+            retryOnInterrupt([&] { return ::write(file, contents.data(), contents.size()); });
         if (written < 0) {
             return false;
         }
@@ -43,8 +43,8 @@ bool writeAll(int file, std::string_view contents) {
     return true;
 }
 
-/// Makes a change of the folder's entries outlast a loss of power. Not every file system
-/// can; where it cannot there is nothing more to do.
+/// Flushes a change of the folder's entries to the disk, so that it survives a power
+/// failure. Not every file system supports that, so failures are ignored.
 void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) {
@@ -75,7 +75,7 @@ ReadOutcome read(const FileDescriptor& file, std::size_t maxSize, std::string& c
     std::array<char, 16384> chunk{};
     for (;;) {
         const ssize_t size =
-            untilUninterrupted([&] { return ::read(file.number(), chunk.data(), chunk.size()); });
+            retryOnInterrupt([&] { return ::read(file.number(), chunk.data(), chunk.size()); });
         if (size < 0) {
             return ReadOutcome::refused;
         }
@@ -107,8 +107,7 @@ std::optional<Version> versionOf(const FileDescriptor& file) {
 }
 
 bool isSettled(const Version& version, std::chrono::system_clock::time_point now) {
-    // The coarsest file systems count in steps of two seconds; the clock they read may lag
-    // behind by a little.
+    // The coarsest timestamps count in steps of two seconds, and may lag behind a little.
     constexpr std::chrono::seconds longestTick{3};
     return now.time_since_epoch() - std::max(version.modified, version.changed) >= longestTick;
 }
@@ -122,7 +121,7 @@ bool makeFolder(const std::filesystem::path& folder) {
         return false;
     }
     if (::mkdir(folder.c_str(), ownerFolder) == 0) {
-        // The umask may have taken some of the owner's own rights.
+        // The umask may have removed some of the owner's own rights.
         return ::chmod(folder.c_str(), ownerFolder) == 0;
     }
     // Another process may have been faster.
@@ -130,11 +129,11 @@ bool makeFolder(const std::filesystem::path& folder) {
 }
 
 FileDescriptor lock(const std::filesystem::path& path) {
-    // A description of our own for each lock: threads that shared one would not exclude
-    // one another.
+    // Opened anew for each lock: threads that shared an open file would not exclude each
+    // other.
     FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerFile));
     if (file.isOpen() && ::fchmod(file.number(), ownerFile) == 0 &&
-        untilUninterrupted([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
+        retryOnInterrupt([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
         return file;
     }
     return {};

@@ -11,7 +11,7 @@
 #include "platform/posix/FileDescriptor.h"
 
 /// Files that are read whole, replaced whole and private to their owner. Nothing here
-/// throws; a failure leaves no trace but what its function says.
+/// throws; results tell what failed.
 namespace tavrel::AtomicFile {
 
 enum class ReadOutcome {
@@ -19,12 +19,12 @@ enum class ReadOutcome {
     absent,
     /// Not a regular file, or longer than was allowed.
     unusable,
-    /// The system refused, for one because of missing rights.
+    /// The system refused, for example because of missing rights.
     refused,
 };
 
-/// Opens a file for reading without waiting, even when it is a pipe. The result holds none
-/// when that failed; errno tells why.
+/// Opens a file for reading; never blocks, not even on a pipe. The result is not open when
+/// that failed, and errno tells why.
 FileDescriptor openForReading(const std::filesystem::path& path);
 
 /// Reads all of the file into `contents`, which is set only when the outcome is `read`.
@@ -32,8 +32,8 @@ ReadOutcome read(const std::filesystem::path& path, std::size_t maxSize, std::st
 /// The same for a file that `openForReading` has just opened.
 ReadOutcome read(const FileDescriptor& file, std::size_t maxSize, std::string& contents);
 
-/// What tells one state of a regular file from the next, as far as the clock of the file
-/// system does. Times are since the system clock's epoch.
+/// Tells one state of a regular file from the next, as far as the file system's timestamps
+/// do. Times are since the system clock's epoch.
 struct Version {
     dev_t device;
     ino_t inode;
@@ -47,22 +47,22 @@ struct Version {
 /// std::nullopt when no file is open or it is not a regular one.
 std::optional<Version> versionOf(const FileDescriptor& file);
 
-/// Whether every write to the file from `now` on gives it another version. Not so shortly
-/// after a change, since another may fall into the same tick of the file system's clock.
-/// (A program that writes through a memory mapping may escape even this.)
+/// Whether every write to the file from `now` on gives it another version. False shortly
+/// after a change, since the next one may get the same timestamp. Writes through a memory
+/// mapping are not covered: their timestamps come late.
 bool isSettled(const Version& version, std::chrono::system_clock::time_point now);
 
-/// Makes the folder and those above it that are missing, each for the owner alone.
-/// Returns whether the folder is there.
+/// Creates the folder and its missing parents, each accessible to the owner only. Returns
+/// whether the folder exists now.
 bool makeFolder(const std::filesystem::path& folder);
 
-/// Waits for the lock file `path`, making it if need be. The lock lasts as long as the
-/// result; when that holds no file there is no lock. Two threads of one process exclude
-/// one another as two processes do. The file stays behind.
+/// Locks the file `path`, which is created if missing and never removed; blocks until the
+/// lock is free. It is held as long as the result exists; a result that is not open means
+/// that locking failed. Excludes other threads of this process as well as other processes.
 FileDescriptor lock(const std::filesystem::path& path);
 
-/// New contents for a file, on the disk beside it but not yet in its place. Vanishes
-/// unless put in place.
+/// New contents for a file, on the disk beside it but not yet in its place. The
+/// destructor removes them unless they were put in place.
 class Replacement {
 public:
     /// Writes `contents`; `isWritten` tells whether that worked.
@@ -73,8 +73,8 @@ public:
 
     bool isWritten() const { return isWritten_; }
 
-    /// Puts the new file in the place of the old, on the disk too when it returns.
-    /// Returns whether the new one is there; when not, the old one still is.
+    /// Replaces the old file by the new one and flushes that to the disk. Returns whether
+    /// it was replaced; when not, the old file is still there.
     ///
     /// REQUIRES: `isWritten`.
     bool putInPlace();
@@ -85,8 +85,9 @@ private:
     bool isWritten_ = false;
 };
 
-/// Removes what killed writers of `target` left beside it. Only while no other writer
-/// can be at work.
+/// Removes the temporary files that killed writers of `target` left beside it.
+///
+/// REQUIRES: no other writer is at work, so the caller holds their lock.
 void removeLeftovers(const std::filesystem::path& target);
 
 }  // namespace tavrel::AtomicFile

@@ -9,26 +9,26 @@
 namespace tavrel {
 namespace {
 
-std::filesystem::path absoluteOrNone(const char* path) {
+std::filesystem::path absoluteOrEmpty(const char* path) {
     const std::filesystem::path found = path == nullptr ? "" : path;
     return found.is_absolute() ? found : std::filesystem::path{};
 }
 
-std::filesystem::path homeOfUserDatabase() {
+std::filesystem::path homeInUserDatabase() {
     std::array<char, 16384> texts{};
     passwd entry{};
     passwd* found = nullptr;
     getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
-    return absoluteOrNone(found == nullptr ? nullptr : found->pw_dir);
+    return absoluteOrEmpty(found == nullptr ? nullptr : found->pw_dir);
 }
 
 std::filesystem::path configFolder() {
-    if (auto folder = absoluteOrNone(std::getenv("XDG_CONFIG_HOME")); !folder.empty()) {
+    if (auto folder = absoluteOrEmpty(std::getenv("XDG_CONFIG_HOME")); !folder.empty()) {
         return folder;
     }
-    std::filesystem::path home = absoluteOrNone(std::getenv("HOME"));
+    std::filesystem::path home = absoluteOrEmpty(std::getenv("HOME"));
     if (home.empty()) {
-        home = homeOfUserDatabase();
+        home = homeInUserDatabase();
     }
     return home.empty() ? home : home / ".config";
 }

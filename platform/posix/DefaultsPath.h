@@ -4,10 +4,10 @@
 
 namespace tavrel {
 
-/// Where this user's defaults are kept: `tavrel/defaults.json` in the folder that
-/// XDG_CONFIG_HOME names, or else in `.config` of the home folder, which is HOME or else
-/// the one of the user database. Variables that are empty or not absolute paths count as
-/// unset. Empty when there is no home folder at all.
+/// The file with this user's defaults: `tavrel/defaults.json` in the folder that
+/// XDG_CONFIG_HOME names, otherwise in `.config` of the home folder. That is HOME, or what
+/// the user database says. Variables that are empty or not absolute paths count as unset.
+/// An empty path when there is no home folder at all.
 ///
 /// Reads the environment, so no other thread may be changing it.
 std::filesystem::path defaultsPath();

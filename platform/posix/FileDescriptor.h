@@ -6,11 +6,11 @@
 
 namespace tavrel {
 
-/// An open file, closed at the end. May hold none.
+/// Owns a file descriptor and closes it; may be empty.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    /// Takes over `number` as the system's calls return it: negative is none.
+    /// Takes ownership of `number`, a system call's result: empty when that is negative.
     explicit FileDescriptor(int number) : number_(number) {}
     FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {

@@ -11,17 +11,17 @@ using nlohmann::json;
 
 constexpr std::size_t maxFileSize = 16'777'216;
 
-/// The object in `text`; null when it is no JSON object.
+/// The object in `text`; null when `text` is not a JSON object.
 json parseObject(const std::string& text) {
-    // The library writes nested values recursively, so what it could not write again
-    // without end is not read either. Our own files have one level.
+    // The library writes nested values recursively, so a file nested too deep to be written
+    // again is not read either. Our own files have one level.
     constexpr int deepest = 64;
     bool isTooDeep = false;
     const auto checkDepth = [&](int depth, json::parse_event_t, const json&) {
         isTooDeep = isTooDeep || depth > deepest;
         return !isTooDeep;
     };
-    // The parser takes a zero byte for the end of its input; in a JSON text there is none.
+    // The parser takes a zero byte for the end of its input; valid JSON has none.
     if (text.find('\0') != std::string::npos) {
         return nullptr;
     }
@@ -29,7 +29,7 @@ json parseObject(const std::string& text) {
     return object.is_object() && !isTooDeep ? object : json(nullptr);
 }
 
-/// The members of `object` that are texts.
+/// The members of `object` that hold a text.
 std::map<std::string, std::string, std::less<>> textsIn(const json& object) {
     std::map<std::string, std::string, std::less<>> texts;
     for (const auto& [key, value] : object.items()) {
@@ -49,7 +49,7 @@ std::optional<std::string> textOf(const json& object) {
     }
 }
 
-/// The file that a write replaces: what `path` leads to, so that a link stays a link.
+/// The file that a write replaces: `path` with links resolved, so that a link stays a link.
 std::filesystem::path targetOf(const std::filesystem::path& path) {
     std::error_code error;
     std::filesystem::path target = std::filesystem::canonical(path, error);
@@ -61,8 +61,8 @@ std::filesystem::path withSuffix(std::filesystem::path path, const std::string& 
     return path;
 }
 
-/// Moves a damaged file out of the way, to the first name that is free.
-bool keepDamaged(const std::filesystem::path& target) {
+/// Renames a damaged file to the first name that is free.
+bool moveDamagedAside(const std::filesystem::path& target) {
     std::error_code error;
     std::filesystem::path kept = withSuffix(target, ".damaged");
     for (int copy = 2; std::filesystem::exists(kept, error) && !error; ++copy) {
@@ -95,7 +95,7 @@ void FileUserDefaults::readIfChanged() {
     if (!version) {
         return;
     }
-    // Asked before reading, so that a write during it is a later one.
+    // Asked before reading, so that a write during the reading counts as a later one.
     const auto now = clock_();
     std::string text;
     const ReadOutcome outcome = AtomicFile::read(file, maxFileSize, text);
@@ -134,7 +134,7 @@ bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {
         return false;
     }
     AtomicFile::Replacement replacement(target, *newText);
-    return replacement.isWritten() && (!isDamaged || keepDamaged(target)) &&
+    return replacement.isWritten() && (!isDamaged || moveDamagedAside(target)) &&
            replacement.putInPlace();
 }
 

@@ -14,12 +14,12 @@ namespace tavrel {
 /// The user-defaults store as one file: a JSON object of key to text. Values are UTF-8
 /// text; others are refused.
 ///
-/// The file is replaced as a whole, so that a reader, a crash or a loss of power sees a
-/// former state or the new one and nothing between; it is readable by its owner alone.
-/// Writers of other keys, in this process or another, are not overwritten: each write
-/// holds a lock file beside while it reads, changes and replaces. Reading takes no lock.
+/// The file is replaced as a whole, so that readers see the old state or the new one and
+/// no mixture, also after a crash or a power failure. Only its owner can read it. Writers
+/// of other keys, in this process or another, are not overwritten: each write holds a lock
+/// file beside it while it reads, changes and replaces. Reading takes no lock.
 ///
-/// What was read stays in memory. Each `data` looks whether the file has changed since,
+/// What was read stays in memory. Each `data` checks whether the file has changed since,
 /// whoever changed it, and reads it again only then.
 ///
 /// A file that is not a JSON object (or is above 16 MiB) is an empty store; the first
@@ -29,12 +29,12 @@ class FileUserDefaults : public UserDefaults {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
 
-    /// The store in the file at `path`, an absolute one. Neither it nor its folder need
-    /// exist; the first write makes them. With an empty path there is no store: reads find
-    /// nothing and writes fail.
+    /// The store in the file at `path`, which is absolute. Neither it nor its folder need
+    /// exist; the first write creates them. With an empty path there is no store: reads
+    /// find nothing and writes fail.
     ///
-    /// `clock` is the one the file's times are compared with, asked once for each reading
-    /// of the file by `data`.
+    /// The file's timestamps are compared with `clock`, which is asked once each time
+    /// `data` reads the file.
     explicit FileUserDefaults(std::filesystem::path path,
                               Clock clock = std::chrono::system_clock::now);
 
@@ -48,10 +48,10 @@ private:
     const Clock clock_;
 
     std::mutex mutex_;
-    /// What the file held when it was last read: its texts by key.
+    /// The file's values by key, as last read.
     std::map<std::string, std::string, std::less<>> texts_;
-    /// The version of the file that `texts_` is from; std::nullopt when that may not be
-    /// relied upon and the file is to be read again.
+    /// The version of the file that `texts_` was read from; std::nullopt when the file has
+    /// to be read again in any case.
     std::optional<AtomicFile::Version> settledVersion_;
 };
 

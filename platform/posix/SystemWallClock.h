@@ -6,7 +6,7 @@
 
 namespace tavrel {
 
-/// The computer's time of day.
+/// The system's time of day.
 class SystemWallClock : public WallClock {
 public:
     WallTime now() override {

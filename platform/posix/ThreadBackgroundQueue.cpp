@@ -11,7 +11,7 @@ ThreadBackgroundQueue::~ThreadBackgroundQueue() {
         isEnding_ = true;
         dropped.swap(waiting_);
     }
-    // Not under the lock: what a dropped job holds may, on its way out, add a job.
+    // Not under the lock: destroying what a dropped job holds may add another job.
     dropped.clear();
     changed_.notify_all();
     for (std::thread& thread : threads_) {

@@ -11,9 +11,9 @@
 
 namespace tavrel {
 
-/// Background work on threads of its own. A thread is added whenever a job finds none
-/// idle, up to `maxThreads`; only when that many jobs block at once do others wait. Idle
-/// threads are kept for later jobs.
+/// Runs jobs on its own threads. A thread is added whenever a job finds none idle, up to
+/// `maxThreads`; jobs wait only while that many others are running. Idle threads are kept
+/// for later jobs.
 ///
 /// A job must not throw. It is destroyed, with all it holds, on the thread that ran it.
 class ThreadBackgroundQueue : public BackgroundQueue {
@@ -21,8 +21,8 @@ public:
     static constexpr std::size_t maxThreads = 64;
 
     ThreadBackgroundQueue() = default;
-    /// Drops the jobs that have not started, then waits for the others; what those add
-    /// meanwhile is dropped too. Must not be called from a job.
+    /// Drops the jobs that have not started and blocks until the others have ended; jobs
+    /// added meanwhile are dropped too. Must not be called from a job.
     ~ThreadBackgroundQueue() override;
 
     ThreadBackgroundQueue(const ThreadBackgroundQueue&) = delete;
