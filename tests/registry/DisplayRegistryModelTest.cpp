@@ -70,7 +70,7 @@ public:
 private:
     unsigned draw(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
-    /// Whole days, so that exactly thirty of them is a common age; now and then back.
+    /// By whole days, so that an age of exactly thirty days is common; sometimes backwards.
     void passTime() { clock_.time = clock_.time + (draw(40) - 4.0) * day; }
 
     void merge(bool isStored) {

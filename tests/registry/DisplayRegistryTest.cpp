@@ -3,11 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <csignal>
+#include <functional>
 #include <limits>
 #include <string>
 
 #include "platform/simulated/SimulatedUserDefaults.h"
 #include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/support/CoverageDump.h"
 #include "tests/support/SettableClock.h"
 
 namespace tavrel {
@@ -19,6 +22,16 @@ using testing::UnorderedElementsAre;
 
 constexpr double day = 86'400;
 constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// The stored form of external displays.
+std::string listOf(const std::vector<std::string>& ids) {
+    std::string text;
+    for (const std::string& id : ids) {
+        text += (text.empty() ? "[" : ",") + (R"({"id":)" + id) +
+                R"(,"isBuiltIn":false,"lastSeenAt":800000000})";
+    }
+    return text + "]";
+}
 
 class DisplayRegistryTest : public testing::Test {
 protected:
@@ -42,7 +55,7 @@ TEST_F(DisplayRegistryTest, IsEmptyWithoutAStoredValue) {
     EXPECT_THAT(stored(), IsEmpty());
 }
 
-TEST_F(DisplayRegistryTest, FirstRunStoresBothDisplaysWithOneTimeAndListsTheBuiltInFirst) {
+TEST_F(DisplayRegistryTest, FirstMergeStoresEveryOnlineDisplayAndReturnsTheBuiltInFirst) {
     setBuiltIn(7);
     const StoredDisplay panel{7, true, start_};
     const StoredDisplay monitor{3, false, start_};
@@ -51,13 +64,10 @@ TEST_F(DisplayRegistryTest, FirstRunStoresBothDisplaysWithOneTimeAndListsTheBuil
     EXPECT_THAT(stored(), UnorderedElementsAre(panel, monitor));
 }
 
-TEST_F(DisplayRegistryTest, TakesTheTimeOnceForAllRecords) {
-    class RunningClock : public WallClock {
-    public:
-        WallTime now() override { return {time_ += 1}; }
-
-    private:
-        double time_ = 0;
+TEST_F(DisplayRegistryTest, MergeAsksTheClockOnceForAllRecords) {
+    struct RunningClock : WallClock {
+        WallTime now() override { return {time += 1}; }
+        double time = 0;
     } clock;
 
     EXPECT_THAT(DisplayRegistry::merge({1, 2, 3}, store_, *server_.now(), clock),
@@ -68,6 +78,7 @@ TEST_F(DisplayRegistryTest, TakesTheTimeOnceForAllRecords) {
 TEST_F(DisplayRegistryTest, StoresUnderItsKeyInTheDocumentedForm) {
     setBuiltIn(1);
     clock_.time = {786'000'000.25};
+
     merge({1});
 
     EXPECT_EQ(store_.data("TavrelKnownDisplays"),
@@ -83,44 +94,30 @@ TEST_F(DisplayRegistryTest, KnownDisplaysAreInStoredOrder) {
 
 TEST_F(DisplayRegistryTest, ReadingWritesNothing) {
     store("not a list");
+
     stored();
 
     EXPECT_EQ(store_.writes(), 1U);
     EXPECT_EQ(store_.data(DisplayRegistry::storageKey), "not a list");
 }
 
-TEST_F(DisplayRegistryTest, OfflineDisplaySeen29DaysAgoIsKept) {
+TEST_F(DisplayRegistryTest, OfflineDisplaySeenExactly30DaysAgoIsKeptWithItsTime) {
     merge({1});
-    clock_.time = start_ + 29 * day;
-
+    clock_.time = start_ + 2'592'000;
     const StoredDisplay remembered{1, false, start_};
     const StoredDisplay online{2, false, clock_.time};
+
     EXPECT_THAT(merge({2}), ElementsAre(remembered, online));
     EXPECT_THAT(stored(), UnorderedElementsAre(remembered, online));
 }
 
-TEST_F(DisplayRegistryTest, OfflineDisplaySeen31DaysAgoIsDroppedFromResultAndStore) {
-    merge({1});
-    clock_.time = start_ + 31 * day;
-
-    const StoredDisplay online{2, false, clock_.time};
-    EXPECT_THAT(merge({2}), ElementsAre(online));
-    EXPECT_THAT(stored(), ElementsAre(online));
-}
-
-TEST_F(DisplayRegistryTest, OfflineDisplayExactly30DaysOldIsKept) {
-    merge({1});
-    clock_.time = start_ + 2'592'000;
-
-    EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, false, start_}));
-}
-
-TEST_F(DisplayRegistryTest, OfflineDisplayJustOver30DaysOldIsDropped) {
+TEST_F(DisplayRegistryTest, OfflineDisplaySeenLongerAgoIsDroppedFromResultAndStore) {
     merge({1});
     clock_.time = {std::nextafter((start_ + 2'592'000).sinceReferenceDate, infinity)};
+    const StoredDisplay online{2, false, clock_.time};
 
-    EXPECT_THAT(merge({}), IsEmpty());
-    EXPECT_EQ(store_.data(DisplayRegistry::storageKey), "[]");
+    EXPECT_THAT(merge({2}), ElementsAre(online));
+    EXPECT_THAT(stored(), ElementsAre(online));
 }
 
 TEST_F(DisplayRegistryTest, OnlineDisplayIsKeptAndRefreshedHoweverOldItsRecord) {
@@ -130,25 +127,19 @@ TEST_F(DisplayRegistryTest, OnlineDisplayIsKeptAndRefreshedHoweverOldItsRecord) 
     EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock_.time}));
 }
 
-TEST_F(DisplayRegistryTest, RecordFromTheFutureIsKeptWithItsTime) {
+TEST_F(DisplayRegistryTest, RecordFromTheFutureKeepsItsTimeUntilTheDisplayIsOnline) {
     merge({1});
     clock_.time = start_ + -365 * day;
 
     EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, false, start_}));
-}
-
-TEST_F(DisplayRegistryTest, OnlineRecordFromTheFutureTakesTheClocksTime) {
-    merge({1});
-    clock_.time = start_ + -365 * day;
-
     EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock_.time}));
 }
 
 TEST_F(DisplayRegistryTest, BuiltInAnswerIsRenewedOnlineAndKeptOffline) {
     setBuiltIn(1);
     merge({1});
-
     setBuiltIn(1, false);
+
     EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, true, start_}));
     EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, start_}));
 }
@@ -156,25 +147,18 @@ TEST_F(DisplayRegistryTest, BuiltInAnswerIsRenewedOnlineAndKeptOffline) {
 TEST_F(DisplayRegistryTest, OfflineDisplaysAreNotAskedAbout) {
     merge({1, 2});
     const auto before = server_.queries();
+
     merge({2});
 
     EXPECT_EQ(server_.queries(), before + 1);
 }
 
-TEST_F(DisplayRegistryTest, ResultIsOrderedBuiltInFirstThenByIdentifier) {
+TEST_F(DisplayRegistryTest, ResultIsOrderedBuiltInFirstThenByUnsignedIdentifier) {
     setBuiltIn(9);
-    const auto result = merge({7, 3, 9});
+    const auto hasID = [](DisplayID id) { return testing::Field(&StoredDisplay::id, id); };
 
-    EXPECT_THAT(result, ElementsAre(testing::Field(&StoredDisplay::id, 9),
-                                    testing::Field(&StoredDisplay::id, 3),
-                                    testing::Field(&StoredDisplay::id, 7)));
-}
-
-TEST_F(DisplayRegistryTest, IdentifiersAreOrderedAsUnsignedNumbers) {
-    const auto result = merge({0x80000000, 1});
-
-    EXPECT_THAT(result, ElementsAre(testing::Field(&StoredDisplay::id, 1),
-                                    testing::Field(&StoredDisplay::id, 0x80000000)));
+    EXPECT_THAT(merge({0x80000000, 7, 3, 9}),
+                ElementsAre(hasID(9), hasID(3), hasID(7), hasID(0x80000000)));
 }
 
 TEST_F(DisplayRegistryTest, ComparesBuiltInBeforeIdentifier) {
@@ -200,13 +184,13 @@ TEST_F(DisplayRegistryTest, AnyIdentifierCanBeOnlineAlsoZero) {
 }
 
 TEST_F(DisplayRegistryTest, MalformedValueIsEmptyAndTheNextMergeReplacesIt) {
+    const StoredDisplay online{5, false, start_};
     for (const std::string_view text :
          {"not JSON", R"([{"id":1,"isBuiltIn":true}])",
           R"([{"id":1,"isBuiltIn":true,"lastSeenAt":800000000},{"id":2,"isBuiltIn":true}])"}) {
         store(text);
-        EXPECT_THAT(stored(), IsEmpty()) << text;
 
-        const StoredDisplay online{5, false, start_};
+        EXPECT_THAT(stored(), IsEmpty()) << text;
         EXPECT_THAT(merge({5}), ElementsAre(online)) << text;
         EXPECT_THAT(stored(), ElementsAre(online)) << text;
     }
@@ -242,25 +226,48 @@ TEST_F(DisplayRegistryTest, StoreThatRefusesToWriteGivesTheResultAllTheSame) {
 
 TEST_F(DisplayRegistryTest, OfTwoMergesAtOnceTheLastWriterWins) {
     /// Runs another merge between this one's reading and writing.
-    class Interleaving : public UserDefaults {
-    public:
-        Interleaving(UserDefaults& inner, std::function<void()> other)
-            : inner_(inner), other_(std::move(other)) {}
-        std::optional<std::string> data(std::string_view key) override { return inner_.data(key); }
+    struct Interleaving : UserDefaults {
+        Interleaving(UserDefaults& innerStore, std::function<void()> otherMerge)
+            : inner(innerStore), other(std::move(otherMerge)) {}
+
+        std::optional<std::string> data(std::string_view key) override { return inner.data(key); }
         bool setData(std::string_view key, std::string_view bytes) override {
-            other_();
-            return inner_.setData(key, bytes);
+            other();
+            return inner.setData(key, bytes);
         }
 
-    private:
-        UserDefaults& inner_;
-        std::function<void()> other_;
-    };
-    Interleaving store(store_, [&] { merge({1, 2}); });
+        UserDefaults& inner;
+        std::function<void()> other;
+    } store(store_, [&] { merge({1, 2}); });
 
     DisplayRegistry::merge({3}, store, *server_.now(), clock_);
 
     EXPECT_THAT(stored(), ElementsAre(StoredDisplay{3, false, start_}));
+}
+
+TEST_F(DisplayRegistryTest, ReadingAcceptsARepeatedIdentifier) {
+    store(listOf({"7", "7"}));
+
+    EXPECT_EQ(stored().size(), 2U);
+}
+
+class DisplayRegistryDeathTest : public DisplayRegistryTest {
+protected:
+    DisplayRegistryDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+    void mergeOver(const std::string& text) {
+        keepCoverageOnAbort();
+        store(text);
+        merge({1});
+    }
+};
+
+TEST_F(DisplayRegistryDeathTest, MergeOverARepeatedIdentifierStopsTheProcess) {
+    EXPECT_EXIT(mergeOver(listOf({"2", "7", "7"})), testing::KilledBySignal(SIGABRT),
+                testing::Eq("Duplicate values for key: '7'\n"));
+    EXPECT_EXIT(mergeOver(listOf({"4294967295", "1", "4294967295"})),
+                testing::KilledBySignal(SIGABRT),
+                testing::Eq("Duplicate values for key: '4294967295'\n"));
 }
 
 }  // namespace

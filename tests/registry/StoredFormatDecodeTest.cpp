@@ -15,7 +15,7 @@ using testing::Optional;
 
 constexpr auto highestID = std::numeric_limits<DisplayID>::max();
 
-/// A list of one record whose other two members are in order.
+/// Lists of one record, in which one thing varies.
 std::string withID(const std::string& id) {
     return R"([{"id":)" + id + R"(,"isBuiltIn":true,"lastSeenAt":5.5}])";
 }
@@ -28,75 +28,101 @@ std::string withTime(const std::string& lastSeenAt) {
 std::string withExtra(const std::string& members) {
     return R"([{"id":1,"isBuiltIn":true,"lastSeenAt":5.5,)" + members + "}]";
 }
+std::string withUnknown(const std::string& value) {
+    return withExtra(R"("unknown":)" + value);
+}
+
+std::string listOf(const std::string& element) {
+    return "[" + element + "]";
+}
+std::string justThat(const std::string& text) {
+    return text;
+}
+
+std::string repeated(std::size_t count, const std::string& text) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
 
 const StoredDisplay plain{1, true, {5.5}};
 
+/// Matches these decoded records and no others.
+template <class... Record>
+auto are(Record... records) {
+    return Optional(ElementsAre(records...));
+}
+
+/// Expects that no text that `textWith` makes from one of `values` can be decoded.
+void expectRefused(std::string (*textWith)(const std::string&),
+                   const std::vector<std::string>& values) {
+    for (const std::string& value : values) {
+        EXPECT_EQ(decode(textWith(value)), std::nullopt) << value;
+    }
+}
+
 TEST(StoredFormatDecode, ReadsRecordsInStoredOrder) {
-    EXPECT_THAT(
-        decode(R"([{"id":9,"isBuiltIn":false,"lastSeenAt":1.25},)"
-               R"({"id":2,"isBuiltIn":true,"lastSeenAt":-3}])"),
-        Optional(ElementsAre(StoredDisplay{9, false, {1.25}}, StoredDisplay{2, true, {-3}})));
+    EXPECT_THAT(decode(R"([{"id":9,"isBuiltIn":false,"lastSeenAt":1.25},)"
+                       R"({"id":2,"isBuiltIn":true,"lastSeenAt":-3}])"),
+                are(StoredDisplay{9, false, {1.25}}, StoredDisplay{2, true, {-3}}));
 }
 
 TEST(StoredFormatDecode, ReadsAnEmptyList) {
-    EXPECT_THAT(decode("[]"), Optional(ElementsAre()));
+    EXPECT_THAT(decode("[]"), are());
 }
 
 TEST(StoredFormatDecode, KeepsRepeatedIdentifiers) {
     EXPECT_THAT(decode(R"([{"id":1,"isBuiltIn":true,"lastSeenAt":5.5},)"
                        R"({"id":1,"isBuiltIn":true,"lastSeenAt":5.5}])"),
-                Optional(ElementsAre(plain, plain)));
+                are(plain, plain));
 }
 
 TEST(StoredFormatDecode, AcceptsAnyMemberOrderAndWhiteSpace) {
     EXPECT_THAT(decode("\t[ {\"lastSeenAt\" : 5.5,\r\n\"isBuiltIn\":true , \"id\":1} ]\n"),
-                Optional(ElementsAre(plain)));
+                are(plain));
 }
 
 TEST(StoredFormatDecode, ReadsEscapedMemberNames) {
-    EXPECT_THAT(decode(R"([{"\u0069d":1,"isBuiltIn":true,"lastSeenAt":5.5}])"),
-                Optional(ElementsAre(plain)));
+    EXPECT_THAT(decode(R"([{"\u0069d":1,"isBuiltIn":true,"lastSeenAt":5.5}])"), are(plain));
 }
 
 TEST(StoredFormatDecode, IgnoresUnknownMembersWhateverTheyHold) {
-    for (const std::string members :
-         {R"("extra":null)", R"("extra":"text")", R"("extra":true)", R"("extra":-1)",
-          R"("extra":1.5)", R"("extra":[])", R"("extra":{})", R"("ID":"1")",
-          R"("extra":[null,"x",false,7,-7,7.5,{"id":"no","lastSeenAt":[{"isBuiltIn":0}]}])",
-          R"("extra":{"id":2,"isBuiltIn":false,"lastSeenAt":0})"}) {
-        EXPECT_THAT(decode(withExtra(members)), Optional(ElementsAre(plain))) << members;
+    for (const std::string value :
+         {"null", R"("text")", "true", "-1", "1.5", "[]", "{}",
+          R"([null,"x",false,7,-7,7.5,{"id":"no","lastSeenAt":[{"isBuiltIn":0}]}])",
+          R"({"id":2,"isBuiltIn":false,"lastSeenAt":0})"}) {
+        EXPECT_THAT(decode(withUnknown(value)), are(plain)) << value;
     }
+    EXPECT_THAT(decode(withExtra(R"("ID":"1")")), are(plain));
 }
 
 TEST(StoredFormatDecode, OfARepeatedMemberOnlyTheLastCounts) {
     EXPECT_THAT(decode(withExtra(R"("id":2,"isBuiltIn":false,"lastSeenAt":7)")),
-                Optional(ElementsAre(StoredDisplay{2, false, {7}})));
+                are(StoredDisplay{2, false, {7}}));
     EXPECT_THAT(decode(R"([{"id":null,"id":1,"isBuiltIn":0,"isBuiltIn":true,)"
                        R"("lastSeenAt":"5","lastSeenAt":5.5}])"),
-                Optional(ElementsAre(plain)));
+                are(plain));
 }
 
 TEST(StoredFormatDecode, TheLastOfARepeatedMemberMustBeOfItsType) {
-    for (const std::string member :
-         {R"("id":null)", R"("id":"1")", R"("id":true)", R"("id":[])", R"("isBuiltIn":1)",
-          R"("isBuiltIn":{})", R"("lastSeenAt":null)", R"("lastSeenAt":false)"}) {
-        EXPECT_EQ(decode(withExtra(member)), std::nullopt) << member;
-    }
+    expectRefused(withExtra,
+                  {R"("id":null)", R"("id":"1")", R"("id":true)", R"("id":[])", R"("isBuiltIn":1)",
+                   R"("isBuiltIn":{})", R"("lastSeenAt":null)", R"("lastSeenAt":false)"});
 }
 
 TEST(StoredFormatDecode, ReadsTheWholeRangeOfIdentifiers) {
-    EXPECT_THAT(decode(withID("0")), Optional(ElementsAre(StoredDisplay{0, true, {5.5}})));
-    EXPECT_THAT(decode(withID("4294967295")),
-                Optional(ElementsAre(StoredDisplay{highestID, true, {5.5}})));
+    EXPECT_THAT(decode(withID("0")), are(StoredDisplay{0, true, {5.5}}));
+    EXPECT_THAT(decode(withID("4294967295")), are(StoredDisplay{highestID, true, {5.5}}));
 }
 
 TEST(StoredFormatDecode, ReadsAnIdentifierFromAnyNumberWithAnIntegerValue) {
     for (const std::string id : {"1.0", "1e0", "1.0e0", "10E-1", "0.1e1"}) {
-        EXPECT_THAT(decode(withID(id)), Optional(ElementsAre(plain))) << id;
+        EXPECT_THAT(decode(withID(id)), are(plain)) << id;
     }
-    EXPECT_THAT(decode(withID("4294967295.0")),
-                Optional(ElementsAre(StoredDisplay{highestID, true, {5.5}})));
-    EXPECT_THAT(decode(withID("-0")), Optional(ElementsAre(StoredDisplay{0, true, {5.5}})));
+    EXPECT_THAT(decode(withID("4294967295.0")), are(StoredDisplay{highestID, true, {5.5}}));
+    EXPECT_THAT(decode(withID("-0")), are(StoredDisplay{0, true, {5.5}}));
 }
 
 TEST(StoredFormatDecode, ReadsATimeFromAnyNumber) {
@@ -112,130 +138,85 @@ TEST(StoredFormatDecode, ReadsATimeFromAnyNumber) {
         {"1e-999", 0},
     };
     for (const auto& [text, time] : times) {
-        EXPECT_THAT(decode(withTime(text)), Optional(ElementsAre(StoredDisplay{1, true, {time}})))
-            << text;
+        EXPECT_THAT(decode(withTime(text)), are(StoredDisplay{1, true, {time}})) << text;
     }
 }
 
 TEST(StoredFormatDecode, RefusesWhatIsNotOneJSONArray) {
-    for (const std::string& text : {""s,
-                                    " "s,
-                                    "null"s,
-                                    "true"s,
-                                    "1"s,
-                                    "-1"s,
-                                    "1.5"s,
-                                    R"("1")"s,
-                                    "{}"s,
-                                    "["s,
-                                    "]"s,
-                                    "[,]"s,
-                                    "[]]"s,
-                                    "[][]"s,
-                                    "[] x"s,
-                                    "[],"s,
-                                    "[]\0"s,
-                                    "[]\0 "s,
-                                    "\0[]"s,
-                                    "[]\xff"s,
-                                    "[] // end"s,
-                                    "/**/[]"s,
-                                    R"({"id":1,"isBuiltIn":true,"lastSeenAt":5.5})"s,
-                                    withID("1") + "\0x"s,
-                                    withID("1") + "0"}) {
-        EXPECT_EQ(decode(text), std::nullopt) << text;
-    }
+    expectRefused(justThat, {"", " ", "null", "true", "1", "-1", "1.5", R"("1")", "{}", "[", "]"});
+    expectRefused(justThat, {R"({"id":1,"isBuiltIn":true,"lastSeenAt":5.5})"});
+    expectRefused(justThat, {"[,]", "[]]", "[][]", "[] x", "[],", "[] // end", "/**/[]"});
+    expectRefused(justThat, {"[]\0"s, "[]\0 "s, "\0[]"s, "[]\xff"});
+    expectRefused(justThat, {withID("1") + "\0x"s, withID("1") + "0"});
 }
 
 TEST(StoredFormatDecode, RefusesElementsThatAreNotObjects) {
-    for (const std::string element : {"null", "true", "1", "-1", "1.5", R"("1")", "[]"}) {
-        EXPECT_EQ(decode("[" + element + "]"), std::nullopt) << element;
-    }
+    expectRefused(listOf, {"null", "true", "1", "-1", "1.5", R"("1")", "[]"});
 }
 
-TEST(StoredFormatDecode, RefusesAllWhenOneMemberIsMissing) {
+TEST(StoredFormatDecode, RefusesAllWhenOneMemberOfOneRecordIsMissing) {
+    const std::string whole = R"({"id":1,"isBuiltIn":true,"lastSeenAt":5.5})";
     for (const std::string element :
          {R"({})", R"({"isBuiltIn":true,"lastSeenAt":5.5})", R"({"id":1,"lastSeenAt":5.5})",
           R"({"id":1,"isBuiltIn":true})", R"({"ID":1,"isBuiltIn":true,"lastSeenAt":5.5})"}) {
-        EXPECT_EQ(decode("[" + element + "]"), std::nullopt) << element;
-        // What an earlier record had does not count for a later one.
-        std::string second = withID("1");
-        second.replace(second.size() - 1, 1, "," + element + "]");
-        EXPECT_EQ(decode(second), std::nullopt) << second;
+        expectRefused(listOf, {element, element + "," + whole, whole + "," + element});
     }
 }
 
 TEST(StoredFormatDecode, RefusesIdentifiersOutOfRangeOrOfAnotherType) {
-    for (const std::string id : {"-1", "-9223372036854775808", "4294967296", "4294967296.0",
-                                 "18446744073709551615", "18446744073709551616", "-0.5", "1.5",
-                                 "1e-1", "1e300", "null", "true", R"("1")", "[]", "[1]", "{}"}) {
-        EXPECT_EQ(decode(withID(id)), std::nullopt) << id;
-    }
+    expectRefused(withID, {"-1", "-9223372036854775808", "4294967296", "4294967296.0",
+                           "18446744073709551615", "18446744073709551616", "-0.5", "1.5", "1e-1",
+                           "1e300", "null", "true", R"("1")", "[]", "[1]", "{}"});
 }
 
 TEST(StoredFormatDecode, RefusesABuiltInAnswerOfAnotherType) {
-    for (const std::string answer : {"null", "0", "1", "-1", "1.5", R"("true")", "[]", "{}"}) {
-        EXPECT_EQ(decode(withBuiltIn(answer)), std::nullopt) << answer;
-    }
+    expectRefused(withBuiltIn, {"null", "0", "1", "-1", "1.5", R"("true")", "[]", "{}"});
 }
 
 TEST(StoredFormatDecode, RefusesTimesOutOfRangeOrOfAnotherType) {
-    for (const std::string time :
-         {"1e999", "-1e999", "null", "true", R"("5.5")", "[]", "{}", "NaN", "Infinity"}) {
-        EXPECT_EQ(decode(withTime(time)), std::nullopt) << time;
-    }
+    expectRefused(withTime,
+                  {"1e999", "-1e999", "null", "true", R"("5.5")", "[]", "{}", "NaN", "Infinity"});
 }
 
 TEST(StoredFormatDecode, RefusesBadJSONEvenInIgnoredMembers) {
-    for (const std::string& value :
-         {"1e999"s, "01"s, "+1"s, ".5"s, "1."s, "nul"s, "\"\xff\""s, "\"\xc0\xaf\""s,
-          "\"\xed\xa0\x80\""s, "\"\xf4\x90\x80\x80\""s, "\"\xe2\x82\""s, R"("\ud800")"s, R"("\x")"s,
-          "\"\n\""s, "'text'"s, "[1,]"s, R"({"a":1,})"s, R"({"a"})"s, "\"\0\""s}) {
-        EXPECT_EQ(decode(withExtra(R"("extra":)" + value)), std::nullopt) << value;
-    }
+    expectRefused(withUnknown, {"1e999", "01", "+1", ".5", "1.", "nul", "'text'", "[1,]",
+                                R"({"a":1,})", R"({"a"})", R"("\ud800")", R"("\x")", "\"\n\""});
+    expectRefused(withUnknown, {"\"\xff\"", "\"\xc0\xaf\"", "\"\xed\xa0\x80\"",
+                                "\"\xf4\x90\x80\x80\"", "\"\xe2\x82\"", "\"\0\""s});
 }
 
 TEST(StoredFormatDecode, ReadsNestingOf512LevelsAndNoDeeper) {
-    const auto nested = [](std::size_t levels, const char* open, const char* close) {
-        constexpr std::size_t listAndRecord = 2;
-        std::string value;
-        for (std::size_t i = listAndRecord; i < levels; ++i) {
-            value += open;
-        }
-        value += "0";
-        for (std::size_t i = listAndRecord; i < levels; ++i) {
-            value += close;
-        }
-        return withExtra(R"("extra":)" + value);
+    constexpr std::size_t levels = 512 - 2;  // The list and the record are two.
+    const auto arrays = [](std::size_t n) { return repeated(n, "[") + "0" + repeated(n, "]"); };
+    const auto objects = [](std::size_t n) {
+        return repeated(n, R"({"a":)") + "0" + repeated(n, "}");
     };
-    EXPECT_THAT(decode(nested(512, "[", "]")), Optional(ElementsAre(plain)));
-    EXPECT_THAT(decode(nested(512, R"({"a":)", "}")), Optional(ElementsAre(plain)));
-    EXPECT_EQ(decode(nested(513, "[", "]")), std::nullopt);
-    EXPECT_EQ(decode(nested(513, R"({"a":)", "}")), std::nullopt);
+
+    EXPECT_THAT(decode(withUnknown(arrays(levels))), are(plain));
+    EXPECT_THAT(decode(withUnknown(objects(levels))), are(plain));
+    expectRefused(withUnknown, {arrays(levels + 1), objects(levels + 1)});
 }
 
 TEST(StoredFormatDecode, BracketsSideBySideOrInTextAreNoNesting) {
-    std::string sideBySide = "[[]";
-    std::string inText = R"("\\)";
-    for (int i = 0; i < 1000; ++i) {
-        sideBySide += R"(,[],{})";
-        inText += R"(\"[{)";
-    }
+    const std::string sideBySide = "[[]" + repeated(1000, ",[],{}") + "]";
+    const std::string inText = R"("\\)" + repeated(1000, R"(\"[{)") + '"';
 
-    EXPECT_THAT(decode(withExtra(R"("extra":)" + sideBySide + "]")), Optional(ElementsAre(plain)));
-    EXPECT_THAT(decode(withExtra(R"("extra":)" + inText + '"')), Optional(ElementsAre(plain)));
+    EXPECT_THAT(decode(withUnknown(sideBySide)), are(plain));
+    EXPECT_THAT(decode(withUnknown(inText)), are(plain));
 }
 
 TEST(StoredFormatDecode, SurvivesNestingWithoutEnd) {
     constexpr std::size_t levels = 5'000'000;
+
     EXPECT_EQ(decode(std::string(levels, '[')), std::nullopt);
-    EXPECT_EQ(decode(withExtra(R"("extra":)" + std::string(levels, '['))), std::nullopt);
-    EXPECT_EQ(decode(withExtra(R"("extra":)" + std::string(levels, '{'))), std::nullopt);
+    EXPECT_EQ(decode(withUnknown(std::string(levels, '['))), std::nullopt);
+    EXPECT_EQ(decode(withUnknown(std::string(levels, '{'))), std::nullopt);
 }
 
 TEST(StoredFormatDecode, RefusesEveryTruncation) {
     const std::string whole = withExtra(R"("extra":[{"a":"\u00e9"}])");
     ASSERT_NE(decode(whole), std::nullopt);
+
     for (std::size_t length = 0; length < whole.size(); ++length) {
         EXPECT_EQ(decode(whole.substr(0, length)), std::nullopt) << whole.substr(0, length);
     }
