@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "display/DisplayControl.h"
+#include "display/control/DisplayControl.h"
 
 namespace tavrel {
 

@@ -2,7 +2,7 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
-#include "display/DisplayControl.h"
+#include "display/control/DisplayControl.h"
 #include "tests/display/control/StandIns.h"
 
 namespace tavrel {

@@ -3,7 +3,7 @@
 // says how often the framework is to be opened.
 #include <gmock/gmock.h>
 
-#include "display/DisplayControl.h"
+#include "display/control/DisplayControl.h"
 #include "tests/display/control/StandIns.h"
 
 namespace tavrel {

@@ -1,8 +1,8 @@
 // The library as this system's product has it: no entry points, no transactions.
 #include <gmock/gmock.h>
 
-#include "display/DisplayControl.h"
-#include "platform/DisplayTransaction.h"
+#include "display/control/DisplayControl.h"
+#include "display/control/DisplayTransaction.h"
 
 namespace tavrel {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/DisplayTransaction.h"
+#include "display/control/DisplayTransaction.h"
 #include "tests/display/control/EntryPoints.h"
 
 using tavrel::standIns::state;

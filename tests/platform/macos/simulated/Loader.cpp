@@ -1,7 +1,7 @@
 // The system's loader, in place of the real one.
 #include <string_view>
 
-#include "platform/DynamicLoader.h"
+#include "display/control/DynamicLoader.h"
 #include "tests/platform/macos/simulated/Calls.h"
 #include "tests/platform/macos/simulated/SharedState.h"
 #include "tests/platform/macos/simulated/Transactions.h"

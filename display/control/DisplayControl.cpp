@@ -1,8 +1,8 @@
-#include "display/DisplayControl.h"
+#include "display/control/DisplayControl.h"
 
+#include "display/control/DisplayTransaction.h"
+#include "display/control/DynamicLoader.h"
 #include "platform/DisplayID.h"
-#include "platform/DisplayTransaction.h"
-#include "platform/DynamicLoader.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/DynamicLoader.h"
+#include "display/control/DynamicLoader.h"
 
 #include <dlfcn.h>
 
