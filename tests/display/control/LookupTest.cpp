@@ -1,7 +1,10 @@
-// What is found in one situation: SITUATION is its name, FRAMEWORK_FILE the framework (or
-// ""), CONFIGURE and LIST name the entry points that are to be found (or ""), and OPENINGS
-// says how often the framework is to be opened.
+// Which entry points are found where. What has been looked up is kept for the life of a
+// process, so each test runs this executable again and looks in a process of its own.
 #include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
 
 #include "display/control/DisplayControl.h"
 #include "tests/display/control/StandIns.h"
@@ -9,63 +12,166 @@
 namespace tavrel {
 namespace {
 
+using standIns::Names;
+using standIns::Offer;
 using standIns::state;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-void expectSwitchingBy(const std::string& entryPoint) {
-    state().calls.clear();
-    EXPECT_EQ(DCTLCanControlDisplays(), !entryPoint.empty());
-    EXPECT_THAT(state().calls, IsEmpty());
+const std::string frameworkOpening =
+    "/System/Library/PrivateFrameworks/SkyLight.framework/SkyLight, 5";
+const Names allFour{"CGSConfigureDisplayEnabled", "SLSConfigureDisplayEnabled", "SLSGetDisplayList",
+                    "CGSGetDisplayList"};
 
-    const std::int32_t status = DCTLSetDisplayEnabled(7, true);
-    if (entryPoint.empty()) {
-        EXPECT_EQ(status, 1006);
-        EXPECT_THAT(state().calls, IsEmpty());
-    } else {
-        EXPECT_EQ(status, 0);
-        EXPECT_THAT(state().calls, ElementsAre("begin(null)", entryPoint + "(transaction, 7, 1)",
-                                               "complete(transaction, 2)"));
+class DisplayControlLookupTest : public testing::Test {
+protected:
+    /// Runs the current test again, in a new process, and `look` there.
+    static void inNewProcess(const std::function<void()>& look) {
+        constexpr const char* variable = "TAVREL_TEST_LOOKUP";
+        // Not what a process returns in which the test was not even found.
+        constexpr int succeeded = 42;
+        if (std::getenv(variable) != nullptr) {
+            look();
+            std::exit(HasFailure() ? EXIT_FAILURE : succeeded);
+        }
+
+        const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
+        const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+        const std::string command = variable + ("=1 '" + program) +
+                                    "' --gtest_brief=1 --gtest_filter=" + test.test_suite_name() +
+                                    "." + test.name();
+        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), succeeded);
     }
+
+    /// `entryPoint` is a place and a name; none when empty.
+    static void expectSwitchingBy(const std::string& entryPoint) {
+        const bool isThere = !entryPoint.empty();
+        state().calls.clear();
+
+        EXPECT_EQ(resolveConfigureDisplayEnabled() != nullptr, isThere);
+        EXPECT_EQ(DCTLCanControlDisplays(), isThere);
+        EXPECT_THAT(state().calls, IsEmpty());
+
+        EXPECT_EQ(DCTLSetDisplayEnabled(7, true), isThere ? 0 : 1006);
+        EXPECT_EQ(state().calls, isThere ? Names({"begin(null)", entryPoint + "(transaction, 7, 1)",
+                                                  "complete(transaction, 2)"})
+                                         : Names());
+    }
+
+    static void expectListingBy(const std::string& entryPoint) {
+        const bool isThere = !entryPoint.empty();
+        state().calls.clear();
+        state().displays = {11, 12};
+        std::vector<std::uint32_t> displays{1, 2, 3};
+        std::uint32_t count = 77;
+
+        EXPECT_EQ(resolveGetDisplayList() != nullptr, isThere);
+        EXPECT_EQ(DCTLGetDisplayList(3, displays.data(), &count), isThere ? 0 : 1006);
+        EXPECT_EQ(state().calls, isThere ? Names({entryPoint + "(3, array, count)"}) : Names());
+        EXPECT_EQ(count, isThere ? 2U : 77U);
+        EXPECT_EQ(displays, isThere ? std::vector<std::uint32_t>({11, 12, 3})
+                                    : std::vector<std::uint32_t>({1, 2, 3}));
+    }
+};
+
+struct Situation {
+    std::string name;
+    Offer offer;
+    /// The place and the name of what must be found; empty for what must not.
+    std::string configure = {};
+    std::string list = {};
+    std::size_t openings;
+};
+
+void PrintTo(const Situation& situation, std::ostream* out) {
+    *out << situation.name;
 }
 
-void expectListingBy(const std::string& entryPoint) {
-    state().calls.clear();
-    state().displays = {11, 12};
-    std::uint32_t displays[] = {1, 2, 3};
-    std::uint32_t count = 77;
+const Situation situations[] = {
+    {.name = "NothingIsFoundWithoutEntryPointsAndFramework", .offer = {}, .openings = 1},
+    {.name = "NothingIsFoundInAFrameworkWithoutEntryPoints",
+     .offer = {.framework = Names()},
+     .openings = 1},
+    {.name = "ProcessIsPreferredAndTheFrameworkNotOpened",
+     .offer = {.process = {"CGSConfigureDisplayEnabled", "SLSGetDisplayList"},
+               .framework = allFour},
+     .configure = "process CGSConfigureDisplayEnabled",
+     .list = "process SLSGetDisplayList",
+     .openings = 0},
+    {.name = "ListInTheProcessIsFoundByItsOtherNameBeforeTheFramework",
+     .offer = {.process = {"CGSConfigureDisplayEnabled", "CGSGetDisplayList"},
+               .framework = allFour},
+     .configure = "process CGSConfigureDisplayEnabled",
+     .list = "process CGSGetDisplayList",
+     .openings = 0},
+    {.name = "PreferencesInTheProcessAreOpposite",
+     .offer = {.process = allFour},
+     .configure = "process CGSConfigureDisplayEnabled",
+     .list = "process SLSGetDisplayList",
+     .openings = 0},
+    {.name = "PreferencesInTheFrameworkAreOpposite",
+     .offer = {.framework = allFour},
+     .configure = "framework CGSConfigureDisplayEnabled",
+     .list = "framework SLSGetDisplayList",
+     .openings = 1},
+    {.name = "OtherNamesInTheFrameworkAreFound",
+     .offer = {.framework = Names{"SLSConfigureDisplayEnabled", "CGSGetDisplayList"}},
+     .configure = "framework SLSConfigureDisplayEnabled",
+     .list = "framework CGSGetDisplayList",
+     .openings = 1},
+    {.name = "SLSConfigureInTheProcessIsNotFound",
+     .offer = {.process = {"SLSConfigureDisplayEnabled", "SLSGetDisplayList"}},
+     .list = "process SLSGetDisplayList",
+     .openings = 1},
+    {.name = "SLSConfigureInTheProcessIsPassedOverForCGSInTheFramework",
+     .offer = {.process = {"SLSConfigureDisplayEnabled", "CGSGetDisplayList"},
+               .framework = Names{"CGSConfigureDisplayEnabled"}},
+     .configure = "framework CGSConfigureDisplayEnabled",
+     .list = "process CGSGetDisplayList",
+     .openings = 1},
+    {.name = "SLSConfigureInTheProcessIsPassedOverForSLSInTheFramework",
+     .offer = {.process = {"SLSConfigureDisplayEnabled"},
+               .framework = Names{"SLSConfigureDisplayEnabled"}},
+     .configure = "framework SLSConfigureDisplayEnabled",
+     .openings = 1},
+    {.name = "ConfigureInTheProcessLeavesTheListToTheFramework",
+     .offer = {.process = {"CGSConfigureDisplayEnabled"}, .framework = Names{"SLSGetDisplayList"}},
+     .configure = "process CGSConfigureDisplayEnabled",
+     .list = "framework SLSGetDisplayList",
+     .openings = 1},
+};
 
-    const std::int32_t status = DCTLGetDisplayList(3, displays, &count);
-    if (entryPoint.empty()) {
-        EXPECT_EQ(status, 1006);
-        EXPECT_THAT(state().calls, IsEmpty());
-        EXPECT_EQ(count, 77U);
-        EXPECT_THAT(displays, ElementsAre(1, 2, 3));
-    } else {
-        EXPECT_EQ(status, 0);
-        EXPECT_THAT(state().calls, ElementsAre(entryPoint + "(3, array, count)"));
-        EXPECT_EQ(count, 2U);
-        EXPECT_THAT(displays, ElementsAre(11, 12, 3));
-    }
+class DisplayControlSituationTest : public DisplayControlLookupTest,
+                                    public testing::WithParamInterface<Situation> {};
+
+TEST_P(DisplayControlSituationTest, Holds) {
+    inNewProcess([] {
+        const Situation& situation = GetParam();
+        const std::vector<std::string> openings(situation.openings, frameworkOpening);
+
+        // What is offered counts at the first use only.
+        for (const Offer& offer : {situation.offer, Offer{}, Offer{allFour, allFour}}) {
+            state().offer = offer;
+            expectSwitchingBy(situation.configure);
+            expectListingBy(situation.list);
+            EXPECT_EQ(state().openings, openings);
+        }
+    });
 }
 
-TEST(DisplayControlLookup, SITUATION) {
-    state().frameworkFile = FRAMEWORK_FILE;
-    EXPECT_THAT(state().openings, IsEmpty());
+INSTANTIATE_TEST_SUITE_P(Lookup, DisplayControlSituationTest, testing::ValuesIn(situations),
+                         [](const auto& each) { return each.param.name; });
 
-    expectSwitchingBy(CONFIGURE);
-    expectListingBy(LIST);
-    EXPECT_EQ(state().openings,
-              std::vector<standIns::Opening>(OPENINGS, standIns::frameworkOpening));
+TEST_F(DisplayControlLookupTest, OpensTheFrameworkOnceEvenIfItBecomesLoadableBeforeTheListIsUsed) {
+    inNewProcess([] {
+        EXPECT_FALSE(DCTLCanControlDisplays());
 
-    // The second time all is known.
-    const auto configure = resolveConfigureDisplayEnabled();
-    const auto list = resolveGetDisplayList();
-    expectSwitchingBy(CONFIGURE);
-    expectListingBy(LIST);
-    EXPECT_EQ(resolveConfigureDisplayEnabled(), configure);
-    EXPECT_EQ(resolveGetDisplayList(), list);
-    EXPECT_EQ(state().openings.size(), std::size_t{OPENINGS});
+        state().offer.framework = allFour;
+        expectSwitchingBy("");
+        expectListingBy("");
+        EXPECT_EQ(openSkyLight(), nullptr);
+        EXPECT_THAT(state().openings, ElementsAre(frameworkOpening));
+    });
 }
 
 }  // namespace

@@ -1,15 +1,14 @@
 #include "tests/display/control/StandIns.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
+#include <string_view>
 
 #include "display/control/DisplayTransaction.h"
-#include "tests/display/control/EntryPoints.h"
+#include "display/control/DynamicLoader.h"
 
-using tavrel::standIns::state;
+namespace tavrel {
 
-namespace tavrel::standIns {
+namespace standIns {
 
 State& state() {
     static State state;
@@ -19,6 +18,18 @@ State& state() {
 namespace {
 
 int transactionBegunLast;  // NOLINT(*-avoid-non-const-global-variables): only its address counts
+int framework;             // NOLINT(*-avoid-non-const-global-variables): likewise
+
+constexpr char inProcess[] = "process";
+constexpr char inFramework[] = "framework";
+constexpr char cgsConfigure[] = "CGSConfigureDisplayEnabled";
+constexpr char slsConfigure[] = "SLSConfigureDisplayEnabled";
+constexpr char slsList[] = "SLSGetDisplayList";
+constexpr char cgsList[] = "CGSGetDisplayList";
+
+void note(const std::string& call) {
+    state().calls.push_back(call);
+}
 
 std::string nameOf(const void* configuration) {
     return configuration == &transactionBegunLast ? "transaction"
@@ -26,53 +37,18 @@ std::string nameOf(const void* configuration) {
                                                   : "something else";
 }
 
-}  // namespace
-}  // namespace tavrel::standIns
-
-extern "C" {
-
-void* dlopen(const char* path, int mode) noexcept {
-    using Open = void* (*)(const char*, int);
-    static const auto realOpen = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "dlopen"));
-    if (path == nullptr || path != tavrel::standIns::frameworkOpening.path) {
-        return realOpen(path, mode);
-    }
-    state().openings.push_back({path, mode});
-    const std::string& file = state().frameworkFile;
-    return file.empty() ? nullptr : realOpen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-}
-
-std::int32_t CGBeginDisplayConfiguration(void** configuration) {
-    state().calls.push_back("begin(" + tavrel::standIns::nameOf(*configuration) + ")");
-    if (state().beginStatus == 0) {
-        *configuration = &tavrel::standIns::transactionBegunLast;
-    }
-    return state().beginStatus;
-}
-
-std::int32_t CGCancelDisplayConfiguration(void* configuration) {
-    state().calls.push_back("cancel(" + tavrel::standIns::nameOf(configuration) + ")");
-    return state().cancelStatus;
-}
-
-std::int32_t CGCompleteDisplayConfiguration(void* configuration, std::uint32_t option) {
-    state().calls.push_back("complete(" + tavrel::standIns::nameOf(configuration) + ", " +
-                            std::to_string(option) + ")");
-    return state().completeStatus;
-}
-
-std::int32_t standInConfigure(const char* name, void* configuration, std::uint32_t display,
-                              std::int32_t enabled) {
-    state().calls.push_back(name + ("(" + tavrel::standIns::nameOf(configuration)) + ", " +
-                            std::to_string(display) + ", " + std::to_string(enabled) + ")");
+template <const char* place, const char* name>
+std::int32_t configure(void* configuration, std::uint32_t display, std::int32_t enabled) {
+    note(std::string(place) + " " + name + "(" + nameOf(configuration) + ", " +
+         std::to_string(display) + ", " + std::to_string(enabled) + ")");
     return state().configureStatus;
 }
 
-std::int32_t standInGetDisplayList(const char* name, std::uint32_t maxCount,
-                                   std::uint32_t* displays, std::uint32_t* count) {
-    state().calls.push_back(name + ("(" + std::to_string(maxCount)) +
-                            (displays == nullptr ? ", null" : ", array") +
-                            (count == nullptr ? ", null)" : ", count)"));
+template <const char* place, const char* name>
+std::int32_t list(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
+    note(std::string(place) + " " + name + "(" + std::to_string(maxCount) +
+         (displays == nullptr ? ", null" : ", array") +
+         (count == nullptr ? ", null)" : ", count)"));
     if (displays != nullptr) {
         std::copy(state().displays.begin(), state().displays.end(), displays);
     }
@@ -80,5 +56,61 @@ std::int32_t standInGetDisplayList(const char* name, std::uint32_t maxCount,
         *count = static_cast<std::uint32_t>(state().displays.size());
     }
     return state().listStatus;
+}
+
+/// The entry point of this name at one place, or null when the place does not offer it.
+template <const char* place>
+void* find(const Names& offered, std::string_view symbol) {
+    if (std::find(offered.begin(), offered.end(), symbol) == offered.end()) {
+        return nullptr;
+    }
+    return symbol == cgsConfigure   ? reinterpret_cast<void*>(&configure<place, cgsConfigure>)
+           : symbol == slsConfigure ? reinterpret_cast<void*>(&configure<place, slsConfigure>)
+           : symbol == slsList      ? reinterpret_cast<void*>(&list<place, slsList>)
+           : symbol == cgsList      ? reinterpret_cast<void*>(&list<place, cgsList>)
+                                    : nullptr;
+}
+
+}  // namespace
+}  // namespace standIns
+
+void* DynamicLoader::open(const char* path, int mode) {
+    standIns::state().openings.push_back(path + (", " + std::to_string(mode)));
+    return standIns::state().offer.framework ? &standIns::framework : nullptr;
+}
+
+void* DynamicLoader::findInProcess(const char* symbol) {
+    return standIns::find<standIns::inProcess>(standIns::state().offer.process, symbol);
+}
+
+void* DynamicLoader::findInLibrary(void* library, const char* symbol) {
+    const auto& offered = standIns::state().offer.framework;
+    return library == &standIns::framework && offered
+               ? standIns::find<standIns::inFramework>(*offered, symbol)
+               : nullptr;
+}
+
+}  // namespace tavrel
+
+using namespace tavrel::standIns;
+
+extern "C" {
+
+std::int32_t CGBeginDisplayConfiguration(void** configuration) {
+    note("begin(" + nameOf(*configuration) + ")");
+    if (state().beginStatus == 0) {
+        *configuration = &transactionBegunLast;
+    }
+    return state().beginStatus;
+}
+
+std::int32_t CGCancelDisplayConfiguration(void* configuration) {
+    note("cancel(" + nameOf(configuration) + ")");
+    return state().cancelStatus;
+}
+
+std::int32_t CGCompleteDisplayConfiguration(void* configuration, std::uint32_t option) {
+    note("complete(" + nameOf(configuration) + ", " + std::to_string(option) + ")");
+    return state().completeStatus;
 }
 }

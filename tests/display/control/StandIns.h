@@ -1,25 +1,30 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
-/// A Mac's loader, transactions and entry points for a process that has none, recording
-/// how they are used. `dlopen` is the real one for all paths but the framework's.
+/// A Mac's loader, entry points and transactions, for a process that has none. They do what
+/// the state says and record how they are used.
 namespace tavrel::standIns {
 
-struct Opening {
-    std::string path;
-    int mode;
-    friend bool operator==(const Opening&, const Opening&) = default;
+using Names = std::vector<std::string>;
+
+/// Where there are which entry points.
+struct Offer {
+    Names process = {};
+    /// std::nullopt when the framework cannot be opened.
+    std::optional<Names> framework = {};
 };
 
 struct State {
-    /// The library that opening the framework gives; with an empty path it cannot be opened.
-    std::string frameworkFile;
-    std::vector<Opening> openings;
+    Offer offer;
 
-    /// Every other call, as it would be written. "transaction" is the one begun last.
+    /// The path and the mode of each opening.
+    std::vector<std::string> openings;
+    /// Every other call but the look-ups, as it would be written, that of an entry point
+    /// after the place it was found in. "transaction" is the one begun last.
     std::vector<std::string> calls;
 
     std::int32_t beginStatus = 0;
@@ -33,7 +38,5 @@ struct State {
 
 /// The process's own; outlives everything.
 State& state();
-
-const Opening frameworkOpening{"/System/Library/PrivateFrameworks/SkyLight.framework/SkyLight", 5};
 
 }  // namespace tavrel::standIns
