@@ -1,3 +1,4 @@
+// The property list of the Mac's bundle, as the build has filled it in.
 #include <gmock/gmock.h>
 
 #include <QFile>
@@ -14,39 +15,36 @@ using testing::Contains;
 using testing::Pair;
 
 /// The values of a property list's one dictionary: texts, and "true" or "false". Throws
-/// std::runtime_error for what is not one.
+/// std::runtime_error when the file is not such a list.
 std::map<std::string, std::string> readPropertyList(const QString& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw std::runtime_error("no file " + path.toStdString());
-    }
     QXmlStreamReader xml(&file);
-    const auto expect = [&](bool holds) {
-        if (!holds) {
-            throw std::runtime_error("no property list: line " + std::to_string(xml.lineNumber()) +
-                                     " " + xml.errorString().toStdString());
+    const auto require = [&](bool holds) {
+        if (!holds || xml.hasError()) {
+            throw std::runtime_error(path.toStdString() + ", line " +
+                                     std::to_string(xml.lineNumber()) + ": no property list");
         }
     };
-    expect(xml.readNextStartElement() && xml.name() == u"plist");
-    expect(xml.attributes().value(QStringLiteral("version")) == u"1.0");
-    expect(xml.readNextStartElement() && xml.name() == u"dict");
+    require(file.open(QIODevice::ReadOnly));
+    require(xml.readNextStartElement() && xml.name() == u"plist");
+    require(xml.attributes().value(QStringLiteral("version")) == u"1.0");
+    require(xml.readNextStartElement() && xml.name() == u"dict");
+
     std::map<std::string, std::string> values;
     while (xml.readNextStartElement()) {
-        expect(xml.name() == u"key");
+        require(xml.name() == u"key");
         const std::string key = xml.readElementText().toStdString();
-        expect(xml.readNextStartElement());
-        const QString kind = xml.name().toString();
-        const QString text = xml.readElementText();
-        expect(kind == u"string" || kind == u"true" || kind == u"false");
-        const bool isNew =
-            values.emplace(key, (kind == u"string" ? text : kind).toStdString()).second;
-        expect(isNew);
+        require(xml.readNextStartElement());
+        const std::string kind = xml.name().toString().toStdString();
+        const std::string text = xml.readElementText().toStdString();
+        require(kind == "string" || kind == "true" || kind == "false");
+        require(values.emplace(key, kind == "string" ? text : kind).second);
     }
-    expect(!xml.readNextStartElement());
+    require(!xml.readNextStartElement());
     while (!xml.atEnd()) {
         xml.readNext();
     }
-    expect(!xml.hasError());
+    require(!xml.hasError());
     return values;
 }
 
@@ -55,33 +53,33 @@ protected:
     const std::map<std::string, std::string> values = readPropertyList(PROPERTY_LIST);
 };
 
-TEST_F(PropertyListTest, identifiesTheApplicationWhosePreferencesHoldTheRegistry) {
+TEST_F(PropertyListTest, IdentifiesTheApplicationWhosePreferencesHoldTheRegistry) {
     EXPECT_THAT(values, Contains(Pair("CFBundleIdentifier", "local.display-control")));
 }
 
-TEST_F(PropertyListTest, agreesWithTheProjectOnTheVersion) {
+TEST_F(PropertyListTest, AgreesWithTheProjectOnTheVersion) {
     EXPECT_THAT(values, Contains(Pair("CFBundleShortVersionString", PROJECT_VERSION)));
     EXPECT_THAT(values, Contains(Pair("CFBundleVersion", PROJECT_VERSION)));
 }
 
-TEST_F(PropertyListTest, agreesWithTheBuildOnTheOldestSystem) {
+TEST_F(PropertyListTest, AgreesWithTheBuildOnTheOldestSystem) {
     EXPECT_STREQ(DEPLOYMENT_TARGET, "13.3");
     EXPECT_THAT(values, Contains(Pair("LSMinimumSystemVersion", DEPLOYMENT_TARGET)));
 }
 
-TEST_F(PropertyListTest, namesTheProgramAndTheIconAsTheBundleHasThem) {
+TEST_F(PropertyListTest, NamesTheProgramAndTheIconAsTheBundleHasThem) {
     EXPECT_THAT(values, Contains(Pair("CFBundleExecutable", "Tavrel")));
     EXPECT_THAT(values, Contains(Pair("CFBundleName", "Tavrel")));
     EXPECT_THAT(values, Contains(Pair("CFBundleIconFile", "Tavrel.icns")));
     EXPECT_THAT(values, Contains(Pair("CFBundlePackageType", "APPL")));
 }
 
-TEST_F(PropertyListTest, saysThatTheApplicationDrawsInHighResolution) {
+TEST_F(PropertyListTest, SaysThatTheApplicationDrawsInHighResolution) {
     EXPECT_THAT(values, Contains(Pair("NSHighResolutionCapable", "true")));
     EXPECT_THAT(values, Contains(Pair("NSPrincipalClass", "NSApplication")));
 }
 
-TEST_F(PropertyListTest, hasNoPlaceholderLeft) {
+TEST_F(PropertyListTest, HasNoPlaceholderLeft) {
     for (const auto& [key, value] : values) {
         EXPECT_FALSE(value.empty()) << key;
         EXPECT_EQ(value.find_first_of("@$"), std::string::npos) << key << ": " << value;
