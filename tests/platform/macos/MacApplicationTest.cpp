@@ -7,6 +7,7 @@
 #include "platform/ReconfigurationReports.h"
 #include "registry/DisplayRegistry.h"
 #include "tests/platform/macos/MacStage.h"
+#include "tests/platform/macos/simulated/Preferences.h"
 #include "tests/scenario/Scenario.h"
 #include "tests/scenario/Steps.h"
 #include "tests/support/WaitUntil.h"

@@ -6,11 +6,13 @@
 #include <vector>
 
 #include "tests/platform/macos/simulated/Calls.h"
+#include "tests/platform/macos/simulated/CoreFoundation.h"
 #include "tests/platform/macos/simulated/Desk.h"
 
 namespace tavrel {
 
-/// A new simulated Mac with a panel and two monitors, all on.
+/// A new simulated Mac with a panel and two monitors, all on. At the end nobody may be left
+/// owning a Core Foundation object.
 class MacFixture : public testing::Test {
 protected:
     static constexpr DisplayID panel = 1;
@@ -25,6 +27,8 @@ protected:
         connect(mac, {.id = other});
         simulatedMac::takeCalls();
     }
+
+    ~MacFixture() override { EXPECT_EQ(simulatedMac::livingObjects(), 0U); }
 
     void refuse(simulatedMac::Refusal which, std::int32_t status) {
         mac.with([&](simulatedMac::State& state) { state.refusals.*which = status; });

@@ -14,6 +14,8 @@ using simulatedMac::Refusals;
 using simulatedMac::registeredHotKeys;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
 
 constexpr HotKeyRegistration chord{
     .keyCode = 13, .modifiers = 0x1900, .signature = 0x4443544C, .id = 1, .options = 0};
@@ -25,97 +27,98 @@ protected:
         EXPECT_EQ(registeredHotKeys(), 0U);
     }
 
+    static auto press() { return pressHotKey(chord.keyCode, chord.modifiers); }
+
     MacHotKeys hotKeys;
     int presses = 0;
     const Task count = [this] { ++presses; };
+
+    SimulatedPlatform system;
+    AppDelegate delegate{system.platform(), hotKeys};
 };
 
-TEST_F(MacHotKeysTest, theDelegateInstallsAndRegistersAndReleasesInReverse) {
-    SimulatedPlatform system;
-    AppDelegate delegate(system.platform(), hotKeys);
+TEST_F(MacHotKeysTest, AreInstalledAndRegisteredByTheDelegateAndReleasedInReverse) {
     delegate.applicationDidFinishLaunching();
     EXPECT_THAT(takeCalls(),
                 ElementsAre("InstallEventHandler(application, {0x6B657962, 5}, no user data)",
                             "RegisterEventHotKey(13, 0x1900, {0x4443544C, 1}, application, 0)"));
+
     delegate.applicationWillTerminate();
     EXPECT_THAT(takeCalls(), ElementsAre("UnregisterEventHotKey", "RemoveEventHandler"));
 }
 
-TEST_F(MacHotKeysTest, everyNumberOfARegistrationIsPassedOn) {
+TEST_F(MacHotKeysTest, PassOnEveryNumberOfARegistration) {
     const auto hotKey = hotKeys.registerHotKey(
         {.keyCode = 49, .modifiers = 0x100, .signature = 0x74657374, .id = 7, .options = 1});
+
     EXPECT_THAT(takeCalls(),
                 ElementsAre("RegisterEventHotKey(49, 0x100, {0x74657374, 7}, application, 1)"));
 }
 
-TEST_F(MacHotKeysTest, eachPressRunsTheTaskOnceAndIsReportedAsHandled) {
+TEST_F(MacHotKeysTest, RunTheTaskOnceForEachPressOfTheirChordAndReportItAsHandled) {
     const auto handler = hotKeys.installEventHandler(count);
     const auto hotKey = hotKeys.registerHotKey(chord);
-    EXPECT_TRUE(pressHotKey(13, 0x1900));
+
+    EXPECT_THAT(press(), Optional(ElementsAre(0)));
     EXPECT_EQ(presses, 1);
-    EXPECT_EQ(simulatedMac::lastHandlerStatus(), 0);
-    EXPECT_TRUE(pressHotKey(13, 0x1900));
+    press();
+    EXPECT_EQ(presses, 2);
+
+    EXPECT_EQ(pressHotKey(chord.keyCode, 0x100), std::nullopt);
+    EXPECT_EQ(pressHotKey(12, chord.modifiers), std::nullopt);
     EXPECT_EQ(presses, 2);
 }
 
-TEST_F(MacHotKeysTest, anotherChordDoesNothing) {
-    const auto handler = hotKeys.installEventHandler(count);
-    const auto hotKey = hotKeys.registerHotKey(chord);
-    EXPECT_FALSE(pressHotKey(13, 0x100));
-    EXPECT_FALSE(pressHotKey(12, 0x1900));
-    EXPECT_EQ(presses, 0);
-}
-
-TEST_F(MacHotKeysTest, aReleasedHotKeyOrHandlerDoesNothing) {
+TEST_F(MacHotKeysTest, DoNothingOnceTheHotKeyOrTheHandlerIsReleased) {
     auto handler = hotKeys.installEventHandler(count);
     auto hotKey = hotKeys.registerHotKey(chord);
+
     hotKey.reset();
-    EXPECT_FALSE(pressHotKey(13, 0x1900));
+    EXPECT_EQ(press(), std::nullopt);
+
     hotKey = hotKeys.registerHotKey(chord);
     handler.reset();
-    EXPECT_TRUE(pressHotKey(13, 0x1900));
+    EXPECT_THAT(press(), Optional(IsEmpty()));
     EXPECT_EQ(presses, 0);
 }
 
-TEST_F(MacHotKeysTest, aHandlerCanBeInstalledAgainAfterItsRelease) {
-    hotKeys.installEventHandler([] { FAIL() << "released before the press"; });
-    const auto handler = hotKeys.installEventHandler(count);
+TEST_F(MacHotKeysTest, TakeOneHandlerAtATimeAndAnotherAfterItsRelease) {
+    auto first = hotKeys.installEventHandler([] { FAIL() << "released before the press"; });
+    EXPECT_EQ(hotKeys.installEventHandler(count), nullptr);
+    EXPECT_EQ(installedEventHandlers(), 1U);
+
+    first.reset();
+    const auto second = hotKeys.installEventHandler(count);
     const auto hotKey = hotKeys.registerHotKey(chord);
-    pressHotKey(13, 0x1900);
+    press();
     EXPECT_EQ(presses, 1);
 }
 
-TEST_F(MacHotKeysTest, aSecondHandlerIsRefusedWhileThereIsOne) {
-    const auto handler = hotKeys.installEventHandler(count);
-    EXPECT_EQ(hotKeys.installEventHandler([] {}), nullptr);
-    EXPECT_EQ(installedEventHandlers(), 1U);
-}
-
-TEST_F(MacHotKeysTest, aHandlerMayReleaseItself) {
+TEST_F(MacHotKeysTest, LetAHandlerReleaseItself) {
     std::unique_ptr<HotKeys::Handle> handler;
     handler = hotKeys.installEventHandler([&] {
         handler.reset();
         ++presses;
     });
     const auto hotKey = hotKeys.registerHotKey(chord);
-    pressHotKey(13, 0x1900);
-    pressHotKey(13, 0x1900);
+
+    press();
+    press();
     EXPECT_EQ(presses, 1);
 }
 
-TEST_F(MacHotKeysTest, aRefusedHandlerIsNone) {
+TEST_F(MacHotKeysTest, GiveNoHandleForAHandlerThatTheSystemRefuses) {
     refuse(&Refusals::installEventHandler, -9860);
     EXPECT_EQ(hotKeys.installEventHandler(count), nullptr);
+
     refuse(&Refusals::installEventHandler, 0);
     EXPECT_NE(hotKeys.installEventHandler(count), nullptr);
 }
 
-TEST_F(MacHotKeysTest, aChordThatIsTakenIsDoneWithoutSilently) {
+TEST_F(MacHotKeysTest, GiveNoHandleForAChordThatIsTakenAndTheDelegateDoesWithoutIt) {
     refuse(&Refusals::registerHotKey, -9878);
     EXPECT_EQ(hotKeys.registerHotKey(chord), nullptr);
 
-    SimulatedPlatform system;
-    AppDelegate delegate(system.platform(), hotKeys);
     delegate.applicationDidFinishLaunching();
     takeCalls();
     delegate.applicationWillTerminate();

@@ -6,7 +6,7 @@
 
 #include "platform/macos/MacWindowServer.h"
 #include "tests/platform/macos/MacFixture.h"
-#include "tests/platform/macos/simulated/Reports.h"
+#include "tests/platform/macos/simulated/CoreGraphics.h"
 
 namespace tavrel {
 namespace {

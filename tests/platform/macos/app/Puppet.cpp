@@ -15,7 +15,7 @@
 #include <string>
 
 #include "tests/platform/macos/simulated/Carbon.h"
-#include "tests/platform/macos/simulated/Reports.h"
+#include "tests/platform/macos/simulated/CoreGraphics.h"
 
 namespace tavrel::puppet {
 
@@ -98,7 +98,7 @@ Json carryOut(const Json& order) {
         return click(order.at("x"), order.at("y"));
     }
     if (what == "press hot key") {
-        return simulatedMac::pressHotKey(order.at("key"), order.at("modifiers"));
+        return simulatedMac::pressHotKey(order.at("key"), order.at("modifiers")).has_value();
     }
     if (what == "close window") {
         QWidget* shown = window();

@@ -37,10 +37,9 @@ constexpr OSStatus illegalArgument = -50;
 struct Manager {
     std::list<SimulatedEventHandler> handlers;
     std::list<SimulatedHotKey> hotKeys;
-    OSStatus lastStatus = -1;
 };
 
-/// Without a lock: the real one is for the main thread only.
+/// Has no lock, as the real one is for the main thread only.
 Manager& manager() {
     static const std::thread::id mainThread = std::this_thread::get_id();
     static Manager manager;
@@ -68,20 +67,22 @@ bool remove(std::list<Item>& items, const Item* item) {
 
 }  // namespace
 
-bool pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+std::optional<std::vector<std::int32_t>> pressHotKey(std::uint32_t keyCode,
+                                                     std::uint32_t modifiers) {
     const auto& keys = manager().hotKeys;
     if (std::none_of(keys.begin(), keys.end(), [&](const SimulatedHotKey& each) {
             return each.keyCode == keyCode && each.modifiers == modifiers;
         })) {
-        return false;
+        return std::nullopt;
     }
-    const std::list<SimulatedEventHandler> handlers = manager().handlers;
-    for (const SimulatedEventHandler& each : handlers) {
+    std::vector<std::int32_t> statuses;
+    // A copy, since a handler may remove itself.
+    for (const SimulatedEventHandler& each : std::list(manager().handlers)) {
         SimulatedEvent event;
         SimulatedEventHandlerCall call;
-        manager().lastStatus = each.handler(&call, &event, each.userData);
+        statuses.push_back(each.handler(&call, &event, each.userData));
     }
-    return true;
+    return statuses;
 }
 
 std::size_t installedEventHandlers() {
@@ -90,10 +91,6 @@ std::size_t installedEventHandlers() {
 
 std::size_t registeredHotKeys() {
     return manager().hotKeys.size();
-}
-
-std::int32_t lastHandlerStatus() {
-    return manager().lastStatus;
 }
 
 }  // namespace tavrel::simulatedMac

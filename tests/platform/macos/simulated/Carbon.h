@@ -2,17 +2,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace tavrel::simulatedMac {
 
-/// Somebody presses this chord: every handler for hot keys runs if it is registered.
-/// Returns whether it is. Main thread only.
-bool pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+/// Somebody presses this chord: if it is registered, every handler for hot keys runs. Returns
+/// the handlers' statuses; std::nullopt when the chord is not registered. Main thread only.
+std::optional<std::vector<std::int32_t>> pressHotKey(std::uint32_t keyCode,
+                                                     std::uint32_t modifiers);
 
 std::size_t installedEventHandlers();
 std::size_t registeredHotKeys();
-
-/// The status of the last handler that ran.
-std::int32_t lastHandlerStatus();
 
 }  // namespace tavrel::simulatedMac

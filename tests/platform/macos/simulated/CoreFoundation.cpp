@@ -1,11 +1,11 @@
 #include "tests/platform/macos/simulated/CoreFoundation.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <string_view>
 #include <utility>
 
 namespace tavrel::simulatedMac {
@@ -14,7 +14,7 @@ namespace {
 
 struct Objects {
     std::mutex mutex;
-    std::map<CFTypeRef, std::unique_ptr<Object>> living;
+    std::map<CFTypeRef, std::unique_ptr<const Object>> living;
     bool refuses = false;
 };
 
@@ -23,41 +23,21 @@ Objects& objects() {
     return objects;
 }
 
-Object& living(CFTypeRef reference) {
+auto findLiving(CFTypeRef reference) {
     const auto found = objects().living.find(reference);
     if (found == objects().living.end()) {
-        std::fputs("what is no object, or none any more, is used as one\n", stderr);
+        std::fputs("an object is used that was never made or has been released\n", stderr);
         std::abort();
     }
-    return *found->second;
+    return found;
 }
 
-/// How many bytes follow the first one of a character; −1 for one that cannot be first.
-int following(unsigned char first) {
-    return first < 0x80   ? 0
-           : first < 0xC2 ? -1
-           : first < 0xE0 ? 1
-           : first < 0xF0 ? 2
-           : first < 0xF5 ? 3
-                          : -1;
-}
-
-/// Near enough: overlong forms of three and four bytes pass.
-bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const int rest = following(static_cast<unsigned char>(text.front()));
-        text.remove_prefix(1);
-        for (int i = 0; i < rest; ++i) {
-            if (text.empty() || (static_cast<unsigned char>(text.front()) & 0xC0U) != 0x80U) {
-                return false;
-            }
-            text.remove_prefix(1);
-        }
-        if (rest < 0) {
-            return false;
-        }
-    }
-    return true;
+/// Looks only for the bytes that no such text has.
+bool isUtf8(const std::string& text) {
+    return std::none_of(text.begin(), text.end(), [](char each) {
+        const auto byte = static_cast<unsigned char>(each);
+        return byte == 0xC0 || byte == 0xC1 || byte >= 0xF5;
+    });
 }
 
 std::string stringOf(const UInt8* bytes, CFIndex length) {
@@ -67,11 +47,11 @@ std::string stringOf(const UInt8* bytes, CFIndex length) {
 }  // namespace
 
 CFTypeRef makeObject(CFTypeID type, std::string bytes) {
-    auto object = std::make_unique<Object>(Object{type, std::move(bytes)});
     const std::lock_guard lock(objects().mutex);
     if (objects().refuses) {
         return nullptr;
     }
+    auto object = std::make_unique<const Object>(Object{type, std::move(bytes)});
     const CFTypeRef reference = object.get();
     objects().living.emplace(reference, std::move(object));
     return reference;
@@ -79,7 +59,7 @@ CFTypeRef makeObject(CFTypeID type, std::string bytes) {
 
 const Object& objectOf(CFTypeRef reference) {
     const std::lock_guard lock(objects().mutex);
-    return living(reference);
+    return *findLiving(reference)->second;
 }
 
 std::size_t livingObjects() {
@@ -94,20 +74,15 @@ void refuseNewObjects(bool refused) {
 
 }  // namespace tavrel::simulatedMac
 
-using tavrel::simulatedMac::makeObject;
-using tavrel::simulatedMac::Object;
-using tavrel::simulatedMac::objectOf;
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 void CFRelease(CFTypeRef object) {
-    auto& objects = tavrel::simulatedMac::objects();
-    const std::lock_guard lock(objects.mutex);
-    if (--tavrel::simulatedMac::living(object).references == 0) {
-        objects.living.erase(object);
-    }
+    const std::lock_guard lock(objects().mutex);
+    objects().living.erase(findLiving(object));
 }
 
 CFTypeID CFGetTypeID(CFTypeRef object) {
@@ -119,8 +94,7 @@ CFTypeID CFDataGetTypeID() {
 }
 
 CFDataRef CFDataCreate(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex length) {
-    return static_cast<CFDataRef>(
-        makeObject(Object::dataType, tavrel::simulatedMac::stringOf(bytes, length)));
+    return static_cast<CFDataRef>(makeObject(Object::dataType, stringOf(bytes, length)));
 }
 
 CFIndex CFDataGetLength(CFDataRef data) {
@@ -134,9 +108,8 @@ const UInt8* CFDataGetBytePtr(CFDataRef data) {
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef /*allocator*/, const UInt8* bytes,
                                     CFIndex length, CFStringEncoding encoding,
                                     Boolean isExternalRepresentation) {
-    std::string text = tavrel::simulatedMac::stringOf(bytes, length);
-    if (encoding != kCFStringEncodingUTF8 || isExternalRepresentation != 0 ||
-        !tavrel::simulatedMac::isUtf8(text)) {
+    std::string text = stringOf(bytes, length);
+    if (encoding != kCFStringEncodingUTF8 || isExternalRepresentation != 0 || !isUtf8(text)) {
         return nullptr;
     }
     return static_cast<CFStringRef>(makeObject(Object::stringType, std::move(text)));

@@ -7,7 +7,8 @@
 
 namespace tavrel::simulatedMac {
 
-/// A Core Foundation object: some bytes and their kind, shared in by counting.
+/// A Core Foundation object: some bytes and their kind. It has one owner, as nobody here
+/// shares it.
 struct Object {
     static constexpr CFTypeID stringType = 7;
     static constexpr CFTypeID dataType = 20;
@@ -15,17 +16,16 @@ struct Object {
 
     CFTypeID type;
     std::string bytes;
-    int references = 1;
 };
 
-/// A new object, to be released by who gets it.
+/// A new object, to be released by whoever gets it.
 CFTypeRef makeObject(CFTypeID type, std::string bytes);
 const Object& objectOf(CFTypeRef reference);
 
-/// How many have been made and not been released to the last.
+/// How many have been made and not released.
 std::size_t livingObjects();
 
-/// While refused, nothing new is made of bytes.
+/// While `refused`, no new object can be made.
 void refuseNewObjects(bool refused);
 
 }  // namespace tavrel::simulatedMac

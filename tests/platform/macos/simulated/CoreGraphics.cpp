@@ -1,15 +1,20 @@
+// What the window server answers about its displays, and its reports of what changes.
+#include "tests/platform/macos/simulated/CoreGraphics.h"
+
 #include <CoreGraphics/CoreGraphics.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <mutex>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "tests/platform/macos/simulated/Calls.h"
 #include "tests/platform/macos/simulated/Desk.h"
 
-namespace {
+namespace tavrel::simulatedMac {
 
-using namespace tavrel::simulatedMac;
+namespace {
 
 constexpr std::uint32_t unknown = 0xFFFFFFFF;
 
@@ -24,12 +29,63 @@ std::uint32_t ask(CGDirectDisplayID id, const Answer& answer) {
     });
 }
 
-template <typename Answer>
-boolean_t askWhether(CGDirectDisplayID id, const Answer& answer) {
-    return static_cast<boolean_t>(ask(id, answer));
+boolean_t askWhether(CGDirectDisplayID id, bool Display::*holds) {
+    return static_cast<boolean_t>(ask(id, [&](const Display& each) { return each.*holds; }));
+}
+
+std::uint32_t askNumber(CGDirectDisplayID id, std::uint32_t Display::*number) {
+    return ask(id, [&](const Display& each) { return each.*number; });
+}
+
+using Callback = std::pair<CGDisplayReconfigurationCallBack, void*>;
+
+struct Callbacks {
+    std::mutex mutex;
+    std::vector<Callback> all;
+    /// How many of all reports this process has been given.
+    std::uint64_t delivered = 0;
+};
+
+Callbacks& callbacks() {
+    static Callbacks callbacks;
+    return callbacks;
 }
 
 }  // namespace
+
+void report(const std::vector<Report>& reports) {
+    // A copy: nothing is promised to one who removes a callback while it is being called.
+    std::vector<Callback> all;
+    {
+        const std::lock_guard lock(callbacks().mutex);
+        all = callbacks().all;
+    }
+    for (const Report& each : reports) {
+        for (const auto& [callback, userInfo] : all) {
+            callback(each.display, each.flags, userInfo);
+        }
+    }
+}
+
+void deliverReportsOfOthers() {
+    report(SharedState::ofThisProcess().with([](State& state) {
+        const std::uint64_t size = state.reports.size();
+        const std::uint64_t oldest = state.reportCount > size ? state.reportCount - size : 0;
+        std::vector<Report> fresh;
+        std::uint64_t& next = callbacks().delivered;
+        for (next = std::max(next, oldest); next < state.reportCount; ++next) {
+            const Report& each = state.reports.at(next % size);
+            if (each.madeBy != getpid()) {
+                fresh.push_back(each);
+            }
+        }
+        return fresh;
+    }));
+}
+
+}  // namespace tavrel::simulatedMac
+
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 
@@ -59,26 +115,49 @@ CGError CGGetOnlineDisplayList(std::uint32_t maxDisplays, CGDirectDisplayID* dis
 }
 
 boolean_t CGDisplayIsBuiltin(CGDirectDisplayID display) {
-    return askWhether(display, [](const Display& each) { return each.builtIn; });
+    return askWhether(display, &Display::builtIn);
 }
 
 boolean_t CGDisplayIsOnline(CGDirectDisplayID display) {
-    return askWhether(display, [](const Display& each) { return each.enabled; });
+    return askWhether(display, &Display::enabled);
 }
 
 boolean_t CGDisplayIsActive(CGDirectDisplayID display) {
-    return askWhether(display, [](const Display& each) { return each.enabled; });
+    return askWhether(display, &Display::enabled);
 }
 
 std::uint32_t CGDisplayVendorNumber(CGDirectDisplayID display) {
-    return ask(display, [](const Display& each) { return each.vendor; });
+    return askNumber(display, &Display::vendor);
 }
 
 std::uint32_t CGDisplayModelNumber(CGDirectDisplayID display) {
-    return ask(display, [](const Display& each) { return each.model; });
+    return askNumber(display, &Display::model);
 }
 
 std::uint32_t CGDisplaySerialNumber(CGDirectDisplayID display) {
-    return ask(display, [](const Display& each) { return each.serial; });
+    return askNumber(display, &Display::serial);
+}
+
+CGError CGDisplayRegisterReconfigurationCallback(CGDisplayReconfigurationCallBack callback,
+                                                 void* userInfo) {
+    note("CGDisplayRegisterReconfigurationCallback");
+    return SharedState::ofThisProcess().with([&](State& state) {
+        if (state.refusals.registerCallback == 0) {
+            const std::lock_guard lock(callbacks().mutex);
+            if (callbacks().all.empty()) {
+                callbacks().delivered = state.reportCount;
+            }
+            callbacks().all.emplace_back(callback, userInfo);
+        }
+        return static_cast<CGError>(state.refusals.registerCallback);
+    });
+}
+
+CGError CGDisplayRemoveReconfigurationCallback(CGDisplayReconfigurationCallBack callback,
+                                               void* userInfo) {
+    note("CGDisplayRemoveReconfigurationCallback");
+    const std::lock_guard lock(callbacks().mutex);
+    return std::erase(callbacks().all, Callback(callback, userInfo)) > 0 ? kCGErrorSuccess
+                                                                         : kCGErrorIllegalArgument;
 }
 }

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <string>
-#include <string_view>
+#include <sys/types.h>
+
 #include <vector>
 
 #include "tests/platform/macos/simulated/SharedState.h"
 
-/// What a person at a simulated Mac, or a program that is not simulated, does and sees.
+/// What a person at a simulated Mac, or a program that is not simulated, does with its
+/// displays and sees of them.
 namespace tavrel::simulatedMac {
 
 /// As new: nothing connected, nothing remembered, nothing refused.
@@ -22,13 +23,7 @@ void switchElsewhere(SharedState& mac, const std::vector<DisplayID>& displays, b
 std::vector<Display> displays(SharedState& mac);
 bool isOn(SharedState& mac, DisplayID display);
 
-/// Puts a value of any kind under `key`.
-void plantPreference(SharedState& mac, std::string_view key, Preference::Kind kind,
-                     std::string_view bytes);
-/// The bytes of data under `key` that other processes see; empty if there are none.
-std::string preferenceData(SharedState& mac, std::string_view key);
-
-// ---- Within `SharedState::with`.
+// ---- To be called within `SharedState::with`.
 
 struct Change {
     DisplayID display;
@@ -37,14 +32,11 @@ struct Change {
 
 /// Null for a display that was never connected.
 Display* find(State& state, DisplayID display);
-void add(State& state, const Report& report);
-/// The reports of the beginning, or of the end, of changes that will make a difference.
-std::vector<Report> beginReports(State& state, const std::vector<Change>& changes);
-std::vector<Report> endReports(State& state, const std::vector<Change>& changes);
-void applyChanges(State& state, const std::vector<Change>& changes);
-/// Null when there is none under `key`.
-Preference* findPreference(State& state, std::string_view key);
-void setPreference(State& state, std::string_view key, Preference::Kind kind,
-                   std::string_view bytes);
+
+/// The first and the second half of a change of the layout by the process `madeBy` (0 for one
+/// that is not simulated). Each adds its reports to the state and returns them. What makes no
+/// difference is not reported.
+std::vector<Report> begin(State& state, const std::vector<Change>& changes, pid_t madeBy);
+std::vector<Report> complete(State& state, const std::vector<Change>& changes, pid_t madeBy);
 
 }  // namespace tavrel::simulatedMac

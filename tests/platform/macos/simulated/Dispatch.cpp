@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -12,107 +13,76 @@
 
 #include "tests/platform/macos/simulated/Calls.h"
 
-struct SimulatedDispatchQueue {};
+/// Runs each piece of work on a thread of its own.
+struct SimulatedDispatchQueue {
+    std::mutex mutex;
+    bool holds = false;
+    std::vector<std::function<void()>> held;
+    std::vector<std::thread> threads;
+
+    ~SimulatedDispatchQueue() { tavrel::simulatedMac::joinWork(); }
+};
 
 namespace tavrel::simulatedMac {
 
 namespace {
 
-struct Work {
-    dispatch_function_t function;
-    void* context;
-};
-
-/// A thread for each piece of work.
-class Queue {
-public:
-    ~Queue() { join(); }
-
-    void add(const Work& work) {
-        const std::lock_guard lock(mutex_);
-        if (holds_) {
-            held_.push_back(work);
-        } else {
-            start(work);
-        }
-    }
-
-    void hold(bool holds) {
-        const std::lock_guard lock(mutex_);
-        holds_ = holds;
-        if (!holds) {
-            for (const Work& work : std::exchange(held_, {})) {
-                start(work);
-            }
-        }
-    }
-
-    std::size_t held() {
-        const std::lock_guard lock(mutex_);
-        return held_.size();
-    }
-
-    void join() {
-        std::vector<std::thread> threads;
-        {
-            const std::lock_guard lock(mutex_);
-            threads.swap(threads_);
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-    }
-
-private:
-    void start(const Work& work) {
-        threads_.emplace_back([work] { work.function(work.context); });
-    }
-
-    std::mutex mutex_;
-    std::vector<Work> held_;
-    std::vector<std::thread> threads_;
-    bool holds_ = false;
-};
-
-Queue& userInitiated() {
-    static Queue queue;
+SimulatedDispatchQueue& userInitiated() {
+    static SimulatedDispatchQueue queue;
     return queue;
 }
 
 }  // namespace
 
 void holdWork() {
-    userInitiated().hold(true);
+    const std::lock_guard lock(userInitiated().mutex);
+    userInitiated().holds = true;
 }
 
-void letWorkGoOn() {
-    userInitiated().hold(false);
+void resumeWork() {
+    const std::lock_guard lock(userInitiated().mutex);
+    userInitiated().holds = false;
+    for (auto& work : std::exchange(userInitiated().held, {})) {
+        userInitiated().threads.emplace_back(std::move(work));
+    }
 }
 
 std::size_t heldWork() {
-    return userInitiated().held();
+    const std::lock_guard lock(userInitiated().mutex);
+    return userInitiated().held.size();
 }
 
 void joinWork() {
-    userInitiated().join();
+    std::unique_lock lock(userInitiated().mutex);
+    auto threads = std::exchange(userInitiated().threads, {});
+    lock.unlock();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
 }
 
 }  // namespace tavrel::simulatedMac
 
+using namespace tavrel::simulatedMac;
+
 extern "C" {
 
 dispatch_queue_t dispatch_get_global_queue(std::intptr_t identifier, std::uintptr_t flags) {
-    tavrel::simulatedMac::note("dispatch_get_global_queue(" + std::to_string(identifier) + ", " +
-                               std::to_string(flags) + ")");
-    static SimulatedDispatchQueue queue;
-    return identifier == QOS_CLASS_USER_INITIATED && flags == 0 ? &queue : nullptr;
+    note("dispatch_get_global_queue(" + std::to_string(identifier) + ", " + std::to_string(flags) +
+         ")");
+    return identifier == QOS_CLASS_USER_INITIATED && flags == 0 ? &userInitiated() : nullptr;
 }
 
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
-    if (queue != dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0)) {
-        std::fputs("work for a queue that there is not\n", stderr);
+    if (queue != &userInitiated()) {
+        std::fputs("work for a queue that does not exist\n", stderr);
         std::abort();
     }
-    tavrel::simulatedMac::userInitiated().add({work, context});
+    const std::lock_guard lock(queue->mutex);
+    if (queue->holds) {
+        queue->held.emplace_back([work, context] { work(context); });
+    } else {
+        queue->threads.emplace_back(work, context);
+    }
 }
 }

@@ -4,14 +4,14 @@
 
 namespace tavrel::simulatedMac {
 
-/// From now on the system starts no work until it is let go on.
+/// From now on the system starts none of the work it is given, until `resumeWork`.
 void holdWork();
-void letWorkGoOn();
+void resumeWork();
 
-/// How many calls the system has been asked for and has not made.
+/// How much work the system has been given and has not started.
 std::size_t heldWork();
 
-/// Returns when all that was started has ended.
+/// Returns when all work that was started has ended.
 void joinWork();
 
 }  // namespace tavrel::simulatedMac

@@ -1,5 +1,5 @@
-// An Objective-C runtime with one class. Without its headers, since they declare the sending
-// of messages as no function can be written that receives all of them.
+// An Objective-C runtime with one class. Without its headers, since no function that receives
+// every kind of message can be written as they declare it.
 #include "tests/platform/macos/simulated/ObjectiveC.h"
 
 #include <cstddef>
@@ -63,12 +63,13 @@ void* tell(Activity& activity, void* token, std::string_view selector) {
 
 }  // namespace
 
-const std::vector<Activity>& activities() {
-    return runtime().activities;
+void resetActivities() {
+    runtime().activities.clear();
+    runtime().hasProcessInfo = true;
 }
 
-void forgetActivities() {
-    runtime().activities.clear();
+const std::vector<Activity>& activities() {
+    return runtime().activities;
 }
 
 void drainAutoreleasePool() {
@@ -77,8 +78,8 @@ void drainAutoreleasePool() {
     }
 }
 
-void setHasProcessInfo(bool has) {
-    runtime().hasProcessInfo = has;
+void removeProcessInfo() {
+    runtime().hasProcessInfo = false;
 }
 
 }  // namespace tavrel::simulatedMac
@@ -96,7 +97,7 @@ const void* sel_registerName(const char* name) {
     return runtime().selectors.emplace(name).first->c_str();
 }
 
-/// Takes as many arguments as the longest message has. Those that a message has not are
+/// Takes as many arguments as the longest message has. For a shorter message the others are
 /// whatever is in their registers, and are not looked at.
 RECEIVES_ALL_MESSAGES void* objc_msgSend(void* receiver, const void* selector, std::uint64_t first,
                                          const void* second) {

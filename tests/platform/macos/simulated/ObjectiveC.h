@@ -11,18 +11,20 @@ struct Activity {
     std::uint64_t options = 0;
     std::string reason;
     bool hasEnded = false;
-    /// How many share in its token. 0 is none: it has gone.
+    /// How many own its token; 0 when it has gone.
     int references = 0;
 };
 
-/// All that were begun, oldest first. Main thread only, like all that is here.
-const std::vector<Activity>& activities();
-void forgetActivities();
+/// As new: no activity has been begun. Main thread only, like all that is here.
+void resetActivities();
 
-/// What the main loop does between events: lets go of what was handed out on loan.
+/// All that were begun, oldest first.
+const std::vector<Activity>& activities();
+
+/// What the main loop does between events: releases what was returned without an owner.
 void drainAutoreleasePool();
 
-/// Whether the class NSProcessInfo is there.
-void setHasProcessInfo(bool has);
+/// Until the next reset there is no class NSProcessInfo.
+void removeProcessInfo();
 
 }  // namespace tavrel::simulatedMac

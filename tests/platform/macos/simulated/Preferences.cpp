@@ -1,12 +1,15 @@
+#include "tests/platform/macos/simulated/Preferences.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 #include "tests/platform/macos/simulated/Calls.h"
 #include "tests/platform/macos/simulated/CoreFoundation.h"
-#include "tests/platform/macos/simulated/Desk.h"
 
 namespace tavrel::simulatedMac {
 
@@ -39,24 +42,69 @@ CFTypeID typeOf(Preference::Kind kind) {
                                               : Object::numberType;
 }
 
+/// Null when there is none under `key`.
+Preference* find(State& state, std::string_view key) {
+    auto* const found = std::find_if(
+        state.preferences.begin(), state.preferences.end(), [&](const Preference& each) {
+            return each.kind != Preference::Kind::none && key == each.key.data();
+        });
+    return found == state.preferences.end() ? nullptr : found;
+}
+
+Preference& findOrAdd(State& state, std::string_view key) {
+    if (Preference* found = find(state, key)) {
+        return *found;
+    }
+    for (Preference& each : state.preferences) {
+        if (each.kind == Preference::Kind::none && key.size() < each.key.size()) {
+            each.key = {};
+            std::copy(key.begin(), key.end(), each.key.begin());
+            return each;
+        }
+    }
+    throw std::length_error("a simulated Mac's preferences are full");
+}
+
+void set(State& state, std::string_view key, Preference::Kind kind, std::string_view bytes) {
+    Preference& preference = findOrAdd(state, key);
+    if (bytes.size() > preference.bytes.size()) {
+        throw std::length_error("a value is too long for a simulated Mac's preferences");
+    }
+    preference.kind = kind;
+    preference.size = static_cast<std::uint32_t>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), preference.bytes.begin());
+}
+
+std::string bytesOf(const Preference& preference) {
+    return {preference.bytes.data(), preference.size};
+}
+
 }  // namespace
+
+void plantPreference(SharedState& mac, std::string_view key, Preference::Kind kind,
+                     std::string_view bytes) {
+    mac.with([&](State& state) { set(state, key, kind, bytes); });
+}
+
+std::string preferenceData(SharedState& mac, std::string_view key) {
+    return mac.with([&](State& state) {
+        const Preference* found = find(state, key);
+        return found != nullptr && found->kind == Preference::Kind::data ? bytesOf(*found)
+                                                                         : std::string();
+    });
+}
+
 }  // namespace tavrel::simulatedMac
 
-using tavrel::simulatedMac::makeObject;
-using tavrel::simulatedMac::note;
-using tavrel::simulatedMac::Object;
-using tavrel::simulatedMac::objectOf;
-using tavrel::simulatedMac::SharedState;
-using tavrel::simulatedMac::State;
-using tavrel::simulatedMac::unwritten;
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 
 const CFStringRef kCFPreferencesCurrentApplication =
-    reinterpret_cast<CFStringRef>(&tavrel::simulatedMac::thisApplication);
+    reinterpret_cast<CFStringRef>(&thisApplication);
 
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef application) {
-    tavrel::simulatedMac::checkApplication(application);
+    checkApplication(application);
     const std::string& name = objectOf(key).bytes;
     {
         const std::lock_guard lock(unwritten().mutex);
@@ -66,19 +114,17 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
         }
     }
     return SharedState::ofThisProcess().with([&](State& state) -> CFPropertyListRef {
-        const auto* stored = findPreference(state, name);
-        return stored == nullptr ? nullptr
-                                 : makeObject(tavrel::simulatedMac::typeOf(stored->kind),
-                                              std::string(stored->bytes.data(), stored->size));
+        const Preference* found = find(state, name);
+        return found == nullptr ? nullptr : makeObject(typeOf(found->kind), bytesOf(*found));
     });
 }
 
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef application) {
-    tavrel::simulatedMac::checkApplication(application);
+    checkApplication(application);
     const std::string& name = objectOf(key).bytes;
     note("CFPreferencesSetAppValue(" + name + ")");
     if (objectOf(value).type != Object::dataType) {
-        std::fputs("a preference that is no data\n", stderr);
+        std::fputs("a preference that is not data\n", stderr);
         std::abort();
     }
     const std::lock_guard lock(unwritten().mutex);
@@ -86,7 +132,7 @@ void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFString
 }
 
 Boolean CFPreferencesAppSynchronize(CFStringRef application) {
-    tavrel::simulatedMac::checkApplication(application);
+    checkApplication(application);
     note("CFPreferencesAppSynchronize");
     const std::lock_guard lock(unwritten().mutex);
     return SharedState::ofThisProcess().with([&](State& state) -> Boolean {
@@ -94,7 +140,7 @@ Boolean CFPreferencesAppSynchronize(CFStringRef application) {
             return 0;
         }
         for (const auto& [key, bytes] : std::exchange(unwritten().values, {})) {
-            setPreference(state, key, tavrel::simulatedMac::Preference::Kind::data, bytes);
+            set(state, key, Preference::Kind::data, bytes);
         }
         return 1;
     });

@@ -1,30 +1,34 @@
+// The window server's transactions, the private entry points, and the loader by which those
+// are found, which stands in for the real one.
 #include "tests/platform/macos/simulated/Transactions.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 
+#include "display/control/DynamicLoader.h"
 #include "tests/platform/macos/simulated/Calls.h"
+#include "tests/platform/macos/simulated/CoreGraphics.h"
 #include "tests/platform/macos/simulated/Desk.h"
-#include "tests/platform/macos/simulated/Reports.h"
 
 struct SimulatedTransaction {
     std::vector<tavrel::simulatedMac::Change> changes;
 };
 
-namespace tavrel::simulatedMac {
+namespace tavrel {
+
+namespace simulatedMac {
 
 namespace {
 
 struct Transactions {
     std::mutex mutex;
-    std::map<CGDisplayConfigRef, std::unique_ptr<SimulatedTransaction>> open;
+    std::map<void*, std::unique_ptr<SimulatedTransaction>> open;
 };
 
 Transactions& transactions() {
@@ -37,23 +41,6 @@ std::unique_ptr<SimulatedTransaction> close(CGDisplayConfigRef configuration) {
     const std::lock_guard lock(transactions().mutex);
     auto node = transactions().open.extract(configuration);
     return node.empty() ? nullptr : std::move(node.mapped());
-}
-
-void carryOut(const std::vector<Change>& changes) {
-    const auto post = [](State& state, std::vector<Report> reports) {
-        for (Report& each : reports) {
-            each.madeBy = getpid();
-            add(state, each);
-        }
-        return reports;
-    };
-    SharedState& mac = SharedState::ofThisProcess();
-    report(mac.with([&](State& state) { return post(state, beginReports(state, changes)); }));
-    report(mac.with([&](State& state) {
-        const std::vector<Report> reports = endReports(state, changes);
-        applyChanges(state, changes);
-        return post(state, reports);
-    }));
 }
 
 std::int32_t configure(const char* name, void* configuration, std::uint32_t display,
@@ -70,7 +57,7 @@ std::int32_t configure(const char* name, void* configuration, std::uint32_t disp
         return kCGErrorIllegalArgument;
     }
     const std::lock_guard lock(transactions().mutex);
-    const auto open = transactions().open.find(static_cast<CGDisplayConfigRef>(configuration));
+    const auto open = transactions().open.find(configuration);
     if (open == transactions().open.end()) {
         return kCGErrorInvalidContext;
     }
@@ -99,18 +86,49 @@ std::int32_t list(const char* name, std::uint32_t maxCount, std::uint32_t* displ
     });
 }
 
-std::int32_t cgsConfigure(void* configuration, std::uint32_t display, std::int32_t enabled) {
-    return configure("CGSConfigureDisplayEnabled", configuration, display, enabled);
+constexpr char cgsConfigure[] = "CGSConfigureDisplayEnabled";
+constexpr char slsConfigure[] = "SLSConfigureDisplayEnabled";
+constexpr char slsList[] = "SLSGetDisplayList";
+constexpr char cgsList[] = "CGSGetDisplayList";
+
+template <const char* name>
+std::int32_t configureAs(void* configuration, std::uint32_t display, std::int32_t enabled) {
+    return configure(name, configuration, display, enabled);
 }
-std::int32_t slsConfigure(void* configuration, std::uint32_t display, std::int32_t enabled) {
-    return configure("SLSConfigureDisplayEnabled", configuration, display, enabled);
+
+template <const char* name>
+std::int32_t listAs(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
+    return list(name, maxCount, displays, count);
 }
-std::int32_t slsList(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
-    return list("SLSGetDisplayList", maxCount, displays, count);
+
+/// The entry point of this name if it is one of those `offered`; else null.
+void* findEntryPoint(std::uint32_t offered, std::string_view name) {
+    struct Entry {
+        const char* name;
+        std::uint32_t bit;
+        void* address;
+    };
+    const Entry entries[] = {
+        {cgsConfigure, entryPoint::cgsConfigure,
+         reinterpret_cast<void*>(&configureAs<cgsConfigure>)},
+        {slsConfigure, entryPoint::slsConfigure,
+         reinterpret_cast<void*>(&configureAs<slsConfigure>)},
+        {slsList, entryPoint::slsList, reinterpret_cast<void*>(&listAs<slsList>)},
+        {cgsList, entryPoint::cgsList, reinterpret_cast<void*>(&listAs<cgsList>)},
+    };
+    for (const Entry& each : entries) {
+        if (each.name == name && (offered & each.bit) != 0) {
+            return each.address;
+        }
+    }
+    return nullptr;
 }
-std::int32_t cgsList(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
-    return list("CGSGetDisplayList", maxCount, displays, count);
+
+EntryPoints entryPoints() {
+    return SharedState::ofThisProcess().with([](State& state) { return state.entryPoints; });
 }
+
+char framework;  // NOLINT(*-avoid-non-const-global-variables): only its address counts
 
 }  // namespace
 
@@ -119,32 +137,30 @@ std::size_t openTransactions() {
     return transactions().open.size();
 }
 
-void* privateEntryPoint(const char* name, unsigned offered) {
-    struct Entry {
-        std::string_view name;
-        unsigned bit;
-        void* address;
-    };
-    const Entry entries[] = {
-        {"CGSConfigureDisplayEnabled", entryPoint::cgsConfigure,
-         reinterpret_cast<void*>(&cgsConfigure)},
-        {"SLSConfigureDisplayEnabled", entryPoint::slsConfigure,
-         reinterpret_cast<void*>(&slsConfigure)},
-        {"SLSGetDisplayList", entryPoint::slsList, reinterpret_cast<void*>(&slsList)},
-        {"CGSGetDisplayList", entryPoint::cgsList, reinterpret_cast<void*>(&cgsList)},
-    };
-    const auto* const found = std::find_if(
-        std::begin(entries), std::end(entries),
-        [&](const Entry& each) { return each.name == name && (offered & each.bit) != 0; });
-    return found == std::end(entries) ? nullptr : found->address;
+}  // namespace simulatedMac
+
+void* DynamicLoader::open(const char* path, int mode) {
+    simulatedMac::note(std::string("dlopen(") + path + ", " + std::to_string(mode) + ")");
+    return simulatedMac::entryPoints().hasFramework ? &simulatedMac::framework : nullptr;
 }
 
-}  // namespace tavrel::simulatedMac
+void* DynamicLoader::findInProcess(const char* symbol) {
+    return simulatedMac::findEntryPoint(simulatedMac::entryPoints().inProcess, symbol);
+}
+
+void* DynamicLoader::findInLibrary(void* library, const char* symbol) {
+    return library == &simulatedMac::framework
+               ? simulatedMac::findEntryPoint(simulatedMac::entryPoints().inFramework, symbol)
+               : nullptr;
+}
+
+}  // namespace tavrel
+
+using namespace tavrel::simulatedMac;
 
 extern "C" {
 
 CGError CGBeginDisplayConfiguration(CGDisplayConfigRef* configuration) {
-    using namespace tavrel::simulatedMac;
     note("CGBeginDisplayConfiguration");
     if (const std::int32_t status = refusal(&Refusals::begin)) {
         return static_cast<CGError>(status);
@@ -157,7 +173,6 @@ CGError CGBeginDisplayConfiguration(CGDisplayConfigRef* configuration) {
 }
 
 CGError CGCancelDisplayConfiguration(CGDisplayConfigRef configuration) {
-    using namespace tavrel::simulatedMac;
     note("CGCancelDisplayConfiguration");
     if (close(configuration) == nullptr) {
         return kCGErrorInvalidContext;
@@ -166,7 +181,6 @@ CGError CGCancelDisplayConfiguration(CGDisplayConfigRef configuration) {
 }
 
 CGError CGCompleteDisplayConfiguration(CGDisplayConfigRef configuration, CGConfigureOption option) {
-    using namespace tavrel::simulatedMac;
     note("CGCompleteDisplayConfiguration(" + std::to_string(option) + ")");
     const auto transaction = close(configuration);
     if (transaction == nullptr) {
@@ -175,7 +189,9 @@ CGError CGCompleteDisplayConfiguration(CGDisplayConfigRef configuration, CGConfi
     if (const std::int32_t status = refusal(&Refusals::complete)) {
         return static_cast<CGError>(status);
     }
-    carryOut(transaction->changes);
+    SharedState& mac = SharedState::ofThisProcess();
+    report(mac.with([&](State& each) { return begin(each, transaction->changes, getpid()); }));
+    report(mac.with([&](State& each) { return complete(each, transaction->changes, getpid()); }));
     return kCGErrorSuccess;
 }
 }
