@@ -8,6 +8,7 @@ namespace {
 
 using simulatedMac::plantPreference;
 using simulatedMac::preferenceData;
+using simulatedMac::Refusals;
 using simulatedMac::refuseNewObjects;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
@@ -55,13 +56,13 @@ TEST_F(MacUserDefaultsTest, TakesAValueOfAnotherKindForNoneAndReplacesIt) {
 
 TEST_F(MacUserDefaultsTest, ReadsAValueThatCannotBeWrittenToTheDiskYet) {
     plantPreference(mac, "Key", Kind::data, "old");
-    mac.with([](simulatedMac::State& state) { state.refusals.synchronize = true; });
+    refuse(&Refusals::synchronize, 1);
 
     EXPECT_TRUE(defaults.setData("Key", "value"));
     EXPECT_EQ(defaults.data("Key"), "value");
     EXPECT_EQ(preferenceData(mac, "Key"), "old");
 
-    mac.with([](simulatedMac::State& state) { state.refusals.synchronize = false; });
+    refuse(&Refusals::synchronize, 0);
     EXPECT_TRUE(defaults.setData("Key", "value"));
     EXPECT_EQ(preferenceData(mac, "Key"), "value");
 }

@@ -1,6 +1,6 @@
-// Hands and eyes inside the application under test: what a person does to its window and
-// what it tells assistive technology, asked for line by line on descriptor 3. The window
-// may be on no screen at all.
+// Linked into the application under test: does to its window what a person would, and tells
+// what the window tells assistive technology. Each line that comes on descriptor 3 is a
+// command in JSON and is answered with one. The window need not be on a screen.
 #include <sys/socket.h>
 
 #include <QAccessible>
@@ -17,7 +17,7 @@
 #include "tests/platform/macos/simulated/Carbon.h"
 #include "tests/platform/macos/simulated/CoreGraphics.h"
 
-namespace tavrel::puppet {
+namespace tavrel::remoteControl {
 
 namespace {
 
@@ -89,16 +89,16 @@ bool click(int x, int y) {
     return true;
 }
 
-Json carryOut(const Json& order) {
-    const std::string what = order.at("do");
+Json execute(const Json& command) {
+    const std::string what = command.at("do");
     if (what == "look") {
         return elements();
     }
     if (what == "click") {
-        return click(order.at("x"), order.at("y"));
+        return click(command.at("x"), command.at("y"));
     }
     if (what == "press hot key") {
-        return simulatedMac::pressHotKey(order.at("key"), order.at("modifiers")).has_value();
+        return simulatedMac::pressHotKey(command.at("key"), command.at("modifiers")).has_value();
     }
     if (what == "close window") {
         QWidget* shown = window();
@@ -111,50 +111,46 @@ Json carryOut(const Json& order) {
     throw std::invalid_argument(what);
 }
 
-class Puppet {
+class RemoteControl {
 public:
-    Puppet() : orders_(descriptor, QSocketNotifier::Read) {
-        QObject::connect(&orders_, &QSocketNotifier::activated, [this] { obey(); });
-        // The part of the main run loop that the toolkit has no knowledge of here.
+    RemoteControl() : commands_(descriptor, QSocketNotifier::Read) {
+        QObject::connect(&commands_, &QSocketNotifier::activated, [this] { read(); });
+        // A Mac's main run loop would do this by itself.
         QObject::connect(&reports_, &QTimer::timeout,
                          [] { simulatedMac::deliverReportsOfOthers(); });
         reports_.start(5);
     }
 
 private:
-    void obey() {
+    void read() {
         char bytes[1024];
         const ssize_t size = recv(descriptor, bytes, sizeof bytes, 0);
         if (size <= 0) {
-            orders_.setEnabled(false);
+            commands_.setEnabled(false);
             return;
         }
-        read_.append(bytes, static_cast<std::size_t>(size));
-        for (std::size_t end = 0; (end = read_.find('\n')) != std::string::npos;) {
-            const Json order = Json::parse(read_.substr(0, end));
-            read_.erase(0, end + 1);
-            const std::string answer = carryOut(order).dump() + "\n";
+        received_.append(bytes, static_cast<std::size_t>(size));
+        for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
+            const Json command = Json::parse(received_.substr(0, end));
+            received_.erase(0, end + 1);
+            const std::string answer = execute(command).dump() + "\n";
             send(descriptor, answer.data(), answer.size(), MSG_NOSIGNAL);
         }
     }
 
-    QSocketNotifier orders_;
+    QSocketNotifier commands_;
     QTimer reports_;
-    std::string read_;
+    std::string received_;
 };
 
-/// Ends before the application object does.
-std::unique_ptr<Puppet>& puppet() {
-    static std::unique_ptr<Puppet> puppet;
-    return puppet;
-}
-
 void start() {
-    puppet() = std::make_unique<Puppet>();
-    qAddPostRoutine([] { puppet().reset(); });
+    static std::unique_ptr<RemoteControl> remoteControl;
+    remoteControl = std::make_unique<RemoteControl>();
+    // Its timer must not outlive the application object.
+    qAddPostRoutine([] { remoteControl.reset(); });
 }
 
 Q_COREAPP_STARTUP_FUNCTION(start)
 
 }  // namespace
-}  // namespace tavrel::puppet
+}  // namespace tavrel::remoteControl

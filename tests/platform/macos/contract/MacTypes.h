@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// The Mac's basic types, as far as its interfaces that are declared beside this use them.
+// Declares those of the Mac's basic types that the other headers here use.
 
 using UInt8 = std::uint8_t;
 using UInt32 = std::uint32_t;

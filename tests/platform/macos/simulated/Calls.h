@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-/// The calls that this process makes to the simulated system, written as in its source.
-/// Questions about one display, and the handling of strings and data, are left out.
+/// The calls that this process makes to the simulated system, as text. Questions about one
+/// display, and the handling of strings and data, are left out.
 namespace tavrel::simulatedMac {
 
 struct Calls {
@@ -25,7 +25,7 @@ inline void note(std::string call) {
     Calls::ofThisProcess().noted.push_back(std::move(call));
 }
 
-/// All that were made since this was last asked.
+/// The calls since it was last asked.
 inline std::vector<std::string> takeCalls() {
     const std::lock_guard lock(Calls::ofThisProcess().mutex);
     return std::exchange(Calls::ofThisProcess().noted, {});

@@ -136,7 +136,7 @@ Boolean CFPreferencesAppSynchronize(CFStringRef application) {
     note("CFPreferencesAppSynchronize");
     const std::lock_guard lock(unwritten().mutex);
     return SharedState::ofThisProcess().with([&](State& state) -> Boolean {
-        if (state.refusals.synchronize) {
+        if (state.refusals.synchronize != 0) {
             return 0;
         }
         for (const auto& [key, bytes] : std::exchange(unwritten().values, {})) {

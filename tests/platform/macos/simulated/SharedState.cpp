@@ -27,7 +27,7 @@ void* map(std::size_t size, int file) {
     return memory;
 }
 
-/// Whoever dies while holding it leaves it to the next.
+/// It stays usable when the process that holds it is killed.
 void initialize(pthread_mutex_t& mutex) {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
@@ -56,7 +56,7 @@ SharedState::SharedState(const std::filesystem::path& path) {
     if (isNew) {
         initialize(block_->mutex);
     }
-    // Closing is not enough: the mapping, too, keeps the file open.
+    // Closing does not release the lock, since the mapping keeps the file open too.
     flock(file.number(), LOCK_UN);
 }
 

@@ -7,24 +7,24 @@
 
 namespace tavrel::simulatedMac {
 
-/// The state of one simulated Mac. Thread-safe, also against other processes and against
-/// their being killed.
+/// The state of one simulated Mac. Thread-safe, also between processes, even when one of them
+/// is killed.
 class SharedState {
 public:
-    /// The environment variable that tells a process which file its Mac is in.
+    /// The environment variable that names the file of a process's Mac.
     static constexpr const char* variable = "TAVREL_TEST_MAC";
 
-    /// A Mac that all processes share that open the same file; the first makes it. Without
-    /// a path, one of this process alone. Throws std::runtime_error.
+    /// Opens the Mac that is shared by all processes that open this file; the first creates
+    /// it. Without a path, makes one for this process alone. Throws std::runtime_error.
     explicit SharedState(const std::filesystem::path& path = {});
     ~SharedState();
     SharedState(const SharedState&) = delete;
     SharedState& operator=(const SharedState&) = delete;
 
-    /// The Mac this process runs on.
+    /// The Mac that this process runs on.
     static SharedState& ofThisProcess();
 
-    /// Runs `use` while nobody else uses the state. Gives what that returns.
+    /// Calls `use` with the state while nobody else uses it, and returns its result.
     template <typename Use>
     auto with(const Use& use) {
         const Lock lock(*this);
@@ -51,7 +51,7 @@ private:
     Block* block_;
 };
 
-/// What this process is to be answered now; 0 where it is not to be refused.
+/// The status that such a call must return now; 0 when it is not refused.
 std::int32_t refusal(Refusal which);
 
 }  // namespace tavrel::simulatedMac

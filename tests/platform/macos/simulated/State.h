@@ -11,17 +11,17 @@
 
 /// A Mac's system services in memory, as far as the application uses them.
 ///
-/// What is the whole machine's, and not one process's, is plain data, so that it can lie in
-/// memory that several processes share.
+/// What belongs to the whole machine, and not to one process, is plain data, so that several
+/// processes can share it.
 namespace tavrel::simulatedMac {
 
 struct Display {
-    /// What becomes of a display that is switched off. Never is it in the public list.
+    /// What happens to a display that is switched off. It is never in the public list.
     enum class WhenOff : std::uint8_t {
         /// The private list still has it, and questions about it are answered.
         staysInPrivateList,
-        /// It is in no list, and the answer to every question is −1. It can be switched on
-        /// all the same.
+        /// It is in no list, and the answer to every question is −1. It can still be
+        /// switched on.
         vanishes,
     };
 
@@ -35,7 +35,7 @@ struct Display {
     std::uint32_t serial = 3;
 };
 
-/// What the services answer, from now on, instead of doing their work; 0 is to do it.
+/// The statuses that the services return instead of doing their work; with 0 they do it.
 struct Refusals {
     std::int32_t begin = 0;
     std::int32_t configure = 0;
@@ -50,11 +50,11 @@ struct Refusals {
     std::int32_t registerHotKey = 0;
     /// How many more entries a list claims to have written than it has; fewer if negative.
     std::int32_t claimed = 0;
-    /// Preferences are kept, but not written to the disk.
-    bool synchronize = false;
+    /// While it is refused, preferences are kept but not written to the disk.
+    std::int32_t synchronize = 0;
 };
 
-/// Which kind of call a refusal is about.
+/// The kind of call that a refusal is about.
 using Refusal = std::int32_t Refusals::*;
 
 /// The private entry points, as bits of a set.
@@ -65,7 +65,7 @@ inline constexpr std::uint32_t slsList = 4;
 inline constexpr std::uint32_t cgsList = 8;
 }  // namespace entryPoint
 
-/// Which there are, and where.
+/// Which private entry points there are, and where.
 struct EntryPoints {
     std::uint32_t inProcess = entryPoint::cgsConfigure | entryPoint::cgsList;
     bool hasFramework = true;
@@ -75,8 +75,8 @@ struct EntryPoints {
 struct Report {
     DisplayID display = 0;
     std::uint32_t flags = 0;
-    /// The process that made the change, and has heard of it already; 0 for none of those
-    /// that are simulated.
+    /// The process that made the change, and was told of it then; 0 for a program that is
+    /// not simulated.
     pid_t madeBy = 0;
 };
 
@@ -96,7 +96,7 @@ struct State {
     bool switchesComeAndGo = false;
     Refusals refusals{};
     EntryPoints entryPoints{};
-    /// All reports ever made are numbered; the newest are here, each at its number modulo
+    /// All reports ever made are numbered. The newest are here, each at its number modulo
     /// the size.
     std::array<Report, 1024> reports{};
     std::uint64_t reportCount = 0;

@@ -2,7 +2,7 @@
 
 #include <MacTypes.h>
 
-// Of the Mac's Carbon event manager what is called here, and no more.
+// Declares the part of the Mac's Carbon event manager that we call.
 
 using EventRef = struct SimulatedEvent*;
 using EventTargetRef = struct SimulatedEventTarget*;

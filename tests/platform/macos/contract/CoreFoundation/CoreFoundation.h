@@ -2,7 +2,7 @@
 
 #include <MacTypes.h>
 
-// Of the Mac's Core Foundation what is called here, and no more.
+// Declares the part of the Mac's Core Foundation that we call.
 
 using CFTypeRef = const void*;
 using CFPropertyListRef = CFTypeRef;

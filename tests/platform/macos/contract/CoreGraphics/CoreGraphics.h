@@ -2,7 +2,7 @@
 
 #include <MacTypes.h>
 
-// Of the Mac's Core Graphics what is called here, and no more.
+// Declares the part of the Mac's Core Graphics that we call.
 
 using CGDirectDisplayID = std::uint32_t;
 using CGDisplayChangeSummaryFlags = std::uint32_t;
@@ -14,16 +14,8 @@ using CGConfigureOption = std::uint32_t;
 
 enum CGError : std::int32_t {
     kCGErrorSuccess = 0,
-    kCGErrorFailure = 1000,
     kCGErrorIllegalArgument = 1001,
-    kCGErrorInvalidConnection = 1002,
     kCGErrorInvalidContext = 1003,
-    kCGErrorCannotComplete = 1004,
-    kCGErrorNotImplemented = 1006,
-    kCGErrorRangeCheck = 1007,
-    kCGErrorTypeCheck = 1008,
-    kCGErrorInvalidOperation = 1010,
-    kCGErrorNoneAvailable = 1011,
 };
 
 extern "C" {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// Of the Mac's dispatch library what is called here, and no more.
+// Declares the part of the Mac's dispatch library that we call.
 
 using dispatch_queue_t = struct SimulatedDispatchQueue*;
 using dispatch_function_t = void (*)(void* context);

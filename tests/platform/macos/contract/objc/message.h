@@ -4,7 +4,7 @@
 
 extern "C" {
 
-/// To be called only as what the method that is meant is: with its receiver, its selector
-/// and its arguments, for its result.
+/// Must be cast, before it is called, to the type of the method that is meant: its result,
+/// its receiver, its selector and its arguments.
 void objc_msgSend(void);
 }

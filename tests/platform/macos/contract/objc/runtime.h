@@ -1,6 +1,6 @@
 #pragma once
 
-// Of the Mac's Objective-C runtime what is called here, and no more.
+// Declares the part of the Mac's Objective-C runtime that we call.
 
 using Class = struct SimulatedClass*;
 using id = struct SimulatedObject*;
