@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* frameworkPath =
     "/System/Library/PrivateFrameworks/SkyLight.framework/SkyLight";
-/// Lazy binding and local symbols, in the Mac's numbers: no other system has the file.
+/// Lazy binding and local symbols, in the Mac's numbers, since only a Mac has the file.
 constexpr int lazyAndLocal = 5;
 constexpr std::uint32_t permanently = 2;
 
@@ -38,7 +38,7 @@ DCTLConfigureDisplayEnabled resolveConfigureDisplayEnabled() {
     static DCTLConfigureDisplayEnabled function = nullptr;
     if (!attemptedResolution) {
         attemptedResolution = true;
-        // The newer SLS name counts in the framework only, unlike for the list.
+        // Unlike for the list, the newer SLS name counts in the framework only.
         void* symbol = tavrel::DynamicLoader::findInProcess("CGSConfigureDisplayEnabled");
         if (symbol == nullptr) {
             symbol = findInFramework("CGSConfigureDisplayEnabled", "SLSConfigureDisplayEnabled");

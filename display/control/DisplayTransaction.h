@@ -3,19 +3,19 @@
 #include <cstdint>
 
 /// The Mac's public display-configuration transactions, declared with plain types of the
-/// same size. Where the system has none they are null and must not be called.
+/// same size. On a system without them the functions are null and must not be called.
 ///
-/// `configuration` is the server's handle of one transaction. All return 0 or the window
-/// server's status.
+/// `configuration` is the window server's handle of one transaction. All functions return 0
+/// or the window server's status.
 extern "C" {
 
-/// Begins a transaction and sets `*configuration`; after a failure nothing has begun.
+/// Begins a transaction and sets `*configuration`. After a failure none has begun.
 [[gnu::weak]] std::int32_t CGBeginDisplayConfiguration(void** configuration);
 
-/// Drops a transaction with all that was asked for in it.
+/// Drops a transaction with all the changes in it.
 [[gnu::weak]] std::int32_t CGCancelDisplayConfiguration(void* configuration);
 
-/// Carries a transaction out. `option` says how long it shall last: 0 while the
+/// Makes the changes of a transaction. `option` says how long they last: 0 while the
 /// application runs, 1 for the login session, 2 permanently.
 [[gnu::weak]] std::int32_t CGCompleteDisplayConfiguration(void* configuration,
                                                           std::uint32_t option);
