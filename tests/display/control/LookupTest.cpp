@@ -1,13 +1,10 @@
 // Which entry points are found where. What has been looked up is kept for the life of a
-// process, so each test runs this executable again and looks in a process of its own.
+// process, so each test looks in a new one.
 #include <gmock/gmock.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
 
 #include "display/control/DisplayControl.h"
 #include "tests/display/control/StandIns.h"
+#include "tests/support/NewProcess.h"
 
 namespace tavrel {
 namespace {
@@ -15,6 +12,7 @@ namespace {
 using standIns::Names;
 using standIns::Offer;
 using standIns::state;
+using support::inNewProcess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -25,24 +23,6 @@ const Names allFour{"CGSConfigureDisplayEnabled", "SLSConfigureDisplayEnabled", 
 
 class DisplayControlLookupTest : public testing::Test {
 protected:
-    /// Runs the current test again, in a new process, and `look` there.
-    static void inNewProcess(const std::function<void()>& look) {
-        constexpr const char* variable = "TAVREL_TEST_LOOKUP";
-        // Not what a process returns in which the test was not even found.
-        constexpr int succeeded = 42;
-        if (std::getenv(variable) != nullptr) {
-            look();
-            std::exit(HasFailure() ? EXIT_FAILURE : succeeded);
-        }
-
-        const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
-        const std::string program = std::filesystem::read_symlink("/proc/self/exe");
-        const std::string command = variable + ("=1 '" + program) +
-                                    "' --gtest_brief=1 --gtest_filter=" + test.test_suite_name() +
-                                    "." + test.name();
-        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), succeeded);
-    }
-
     /// `entryPoint` is a place and a name; none when empty.
     static void expectSwitchingBy(const std::string& entryPoint) {
         const bool isThere = !entryPoint.empty();
