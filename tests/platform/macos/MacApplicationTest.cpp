@@ -1,8 +1,6 @@
-// What is special about the application on a Mac: parts of its surroundings that fail, and
-// a life without a window.
+// What is special about the application on a Mac: services that refuse, and a life without a
+// window.
 #include <gtest/gtest.h>
-
-#include <csignal>
 
 #include "platform/ReconfigurationReports.h"
 #include "registry/DisplayRegistry.h"
@@ -10,25 +8,40 @@
 #include "tests/platform/macos/simulated/Preferences.h"
 #include "tests/scenario/Scenario.h"
 #include "tests/scenario/Steps.h"
-#include "tests/support/WaitUntil.h"
 
 namespace tavrel {
 namespace {
 
 using scenario::first;
 using scenario::MacStage;
+using scenario::otherProgramSwitchesOff;
 using scenario::second;
+using scenario::serverIsAsAtFirst;
 using scenario::third;
+using scenario::userFlips;
+using scenario::windowSays;
+using scenario::windowShowsOff;
+using scenario::windowShowsOn;
+using simulatedMac::Refusals;
 using simulatedMac::State;
 
-std::optional<std::string> happens(MacStage& stage, std::vector<scenario::Step> steps) {
-    return play({"Test", stage.serverAtFirst().size(), std::move(steps)}, stage);
-}
+class MacApplicationTest : public testing::Test {
+protected:
+    void expectStory(std::vector<scenario::Step> steps) {
+        EXPECT_EQ(play({"Test", stage.serverAtFirst().size(), std::move(steps)}, stage),
+                  std::nullopt);
+    }
 
-TEST(MacApplication, hasItsGuardMakeEachChange) {
-    MacStage stage(2);
-    EXPECT_EQ(happens(stage, {scenario::userFlips(first), scenario::serverHasOff({first})}),
-              std::nullopt);
+    void refuse(simulatedMac::Refusal which, std::int32_t status) {
+        stage.mac().with([&](State& state) { state.refusals.*which = status; });
+    }
+
+    MacStage stage{3};
+};
+
+TEST_F(MacApplicationTest, MakesEachChangeInItsHelperProcess) {
+    expectStory({userFlips(first), scenario::serverHasOff({first})});
+
     const simulatedMac::Report last =
         stage.mac().with([](State& state) { return state.reports.at(state.reportCount - 1); });
     EXPECT_EQ(last.flags, displayChange::disabled);
@@ -36,88 +49,77 @@ TEST(MacApplication, hasItsGuardMakeEachChange) {
     EXPECT_NE(last.madeBy, stage.application().pid()) << "by the application itself";
 }
 
-TEST(MacApplication, remembersDisplaysInThePreferences) {
-    MacStage stage(2);
-    EXPECT_EQ(happens(stage, {scenario::windowSays("Both displays are ready")}), std::nullopt);
+TEST_F(MacApplicationTest, RemembersDisplaysInThePreferences) {
+    expectStory({windowSays("Found 3 displays")});
+
     const std::string stored =
         simulatedMac::preferenceData(stage.mac(), DisplayRegistry::storageKey);
-    EXPECT_NE(stored.find("\"id\":2"), std::string::npos) << stored;
-    EXPECT_NE(stored.find("\"id\":3"), std::string::npos) << stored;
+    for (const char* each : {"\"id\":2", "\"id\":3", "\"id\":4"}) {
+        EXPECT_NE(stored.find(each), std::string::npos) << stored;
+    }
 }
 
-TEST(MacApplication, recoversAlsoWhereASwitchIsReportedAsARemoval) {
-    MacStage stage(3);
+TEST_F(MacApplicationTest, RecoversWhereASwitchIsReportedAsARemoval) {
     stage.mac().with([](State& state) { state.switchesComeAndGo = true; });
-    EXPECT_EQ(happens(stage, {scenario::windowSays("Found 3 displays"),
-                              scenario::otherProgramSwitchesOff({first, second, third}),
-                              scenario::serverIsAsAtFirst(), scenario::windowShowsOn(first)}),
-              std::nullopt);
+
+    expectStory({windowSays("Found 3 displays"), otherProgramSwitchesOff({first, second, third}),
+                 serverIsAsAtFirst(), windowShowsOn(first)});
 }
 
-TEST(MacApplication, showsTheStatusOfASwitchThatTheServerRefuses) {
-    MacStage stage(2);
-    stage.mac().with([](State& state) { state.refusals.complete = 1004; });
-    EXPECT_EQ(
-        happens(stage, {scenario::userFlips(first),
-                        scenario::windowSays(
-                            "macOS couldn’t change the desktop display layout (error 1004)")}),
-        std::nullopt);
-    EXPECT_EQ(happens(stage, {scenario::windowShowsOn(first), scenario::serverIsAsAtFirst()}),
-              std::nullopt);
+TEST_F(MacApplicationTest, ShowsTheStatusOfASwitchThatTheServerRefuses) {
+    refuse(&Refusals::complete, 1004);
+
+    expectStory({userFlips(first),
+                 windowSays("macOS couldn’t change the desktop display layout (error 1004)"),
+                 windowShowsOn(first), serverIsAsAtFirst()});
 }
 
-TEST(MacApplication, runsWithoutAHotKeyWhenTheChordIsTaken) {
-    MacStage stage(2);
+TEST_F(MacApplicationTest, RunsWithoutAHotKeyWhenTheChordIsTaken) {
     stage.quitApplication();
-    stage.mac().with([](State& state) { state.refusals.registerHotKey = -9878; });
+    refuse(&Refusals::registerHotKey, -9878);
     stage.startApplication();
+
     EXPECT_THROW(stage.pressHotKey(), std::runtime_error);
-    EXPECT_EQ(happens(stage, {scenario::userFlips(first), scenario::windowShowsOff(first),
-                              scenario::userPressesWake(), scenario::serverIsAsAtFirst()}),
-              std::nullopt);
+    expectStory({userFlips(first), windowShowsOff(first), scenario::userPressesWake(),
+                 serverIsAsAtFirst()});
 }
 
-TEST(MacApplication, recoversByItsTimerWithoutReports) {
-    MacStage stage(2);
+TEST_F(MacApplicationTest, RecoversByItsTimerWithoutReports) {
     stage.quitApplication();
-    stage.mac().with([](State& state) { state.refusals.registerCallback = 1000; });
+    refuse(&Refusals::registerCallback, 1000);
     stage.startApplication();
-    EXPECT_EQ(happens(stage, {scenario::windowSays("Both displays are ready"),
-                              scenario::otherProgramSwitchesOff({first, second}),
-                              scenario::serverIsAsAtFirst()}),
-              std::nullopt);
+
+    expectStory({windowSays("Found 3 displays"), otherProgramSwitchesOff({first, second, third}),
+                 serverIsAsAtFirst()});
 }
 
-TEST(MacApplication, goesOnWithoutItsWindowAndShowsItAgainWhenItsIconIsClicked) {
-    MacStage stage(2);
+TEST_F(MacApplicationTest, LooksAfterTheDisplaysWithoutItsWindowAndShowsItWhenTheDockIsClicked) {
     ASSERT_TRUE(stage.closeWindow());
     EXPECT_TRUE(stage.window().rows.empty());
-    EXPECT_EQ(happens(stage, {scenario::otherProgramSwitchesOff({first, second}),
-                              scenario::serverIsAsAtFirst()}),
-              std::nullopt)
-        << "it looks after the displays";
+
+    expectStory({otherProgramSwitchesOff({first, second, third}), serverIsAsAtFirst()});
     EXPECT_TRUE(stage.application().isRunning());
+
     stage.clickDock();
-    EXPECT_EQ(happens(stage, {scenario::windowShowsOn(first), scenario::windowShowsOn(second)}),
-              std::nullopt);
+    expectStory({windowShowsOn(first), windowShowsOn(second)});
 }
 
-TEST(MacApplication, quitsInGoodOrderWithoutItsWindow) {
-    MacStage stage(2);
-    EXPECT_EQ(happens(stage, {scenario::userFlips(first), scenario::windowShowsOff(first)}),
-              std::nullopt);
+TEST_F(MacApplicationTest, QuitsInGoodOrderWithoutItsWindow) {
+    expectStory({userFlips(first), windowShowsOff(first)});
     ASSERT_TRUE(stage.closeWindow());
+
     stage.quitApplication();
-    EXPECT_TRUE(isOn(stage.mac(), 2));
+
+    EXPECT_EQ(stage.server(), stage.serverAtFirst());
 }
 
-TEST(MacApplication, startsAnewWhereThePreferenceIsOfAnotherKind) {
-    MacStage stage(2);
+TEST_F(MacApplicationTest, StartsAnewWhereThePreferenceIsOfAnotherKind) {
     stage.quitApplication();
-    simulatedMac::plantPreference(stage.mac(), DisplayRegistry::storageKey,
-                                  simulatedMac::Preference::Kind::string, "[]");
+    plantPreference(stage.mac(), DisplayRegistry::storageKey,
+                    simulatedMac::Preference::Kind::string, "[]");
     stage.startApplication();
-    EXPECT_EQ(happens(stage, {scenario::windowSays("Both displays are ready")}), std::nullopt);
+
+    expectStory({windowSays("Found 3 displays")});
 }
 
 }  // namespace
