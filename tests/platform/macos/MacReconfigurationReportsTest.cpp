@@ -12,7 +12,6 @@ namespace tavrel {
 namespace {
 
 using simulatedMac::deliverReportsOfOthers;
-using simulatedMac::Refusals;
 using simulatedMac::takeCalls;
 using testing::_;
 using testing::ElementsAre;
@@ -22,6 +21,7 @@ using testing::IsEmpty;
 constexpr std::uint32_t begins = displayChange::beginConfiguration;
 constexpr std::uint32_t wentOff = displayChange::disabled;
 constexpr std::uint32_t wentOn = displayChange::enabled;
+constexpr ServerStatus notRegistered = 1001;
 
 struct Heard {
     DisplayID display;
@@ -29,13 +29,15 @@ struct Heard {
     std::thread::id thread;
 };
 
+/// Listens from its construction to its end.
 class Listener {
 public:
-    static void callback(DisplayID display, std::uint32_t flags, void* userInfo) {
-        auto& self = *static_cast<Listener*>(userInfo);
-        const std::lock_guard lock(self.mutex_);
-        self.heard_.push_back({display, flags, std::this_thread::get_id()});
+    explicit Listener(ReconfigurationReports& reports) : reports_(reports) {
+        EXPECT_EQ(reports_.registerCallback(&callback, this), 0);
     }
+    ~Listener() { EXPECT_EQ(reports_.removeCallback(&callback, this), 0); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
 
     std::vector<Heard> take() {
         const std::lock_guard lock(mutex_);
@@ -43,93 +45,91 @@ public:
     }
 
 private:
+    static void callback(DisplayID display, std::uint32_t flags, void* userInfo) {
+        auto& self = *static_cast<Listener*>(userInfo);
+        const std::lock_guard lock(self.mutex_);
+        self.heard_.push_back({display, flags, std::this_thread::get_id()});
+    }
+
+    ReconfigurationReports& reports_;
     std::mutex mutex_;
     std::vector<Heard> heard_;
 };
+
+void ignore(DisplayID /*display*/, std::uint32_t /*flags*/, void* /*userInfo*/) {}
 
 class MacReconfigurationReportsTest : public MacFixture {
 protected:
     MacWindowServer server;
     MacReconfigurationReports reports{server};
-    Listener listener;
 };
 
-TEST_F(MacReconfigurationReportsTest, ownChangesAreReportedOnTheThreadThatMakesThem) {
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
+TEST_F(MacReconfigurationReportsTest, OwnChangesAreReportedOnceOnTheThreadThatMakesThem) {
+    Listener listener(reports);
     std::thread::id changing;
+
     std::thread([&] {
         changing = std::this_thread::get_id();
         server.setDisplayEnabled(monitor, false);
     }).join();
+    deliverReportsOfOthers();
+
     EXPECT_THAT(listener.take(), ElementsAre(FieldsAre(monitor, begins, changing),
                                              FieldsAre(monitor, wentOff, changing)));
-    // They are not others'.
-    deliverReportsOfOthers();
-    EXPECT_THAT(listener.take(), IsEmpty());
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
 }
 
-TEST_F(MacReconfigurationReportsTest, changesOfOthersAreReportedByTheMainLoop) {
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
+TEST_F(MacReconfigurationReportsTest, ChangesOfOthersAreReportedByTheMainLoop) {
+    Listener listener(reports);
+    const auto here = std::this_thread::get_id();
+
     switchElsewhere(mac, {monitor, other}, false);
     switchElsewhere(mac, {other}, true);
     EXPECT_THAT(listener.take(), IsEmpty());
+
     deliverReportsOfOthers();
-    const auto here = std::this_thread::get_id();
     EXPECT_THAT(listener.take(),
                 ElementsAre(FieldsAre(monitor, begins, here), FieldsAre(other, begins, here),
                             FieldsAre(monitor, wentOff, here), FieldsAre(other, wentOff, here),
                             FieldsAre(other, begins, here), FieldsAre(other, wentOn, here)));
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
 }
 
-TEST_F(MacReconfigurationReportsTest, comingAndGoingIsReportedAsTheServerCallsIt) {
+TEST_F(MacReconfigurationReportsTest, FlagsArePassedOnAsTheServerSetsThem) {
     mac.with([](simulatedMac::State& state) { state.switchesComeAndGo = true; });
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
+    Listener listener(reports);
+
     disconnect(mac, other);
     deliverReportsOfOthers();
     server.setDisplayEnabled(monitor, false);
-    EXPECT_THAT(
-        listener.take(),
-        ElementsAre(FieldsAre(other, begins, _),
-                    FieldsAre(other, displayChange::remove | displayChange::disabled, _),
-                    FieldsAre(monitor, begins, _),
-                    FieldsAre(monitor, displayChange::remove | displayChange::disabled, _)));
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
+
+    EXPECT_THAT(listener.take(),
+                ElementsAre(FieldsAre(other, begins, _),
+                            FieldsAre(other, displayChange::remove | wentOff, _),
+                            FieldsAre(monitor, begins, _),
+                            FieldsAre(monitor, displayChange::remove | wentOff, _)));
 }
 
-TEST_F(MacReconfigurationReportsTest, eachCallbackIsCalledWithItsOwnUserInfo) {
-    Listener second;
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &second), 0);
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
+TEST_F(MacReconfigurationReportsTest, EachCallbackIsCalledWithItsOwnUserInfoUntilItIsRemoved) {
+    Listener listener(reports);
+    { Listener removed(reports); }
+
     server.setDisplayEnabled(monitor, false);
-    EXPECT_THAT(listener.take(), IsEmpty());
-    EXPECT_EQ(second.take().size(), 2U);
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &second), 0);
+
+    EXPECT_EQ(listener.take().size(), 2U);
 }
 
-TEST_F(MacReconfigurationReportsTest, aChangeThatChangesNothingIsNotReported) {
-    ASSERT_EQ(reports.registerCallback(&Listener::callback, &listener), 0);
-    server.setDisplayEnabled(monitor, true);
-    EXPECT_THAT(listener.take(), IsEmpty());
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 0);
-}
+TEST_F(MacReconfigurationReportsTest, ARefusedRegistrationGivesItsStatus) {
+    refuse(&simulatedMac::Refusals::registerCallback, 1002);
 
-TEST_F(MacReconfigurationReportsTest, aRefusedRegistrationGivesItsStatus) {
-    refuse(&Refusals::registerCallback, 1002);
-    EXPECT_EQ(reports.registerCallback(&Listener::callback, &listener), 1002);
+    EXPECT_EQ(reports.registerCallback(&ignore, nullptr), 1002);
     EXPECT_THAT(takeCalls(), ElementsAre("CGDisplayRegisterReconfigurationCallback"));
-    server.setDisplayEnabled(monitor, false);
-    EXPECT_THAT(listener.take(), IsEmpty());
 }
 
-TEST_F(MacReconfigurationReportsTest, removingWhatIsNotRegisteredGivesTheServersStatus) {
-    EXPECT_EQ(reports.removeCallback(&Listener::callback, &listener), 1001);
+TEST_F(MacReconfigurationReportsTest, RemovingWhatIsNotRegisteredGivesTheServersStatus) {
+    EXPECT_EQ(reports.removeCallback(&ignore, nullptr), notRegistered);
     EXPECT_THAT(takeCalls(), ElementsAre("CGDisplayRemoveReconfigurationCallback"));
 }
 
-TEST_F(MacReconfigurationReportsTest, removingWaitsForACallThatIsRunning) {
+TEST_F(MacReconfigurationReportsTest, RemovingWaitsForACallThatIsRunning) {
     struct Slow {
         std::promise<void> entered;
         std::promise<void> removed;
@@ -142,7 +142,7 @@ TEST_F(MacReconfigurationReportsTest, removingWaitsForACallThatIsRunning) {
             }
             self.isRunning = true;
             self.entered.set_value();
-            // Comes only if nobody waits for this call.
+            // Is set in time only if nobody waits for this call.
             self.removed.get_future().wait_for(std::chrono::milliseconds(200));
             self.isRunning = false;
         }
@@ -150,13 +150,15 @@ TEST_F(MacReconfigurationReportsTest, removingWaitsForACallThatIsRunning) {
     ASSERT_EQ(reports.registerCallback(&Slow::callback, &slow), 0);
     std::thread changing([this] { server.setDisplayEnabled(monitor, false); });
     slow.entered.get_future().wait();
+
     EXPECT_EQ(reports.removeCallback(&Slow::callback, &slow), 0);
     EXPECT_FALSE(slow.isRunning);
+
     slow.removed.set_value();
     changing.join();
 }
 
-TEST_F(MacReconfigurationReportsTest, aCallbackMayRemoveItself) {
+TEST_F(MacReconfigurationReportsTest, ACallbackMayRemoveItself) {
     struct Once {
         ReconfigurationReports& reports;
         int calls = 0;
@@ -164,11 +166,13 @@ TEST_F(MacReconfigurationReportsTest, aCallbackMayRemoveItself) {
         static void callback(DisplayID, std::uint32_t, void* userInfo) {
             auto& self = *static_cast<Once*>(userInfo);
             ++self.calls;
-            self.reports.removeCallback(&Once::callback, userInfo);
+            EXPECT_EQ(self.reports.removeCallback(&Once::callback, userInfo), 0);
         }
     } once{reports};
     ASSERT_EQ(reports.registerCallback(&Once::callback, &once), 0);
+
     server.setDisplayEnabled(monitor, false);
+
     EXPECT_EQ(once.calls, 1);
 }
 
