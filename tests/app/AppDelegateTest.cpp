@@ -8,7 +8,7 @@
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
 #include "controller/WakeAllNotification.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "registry/DisplayRegistry.h"
 
 namespace tavrel {

@@ -8,7 +8,7 @@
 #include <QMenuBar>
 
 #include "app/MainWindow.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "ui/DisplayControlView.h"
 
 namespace tavrel {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "app/QuitSequence.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "registry/DisplayRegistry.h"
 
 namespace tavrel {

@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "controller/DisplayController.h"
-#include "platform/simulated/ScriptedLifecycle.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/ScriptedSwitch.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "registry/DisplayRegistry.h"
 
 namespace tavrel {
@@ -90,7 +90,7 @@ protected:
     SimulatedPlatform system;
     SimulatedScheduler& scheduler = system.scheduler;
     SimulatedWindowServer& server = system.windowServer;
-    ScriptedLifecycle lifecycle{server, scheduler};
+    ScriptedSwitch lifecycle{server, scheduler};
     std::shared_ptr<DisplayController> controller;
 
 private:

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "display/DisplayIntegration.h"
-#include "platform/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "registry/DisplayRegistry.h"
 #include "tests/display/RecordingServer.h"
 #include "tests/support/SettableClock.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/NotificationCenter.h"
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/SwitchOffGate.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 
 namespace tavrel {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <tuple>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "registry/DisplayRegistry.h"
 #include "registry/StoredFormat.h"
 #include "tests/support/SettableClock.h"

@@ -8,8 +8,8 @@
 #include <limits>
 #include <string>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/support/CoverageDump.h"
 #include "tests/support/SettableClock.h"
 

@@ -4,7 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/scenario/Stage.h"
 
 namespace tavrel::scenario {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "controller/DisplayController.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/simulation/EventLog.h"
 #include "tests/simulation/StoredModel.h"
 

@@ -7,7 +7,7 @@
 
 #include "controller/DisplayController.h"
 #include "platform/ReconfigurationReports.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 
 namespace tavrel::simulation {
 

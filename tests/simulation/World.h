@@ -9,10 +9,10 @@
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
 #include "platform/SwitchOffGate.h"
-#include "platform/simulated/FaultyLifecycle.h"
-#include "platform/simulated/FaultyQueries.h"
-#include "platform/simulated/FaultyReports.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/FaultySwitch.h"
+#include "tests/simulated/FaultyQueries.h"
+#include "tests/simulated/FaultyReports.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/simulation/Event.h"
 #include "tests/simulation/EventLog.h"
 #include "tests/simulation/Invariants.h"
@@ -55,7 +55,7 @@ private:
     SimulatedPlatform system_;
     EventLog log_;
     Invariants invariants_{system_, log_};
-    FaultyLifecycle lifecycle_;
+    FaultySwitch lifecycle_;
     FaultyReports reports_;
     FaultyQueries queries_;
 

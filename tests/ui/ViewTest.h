@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/ScriptedLifecycle.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/ScriptedSwitch.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/ui/Situations.h"
 #include "tests/ui/WidgetTest.h"
 #include "ui/DisplayControlView.h"
@@ -101,7 +101,7 @@ protected:
     QImage picture() const { return view->grab().toImage(); }
 
     SimulatedPlatform system;
-    ScriptedLifecycle lifecycle{system.windowServer, system.scheduler};
+    ScriptedSwitch lifecycle{system.windowServer, system.scheduler};
     std::shared_ptr<DisplayController> controller;
     std::unique_ptr<DisplayControlView> view;
 };

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/ui/Situations.h"
 #include "ui/DisplayControlView.h"
 #include "ui/paint/Theme.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/platform/guard/SerialLifecycle.h"
 #include "tests/platform/guard/ThreadGuard.h"
 

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/simulated/ScriptedLifecycle.h"
-#include "platform/simulated/SimulatedScheduler.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/ScriptedSwitch.h"
+#include "tests/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/platform/guard/ScriptedChannel.h"
 
 namespace tavrel::guard {
@@ -59,7 +59,7 @@ protected:
 
     SimulatedWindowServer server;
     SimulatedScheduler scheduler;
-    ScriptedLifecycle lifecycle{server, scheduler};
+    ScriptedSwitch lifecycle{server, scheduler};
     std::chrono::milliseconds paused{0};
     int pauses = 0;
     int pausesUntilAccepted = -1;

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/platform/guard/SerialLifecycle.h"
 #include "tests/platform/guard/ThreadGuard.h"
 #include "tests/support/WaitUntil.h"

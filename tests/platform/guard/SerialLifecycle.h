@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "platform/DisplaySwitch.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 
 namespace tavrel::guard {
 

@@ -1,7 +1,7 @@
 #include "platform/macos/MacHotKeys.h"
 
 #include "app/AppDelegate.h"
-#include "platform/simulated/SimulatedPlatform.h"
+#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/simulated/Carbon.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "platform/x11/DisplayIdentifiers.h"
 #include "platform/x11/ServerOptions.h"
 #include "platform/x11/X11WindowServer.h"

@@ -7,7 +7,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "platform/x11/RememberedOutputs.h"
 
 namespace tavrel::x11 {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "platform/x11/LayoutSwitch.h"
 #include "platform/x11/RememberedOutputs.h"
 #include "tests/platform/x11/SimulatedRandr.h"

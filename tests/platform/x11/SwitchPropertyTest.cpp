@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "platform/x11/LayoutSwitch.h"
 #include "platform/x11/ScreenFit.h"
 #include "tests/platform/x11/SimulatedRandr.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/ReconfigurationReports.h"
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 

@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "platform/DisplaySwitch.h"
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 
 /// A fault decorator: switches fail or take their time, by chance drawn from a seed.
-class FaultyLifecycle : public DisplaySwitch {
+class FaultySwitch : public DisplaySwitch {
 public:
     struct Faults {
         /// Out of 100 switches, how many are refused.
@@ -22,7 +22,7 @@ public:
     };
 
     /// Both must outlive it.
-    FaultyLifecycle(DisplaySwitch& inner, SimulatedScheduler& scheduler, std::uint64_t seed)
+    FaultySwitch(DisplaySwitch& inner, SimulatedScheduler& scheduler, std::uint64_t seed)
         : inner_(inner), scheduler_(scheduler), random_(seed) {}
 
     void setFaults(const Faults& faults) { faults_ = faults; }

@@ -3,15 +3,15 @@
 #include <map>
 
 #include "platform/DisplaySwitch.h"
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 
 /// A fault decorator: answers in a lifecycle's place, or late, where it was told to.
-class ScriptedLifecycle : public DisplaySwitch {
+class ScriptedSwitch : public DisplaySwitch {
 public:
     /// Both must outlive it.
-    ScriptedLifecycle(DisplaySwitch& inner, SimulatedScheduler& scheduler)
+    ScriptedSwitch(DisplaySwitch& inner, SimulatedScheduler& scheduler)
         : inner_(inner), scheduler_(scheduler) {}
 
     /// From now on switching `display` answers `status` and changes nothing; 0 lets it

@@ -1,9 +1,9 @@
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "platform/simulated/SimulatedWorker.h"
+#include "tests/simulated/SimulatedWorker.h"
 
 namespace tavrel {
 

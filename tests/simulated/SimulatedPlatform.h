@@ -4,11 +4,11 @@
 
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
-#include "platform/simulated/SimulatedHotKeys.h"
-#include "platform/simulated/SimulatedScheduler.h"
-#include "platform/simulated/SimulatedUserDefaults.h"
-#include "platform/simulated/SimulatedWallClock.h"
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedHotKeys.h"
+#include "tests/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedWallClock.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 
 namespace tavrel {
 

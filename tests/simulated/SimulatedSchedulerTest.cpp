@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/simulated/SimulatedScheduler.h"
-#include "platform/simulated/SimulatedWallClock.h"
+#include "tests/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedWallClock.h"
 
 namespace tavrel {
 namespace {

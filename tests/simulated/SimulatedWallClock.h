@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/WallClock.h"
-#include "platform/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 

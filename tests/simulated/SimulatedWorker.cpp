@@ -1,4 +1,4 @@
-#include "platform/simulated/SimulatedWorker.h"
+#include "tests/simulated/SimulatedWorker.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "platform/simulated/SimulatedWindowServer.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "platform/simulated/FaultyReports.h"
+#include "tests/simulated/FaultyReports.h"
 
 namespace tavrel {
 
