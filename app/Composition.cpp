@@ -5,10 +5,10 @@
 
 #include "app/System.h"
 #include "platform/NotificationCenter.h"
-#include "platform/guard/GuardProcess.h"
-#include "platform/guard/GuardedLifecycle.h"
 #include "platform/posix/SystemWallClock.h"
 #include "platform/qt/QtMainQueue.h"
+#include "watchdog/application/GuardedSwitch.h"
+#include "watchdog/application/WatchdogProcess.h"
 
 namespace tavrel {
 
@@ -17,12 +17,12 @@ namespace {
 /// The guard is installed beside the application, in a bundle too.
 std::filesystem::path guardExecutable() {
     return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) /
-           "tavrel-guard";
+           "display-watchdog";
 }
 
-guard::KeeperSurroundings surroundings() {
-    return {.startGuard = [executable = guardExecutable()] {
-        return guard::GuardProcess::start(executable);
+watchdog::SupervisorSetup surroundings() {
+    return {.startWatchdog = [executable = guardExecutable()] {
+        return watchdog::WatchdogProcess::start(executable);
     }};
 }
 
@@ -31,7 +31,7 @@ guard::KeeperSurroundings surroundings() {
 struct Composition::Parts {
     std::unique_ptr<System> system = System::make();
     SystemWallClock wallClock;
-    guard::GuardedLifecycle guarded{system->displaySwitch(), surroundings()};
+    watchdog::GuardedSwitch guarded{system->displaySwitch(), surroundings()};
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     NotificationCenter notificationCenter{mainQueue};

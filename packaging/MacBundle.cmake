@@ -19,11 +19,11 @@ set_target_properties(tavrel PROPERTIES
   MACOSX_BUNDLE_INFO_PLIST ${CMAKE_BINARY_DIR}/Info.plist
   OUTPUT_NAME Tavrel)
 # The application looks for it beside itself.
-set_target_properties(tavrel-guard PROPERTIES
+set_target_properties(display-watchdog PROPERTIES
   RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${bundle}/Contents/MacOS)
 
 install(TARGETS tavrel BUNDLE DESTINATION .)
-install(TARGETS tavrel-guard RUNTIME DESTINATION ${bundle}/Contents/MacOS)
+install(TARGETS display-watchdog RUNTIME DESTINATION ${bundle}/Contents/MacOS)
 qt_generate_deploy_app_script(TARGET tavrel OUTPUT_SCRIPT deploy_script
   NO_UNSUPPORTED_PLATFORM_ERROR)
 install(SCRIPT ${deploy_script})

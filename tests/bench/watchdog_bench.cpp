@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "platform/guard/GuardProcess.h"
-#include "platform/guard/GuardedLifecycle.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/x11/DisplayIdentifiers.h"
 #include "platform/x11/X11WindowServer.h"
-#include "tests/platform/guard/SharedDisplays.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualDesktop.h"
+#include "tests/watchdog/SharedDisplays.h"
+#include "watchdog/application/GuardedSwitch.h"
+#include "watchdog/application/WatchdogProcess.h"
 
 /// What it costs to have displays switched by a guard: on a real X server, and on displays
 /// that cost nothing, where the cost of the guard is all there is. Fails above the limits.
@@ -83,10 +83,11 @@ Milliseconds compare(const std::string& where, DisplaySwitch& unguarded, Display
 
 Milliseconds compareOnMemory(const std::filesystem::path& folder) {
     const std::string file = (folder / "displays").string();
-    setenv(guard::SharedDisplays::variable, file.c_str(), 1);
-    guard::SharedDisplays displays(file);
-    guard::GuardedLifecycle guarded(
-        displays, {.startGuard = [] { return guard::GuardProcess::start(STUB_GUARD); }});
+    setenv(watchdog::SharedDisplays::variable, file.c_str(), 1);
+    watchdog::SharedDisplays displays(file);
+    watchdog::GuardedSwitch guarded(displays, {.startWatchdog = [] {
+                                        return watchdog::WatchdogProcess::start(STUB_WATCHDOG);
+                                    }});
     const Milliseconds overhead = compare("memory", displays, guarded, 1, 5000);
     guarded.goodbye();
     return overhead;
@@ -95,8 +96,9 @@ Milliseconds compareOnMemory(const std::filesystem::path& folder) {
 Milliseconds compareOnServer() {
     FileUserDefaults store(defaultsPath());
     X11WindowServer server(store);
-    guard::GuardedLifecycle guarded(
-        server, {.startGuard = [] { return guard::GuardProcess::start(TAVREL_GUARD); }});
+    watchdog::GuardedSwitch guarded(server, {.startWatchdog = [] {
+                                        return watchdog::WatchdogProcess::start(TAVREL_WATCHDOG);
+                                    }});
     const DisplayID display = x11::stableHash("DUMMY1/0/0/0");
     const Milliseconds overhead = compare("X server", server, guarded, display, 200);
     guarded.goodbye();
@@ -106,9 +108,9 @@ Milliseconds compareOnServer() {
 Milliseconds timeToReady() {
     Timings starts;
     for (int start = 0; start < 100; ++start) {
-        std::unique_ptr<guard::GuardProcess> started;
+        std::unique_ptr<watchdog::WatchdogProcess> started;
         starts.take([&] {
-            started = guard::GuardProcess::start(TAVREL_GUARD);
+            started = watchdog::WatchdogProcess::start(TAVREL_WATCHDOG);
             started->link().receive();
         });
     }

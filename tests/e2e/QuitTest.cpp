@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "tests/e2e/Session.h"
-#include "tests/platform/guard/Processes.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/SessionManager.h"
+#include "tests/watchdog/Processes.h"
 
 namespace tavrel::e2e {
 namespace {
@@ -19,7 +19,7 @@ using support::waitUntil;
 namespace key = support::key;
 
 std::vector<pid_t> guardsAt(const support::VirtualDesktop& desktop) {
-    return guard::processesOf(TAVREL_GUARD, "DISPLAY=" + desktop.displayName());
+    return watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName());
 }
 
 /// While it exists no switch of the application's gets any further.

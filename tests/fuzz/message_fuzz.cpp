@@ -8,14 +8,14 @@
 #include <utility>
 #include <vector>
 
-#include "platform/guard/GuardService.h"
-#include "platform/guard/MessageReader.h"
-#include "platform/guard/SwitchedOff.h"
+#include "watchdog/program/WatchdogService.h"
+#include "watchdog/protocol/MessageReader.h"
+#include "watchdog/protocol/SwitchedOff.h"
 
 /// What a guard makes of any bytes at all, compared with what it should make of them.
 ///
 /// The first byte of the input says in what pieces the others arrive; they are the stream.
-namespace tavrel::guard {
+namespace tavrel::watchdog {
 namespace {
 
 using Kind = Message::Kind;
@@ -30,7 +30,7 @@ void require(bool holds, const char* what) {
 }
 
 /// Displays below 2^31 can be switched; writes down every attempt.
-class NotedLifecycle : public DisplaySwitch {
+class NotedSwitch : public DisplaySwitch {
 public:
     static ServerStatus statusFor(DisplayID display) {
         return display >> 31U == 0 ? serverStatus::success : serverStatus::illegalArgument;
@@ -107,7 +107,7 @@ struct Expectation {
                 return true;
             case Kind::switchOff:
             case Kind::switchOn: {
-                const ServerStatus status = NotedLifecycle::statusFor(message.display);
+                const ServerStatus status = NotedSwitch::statusFor(message.display);
                 const bool enabled = message.kind == Kind::switchOn;
                 changes.emplace_back(message.display, enabled);
                 sent.push_back({.kind = Kind::answer, .id = message.id, .status = status});
@@ -125,11 +125,11 @@ struct Expectation {
     }
 
     void wake() {
-        for (int attempt = 0; attempt < GuardService::attempts; ++attempt) {
+        for (int attempt = 0; attempt < WatchdogService::attempts; ++attempt) {
             const std::vector<DisplayID> all = off.displays();
             for (auto display = all.rbegin(); display != all.rend(); ++display) {
                 changes.emplace_back(*display, true);
-                if (NotedLifecycle::statusFor(*display) == serverStatus::success) {
+                if (NotedSwitch::statusFor(*display) == serverStatus::success) {
                     off.remove(*display);
                 }
             }
@@ -144,9 +144,9 @@ void check(Bytes input) {
     const std::size_t piece = input.front() % messageSize + 1;
     const Bytes stream = input.subspan(1);
 
-    NotedLifecycle lifecycle;
+    NotedSwitch lifecycle;
     ByteChannel channel(stream, piece);
-    GuardService(lifecycle, channel, [](auto) {}).run();
+    WatchdogService(lifecycle, channel, [](auto) {}).run();
 
     const Expectation expected(stream);
     require(lifecycle.changes == expected.changes, "only what was asked for is changed");
@@ -154,9 +154,9 @@ void check(Bytes input) {
 }
 
 }  // namespace
-}  // namespace tavrel::guard
+}  // namespace tavrel::watchdog
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    tavrel::guard::check({data, size});
+    tavrel::watchdog::check({data, size});
     return 0;
 }

@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/guard/MessageSocket.h"
 #include "tests/scenario/AccessibleReading.h"
+#include "watchdog/protocol/MessageSocket.h"
 
 namespace tavrel::scenario {
 
@@ -78,7 +78,7 @@ MacStage::MacStage(std::size_t displays, const simulatedMac::Display& display)
 MacStage::~MacStage() = default;
 
 void MacStage::startApplication() {
-    auto [ours, theirs] = guard::makeSocketPair().value();
+    auto [ours, theirs] = watchdog::makeSocketPair().value();
     link_.emplace(std::move(ours));
     application_ = start(std::move(theirs), folder_.path());
     const bool isUp = waitUntil([&] {

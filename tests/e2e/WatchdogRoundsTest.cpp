@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <thread>
+
+#include "tests/e2e/WatchdogSession.h"
+
+/// Kills at random moments, again and again on one desktop.
+namespace tavrel::e2e {
+namespace {
+
+using support::waitUntil;
+
+/// How many desktops there are, which may be used beside each other, and how often
+/// something is killed on each.
+constexpr int desktops = 4;
+#ifndef TAVREL_INSTRUMENTED
+constexpr int rounds = 50;
+#else
+constexpr int rounds = 10;
+#endif
+
+/// Kill rounds drawn from one seed, and what came of them.
+class WatchdogRoundsTest : public testing::TestWithParam<int> {
+protected:
+    void SetUp() override {
+        const char* given = std::getenv("TAVREL_SEED");
+        seed = given != nullptr ? static_cast<unsigned>(std::stoul(given)) : std::random_device()();
+        random.seed(seed);
+        std::cout << "TAVREL_SEED=" << seed << std::endl;
+        ASSERT_TRUE(run.isUp);
+    }
+
+    int draw(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
+
+    /// One or two switches are pressed, without a wait for the outcome of the last one; the
+    /// moment that follows is long enough for anything between "not begun" and "done".
+    void switchSomething() {
+        const int first = 1 + draw(3);
+        if (draw(2) == 0) {
+            EXPECT_TRUE(run.flipAndAwait(first, "off"));
+        }
+        run.flip(1 + (first + draw(2)) % 3);
+        std::this_thread::sleep_for(std::chrono::microseconds(draw(60'000)));
+    }
+
+    void restart() {
+        run.start();
+        ASSERT_TRUE(run.isUp);
+        guardKills = 0;
+    }
+
+    /// The application dies; its guard brings everything back.
+    void killApplication() {
+        const int signals[] = {SIGKILL, SIGSEGV, SIGABRT};
+        const auto killed = std::chrono::steady_clock::now();
+        ::kill(run.application(), signals[draw(3)]);
+        EXPECT_TRUE(run.allComeBackAsTheyWere());
+        slowest = std::max(slowest, std::chrono::steady_clock::now() - killed);
+        ++applicationKills;
+        leftOver += run.nothingIsLeftRunning() ? 0 : static_cast<int>(run.processes());
+        restart();
+    }
+
+    /// The guard dies; the application goes on, with another.
+    void killGuard() {
+        const pid_t victim = run.guard();
+        ::kill(victim, SIGKILL);
+        EXPECT_TRUE(waitUntil([&] { return run.guard() != victim; }));
+        ++guardKills;
+        ++guardKillsInAll;
+        wakeAll();
+    }
+
+    /// Nobody is left to bring anything back but the next start and its user.
+    void killBoth() {
+        run.killBoth();
+        ++bothKills;
+        leftOver += run.nothingIsLeftRunning() ? 0 : static_cast<int>(run.processes());
+        restart();
+        wakeAll();
+    }
+
+    void wakeAll() {
+        // Busy rows are none of the wake's business, so it waits for them.
+        EXPECT_TRUE(waitUntil([&] {
+            const auto rows = run.session->window().rows;
+            return rows.size() == 3 && std::none_of(rows.begin(), rows.end(),
+                                                    [](const auto& row) { return row.isBusy; });
+        }));
+        run.session->act("Wake both displays");
+        EXPECT_TRUE(run.session->says("Both displays are on"));
+        EXPECT_TRUE(run.allComeBackAsTheyWere());
+    }
+
+    WatchdogSession run;
+    unsigned seed = 0;
+    std::mt19937 random;
+    int guardKills = 0;
+    int applicationKills = 0;
+    int guardKillsInAll = 0;
+    int bothKills = 0;
+    int leftOver = 0;
+    std::chrono::steady_clock::duration slowest{0};
+};
+
+TEST_P(WatchdogRoundsTest, noScreenIsLostAndNoProcessLeftOver) {
+    int lost = 0;
+    for (int round = 0; round < rounds && !HasFailure(); ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        switchSomething();
+        const int fate = draw(10);
+        // A third death within ten seconds would end the guarding of this application.
+        if (fate < 5 && guardKills < 2) {
+            killGuard();
+        } else if (fate < 8) {
+            killApplication();
+        } else {
+            killBoth();
+        }
+        lost += 3 - run.monitorsOn();
+    }
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    std::cout << rounds << " rounds: " << applicationKills << " times the application was killed, "
+              << guardKillsInAll << " times its guard, " << bothKills
+              << " times both; screens lost: " << lost << ", processes left over: " << leftOver
+              << ", slowest return without the application: " << Milliseconds(slowest).count()
+              << " ms" << std::endl;
+    EXPECT_EQ(lost, 0);
+    EXPECT_EQ(leftOver, 0);
+    EXPECT_EQ(applicationKills + guardKillsInAll + bothKills, rounds);
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktop, WatchdogRoundsTest, testing::Range(1, desktops + 1));
+
+}  // namespace
+}  // namespace tavrel::e2e

@@ -1,0 +1,142 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <iostream>
+
+#include "tests/e2e/WatchdogSession.h"
+
+/// The application and its guard are killed in every way that leaves something to be done.
+namespace tavrel::e2e {
+namespace {
+
+using support::ChildProcess;
+using support::waitUntil;
+using testing::SizeIs;
+
+class WatchdogTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(run.isUp); }
+
+    void switchTwoOff() {
+        ASSERT_TRUE(run.flipAndAwait(1, "off"));
+        ASSERT_TRUE(run.flipAndAwait(3, "off"));
+        ASSERT_EQ(run.monitorsOn(), 1);
+    }
+
+    WatchdogSession run;
+};
+
+class KilledApplicationTest : public WatchdogTest, public testing::WithParamInterface<int> {};
+
+TEST_P(KilledApplicationTest, leavesNoDisplayOffAndNoProcess) {
+    switchTwoOff();
+    const auto killed = std::chrono::steady_clock::now();
+    ::kill(run.application(), GetParam());
+    EXPECT_TRUE(run.allComeBackAsTheyWere());
+    const std::chrono::duration<double, std::milli> took =
+        std::chrono::steady_clock::now() - killed;
+    std::cout << "all displays were back after " << took.count() << " ms\n";
+#ifndef TAVREL_INSTRUMENTED
+    EXPECT_LE(took, std::chrono::seconds(1));
+#endif
+    const auto ending = run.session->application().process().waitForEnd();
+    ASSERT_TRUE(ending.has_value());
+    EXPECT_TRUE(run.nothingIsLeftRunning());
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, KilledApplicationTest, testing::Values(SIGKILL, SIGSEGV, SIGABRT),
+                         [](const auto& each) {
+                             return each.param == SIGKILL   ? "Kill"
+                                    : each.param == SIGSEGV ? "SegmentationFault"
+                                                            : "Abort";
+                         });
+
+TEST_F(WatchdogTest, quittingLeavesNoGuard) {
+    switchTwoOff();
+    run.session->application().process().signal(SIGTERM);
+    EXPECT_EQ(run.session->application().process().waitForEnd(),
+              (ChildProcess::Ending{0, std::nullopt}));
+    EXPECT_EQ(run.desktop.monitors(), run.atFirst);
+    EXPECT_EQ(run.processes(), 0U) << "it waits for its guard";
+}
+
+TEST_F(WatchdogTest, killedDuringASwitchOffItIsReplacedAndTheSwitchRefused) {
+    const pid_t first = run.guard();
+    ::kill(first, SIGSTOP);
+    run.flip(1);
+    EXPECT_TRUE(run.session->says("Turning off External Display 1…"));
+    ::kill(first, SIGKILL);
+    EXPECT_TRUE(run.session->says("macOS couldn’t change the desktop display layout (error 1004)"));
+    EXPECT_EQ(run.desktop.monitors(), run.atFirst);
+    EXPECT_NE(run.guard(), first);
+
+    EXPECT_TRUE(run.flipAndAwait(1, "off"));
+    EXPECT_EQ(run.monitorsOn(), 2);
+}
+
+TEST_F(WatchdogTest, killedDuringASwitchOnItIsReplacedAndTheNextSwitchesOn) {
+    switchTwoOff();
+    const pid_t first = run.guard();
+    ::kill(first, SIGSTOP);
+    run.flip(1);
+    EXPECT_TRUE(run.session->says("Waking External Display 1…"));
+    ::kill(first, SIGKILL);
+    EXPECT_TRUE(run.session->says("External Display 1 is on"));
+    EXPECT_EQ(run.monitorsOn(), 2);
+    EXPECT_NE(run.guard(), first);
+
+    ::kill(run.application(), SIGKILL);
+    EXPECT_TRUE(run.allComeBackAsTheyWere()) << "the next guard knows what is off";
+}
+
+TEST_F(WatchdogTest, killedTimeAndAgainItIsGivenUpAndTheApplicationSwitchesItself) {
+    for (int death = 0; death < 3; ++death) {
+        const pid_t guard = run.guard();
+        ASSERT_NE(guard, 0) << death;
+        ::kill(guard, SIGKILL);
+        waitUntil([&] { return run.guards() != std::vector{guard}; });
+    }
+    EXPECT_TRUE(waitUntil([&] { return run.guards().empty(); }));
+    switchTwoOff();
+    EXPECT_THAT(run.guards(), SizeIs(0));
+    EXPECT_TRUE(run.flipAndAwait(1, "on"));
+    EXPECT_TRUE(run.flipAndAwait(3, "on"));
+    EXPECT_EQ(run.desktop.monitors(), run.atFirst);
+}
+
+TEST_F(WatchdogTest, killedBothTheNextStartListsWhatIsOffAndWakesItOnRequest) {
+    switchTwoOff();
+    run.killBoth();
+    EXPECT_TRUE(run.nothingIsLeftRunning());
+    EXPECT_EQ(run.monitorsOn(), 1);
+
+    run.start();
+    ASSERT_TRUE(run.isUp);
+    const scenario::Window window = run.session->window();
+    ASSERT_THAT(window.rows, SizeIs(3));
+    EXPECT_FALSE(window.rows[0].isOn);
+    EXPECT_TRUE(window.rows[1].isOn);
+    EXPECT_FALSE(window.rows[2].isOn);
+    run.session->act("Wake both displays");
+    EXPECT_TRUE(run.session->says("Both displays are on"));
+    EXPECT_EQ(run.desktop.monitors(), run.atFirst);
+}
+
+TEST_F(WatchdogTest, killedBothWithNothingUsableLeftTheNextStartBringsItBackByItself) {
+    switchTwoOff();
+    run.killBoth();
+    for (const support::Monitor& monitor : run.desktop.monitors()) {
+        if (monitor.on) {
+            run.desktop.otherClient().switchOff(monitor.name);
+        }
+    }
+    EXPECT_EQ(run.monitorsOn(), 0);
+
+    run.session.emplace(run.desktop, run.home);
+    EXPECT_TRUE(run.session->says("Lost display recovered automatically"));
+    EXPECT_EQ(run.monitorsOn(), 3);
+}
+
+}  // namespace
+}  // namespace tavrel::e2e

@@ -1,0 +1,61 @@
+#include "tests/watchdog/SharedDisplays.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+#include "platform/posix/FileDescriptor.h"
+
+namespace tavrel::watchdog {
+
+SharedDisplays::SharedDisplays(const std::filesystem::path& path) {
+    const FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!file.isOpen() || ftruncate(file.number(), sizeof(State)) != 0) {
+        throw std::runtime_error("no file for displays: " + path.string());
+    }
+    void* memory =
+        mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE, MAP_SHARED, file.number(), 0);
+    if (memory == MAP_FAILED) {
+        throw std::runtime_error("no memory for displays: " + path.string());
+    }
+    state_ = static_cast<State*>(memory);
+}
+
+SharedDisplays SharedDisplays::ofEnvironment() {
+    const char* path = std::getenv(variable);
+    return SharedDisplays(path == nullptr ? "" : path);
+}
+
+SharedDisplays::~SharedDisplays() {
+    munmap(state_, sizeof(State));
+}
+
+int SharedDisplays::onCount() const {
+    return static_cast<int>(std::count_if(std::begin(state_->isOff) + 1, std::end(state_->isOff),
+                                          [](const auto& isOff) { return !isOff; }));
+}
+
+ServerStatus SharedDisplays::setDisplayEnabled(DisplayID display, bool enabled) {
+    if (display == 0 || display > last) {
+        return serverStatus::illegalArgument;
+    }
+    springIf(Trap::before);
+    state_->isOff[display] = !enabled;
+    ++state_->changes;
+    springIf(Trap::after);
+    return serverStatus::success;
+}
+
+void SharedDisplays::springIf(Trap trap) {
+    if (state_->trap.compare_exchange_strong(trap, Trap::none)) {
+        kill(getpid(), SIGKILL);
+    }
+}
+
+}  // namespace tavrel::watchdog

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <deque>
+#include <vector>
+
+#include "watchdog/protocol/MessageChannel.h"
+
+namespace tavrel::watchdog {
+
+/// The other side of a conversation, written down beforehand; it goes when all is said.
+class ScriptedChannel : public MessageChannel {
+public:
+    explicit ScriptedChannel(std::deque<Received> said) : said_(std::move(said)) {}
+
+    bool send(const Message& message) override {
+        heard_.push_back(message);
+        return true;
+    }
+
+    Received receive() override {
+        if (said_.empty()) {
+            return NoMessage::gone;
+        }
+        Received next = said_.front();
+        said_.pop_front();
+        return next;
+    }
+
+    void hangUp() override {
+        hungUp_ = true;
+        said_.clear();
+    }
+
+    const std::vector<Message>& heard() const { return heard_; }
+    bool hungUp() const { return hungUp_; }
+
+private:
+    std::deque<Received> said_;
+    std::vector<Message> heard_;
+    bool hungUp_ = false;
+};
+
+}  // namespace tavrel::watchdog

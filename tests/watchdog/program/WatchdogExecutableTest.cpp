@@ -1,0 +1,247 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/posix/FileDescriptor.h"
+#include "platform/x11/DisplayIdentifiers.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VirtualDesktop.h"
+#include "watchdog/application/WatchdogProcess.h"
+
+/// The guard as it is shipped, spoken to as the application does, at a real X server.
+namespace tavrel::watchdog {
+namespace {
+
+using support::ChildProcess;
+using testing::HasSubstr;
+using testing::Not;
+using testing::Pair;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+using Kind = Message::Kind;
+
+constexpr std::chrono::seconds patience{30};
+
+/// Starts guards with an environment that leads nowhere but to a given X server.
+class WatchdogExecutableTest : public testing::Test {
+protected:
+    void startWatchdog(const std::string& displayName) {
+        setenv("DISPLAY", displayName.c_str(), 1);
+        setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+        guard = WatchdogProcess::start(TAVREL_WATCHDOG);
+        ASSERT_NE(guard, nullptr);
+    }
+
+    void awaitReady() const {
+        EXPECT_EQ(guard->link().receive(patience), Received(Message{.kind = Kind::ready}));
+    }
+
+    ServerStatus ask(Kind kind, const std::string& output) {
+        EXPECT_TRUE(guard->link().send({.kind = kind, .id = ++id, .display = idOf(output)}));
+        const Received received = guard->link().receive(patience);
+        const auto* answer = std::get_if<Message>(&received);
+        EXPECT_TRUE(answer != nullptr && answer->kind == Kind::answer && answer->id == id);
+        return answer != nullptr ? answer->status : -1;
+    }
+
+    /// The dummy driver's monitors have no EDID.
+    static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
+
+    /// Whether the guard ends, and soon, once its connection does.
+    bool endsWhenAbandoned() {
+        const pid_t pid = guard->pid();
+        guard.reset();
+        return kill(pid, 0) != 0;
+    }
+
+    std::filesystem::path proc() const { return "/proc/" + std::to_string(guard->pid()); }
+
+    std::map<int, std::string> openDescriptors() const {
+        std::map<int, std::string> open;
+        for (const auto& entry : std::filesystem::directory_iterator(proc() / "fd")) {
+            std::string target = std::filesystem::read_symlink(entry.path()).string();
+            open[std::stoi(entry.path().filename().string())] = target;
+        }
+        return open;
+    }
+
+    std::string textOf(const char* file) const {
+        std::ifstream stream(proc() / file);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    support::TemporaryFolder folder;
+    std::unique_ptr<WatchdogProcess> guard;
+    std::uint32_t id = 0;
+};
+
+TEST_F(WatchdogExecutableTest, itHoldsNothingOfItsParentsButTheConnection) {
+    // Two descriptors that are not closed when a program is started, one above all others.
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    std::optional<FileDescriptor> writeEnd(std::in_place, ends[1]);
+    std::optional<FileDescriptor> highWriteEnd(std::in_place, fcntl(ends[1], F_DUPFD, 900));
+    const FileDescriptor readEnd(ends[0]);
+
+    startWatchdog("");
+    awaitReady();
+    EXPECT_THAT(openDescriptors(),
+                UnorderedElementsAre(Pair(0, "/dev/null"), Pair(1, "/dev/null"),
+                                     Pair(2, "/dev/null"), Pair(3, StartsWith("socket:"))));
+    EXPECT_EQ(std::filesystem::read_symlink(proc() / "cwd"), "/");
+    EXPECT_EQ(getsid(guard->pid()), guard->pid());
+
+    writeEnd.reset();
+    highWriteEnd.reset();
+    char byte = 0;
+    EXPECT_EQ(read(readEnd.number(), &byte, 1), 0) << "whoever waits for its parent's output ends";
+}
+
+TEST_F(WatchdogExecutableTest, itKnowsNoToolkitAndHasOneThread) {
+    startWatchdog("");
+    awaitReady();
+    EXPECT_THAT(textOf("maps"), HasSubstr("libxcb"));
+    EXPECT_THAT(textOf("maps"), Not(HasSubstr("Qt")));
+    EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t1\n"));
+}
+
+TEST_F(WatchdogExecutableTest, withoutAServerEveryRequestIsAnsweredAndItEndsWithItsConnection) {
+    startWatchdog("");
+    awaitReady();
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 1006);
+    EXPECT_EQ(ask(Kind::switchOn, "DUMMY0"), 1006);
+    EXPECT_TRUE(endsWhenAbandoned());
+}
+
+class GuardByHandTest : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(GuardByHandTest, isRefusedInOneLine) {
+    const support::TemporaryFolder output;
+    ChildProcess::Options options;
+    options.command = {TAVREL_WATCHDOG};
+    options.command.insert(options.command.end(), GetParam().begin(), GetParam().end());
+    options.standardError = output.path() / "err";
+    const ChildProcess process(options);
+    EXPECT_EQ(process.waitForEnd(), (ChildProcess::Ending{.exitStatus = 2, .signal = {}}));
+    std::ifstream stream(options.standardError);
+    const std::string said{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_THAT(said, StartsWith("usage: display-watchdog "));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Arguments, GuardByHandTest,
+    testing::Values(std::vector<std::string>{}, std::vector<std::string>{""},
+                    std::vector<std::string>{"1"}, std::vector<std::string>{"77"},
+                    std::vector<std::string>{"-1"}, std::vector<std::string>{"3x"},
+                    std::vector<std::string>{"99999999999999999999"},
+                    std::vector<std::string>{"1", "2"}, std::vector<std::string>{"--help"}));
+
+class GuardAtServerTest : public WatchdogExecutableTest {
+protected:
+    GuardAtServerTest() {
+        startWatchdog(desktop.displayName());
+        awaitReady();
+    }
+
+    bool isOn(const std::string& output) const { return desktop.monitor(output).on; }
+
+    support::VirtualDesktop desktop;
+    const std::vector<support::Monitor> atFirst = desktop.monitors();
+};
+
+TEST_F(GuardAtServerTest, abandonedItBringsBackWhatItSwitchedOffAsItWasAndEnds) {
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 0);
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
+    EXPECT_FALSE(isOn("DUMMY0"));
+    EXPECT_FALSE(isOn("DUMMY1"));
+    EXPECT_TRUE(endsWhenAbandoned());
+    EXPECT_EQ(desktop.monitors(), atFirst);
+    EXPECT_EQ(desktop.screenSize(), (support::ScreenSize{5760, 1080}));
+}
+
+TEST_F(GuardAtServerTest, itBringsBackWhatAnotherGuardSwitchedOffAsItWas) {
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 0);
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY2"), 0);
+    guard->kill();
+    EXPECT_FALSE(isOn("DUMMY0"));
+    startWatchdog(desktop.displayName());
+    awaitReady();
+    for (const char* output : {"DUMMY0", "DUMMY2"}) {
+        guard->link().send({.kind = Kind::alreadyOff, .display = idOf(output)});
+    }
+    EXPECT_TRUE(endsWhenAbandoned());
+    EXPECT_EQ(desktop.monitors(), atFirst);
+}
+
+TEST_F(GuardAtServerTest, afterAGoodbyeItEndsAndChangesNothing) {
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
+    guard->link().send({.kind = Kind::goodbye});
+    EXPECT_TRUE(endsWhenAbandoned());
+    EXPECT_FALSE(isOn("DUMMY1"));
+}
+
+TEST_F(GuardAtServerTest, bytesThatAreNoMessageNeverChangeTheLayout) {
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
+    MessageBytes bytes = encode({.kind = Kind::switchOff, .id = 9, .display = idOf("DUMMY2")});
+    bytes[4] = 99;
+    ASSERT_EQ(send(guard->link().descriptor(), bytes.data(), bytes.size(), 0),
+              static_cast<ssize_t>(bytes.size()));
+    guard->link().send({.kind = Kind::switchOff, .id = 10, .display = idOf("DUMMY2")});
+    EXPECT_EQ(guard->link().receive(patience), Received(NoMessage::gone));
+    EXPECT_FALSE(isOn("DUMMY1"));
+    EXPECT_TRUE(isOn("DUMMY2"));
+    EXPECT_TRUE(endsWhenAbandoned());
+    EXPECT_EQ(desktop.monitors(), atFirst);
+}
+
+TEST_F(GuardAtServerTest, whenTheServerGoesItAnswersAndEndsAsUsual) {
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
+    desktop.kill();
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY2"), 1006);
+    EXPECT_TRUE(endsWhenAbandoned());
+}
+
+#ifndef TAVREL_INSTRUMENTED
+TEST_F(GuardAtServerTest, itTakesAtMostTwoMebibytesThatItDoesNotShare) {
+    for (int round = 0; round < 20; ++round) {
+        for (const char* output : {"DUMMY0", "DUMMY1"}) {
+            ASSERT_EQ(ask(Kind::switchOff, output), 0);
+        }
+        for (const char* output : {"DUMMY0", "DUMMY1"}) {
+            ASSERT_EQ(ask(Kind::switchOn, output), 0);
+        }
+    }
+    std::map<std::string, long> kibibytes;
+    std::ifstream rollup(proc() / "smaps_rollup");
+    for (std::string line; std::getline(rollup, line);) {
+        const auto colon = line.find(':');
+        if (colon != std::string::npos) {
+            kibibytes[line.substr(0, colon)] = std::strtol(line.c_str() + colon + 1, nullptr, 10);
+        }
+    }
+    const long unshared = kibibytes["Private_Clean"] + kibibytes["Private_Dirty"];
+    std::cout << "unshared memory after 80 switches: " << unshared << " KiB\n";
+    EXPECT_GT(unshared, 0);
+    EXPECT_LE(unshared, 2048);
+}
+#endif
+
+}  // namespace
+}  // namespace tavrel::watchdog

@@ -1,0 +1,166 @@
+#include "watchdog/program/WatchdogService.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/simulated/ScriptedSwitch.h"
+#include "tests/simulated/SimulatedScheduler.h"
+#include "tests/simulated/SimulatedWindowServer.h"
+#include "tests/watchdog/program/ScriptedChannel.h"
+
+namespace tavrel::watchdog {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using Kind = Message::Kind;
+
+constexpr Message ready{.kind = Kind::ready};
+constexpr Message goodbye{.kind = Kind::goodbye};
+constexpr Message off(std::uint32_t id, DisplayID display) {
+    return {.kind = Kind::switchOff, .id = id, .display = display};
+}
+constexpr Message on(std::uint32_t id, DisplayID display) {
+    return {.kind = Kind::switchOn, .id = id, .display = display};
+}
+constexpr Message answer(std::uint32_t id, ServerStatus status) {
+    return {.kind = Kind::answer, .id = id, .status = status};
+}
+constexpr Message alreadyOff(DisplayID display) {
+    return {.kind = Kind::alreadyOff, .display = display};
+}
+
+class WatchdogServiceTest : public testing::Test {
+protected:
+    WatchdogServiceTest() {
+        for (const DisplayID id : {1U, 2U, 3U}) {
+            server.connect({.id = id});
+        }
+    }
+
+    /// Lets a guard hear all this and the end; returns what it said.
+    std::vector<Message> serve(std::deque<Received> said) {
+        ScriptedChannel channel(std::move(said));
+        WatchdogService(lifecycle, channel, [this](auto time) { pause(time); }).run();
+        hungUp = channel.hungUp();
+        return channel.heard();
+    }
+
+    void pause(std::chrono::milliseconds time) {
+        paused += time;
+        ++pauses;
+        if (pauses == pausesUntilAccepted) {
+            lifecycle.refuse(1, serverStatus::success);
+        }
+    }
+
+    bool isOn(DisplayID display) const { return server.find(display)->enabled; }
+
+    SimulatedWindowServer server;
+    SimulatedScheduler scheduler;
+    ScriptedSwitch lifecycle{server, scheduler};
+    std::chrono::milliseconds paused{0};
+    int pauses = 0;
+    int pausesUntilAccepted = -1;
+    bool hungUp = false;
+};
+
+TEST_F(WatchdogServiceTest, saysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
+    EXPECT_THAT(serve({off(7, 1), on(3, 1), goodbye}),
+                ElementsAre(ready, answer(7, 0), answer(3, 0)));
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)));
+}
+
+TEST_F(WatchdogServiceTest, passesTheServersStatusOnAsItIs) {
+    lifecycle.refuse(2, -17);
+    EXPECT_THAT(serve({off(1, 9), off(2, 2), goodbye}),
+                ElementsAre(ready, answer(1, 1001), answer(2, -17)));
+}
+
+TEST_F(WatchdogServiceTest, afterAGoodbyeTheDisplaysStayAsTheyAre) {
+    serve({off(1, 1), goodbye});
+    EXPECT_FALSE(isOn(1));
+}
+
+TEST_F(WatchdogServiceTest, withoutAGoodbyeItSwitchesOnWhatItSwitchedOffLatestFirst) {
+    serve({off(1, 1), off(2, 3)});
+    EXPECT_THAT(server.takeChanges(),
+                ElementsAre(Pair(1, false), Pair(3, false), Pair(3, true), Pair(1, true)));
+    EXPECT_EQ(pauses, 0);
+}
+
+TEST_F(WatchdogServiceTest, whatWasSwitchedOnAgainIsNotTouched) {
+    serve({off(1, 1), on(2, 1)});
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)));
+}
+
+TEST_F(WatchdogServiceTest, whatCouldNotBeSwitchedOnStaysItsDuty) {
+    server.switchFromOutside(1, false);
+    lifecycle.refuse(1, serverStatus::cannotComplete);
+    pausesUntilAccepted = 1;
+    EXPECT_THAT(serve({alreadyOff(1), on(1, 1)}), ElementsAre(ready, answer(1, 1004)));
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(WatchdogServiceTest, whatCouldNotBeSwitchedOffIsNotSwitchedOn) {
+    lifecycle.refuse(1, serverStatus::cannotComplete);
+    serve({off(1, 1)});
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
+}
+
+TEST_F(WatchdogServiceTest, aDisplayThatAnotherSwitchedOffIsNotItsBusiness) {
+    server.switchFromOutside(2, false);
+    serve({off(1, 1)});
+    EXPECT_TRUE(isOn(1));
+    EXPECT_FALSE(isOn(2));
+}
+
+TEST_F(WatchdogServiceTest, whatItWasToldIsOffIsItsDutyToo) {
+    server.switchFromOutside(2, false);
+    EXPECT_THAT(serve({alreadyOff(2)}), ElementsAre(ready));
+    EXPECT_TRUE(isOn(2));
+}
+
+TEST_F(WatchdogServiceTest, aServerThatRefusesAtFirstIsAskedAgain) {
+    server.switchFromOutside(1, false);
+    lifecycle.refuse(1, serverStatus::cannotComplete);
+    pausesUntilAccepted = 3;
+    serve({alreadyOff(1), alreadyOff(2)});
+    EXPECT_TRUE(isOn(1));
+    EXPECT_EQ(pauses, 3);
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(2, true), Pair(1, true)));
+}
+
+TEST_F(WatchdogServiceTest, aServerThatAlwaysRefusesIsLeftAloneAfterAFewSeconds) {
+    server.switchFromOutside(1, false);
+    lifecycle.refuse(1, serverStatus::notImplemented);
+    serve({off(1, 2), alreadyOff(1)});
+    EXPECT_TRUE(isOn(2)) << "the others must not wait for it";
+    EXPECT_EQ(paused, (WatchdogService::attempts - 1) * WatchdogService::retryInterval);
+    EXPECT_LE(paused, std::chrono::seconds(5));
+}
+
+TEST_F(WatchdogServiceTest,
+       whatIsNoMessageEndsTheConversationAndChangesNothingUntilTheOtherIsGone) {
+    EXPECT_THAT(serve({NoMessage::malformed, off(1, 1)}), ElementsAre(ready));
+    EXPECT_TRUE(hungUp);
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
+}
+
+TEST_F(WatchdogServiceTest, itsDutyIsDoneAlsoAfterWhatIsNoMessage) {
+    serve({off(1, 1), NoMessage::malformed});
+    EXPECT_TRUE(hungUp);
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(WatchdogServiceTest, whatOnlyAGuardMaySayEndsTheConversationToo) {
+    for (const Message& message : {ready, answer(1, 0)}) {
+        EXPECT_THAT(serve({message, off(1, 1)}), ElementsAre(ready));
+        EXPECT_TRUE(hungUp);
+        EXPECT_THAT(server.takeChanges(), IsEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace tavrel::watchdog

@@ -1,0 +1,115 @@
+#include "watchdog/protocol/MessageSocket.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace tavrel::watchdog {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = Message::Kind;
+
+class MessageSocketTest : public testing::Test {
+protected:
+    MessageSocketTest() : MessageSocketTest(makeSocketPair()) {}
+
+    /// Bytes that no message socket would send.
+    void sendRaw(std::span<const std::uint8_t> bytes) const {
+        ASSERT_EQ(::send(theirs->descriptor(), bytes.data(), bytes.size(), 0),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+
+    MessageSocket ours;
+    std::optional<MessageSocket> theirs;
+
+private:
+    using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
+    explicit MessageSocketTest(Ends ends)
+        : ours(std::move(ends.value().first)), theirs(std::move(ends.value().second)) {}
+};
+
+TEST_F(MessageSocketTest, whatIsSentArrivesInOrder) {
+    const Message first{.kind = Kind::switchOff, .id = 1, .display = 2};
+    const Message second{.kind = Kind::goodbye};
+    EXPECT_TRUE(theirs->send(first));
+    EXPECT_TRUE(theirs->send(second));
+    EXPECT_EQ(ours.receive(), Received(first));
+    EXPECT_EQ(ours.receive(), Received(second));
+}
+
+TEST_F(MessageSocketTest, whatWasSentBeforeTheEndStillArrives) {
+    theirs->send({.kind = Kind::goodbye});
+    theirs.reset();
+    EXPECT_EQ(ours.receive(), Received(Message{.kind = Kind::goodbye}));
+    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+}
+
+TEST_F(MessageSocketTest, theEndOfAPeerThatDidNotReadAllIsAnEndLikeAnyOther) {
+    ours.send({.kind = Kind::ready});
+    theirs.reset();
+    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+}
+
+TEST_F(MessageSocketTest, sendingToAPeerThatIsGoneFailsWithoutASignal) {
+    theirs.reset();
+    EXPECT_FALSE(ours.send({.kind = Kind::ready}));
+}
+
+TEST_F(MessageSocketTest, anEndInTheMiddleOfAMessageIsAnEndWithoutIt) {
+    const MessageBytes bytes = encode({.kind = Kind::goodbye});
+    sendRaw(std::span(bytes).first(7));
+    theirs.reset();
+    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+}
+
+TEST_F(MessageSocketTest, whatIsNoMessageIsMalformedForGood) {
+    MessageBytes bytes = encode({.kind = Kind::goodbye});
+    bytes[4] = 9;
+    sendRaw(bytes);
+    theirs->send({.kind = Kind::goodbye});
+    EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
+    EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
+}
+
+TEST_F(MessageSocketTest, patienceEnds) {
+    EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut));
+    EXPECT_EQ(ours.receive(20ms), Received(NoMessage::timedOut));
+}
+
+TEST_F(MessageSocketTest, halfAMessageIsKeptUntilTheOtherHalfComes) {
+    const MessageBytes bytes = encode({.kind = Kind::goodbye});
+    sendRaw(std::span(bytes).first(13));
+    EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut));
+    sendRaw(std::span(bytes).subspan(13));
+    EXPECT_EQ(ours.receive(0ms), Received(Message{.kind = Kind::goodbye}));
+}
+
+TEST_F(MessageSocketTest, hangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) {
+    // More than is ever on its way, so that it has to be read for the sender to go on.
+    const std::vector<std::uint8_t> noise(1'000'000, 0x55);
+    std::optional<Received> seen;
+    std::thread other([&] {
+        seen = theirs->receive();
+        sendRaw(noise);
+        theirs.reset();
+    });
+    ours.hangUp();
+    other.join();
+    EXPECT_EQ(seen, Received(NoMessage::gone));
+    EXPECT_FALSE(theirs.has_value());
+}
+
+TEST_F(MessageSocketTest, programsThatAreStartedGetNeitherEnd) {
+    for (const int descriptor : {ours.descriptor(), theirs->descriptor()}) {
+        EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    }
+}
+
+}  // namespace
+}  // namespace tavrel::watchdog

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "watchdog/application/RunningWatchdog.h"
+
+namespace tavrel::watchdog {
+
+/// A guard that is a child process: out of the reach of a terminal's signals and of
+/// signals to the application's process group, with none of its files but the connection.
+class WatchdogProcess : public RunningWatchdog {
+public:
+    /// Runs `executable`, passing it the number of its end of the connection. Null when the
+    /// system cannot; an executable that ends at once may also show as a lost connection.
+    static std::unique_ptr<WatchdogProcess> start(const std::filesystem::path& executable);
+
+    WatchdogProcess(FileDescriptor link, pid_t pid);
+    ~WatchdogProcess() override;
+    WatchdogProcess(const WatchdogProcess&) = delete;
+    WatchdogProcess& operator=(const WatchdogProcess&) = delete;
+
+    MessageSocket& link() override { return *link_; }
+    void kill() override;
+
+    pid_t pid() const { return pid_; }
+
+private:
+    /// Without a value once closed.
+    std::optional<MessageSocket> link_;
+    pid_t pid_;
+    bool isReaped_ = false;
+};
+
+}  // namespace tavrel::watchdog

@@ -1,0 +1,30 @@
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include "watchdog/program/ProcessSetup.h"
+#include "watchdog/program/WatchdogService.h"
+#include "watchdog/program/WindowServer.h"
+#include "watchdog/protocol/MessageSocket.h"
+
+int main(int argc, char** argv) {
+    using namespace tavrel;
+    const std::optional<int> inherited =
+        watchdog::inheritedSocket({argv, static_cast<size_t>(argc)});
+    if (!inherited) {
+        std::cerr
+            << "usage: display-watchdog DESCRIPTOR (started by tavrel, with a connection to it)\n";
+        return 2;
+    }
+    watchdog::MessageSocket application(watchdog::leaveSurroundings(*inherited));
+    const std::shared_ptr<DisplaySwitch> displays = watchdog::makeDisplaySwitch();
+    watchdog::WatchdogService(*displays, application, [](std::chrono::milliseconds time) {
+        std::this_thread::sleep_for(time);
+    }).run();
+    return EXIT_SUCCESS;
+}

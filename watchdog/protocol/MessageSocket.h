@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "platform/posix/FileDescriptor.h"
+#include "watchdog/protocol/MessageChannel.h"
+#include "watchdog/protocol/MessageReader.h"
+
+namespace tavrel::watchdog {
+
+/// A conversation over a connected stream socket. A lost peer is an answer here, never a
+/// signal.
+class MessageSocket : public MessageChannel {
+public:
+    explicit MessageSocket(FileDescriptor socket);
+
+    bool send(const Message& message) override;
+    Received receive() override { return receiveUntil(std::nullopt); }
+    void hangUp() override;
+
+    /// Waits no longer than `patience`; 0 takes only what is there already.
+    Received receive(std::chrono::milliseconds patience);
+
+    /// Readable when `receive` would not have to wait for the message's first byte.
+    int descriptor() const { return socket_.number(); }
+
+private:
+    using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+    Received receiveUntil(Deadline deadline);
+    bool becomesReadable(Deadline deadline) const;
+
+    FileDescriptor socket_;
+    MessageReader reader_;
+};
+
+/// The two ends of a new connection that nobody else can reach. Neither stays open in
+/// programs that this one starts. Nothing when the system is out of descriptors.
+std::optional<std::pair<FileDescriptor, FileDescriptor>> makeSocketPair();
+
+}  // namespace tavrel::watchdog
