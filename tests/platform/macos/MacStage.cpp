@@ -20,25 +20,24 @@ using support::AccessibleElement;
 using support::ChildProcess;
 using support::waitUntil;
 
-/// Ascending like the rows of the window; numbers like the window server's.
+/// Ascending, as the window sorts its rows by identifier.
 DisplayID identifierOf(Display display) {
     return 2 + static_cast<DisplayID>(display);
 }
 
-std::uint64_t state(unsigned number, bool holds) {
-    return std::uint64_t{holds} << number;
-}
-
-AccessibleElement elementOf(const json& told) {
+AccessibleElement elementOf(const json& description) {
+    /// Numbered as the accessibility bus does.
+    const auto state = [&](unsigned number, const char* name) {
+        return std::uint64_t{description.at(name).get<bool>()} << number;
+    };
     AccessibleElement element;
-    element.name = told.at("name");
-    element.role = told.at("role");
-    const json& bounds = told.at("bounds");
+    element.name = description.at("name");
+    element.role = description.at("role");
+    const json& bounds = description.at("bounds");
     element.bounds = {bounds.at(0), bounds.at(1), bounds.at(2), bounds.at(3)};
-    element.parent = told.at("parent");
-    element.states = state(3, told.at("busy")) | state(4, told.at("checked")) |
-                     state(8, told.at("enabled")) | state(24, told.at("enabled")) |
-                     state(25, told.at("showing"));
+    element.parent = description.at("parent");
+    element.states = state(3, "busy") | state(4, "checked") | state(8, "enabled") |
+                     state(24, "enabled") | state(25, "showing");
     return element;
 }
 
@@ -50,7 +49,7 @@ std::optional<AccessibleElement> find(const std::vector<AccessibleElement>& all,
     return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
-/// `link` is then the application's alone, so that its death shows at the other end.
+/// Takes `link`, so that the application alone has it and its death shows at the other end.
 std::unique_ptr<ChildProcess> start(FileDescriptor link, const std::filesystem::path& folder) {
     ChildProcess::Options options;
     options.command = {TAVREL_MAC_PROGRAM};
@@ -88,16 +87,14 @@ void MacStage::startApplication() {
                             [](const Row& row) { return row.isBusy; });
     });
     if (!isUp) {
-        throw std::runtime_error("the application does not come up: " +
-                                 support::readFile(folder_.path() / "err"));
+        fail("the application does not come up");
     }
 }
 
 void MacStage::quitApplication() {
     application_->signal(SIGTERM);
     if (application_->waitForEnd() != ChildProcess::Ending{0, std::nullopt}) {
-        throw std::runtime_error("the application does not quit: " +
-                                 support::readFile(folder_.path() / "err"));
+        fail("the application does not quit");
     }
 }
 
@@ -123,17 +120,17 @@ void MacStage::pressWake() {
 }
 
 void MacStage::pressHotKey() {
-    if (!tell({{"do", "press hot key"}, {"key", 13}, {"modifiers", 0x1900}})) {
+    if (!command({{"do", "press hot key"}, {"key", 13}, {"modifiers", 0x1900}})) {
         throw std::runtime_error("the chord is not registered");
     }
 }
 
 bool MacStage::closeWindow() {
-    return tell({{"do", "close window"}});
+    return command({{"do", "close window"}});
 }
 
 void MacStage::clickDock() {
-    tell({{"do", "click dock"}});
+    command({{"do", "click dock"}});
 }
 
 void MacStage::switchElsewhere(const std::vector<Display>& displays, bool on) {
@@ -158,26 +155,27 @@ bool MacStage::await(const std::function<bool()>& condition) {
     return waitUntil(condition);
 }
 
-json MacStage::tell(const json& order) {
-    const std::string line = order.dump() + "\n";
+void MacStage::fail(const std::string& what) const {
+    throw std::runtime_error(what + ": " + support::readFile(folder_.path() / "err"));
+}
+
+json MacStage::command(const json& what) {
+    const std::string line = what.dump() + "\n";
     std::string answer;
     char next = 0;
-    if (send(link_->number(), line.data(), line.size(), MSG_NOSIGNAL) < 0) {
-        throw std::runtime_error("the application has gone");
-    }
+    send(link_->number(), line.data(), line.size(), MSG_NOSIGNAL);
     while (recv(link_->number(), &next, 1, 0) == 1 && next != '\n') {
         answer += next;
     }
     if (next != '\n') {
-        throw std::runtime_error("the application has gone: " +
-                                 support::readFile(folder_.path() / "err"));
+        fail("the application has gone");
     }
     return json::parse(answer);
 }
 
 std::vector<AccessibleElement> MacStage::elements() {
     std::vector<AccessibleElement> result;
-    for (const json& each : tell({{"do", "look"}})) {
+    for (const json& each : command({{"do", "look"}})) {
         result.push_back(elementOf(each));
     }
     return result;
@@ -188,7 +186,7 @@ void MacStage::click(const std::function<std::optional<AccessibleElement>()>& fi
     if (!waitUntil([&] { return (target = find()).has_value(); })) {
         throw std::runtime_error("there is nothing to click on");
     }
-    tell({{"do", "click"}, {"x", target->bounds.centreX()}, {"y", target->bounds.centreY()}});
+    command({{"do", "click"}, {"x", target->bounds.centreX()}, {"y", target->bounds.centreY()}});
 }
 
 }  // namespace tavrel::scenario

@@ -14,8 +14,8 @@
 
 namespace tavrel::scenario {
 
-/// The application as it is composed for a Mac, with its guard, each in a process of its
-/// own on one simulated Mac. Its window is on no screen; clicks and looks are handed to it.
+/// The application as it is composed for a Mac, and its helper, in two processes on one
+/// simulated Mac. Its window is on no screen; a remote control in it clicks and looks.
 class MacStage : public Stage {
 public:
     /// All displays are monitors, like `display`. Throws std::runtime_error when the
@@ -42,14 +42,16 @@ public:
     simulatedMac::SharedState& mac() { return mac_; }
     const support::ChildProcess& application() const { return *application_; }
 
-    /// The window's red button; false if there is no window.
+    /// Clicks the window's red button. Returns false when there is no window.
     bool closeWindow();
-    /// The application's icon in the Dock.
+    /// Clicks the application's icon in the Dock.
     void clickDock();
 
 private:
-    /// What the application answers. Throws std::runtime_error when it has gone.
-    nlohmann::json tell(const nlohmann::json& order);
+    /// Throws std::runtime_error, with what the application has written to its errors.
+    [[noreturn]] void fail(const std::string& what) const;
+    /// Has the application's remote control do something and returns its answer.
+    nlohmann::json command(const nlohmann::json& what);
     std::vector<support::AccessibleElement> elements();
     void click(const std::function<std::optional<support::AccessibleElement>()>& find);
 
