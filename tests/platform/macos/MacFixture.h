@@ -11,17 +11,16 @@
 
 namespace tavrel {
 
-/// A new simulated Mac with a panel and two monitors, all on. At the end nobody may be left
-/// owning a Core Foundation object.
+/// A new simulated Mac with a panel and two monitors, all on. Expects at the end that every
+/// Core Foundation object has been released.
 class MacFixture : public testing::Test {
 protected:
     static constexpr DisplayID panel = 1;
     static constexpr DisplayID monitor = 2;
     static constexpr DisplayID other = 3;
 
-    explicit MacFixture(const simulatedMac::EntryPoints& entryPoints = {}) {
+    MacFixture() {
         reset(mac);
-        mac.with([&](simulatedMac::State& state) { state.entryPoints = entryPoints; });
         connect(mac, {.id = panel, .builtIn = true});
         connect(mac, {.id = monitor});
         connect(mac, {.id = other});

@@ -5,6 +5,7 @@
 
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/simulated/Transactions.h"
+#include "tests/support/NewProcess.h"
 
 namespace tavrel {
 namespace {
@@ -14,39 +15,32 @@ using simulatedMac::Refusals;
 using simulatedMac::State;
 using simulatedMac::takeCalls;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::Optional;
+using testing::SizeIs;
 
 class MacWindowServerTest : public MacFixture {
 protected:
-    void setWhenOff(DisplayID display, Display::WhenOff whenOff) {
-        mac.with([&](State& state) { find(state, display)->whenOff = whenOff; });
-    }
-
     auto allDisplays() { return server.now()->allDisplays(); }
     auto onlineDisplays() { return server.now()->onlineDisplays(); }
 
     MacWindowServer server;
 };
 
-TEST_F(MacWindowServerTest, looksUpBothEntryPointsWhenItIsMade) {
-    // Whoever comes first now would find nothing.
-    mac.with([](State& state) { state.entryPoints = {.inProcess = 0, .hasFramework = false}; });
+TEST_F(MacWindowServerTest, LooksUpBothEntryPointsWhenItIsMade) {
+    mac.with([](State& state) { state.hasEntryPoints = false; });
+
     EXPECT_TRUE(server.canSwitch());
     EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor, other)));
 }
 
-TEST_F(MacWindowServerTest, switchesOffInOneTransactionThatIsCompletedPermanently) {
+TEST_F(MacWindowServerTest, SwitchesOffAndOnInATransactionThatIsCompletedPermanently) {
     EXPECT_EQ(server.setDisplayEnabled(monitor, false), 0);
     EXPECT_THAT(takeCalls(),
                 ElementsAre("CGBeginDisplayConfiguration", "CGSConfigureDisplayEnabled(2, 0)",
                             "CGCompleteDisplayConfiguration(2)"));
     EXPECT_FALSE(isOn(mac, monitor));
-    EXPECT_EQ(simulatedMac::openTransactions(), 0U);
-}
 
-TEST_F(MacWindowServerTest, switchesOnAgain) {
-    server.setDisplayEnabled(monitor, false);
-    takeCalls();
     EXPECT_EQ(server.setDisplayEnabled(monitor, true), 0);
     EXPECT_THAT(takeCalls(),
                 ElementsAre("CGBeginDisplayConfiguration", "CGSConfigureDisplayEnabled(2, 1)",
@@ -54,51 +48,32 @@ TEST_F(MacWindowServerTest, switchesOnAgain) {
     EXPECT_TRUE(isOn(mac, monitor));
 }
 
-TEST_F(MacWindowServerTest, givesUpWhenATransactionCannotBegin) {
-    refuse(&Refusals::begin, 1002);
-    EXPECT_EQ(server.setDisplayEnabled(monitor, false), 1002);
-    EXPECT_THAT(takeCalls(), ElementsAre("CGBeginDisplayConfiguration"));
-    EXPECT_TRUE(isOn(mac, monitor));
-}
-
-TEST_F(MacWindowServerTest, cancelsWhenTheDisplayIsRefusedAndHandsBackThatStatus) {
-    refuse(&Refusals::configure, 1010);
+TEST_F(MacWindowServerTest, HandsBackTheStatusOfTheStepThatIsRefusedAndLeavesNothingOpen) {
     refuse(&Refusals::cancel, 1000);
-    EXPECT_EQ(server.setDisplayEnabled(monitor, false), 1010);
-    EXPECT_THAT(takeCalls(),
-                ElementsAre("CGBeginDisplayConfiguration", "CGSConfigureDisplayEnabled(2, 0)",
-                            "CGCancelDisplayConfiguration"));
+    for (const auto refused : {&Refusals::begin, &Refusals::configure, &Refusals::complete}) {
+        refuse(refused, 1010);
+        EXPECT_EQ(server.setDisplayEnabled(monitor, false), 1010);
+        refuse(refused, 0);
+    }
+    EXPECT_EQ(server.setDisplayEnabled(77, false), 1001) << "which the server does not know";
+
     EXPECT_TRUE(isOn(mac, monitor));
     EXPECT_EQ(simulatedMac::openTransactions(), 0U);
 }
 
-TEST_F(MacWindowServerTest, cancelsForADisplayThatTheServerDoesNotKnow) {
-    EXPECT_EQ(server.setDisplayEnabled(77, false), 1001);
-    EXPECT_THAT(takeCalls(),
-                ElementsAre("CGBeginDisplayConfiguration", "CGSConfigureDisplayEnabled(77, 0)",
-                            "CGCancelDisplayConfiguration"));
-}
-
-TEST_F(MacWindowServerTest, handsBackTheStatusOfACompletionThatFails) {
-    refuse(&Refusals::complete, 1004);
-    EXPECT_EQ(server.setDisplayEnabled(monitor, false), 1004);
-    EXPECT_THAT(takeCalls(),
-                ElementsAre("CGBeginDisplayConfiguration", "CGSConfigureDisplayEnabled(2, 0)",
-                            "CGCompleteDisplayConfiguration(2)"));
-    EXPECT_TRUE(isOn(mac, monitor));
-}
-
-TEST_F(MacWindowServerTest, changesOneDisplayAtATime) {
+TEST_F(MacWindowServerTest, ChangesOneDisplayAtATime) {
     constexpr int rounds = 50;
-    const auto switchAbout = [this](DisplayID display) {
+    const auto switchRepeatedly = [this](DisplayID display) {
         for (int i = 0; i < rounds; ++i) {
             server.setDisplayEnabled(display, i % 2 == 1);
         }
     };
-    std::thread one(switchAbout, monitor);
-    std::thread two(switchAbout, other);
+
+    std::thread one(switchRepeatedly, monitor);
+    std::thread two(switchRepeatedly, other);
     one.join();
     two.join();
+
     const std::vector<std::string> calls = takeCalls();
     ASSERT_EQ(calls.size(), 2U * rounds * 3);
     for (std::size_t i = 0; i < calls.size(); i += 3) {
@@ -107,8 +82,9 @@ TEST_F(MacWindowServerTest, changesOneDisplayAtATime) {
     }
 }
 
-TEST_F(MacWindowServerTest, aDisplayThatIsOffLeavesThePublicListOnly) {
+TEST_F(MacWindowServerTest, FindsADisplayThatIsOffInThePrivateListOnly) {
     server.setDisplayEnabled(monitor, false);
+
     EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor, other)));
     EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, other)));
     EXPECT_FALSE(server.now()->isOnline(monitor));
@@ -116,50 +92,42 @@ TEST_F(MacWindowServerTest, aDisplayThatIsOffLeavesThePublicListOnly) {
     EXPECT_EQ(server.now()->serialNumber(monitor), 3U);
 }
 
-TEST_F(MacWindowServerTest, aDisplayThatIsOffMayLeaveBothListsAndIsSwitchedOnAllTheSame) {
-    setWhenOff(monitor, Display::WhenOff::vanishes);
+TEST_F(MacWindowServerTest, SwitchesOnADisplayThatHasLeftBothLists) {
+    mac.with([](State& state) { find(state, monitor)->whenOff = Display::WhenOff::vanishes; });
+
     server.setDisplayEnabled(monitor, false);
     EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, other)));
     EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, other)));
     EXPECT_FALSE(server.now()->isOnline(monitor));
+
     EXPECT_EQ(server.setDisplayEnabled(monitor, true), 0);
     EXPECT_TRUE(server.now()->isOnline(monitor));
 }
 
-TEST_F(MacWindowServerTest, answersQuestionsAsTheServerDoes) {
-    EXPECT_TRUE(server.now()->isBuiltIn(panel));
-    EXPECT_FALSE(server.now()->isBuiltIn(monitor));
-    EXPECT_TRUE(server.now()->isOnline(monitor));
-    EXPECT_TRUE(server.now()->isActive(monitor));
-    EXPECT_EQ(server.now()->vendorNumber(monitor), 1U);
-    EXPECT_EQ(server.now()->modelNumber(monitor), 2U);
-    EXPECT_EQ(server.now()->serialNumber(monitor), 3U);
+TEST_F(MacWindowServerTest, AnswersQuestionsAsTheServerDoes) {
+    const auto moment = server.now();
+
+    EXPECT_TRUE(moment->isBuiltIn(panel));
+    EXPECT_FALSE(moment->isBuiltIn(monitor));
+    EXPECT_TRUE(moment->isOnline(monitor));
+    EXPECT_TRUE(moment->isActive(monitor));
+    EXPECT_EQ(moment->vendorNumber(monitor), 1U);
+    EXPECT_EQ(moment->modelNumber(monitor), 2U);
+    EXPECT_EQ(moment->serialNumber(monitor), 3U);
 }
 
-TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotBuiltIn) {
-    EXPECT_FALSE(server.now()->isBuiltIn(77));
-}
-
-TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotOnline) {
-    EXPECT_FALSE(server.now()->isOnline(77));
-}
-
-TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowIsNotActive) {
-    EXPECT_FALSE(server.now()->isActive(77));
-}
-
-TEST_F(MacWindowServerTest, anIdentifierThatTheServerDoesNotKnowHasNumbersZero) {
-    EXPECT_EQ(server.now()->vendorNumber(77), 0U);
-    EXPECT_EQ(server.now()->modelNumber(77), 0U);
-    EXPECT_EQ(server.now()->serialNumber(77), 0U);
-}
-
-TEST_F(MacWindowServerTest, aPulledDisplayIsNoLongerKnown) {
+TEST_F(MacWindowServerTest, AnswersNoAndZeroForADisplayThatTheServerDoesNotKnow) {
     disconnect(mac, panel);
-    EXPECT_FALSE(server.now()->isBuiltIn(panel));
-    EXPECT_FALSE(server.now()->isOnline(panel));
-    EXPECT_FALSE(server.now()->isActive(panel));
-    EXPECT_EQ(server.now()->vendorNumber(panel), 0U);
+    const auto moment = server.now();
+
+    for (const DisplayID unknown : {panel, DisplayID{77}}) {
+        EXPECT_FALSE(moment->isBuiltIn(unknown));
+        EXPECT_FALSE(moment->isOnline(unknown));
+        EXPECT_FALSE(moment->isActive(unknown));
+        EXPECT_EQ(moment->vendorNumber(unknown), 0U);
+        EXPECT_EQ(moment->modelNumber(unknown), 0U);
+        EXPECT_EQ(moment->serialNumber(unknown), 0U);
+    }
 }
 
 TEST_F(MacWindowServerTest, AsksEachQuestionWhenItIsPut) {
@@ -172,16 +140,12 @@ TEST_F(MacWindowServerTest, AsksEachQuestionWhenItIsPut) {
 }
 
 TEST_F(MacWindowServerTest, AsksForAtMost64OfAllDisplays) {
-    takeCalls();
-
     allDisplays();
 
     EXPECT_THAT(takeCalls(), ElementsAre("CGSGetDisplayList(64)"));
 }
 
-TEST_F(MacWindowServerTest, AsksHowManyAreOnlineAndThenForThatMany) {
-    takeCalls();
-
+TEST_F(MacWindowServerTest, AsksHowManyDisplaysAreOnlineAndThenForThatMany) {
     onlineDisplays();
 
     EXPECT_THAT(takeCalls(), ElementsAre("CGGetOnlineDisplayList(0)", "CGGetOnlineDisplayList(3)"));
@@ -201,19 +165,36 @@ TEST_F(MacWindowServerTest, HasNoListWhenTheServerRefusesIt) {
 }
 
 TEST_F(MacWindowServerTest, TakesNoMoreEntriesThanItAskedForWhateverTheServerClaims) {
-    refuse(&Refusals::claimed, 1000);
+    mac.with([](State& state) { state.claimedTooMany = 1000; });
 
     EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, monitor, other)));
-    const auto all = allDisplays();
-    ASSERT_TRUE(all.has_value());
-    EXPECT_EQ(all->size(), 64U);
+    EXPECT_THAT(allDisplays(), Optional(SizeIs(64)));
 }
 
 TEST_F(MacWindowServerTest, TakesOnlyTheEntriesThatTheServerSaysItWrote) {
-    refuse(&Refusals::claimed, -1);
+    mac.with([](State& state) { state.claimedTooMany = -1; });
 
     EXPECT_THAT(onlineDisplays(), Optional(ElementsAre(panel, monitor)));
     EXPECT_THAT(allDisplays(), Optional(ElementsAre(panel, monitor)));
+}
+
+using MacEntryPointsTest = MacFixture;
+
+TEST_F(MacEntryPointsTest, BeginsNoTransactionWithoutTheEntryPoints) {
+    support::inNewProcess([this] {
+        mac.with([](State& state) { state.hasEntryPoints = false; });
+
+        MacWindowServer server;
+        EXPECT_THAT(takeCalls(), ElementsAre("dlopen(/System/Library/PrivateFrameworks/"
+                                             "SkyLight.framework/SkyLight, 5)"));
+
+        EXPECT_FALSE(server.canSwitch());
+        EXPECT_EQ(server.setDisplayEnabled(monitor, false), 1006);
+        EXPECT_EQ(server.setDisplayEnabled(monitor, true), 1006);
+        EXPECT_EQ(server.now()->allDisplays(), std::nullopt);
+        EXPECT_THAT(takeCalls(), IsEmpty());
+        EXPECT_TRUE(isOn(mac, monitor));
+    });
 }
 
 }  // namespace

@@ -104,12 +104,14 @@ CGError CGGetOnlineDisplayList(std::uint32_t maxDisplays, CGDirectDisplayID* dis
                 online.push_back(each.id);
             }
         }
-        if (displays != nullptr) {
-            online.resize(std::min<std::size_t>(online.size(), maxDisplays));
-            std::copy(online.begin(), online.end(), displays);
+        if (displays == nullptr) {
+            *count = static_cast<std::uint32_t>(online.size());
+            return kCGErrorSuccess;
         }
-        const std::int32_t claimed = displays == nullptr ? 0 : refusals.claimed;
-        *count = static_cast<std::uint32_t>(static_cast<std::int32_t>(online.size()) + claimed);
+        online.resize(std::min<std::size_t>(online.size(), maxDisplays));
+        std::copy(online.begin(), online.end(), displays);
+        *count = static_cast<std::uint32_t>(online.size()) +
+                 static_cast<std::uint32_t>(state.claimedTooMany);
         return kCGErrorSuccess;
     });
 }

@@ -41,36 +41,20 @@ struct Refusals {
     std::int32_t configure = 0;
     std::int32_t cancel = 0;
     std::int32_t complete = 0;
-    /// The question how many displays are online, and the one which.
+    /// How many displays are online.
     std::int32_t onlineCount = 0;
+    /// Which displays are online.
     std::int32_t onlineList = 0;
     std::int32_t privateList = 0;
     std::int32_t registerCallback = 0;
     std::int32_t installEventHandler = 0;
     std::int32_t registerHotKey = 0;
-    /// How many more entries a list claims to have written than it has; fewer if negative.
-    std::int32_t claimed = 0;
     /// While it is refused, preferences are kept but not written to the disk.
     std::int32_t synchronize = 0;
 };
 
 /// The kind of call that a refusal is about.
 using Refusal = std::int32_t Refusals::*;
-
-/// The private entry points, as bits of a set.
-namespace entryPoint {
-inline constexpr std::uint32_t cgsConfigure = 1;
-inline constexpr std::uint32_t slsConfigure = 2;
-inline constexpr std::uint32_t slsList = 4;
-inline constexpr std::uint32_t cgsList = 8;
-}  // namespace entryPoint
-
-/// Which private entry points there are, and where.
-struct EntryPoints {
-    std::uint32_t inProcess = entryPoint::cgsConfigure | entryPoint::cgsList;
-    bool hasFramework = true;
-    std::uint32_t inFramework = entryPoint::slsConfigure | entryPoint::slsList;
-};
 
 struct Report {
     DisplayID display = 0;
@@ -95,7 +79,10 @@ struct State {
     /// Whether a display that is switched is also reported as added or removed.
     bool switchesComeAndGo = false;
     Refusals refusals{};
-    EntryPoints entryPoints{};
+    /// How many more entries a list claims to have written than it has; fewer if negative.
+    std::int32_t claimedTooMany = 0;
+    /// Whether the private entry points are there.
+    bool hasEntryPoints = true;
     /// All reports ever made are numbered. The newest are here, each at its number modulo
     /// the size.
     std::array<Report, 1024> reports{};

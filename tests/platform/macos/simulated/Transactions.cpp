@@ -1,5 +1,5 @@
-// The window server's transactions, the private entry points, and the loader by which those
-// are found, which stands in for the real one.
+// The window server's transactions, its private entry points, and a loader in place of the
+// real one, which finds those in the process and cannot open their framework.
 #include "tests/platform/macos/simulated/Transactions.h"
 
 #include <CoreGraphics/CoreGraphics.h>
@@ -43,9 +43,10 @@ std::unique_ptr<SimulatedTransaction> close(CGDisplayConfigRef configuration) {
     return node.empty() ? nullptr : std::move(node.mapped());
 }
 
-std::int32_t configure(const char* name, void* configuration, std::uint32_t display,
-                       std::int32_t enabled) {
-    note(name + ("(" + std::to_string(display)) + ", " + std::to_string(enabled) + ")");
+std::int32_t configureDisplayEnabled(void* configuration, std::uint32_t display,
+                                     std::int32_t enabled) {
+    note("CGSConfigureDisplayEnabled(" + std::to_string(display) + ", " + std::to_string(enabled) +
+         ")");
     if (const std::int32_t status = refusal(&Refusals::configure)) {
         return status;
     }
@@ -65,9 +66,8 @@ std::int32_t configure(const char* name, void* configuration, std::uint32_t disp
     return kCGErrorSuccess;
 }
 
-std::int32_t list(const char* name, std::uint32_t maxCount, std::uint32_t* displays,
-                  std::uint32_t* count) {
-    note(name + ("(" + std::to_string(maxCount)) + ")");
+std::int32_t getDisplayList(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
+    note("CGSGetDisplayList(" + std::to_string(maxCount) + ")");
     return SharedState::ofThisProcess().with([&](State& state) {
         if (state.refusals.privateList != 0) {
             return state.refusals.privateList;
@@ -81,54 +81,10 @@ std::int32_t list(const char* name, std::uint32_t maxCount, std::uint32_t* displ
                 displays[(*count)++] = each.id;
             }
         }
-        *count += static_cast<std::uint32_t>(state.refusals.claimed);
+        *count += static_cast<std::uint32_t>(state.claimedTooMany);
         return std::int32_t{kCGErrorSuccess};
     });
 }
-
-constexpr char cgsConfigure[] = "CGSConfigureDisplayEnabled";
-constexpr char slsConfigure[] = "SLSConfigureDisplayEnabled";
-constexpr char slsList[] = "SLSGetDisplayList";
-constexpr char cgsList[] = "CGSGetDisplayList";
-
-template <const char* name>
-std::int32_t configureAs(void* configuration, std::uint32_t display, std::int32_t enabled) {
-    return configure(name, configuration, display, enabled);
-}
-
-template <const char* name>
-std::int32_t listAs(std::uint32_t maxCount, std::uint32_t* displays, std::uint32_t* count) {
-    return list(name, maxCount, displays, count);
-}
-
-/// The entry point of this name if it is one of those `offered`; else null.
-void* findEntryPoint(std::uint32_t offered, std::string_view name) {
-    struct Entry {
-        const char* name;
-        std::uint32_t bit;
-        void* address;
-    };
-    const Entry entries[] = {
-        {cgsConfigure, entryPoint::cgsConfigure,
-         reinterpret_cast<void*>(&configureAs<cgsConfigure>)},
-        {slsConfigure, entryPoint::slsConfigure,
-         reinterpret_cast<void*>(&configureAs<slsConfigure>)},
-        {slsList, entryPoint::slsList, reinterpret_cast<void*>(&listAs<slsList>)},
-        {cgsList, entryPoint::cgsList, reinterpret_cast<void*>(&listAs<cgsList>)},
-    };
-    for (const Entry& each : entries) {
-        if (each.name == name && (offered & each.bit) != 0) {
-            return each.address;
-        }
-    }
-    return nullptr;
-}
-
-EntryPoints entryPoints() {
-    return SharedState::ofThisProcess().with([](State& state) { return state.entryPoints; });
-}
-
-char framework;  // NOLINT(*-avoid-non-const-global-variables): only its address counts
 
 }  // namespace
 
@@ -141,17 +97,23 @@ std::size_t openTransactions() {
 
 void* DynamicLoader::open(const char* path, int mode) {
     simulatedMac::note(std::string("dlopen(") + path + ", " + std::to_string(mode) + ")");
-    return simulatedMac::entryPoints().hasFramework ? &simulatedMac::framework : nullptr;
+    return nullptr;
 }
 
 void* DynamicLoader::findInProcess(const char* symbol) {
-    return simulatedMac::findEntryPoint(simulatedMac::entryPoints().inProcess, symbol);
+    using namespace simulatedMac;
+    const std::string_view name = symbol;
+    const bool isThere =
+        SharedState::ofThisProcess().with([](State& state) { return state.hasEntryPoints; });
+    return !isThere ? nullptr
+           : name == "CGSConfigureDisplayEnabled"
+               ? reinterpret_cast<void*>(&configureDisplayEnabled)
+           : name == "CGSGetDisplayList" ? reinterpret_cast<void*>(&getDisplayList)
+                                         : nullptr;
 }
 
-void* DynamicLoader::findInLibrary(void* library, const char* symbol) {
-    return library == &simulatedMac::framework
-               ? simulatedMac::findEntryPoint(simulatedMac::entryPoints().inFramework, symbol)
-               : nullptr;
+void* DynamicLoader::findInLibrary(void* /*library*/, const char* /*symbol*/) {
+    return nullptr;
 }
 
 }  // namespace tavrel
