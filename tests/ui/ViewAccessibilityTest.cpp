@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <stdexcept>
 
 #include "tests/ui/ViewTest.h"
 
@@ -60,11 +61,17 @@ protected:
         }
         return nullptr;
     }
+    QAccessibleInterface& get(Role role, const QString& name) const {
+        if (QAccessibleInterface* found = find(role, name)) {
+            return *found;
+        }
+        throw std::out_of_range("nothing called " + name.toStdString());
+    }
     QAccessible::State state(Role role, const QString& name) const {
-        return find(role, name)->state();
+        return get(role, name).state();
     }
     void act(Role role, const QString& name, const QString& action) const {
-        find(role, name)->actionInterface()->doAction(action);
+        get(role, name).actionInterface()->doAction(action);
     }
 
     const QString press = QAccessibleActionInterface::pressAction();
@@ -110,14 +117,14 @@ TEST_F(ViewAccessibilityTest, SwitchesTellTheirStateAndWhetherTheyMayBeUsed) {
     EXPECT_TRUE(panel.checkable);
     EXPECT_TRUE(panel.checked);
     EXPECT_TRUE(panel.disabled);
-    EXPECT_EQ(find(Role::CheckBox, "MacBook Display power")->text(QAccessible::Description),
+    EXPECT_EQ(get(Role::CheckBox, "MacBook Display power").text(QAccessible::Description),
               "At least one display must stay on");
 
     const QAccessible::State external = state(Role::CheckBox, "External Display power");
     EXPECT_FALSE(external.checked);
     EXPECT_FALSE(external.disabled);
     EXPECT_TRUE(external.focusable);
-    EXPECT_EQ(find(Role::CheckBox, "External Display power")->text(QAccessible::Description),
+    EXPECT_EQ(get(Role::CheckBox, "External Display power").text(QAccessible::Description),
               "Enable or disable External Display");
 }
 
@@ -127,7 +134,7 @@ TEST_F(ViewAccessibilityTest, ASwitchCanBePressedAndToggled) {
 
     for (const QString& action : {toggle, press}) {
         const bool wasOn = state(Role::CheckBox, name).checked;
-        ASSERT_THAT(find(Role::CheckBox, name)->actionInterface()->actionNames(), Contains(action));
+        ASSERT_THAT(get(Role::CheckBox, name).actionInterface()->actionNames(), Contains(action));
 
         act(Role::CheckBox, name, action);
         settle();
