@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "tests/platform/posix/FileUserDefaultsFixture.h"
@@ -7,7 +7,6 @@ namespace tavrel {
 namespace {
 
 using namespace std::string_literals;
-using testing::UnorderedElementsAre;
 
 using DamagedDefaultsTest = FileUserDefaultsTest;
 
@@ -29,19 +28,17 @@ TEST_F(DamagedDefaultsTest, FileThatIsNoObjectIsEmptyAndIsKeptBesideByTheNextWri
         R"({"key":"value","deep":)" + deep + "}",
         R"({"key":"value","big":")" + big + big + big + "\"}"};
     for (const std::string& damage : damages) {
-        support::TemporaryFolder folder;
-        const auto path = folder.path() / "defaults.json";
-        FileUserDefaults store(path);
-        support::writeFile(path, damage);
-        const std::string shown = damage.substr(0, 40);
+        SCOPED_TRACE(damage.substr(0, 40));
+        std::filesystem::remove(beside(".damaged"));
+        write(damage);
 
-        EXPECT_EQ(store.data("key"), std::nullopt) << shown;
-        EXPECT_EQ(support::readFile(path), damage) << shown;
+        EXPECT_EQ(store_.data("key"), std::nullopt);
+        EXPECT_EQ(contents(), damage);
 
-        EXPECT_TRUE(store.setData("other", "new")) << shown;
-        EXPECT_EQ(store.data("other"), "new") << shown;
-        EXPECT_EQ(store.data("key"), std::nullopt) << shown;
-        EXPECT_EQ(support::readFile(path.string() + ".damaged"), damage) << shown;
+        EXPECT_TRUE(store_.setData("other", "new"));
+        EXPECT_EQ(store_.data("other"), "new");
+        EXPECT_EQ(store_.data("key"), std::nullopt);
+        EXPECT_EQ(support::readFile(beside(".damaged")), damage);
     }
 }
 
@@ -51,12 +48,10 @@ TEST_F(DamagedDefaultsTest, EachDamagedFileIsKept) {
         EXPECT_TRUE(store_.setData("key", "value"));
     }
 
-    EXPECT_THAT(names(),
-                UnorderedElementsAre("defaults.json", "defaults.json.lock", "defaults.json.damaged",
-                                     "defaults.json.damaged-2", "defaults.json.damaged-3"));
-    EXPECT_EQ(support::readFile(path_.string() + ".damaged"), "first");
-    EXPECT_EQ(support::readFile(path_.string() + ".damaged-2"), "second");
-    EXPECT_EQ(support::readFile(path_.string() + ".damaged-3"), "third");
+    EXPECT_EQ(names().size(), fileAndLock_.size() + 3);
+    EXPECT_EQ(support::readFile(beside(".damaged")), "first");
+    EXPECT_EQ(support::readFile(beside(".damaged-2")), "second");
+    EXPECT_EQ(support::readFile(beside(".damaged-3")), "third");
 }
 
 TEST_F(DamagedDefaultsTest, RefusedValueLeavesADamagedFileWhereItIs) {
@@ -64,23 +59,25 @@ TEST_F(DamagedDefaultsTest, RefusedValueLeavesADamagedFileWhereItIs) {
 
     EXPECT_FALSE(store_.setData("key", "\xff"));
     EXPECT_EQ(contents(), "damaged");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 TEST_F(DamagedDefaultsTest, FolderInPlaceOfTheFileIsMovedAside) {
     std::filesystem::create_directories(path_ / "inside");
 
     EXPECT_EQ(store_.data("key"), std::nullopt);
+
     EXPECT_TRUE(store_.setData("key", "value"));
     EXPECT_EQ(store_.data("key"), "value");
-    EXPECT_TRUE(std::filesystem::is_directory(path_.string() + ".damaged/inside"));
+    EXPECT_TRUE(std::filesystem::is_directory(beside(".damaged/inside")));
 }
 
-TEST_F(DamagedDefaultsTest, PipeInPlaceOfTheFileDoesNotHoldAnyoneUp) {
+TEST_F(DamagedDefaultsTest, PipeInPlaceOfTheFileBlocksNoOne) {
     std::filesystem::create_directories(path_.parent_path());
     ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
 
     EXPECT_EQ(store_.data("key"), std::nullopt);
+
     EXPECT_TRUE(store_.setData("key", "value"));
     EXPECT_EQ(store_.data("key"), "value");
 }

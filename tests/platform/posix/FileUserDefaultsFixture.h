@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "platform/posix/FileUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,28 +15,32 @@ namespace tavrel {
 /// A store in a folder of its own, which does not exist at first.
 class FileUserDefaultsTest : public testing::Test {
 protected:
+    using Names = std::set<std::string>;
+
     /// Makes the store's file by hand.
     void write(const std::string& text) { support::writeFile(path_, text); }
     std::string contents() const { return support::readFile(path_); }
+    std::filesystem::path beside(const std::string& suffix) const {
+        return path_.string() + suffix;
+    }
 
     /// What is in the store's folder.
-    std::vector<std::string> names() const {
-        std::vector<std::string> names;
+    Names names() const {
+        Names names;
         for (const auto& entry : std::filesystem::directory_iterator(path_.parent_path())) {
-            names.push_back(entry.path().filename().string());
+            names.insert(entry.path().filename().string());
         }
         return names;
     }
 
-    /// Goes on as a user without special rights, who owns the store.
+    /// Gives the store to a user without special rights and becomes that user.
     bool becomeOrdinaryUser() const {
         constexpr uid_t nobody = 65534;
         if (geteuid() != 0) {
             return true;
         }
-        for (const auto& path :
-             {folder_.path(), path_.parent_path().parent_path(), path_.parent_path(), path_,
-              std::filesystem::path(path_.string() + ".lock")}) {
+        for (const auto& path : {folder_.path(), path_.parent_path().parent_path(),
+                                 path_.parent_path(), path_, beside(".lock")}) {
             if (std::filesystem::exists(path) && chown(path.c_str(), nobody, nobody) != 0) {
                 return false;
             }
@@ -44,6 +48,7 @@ protected:
         return setgid(nobody) == 0 && setuid(nobody) == 0;
     }
 
+    const Names fileAndLock_{"defaults.json", "defaults.json.lock"};
     support::TemporaryFolder folder_;
     const std::filesystem::path path_ = folder_.path() / "config" / "tavrel" / "defaults.json";
     FileUserDefaults store_{path_};

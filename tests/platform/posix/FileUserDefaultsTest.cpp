@@ -1,6 +1,6 @@
 #include "platform/posix/FileUserDefaults.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "tests/platform/posix/FileUserDefaultsFixture.h"
@@ -9,15 +9,14 @@ namespace tavrel {
 namespace {
 
 using namespace std::string_literals;
-using testing::UnorderedElementsAre;
 
-mode_t modeOf(const std::filesystem::path& path) {
+unsigned modeOf(const std::filesystem::path& path) {
     struct stat status = {};
     EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 07777;
+    return status.st_mode & 07777U;
 }
 
-TEST_F(FileUserDefaultsTest, FindsNothingWhereThereIsNoFile) {
+TEST_F(FileUserDefaultsTest, ReadingFindsNothingWithoutAFileAndCreatesNone) {
     EXPECT_EQ(store_.data("key"), std::nullopt);
     EXPECT_FALSE(std::filesystem::exists(path_.parent_path()));
 }
@@ -53,6 +52,7 @@ TEST_F(FileUserDefaultsTest, FindsNothingUnderAKeyThatHoldsSomethingElseAndLeave
 
     EXPECT_EQ(store_.data("number"), std::nullopt);
     EXPECT_EQ(store_.data("list"), std::nullopt);
+
     EXPECT_TRUE(store_.setData("key", "value"));
     EXPECT_EQ(contents(),
               "{\n  \"key\": \"value\",\n  \"list\": [\n    1,\n    {\n      \"a\": null\n    }\n"
@@ -65,44 +65,47 @@ TEST_F(FileUserDefaultsTest, RefusesTextThatIsNotUTF8AndKeepsTheOldValue) {
         EXPECT_FALSE(store_.setData("key", bad));
         EXPECT_FALSE(store_.setData(bad, "value"));
     }
+
     EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 TEST_F(FileUserDefaultsTest, LeavesOnlyTheFileAndItsLockBehind) {
     store_.setData("key", "value");
     store_.setData("key", "other");
 
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 TEST_F(FileUserDefaultsTest, IsPrivateToItsOwnerWhateverTheUmask) {
-    for (const mode_t mask : {0000U, 0022U, 0077U, 0777U}) {
-        support::TemporaryFolder folder;
-        const auto path = folder.path() / "config" / "tavrel" / "defaults.json";
+    for (const mode_t mask : {mode_t{0000}, mode_t{0022}, mode_t{0077}, mode_t{0777}}) {
+        std::filesystem::remove_all(path_.parent_path().parent_path());
+
         const mode_t before = umask(mask);
-        EXPECT_TRUE(FileUserDefaults(path).setData("key", "value"));
-        EXPECT_TRUE(FileUserDefaults(path).setData("key", "other"));
+        EXPECT_TRUE(store_.setData("key", "value"));
+        EXPECT_TRUE(store_.setData("key", "other"));
         umask(before);
 
-        EXPECT_EQ(modeOf(path), 0600U);
-        EXPECT_EQ(modeOf(path.string() + ".lock"), 0600U);
-        EXPECT_EQ(modeOf(path.parent_path()), 0700U);
-        EXPECT_EQ(modeOf(path.parent_path().parent_path()), 0700U);
+        EXPECT_EQ(modeOf(path_), 0600U);
+        EXPECT_EQ(modeOf(beside(".lock")), 0600U);
+        EXPECT_EQ(modeOf(path_.parent_path()), 0700U);
+        EXPECT_EQ(modeOf(path_.parent_path().parent_path()), 0700U);
     }
 }
 
-TEST_F(FileUserDefaultsTest, TakesRightsOfOthersFromAFileThatGaveThem) {
+TEST_F(FileUserDefaultsTest, WritingTakesRightsOfOthersFromAFileThatGaveThem) {
     write(R"({"key":"old"})");
     chmod(path_.c_str(), 0666);
+
     store_.setData("key", "new");
 
     EXPECT_EQ(modeOf(path_), 0600U);
 }
 
-TEST_F(FileUserDefaultsTest, LeavesTheRightsOfAFolderThatWasThere) {
+TEST_F(FileUserDefaultsTest, LeavesTheRightsOfAnExistingFolder) {
     std::filesystem::create_directories(path_.parent_path());
     chmod(path_.parent_path().c_str(), 0755);
+
     store_.setData("key", "value");
 
     EXPECT_EQ(modeOf(path_.parent_path()), 0755U);
@@ -115,6 +118,7 @@ TEST_F(FileUserDefaultsTest, FollowsAFolderThatIsALink) {
     std::filesystem::create_directory_symlink(real, path_.parent_path());
 
     EXPECT_TRUE(store_.setData("key", "value"));
+
     EXPECT_EQ(store_.data("key"), "value");
     EXPECT_TRUE(std::filesystem::is_symlink(path_.parent_path()));
     EXPECT_TRUE(std::filesystem::is_regular_file(real / "defaults.json"));
@@ -127,6 +131,7 @@ TEST_F(FileUserDefaultsTest, FollowsAFileThatIsALink) {
     std::filesystem::create_symlink(real, path_);
 
     EXPECT_TRUE(store_.setData("other", "value"));
+
     EXPECT_TRUE(std::filesystem::is_symlink(path_));
     EXPECT_EQ(FileUserDefaults(real).data("key"), "old");
     EXPECT_EQ(FileUserDefaults(real).data("other"), "value");
@@ -140,13 +145,12 @@ TEST_F(FileUserDefaultsTest, WithoutAPathFindsNothingAndStoresNothing) {
 }
 
 TEST_F(FileUserDefaultsTest, RemovesWhatAKilledWriterLeft) {
-    store_.setData("key", "value");
-    support::writeFile(path_.string() + ".new-abcdef", "half");
-    support::writeFile(path_.string() + ".backup", "not ours");
+    support::writeFile(beside(".new-abcdef"), "half");
+    support::writeFile(beside(".backup"), "not ours");
+
     store_.setData("key", "value");
 
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock",
-                                              "defaults.json.backup"));
+    EXPECT_EQ(names(), (Names{"defaults.json", "defaults.json.lock", "defaults.json.backup"}));
 }
 
 }  // namespace

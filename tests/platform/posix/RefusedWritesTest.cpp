@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -10,15 +10,13 @@
 namespace tavrel {
 namespace {
 
-using testing::UnorderedElementsAre;
-
-/// Writes that the system refuses. They run in processes of their own, which give up
-/// rights or take on limits first.
+/// Writes that the system refuses. They run in child processes, which first give up rights
+/// or set limits for themselves.
 class RefusedWritesTest : public FileUserDefaultsTest {
 protected:
     enum Outcome { stored, refused, unprepared };
 
-    /// What storing `value` comes to in a process that has called `prepare`.
+    /// The outcome of storing `value` in a process in which `prepare` was called.
     template <class Prepare>
     Outcome storeAfter(Prepare prepare, const std::string& value) {
         ForkedProcess child([&] {
@@ -26,33 +24,44 @@ protected:
         });
         return static_cast<Outcome>(child.wait());
     }
+
+    /// The outcome of storing a new value while `path` has the rights `mode`.
+    Outcome storeWithMode(mode_t mode, const std::filesystem::path& path) {
+        const Outcome outcome = storeAfter(
+            [&] { return becomeOrdinaryUser() && chmod(path.c_str(), mode) == 0; }, "new");
+        chmod(path.c_str(), 0700);
+        return outcome;
+    }
+
+    /// The outcome of storing `value` when no file can grow beyond `maxSize` bytes, so that a
+    /// longer write stops halfway, as it does on a full disk.
+    Outcome storeOnFullDisk(rlim_t maxSize, const std::string& value) {
+        const auto limitFiles = [&] {
+            const rlimit limit{maxSize, maxSize};
+            std::signal(SIGXFSZ, SIG_IGN);
+            return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+        };
+        return storeAfter(limitFiles, value);
+    }
 };
 
 TEST_F(RefusedWritesTest, ReadOnlyFolderKeepsTheOldValueAndNothingElse) {
     store_.setData("key", "old");
-    const auto readOnly = [&] {
-        return becomeOrdinaryUser() && chmod(path_.parent_path().c_str(), 0500) == 0;
-    };
 
-    EXPECT_EQ(storeAfter(readOnly, "new"), refused);
+    EXPECT_EQ(storeWithMode(0500, path_.parent_path()), refused);
     EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
-    chmod(path_.parent_path().c_str(), 0700);
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 TEST_F(RefusedWritesTest, ReadOnlyFolderWithoutALockFileRefuses) {
     write(R"({"key":"old"})");
-    const auto readOnly = [&] {
-        return becomeOrdinaryUser() && chmod(path_.parent_path().c_str(), 0500) == 0;
-    };
 
-    EXPECT_EQ(storeAfter(readOnly, "new"), refused);
+    EXPECT_EQ(storeWithMode(0500, path_.parent_path()), refused);
     EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json"));
-    chmod(path_.parent_path().c_str(), 0700);
+    EXPECT_EQ(names(), Names{"defaults.json"});
 }
 
-TEST_F(RefusedWritesTest, FolderThatCannotBeMadeRefuses) {
+TEST_F(RefusedWritesTest, FileInPlaceOfTheFolderRefuses) {
     support::writeFile(path_.parent_path(), "a file where a folder should be");
 
     EXPECT_FALSE(store_.setData("key", "value"));
@@ -61,51 +70,34 @@ TEST_F(RefusedWritesTest, FolderThatCannotBeMadeRefuses) {
 }
 
 TEST_F(RefusedWritesTest, FolderThatMayNotBeMadeRefuses) {
-    const auto readOnly = [&] {
-        return becomeOrdinaryUser() && chmod(folder_.path().c_str(), 0500) == 0;
-    };
-
-    EXPECT_EQ(storeAfter(readOnly, "value"), refused);
+    EXPECT_EQ(storeWithMode(0500, folder_.path()), refused);
     EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
-    chmod(folder_.path().c_str(), 0700);
 }
 
 TEST_F(RefusedWritesTest, FileThatMayNotBeReadIsNotOverwritten) {
     store_.setData("key", "old");
-    const auto unreadable = [&] { return becomeOrdinaryUser() && chmod(path_.c_str(), 0) == 0; };
 
-    EXPECT_EQ(storeAfter(unreadable, "new"), refused);
-    chmod(path_.c_str(), 0600);
+    EXPECT_EQ(storeWithMode(0000, path_), refused);
     EXPECT_EQ(store_.data("key"), "old");
 }
 
 TEST_F(RefusedWritesTest, FullDiskKeepsTheOldValueAndNothingElse) {
     store_.setData("key", "old");
-    // A limit on the size of files makes a long write stop halfway, as a full disk does.
-    const auto fillDisk = [] {
-        const rlimit limit{1000, 1000};
-        std::signal(SIGXFSZ, SIG_IGN);
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0;
-    };
 
-    EXPECT_EQ(storeAfter(fillDisk, std::string(5000, 'x')), refused);
+    EXPECT_EQ(storeOnFullDisk(1000, std::string(5000, 'x')), refused);
     EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
-    EXPECT_EQ(storeAfter(fillDisk, "short"), stored);
+    EXPECT_EQ(names(), fileAndLock_);
+
+    EXPECT_EQ(storeOnFullDisk(1000, "short"), stored);
     EXPECT_EQ(store_.data("key"), "short");
 }
 
 TEST_F(RefusedWritesTest, DamagedFileStaysInPlaceWhileTheDiskIsFull) {
     write("damaged");
-    const auto fillDisk = [] {
-        const rlimit limit{2, 2};
-        std::signal(SIGXFSZ, SIG_IGN);
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0;
-    };
 
-    EXPECT_EQ(storeAfter(fillDisk, "new"), refused);
+    EXPECT_EQ(storeOnFullDisk(2, "new"), refused);
     EXPECT_EQ(contents(), "damaged");
-    EXPECT_THAT(names(), UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 }  // namespace

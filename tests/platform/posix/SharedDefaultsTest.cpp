@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <thread>
 
@@ -19,10 +19,10 @@ bool isWhole(const std::string& text) {
     return text.size() == 50'000 && text.find_first_not_of(text.front()) == std::string::npos;
 }
 
-/// Several writers and readers of one file. A failure in a child process is its result.
+/// Several writers and readers of one file. A child process reports failure by its result.
 class SharedDefaultsTest : public FileUserDefaultsTest {
 protected:
-    /// Counts up under a key of its own and checks that no one interferes.
+    /// Counts up under a key of its own. Returns whether no one else changed the value.
     bool countUp(const std::string& key) {
         FileUserDefaults store(path_);
         for (int i = 1; i <= writesEach; ++i) {
@@ -33,8 +33,9 @@ protected:
         return true;
     }
 
-    /// Writes long texts under a key shared with others and checks that none is torn.
-    bool writeAndCheck(const std::string& key, char letter) {
+    /// Writes long texts under a key shared with others. Returns whether each text read was
+    /// whole.
+    bool writeLongTexts(const std::string& key, char letter) {
         FileUserDefaults store(path_);
         for (int i = 0; i < writesEach; ++i) {
             if (!store.setData(key, longText(letter)) || !isWhole(store.data(key).value_or(""))) {
@@ -48,8 +49,8 @@ protected:
 TEST_F(SharedDefaultsTest, TwoProcessesWritingDifferentKeysLoseNone) {
     ForkedProcess first([&] { return countUp("first") ? 0 : 1; });
     ForkedProcess second([&] { return countUp("second") ? 0 : 1; });
-    EXPECT_TRUE(countUp("third"));
 
+    EXPECT_TRUE(countUp("third"));
     EXPECT_EQ(first.wait(), 0);
     EXPECT_EQ(second.wait(), 0);
     for (const std::string key : {"first", "second", "third"}) {
@@ -79,16 +80,16 @@ TEST_F(SharedDefaultsTest, ThreadsOfOneStoreWritingDifferentKeysLoseNone) {
 }
 
 TEST_F(SharedDefaultsTest, ProcessesAndThreadsWritingOneKeyNeverTearIt) {
-    ForkedProcess child([&] { return writeAndCheck("shared", 'c') ? 0 : 1; });
-    std::thread thread([&] { EXPECT_TRUE(writeAndCheck("shared", 't')); });
-    EXPECT_TRUE(writeAndCheck("shared", 'm'));
-    thread.join();
+    ForkedProcess child([&] { return writeLongTexts("shared", 'c') ? 0 : 1; });
+    std::thread thread([&] { EXPECT_TRUE(writeLongTexts("shared", 't')); });
 
+    EXPECT_TRUE(writeLongTexts("shared", 'm'));
+    thread.join();
     EXPECT_EQ(child.wait(), 0);
     EXPECT_TRUE(isWhole(store_.data("shared").value_or("")));
 }
 
-TEST_F(SharedDefaultsTest, KilledWriterLeavesTheOldOrTheNewValueAndHoldsNoOneUp) {
+TEST_F(SharedDefaultsTest, KilledWriterLeavesAWholeValueAndNoLock) {
     store_.setData("other", "untouched");
     for (int round = 0; round < 10; ++round) {
         store_.setData("key", longText('0'));
@@ -99,7 +100,8 @@ TEST_F(SharedDefaultsTest, KilledWriterLeavesTheOldOrTheNewValueAndHoldsNoOneUp)
             }
             return 0;
         });
-        // Each round lets it come a little further before it is killed.
+
+        // Killed after one change more in each round.
         std::string last = longText('0');
         for (int seen = 0; seen <= round;) {
             const std::string now = store_.data("key").value_or("");
@@ -112,8 +114,9 @@ TEST_F(SharedDefaultsTest, KilledWriterLeavesTheOldOrTheNewValueAndHoldsNoOneUp)
         EXPECT_TRUE(isWhole(store_.data("key").value_or("")));
         EXPECT_EQ(store_.data("other"), "untouched");
     }
+
     EXPECT_TRUE(store_.setData("key", "again"));
-    EXPECT_THAT(names(), testing::UnorderedElementsAre("defaults.json", "defaults.json.lock"));
+    EXPECT_EQ(names(), fileAndLock_);
 }
 
 }  // namespace
