@@ -14,11 +14,11 @@ using std::chrono::system_clock;
 const std::string oldText = R"({"key":"old"})";
 const std::string newText = R"({"key":"new"})";
 
-/// A store that counts how often it reads its file, by a clock of the test's. The clock is
-/// far ahead, so that the file seems to have been as it is for long.
+/// A store whose clock is the test's and counts how often the file is read. It is an hour
+/// fast, so that the last change of the file seems to be long ago.
 class DefaultsInMemoryTest : public FileUserDefaultsTest {
 protected:
-    /// A file whose old value has been read and is answered from memory.
+    /// Makes a file whose value "old" the store has read and now answers from memory.
     void rememberOld() {
         write(oldText);
         EXPECT_EQ(counted_.data("key"), "old");
@@ -77,10 +77,10 @@ TEST_F(DefaultsInMemoryTest, WriteByAnotherStoreIsSeen) {
 
 TEST_F(DefaultsInMemoryTest, ReplacedFileIsReadAgainAndOnce) {
     rememberOld();
-    const auto beside = folder_.path() / "beside.json";
-    support::writeFile(beside, newText);
+    const auto other = folder_.path() / "other.json";
+    support::writeFile(other, newText);
 
-    std::filesystem::rename(beside, path_);
+    std::filesystem::rename(other, path_);
 
     EXPECT_EQ(counted_.data("key"), "new");
     EXPECT_EQ(counted_.data("key"), "new");
@@ -91,8 +91,8 @@ TEST_F(DefaultsInMemoryTest, EditInPlaceToTheSameLengthIsSeen) {
     rememberOld();
     const AtomicFile::Version before = version();
 
-    // To the test's clock the old file was an hour old, so its last change must not share a
-    // tick of the file system's clock with this one.
+    // To the store the last change seemed to be an hour ago, so this one must not get the
+    // same timestamp, as it may when both come within one tick of the kernel's clock.
     do {
         write(newText);
     } while (version().changed == before.changed);

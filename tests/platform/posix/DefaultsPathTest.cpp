@@ -1,6 +1,6 @@
 #include "platform/posix/DefaultsPath.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -11,7 +11,7 @@
 namespace tavrel {
 namespace {
 
-/// Sets or unsets an environment variable for a while.
+/// Sets or unsets an environment variable until the end of the scope.
 class ScopedVariable {
 public:
     ScopedVariable(const char* name, const char* value) : name_(name) {
@@ -38,8 +38,8 @@ private:
 };
 
 std::string pathWith(const char* configHome, const char* home) {
-    const ScopedVariable first("XDG_CONFIG_HOME", configHome);
-    const ScopedVariable second("HOME", home);
+    const ScopedVariable configVariable("XDG_CONFIG_HOME", configHome);
+    const ScopedVariable homeVariable("HOME", home);
     return defaultsPath().string();
 }
 
@@ -57,7 +57,7 @@ TEST(DefaultsPath, IgnoresAConfigHomeThatIsNotAbsolute) {
     EXPECT_EQ(pathWith("some/config", "/some/home"), "/some/home/.config/tavrel/defaults.json");
 }
 
-TEST(DefaultsPath, AsksTheUserDatabaseWithoutAHome) {
+TEST(DefaultsPath, IsInTheHomeFolderOfTheUserDatabaseWithoutAHome) {
     const passwd* user = getpwuid(getuid());
     ASSERT_NE(user, nullptr);
     const std::string expected = std::string(user->pw_dir) + "/.config/tavrel/defaults.json";

@@ -9,7 +9,8 @@
 
 namespace tavrel {
 
-/// Runs a function in a process of its own, which ends with the function's result.
+/// Runs a function in a child process, which exits with the function's result and is
+/// killed by the destructor if it has not ended.
 class ForkedProcess {
 public:
     explicit ForkedProcess(const std::function<int()>& body) : id_(fork()) {
@@ -25,7 +26,8 @@ public:
     ForkedProcess(const ForkedProcess&) = delete;
     ForkedProcess& operator=(const ForkedProcess&) = delete;
 
-    /// Waits for the end. Returns the function's result, or -1 after any other end.
+    /// Blocks until the process has ended. Returns the function's result, or -1 when the
+    /// process ended otherwise.
     int wait() {
         int status = 0;
         const bool ended = id_ > 0 && waitpid(id_, &status, 0) == id_;
@@ -33,7 +35,7 @@ public:
         return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    /// Ends it at whatever it is doing.
+    /// Kills the process and waits for its end.
     void kill() {
         ::kill(id_, SIGKILL);
         wait();

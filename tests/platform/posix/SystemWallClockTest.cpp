@@ -22,10 +22,12 @@ TEST(SystemWallClock, ShowsSecondsSinceTheReferenceDate) {
 TEST(SystemWallClock, KeepsFractions) {
     SystemWallClock clock;
     const WallTime start = clock.now();
+
     WallTime next = clock.now();
     while (next == start) {
         next = clock.now();
     }
+
     EXPECT_LT(next - start, 1);
 }
 

@@ -1,8 +1,9 @@
 #include "platform/posix/ThreadBackgroundQueue.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <future>
 #include <latch>
 #include <memory>
@@ -13,85 +14,104 @@
 namespace tavrel {
 namespace {
 
-constexpr std::ptrdiff_t maxThreads = ThreadBackgroundQueue::maxThreads;
+/// Calls `action` when it is destroyed, as a part of what a job holds.
+struct OnDestruction {
+    explicit OnDestruction(std::function<void()> atTheEnd) : action(std::move(atTheEnd)) {}
+    OnDestruction(const OnDestruction&) = delete;
+    OnDestruction& operator=(const OnDestruction&) = delete;
+    ~OnDestruction() { action(); }
 
-TEST(ThreadBackgroundQueue, RunsAJobOnAnotherThread) {
-    ThreadBackgroundQueue queue;
-    std::promise<std::thread::id> ranOn;
-    queue.async([&] { ranOn.set_value(std::this_thread::get_id()); });
+    std::function<void()> action;
+};
 
-    EXPECT_NE(ranOn.get_future().get(), std::this_thread::get_id());
-}
+class ThreadBackgroundQueueTest : public testing::Test {
+protected:
+    static constexpr std::ptrdiff_t maxThreads = ThreadBackgroundQueue::maxThreads;
 
-TEST(ThreadBackgroundQueue, JobsThatBlockDoNotHoldUpOthers) {
-    std::latch release(1);
-    std::latch allRunning(maxThreads);
-    ThreadBackgroundQueue queue;
-    for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
-        queue.async([&] {
-            allRunning.count_down();
-            release.wait();
-        });
+    static std::thread::id threadOfNextJob(ThreadBackgroundQueue& queue) {
+        std::promise<std::thread::id> ranOn;
+        queue.async([&] { ranOn.set_value(std::this_thread::get_id()); });
+        return ranOn.get_future().get();
     }
 
-    // Would wait for ever if they did not all run at once.
-    allRunning.wait();
-    release.count_down();
+    /// Blocks until every thread there can be runs a job. Each job waits for `release_` and
+    /// then calls `last`.
+    void occupyAllThreads(ThreadBackgroundQueue& queue, const Task& last = {}) {
+        for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
+            queue.async([this, last] {
+                allRunning_.count_down();
+                release_.wait();
+                if (last) {
+                    last();
+                }
+            });
+        }
+        allRunning_.wait();
+    }
+
+    std::latch allRunning_{maxThreads};
+    std::latch release_{1};
+};
+
+TEST_F(ThreadBackgroundQueueTest, RunsAJobOnAnotherThread) {
+    ThreadBackgroundQueue queue;
+
+    EXPECT_NE(threadOfNextJob(queue), std::this_thread::get_id());
 }
 
-TEST(ThreadBackgroundQueue, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
-    std::latch release(1);
-    std::latch allRunning(maxThreads);
+TEST_F(ThreadBackgroundQueueTest, JobsThatBlockDoNotBlockOthers) {
+    ThreadBackgroundQueue queue;
+
+    // Would never return if the jobs did not all run at once.
+    occupyAllThreads(queue);
+
+    release_.count_down();
+}
+
+TEST_F(ThreadBackgroundQueueTest, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
+    std::atomic<bool> lastRan = false;
     std::latch last(1);
     ThreadBackgroundQueue queue;
-    for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
-        queue.async([&] {
-            allRunning.count_down();
-            release.wait();
-        });
-    }
-    allRunning.wait();
-    std::atomic<bool> lastRan = false;
+    occupyAllThreads(queue);
     queue.async([&] {
         lastRan = true;
         last.count_down();
     });
 
     EXPECT_FALSE(lastRan);
-    release.count_down();
+    release_.count_down();
     last.wait();
 }
 
-TEST(ThreadBackgroundQueue, KeepsThreadsForLaterJobs) {
+TEST_F(ThreadBackgroundQueueTest, KeepsThreadsForLaterJobs) {
     ThreadBackgroundQueue queue;
     std::set<std::thread::id> threads;
-    constexpr std::size_t jobs = 1000;
-    for (std::size_t i = 0; i < jobs; ++i) {
-        std::promise<std::thread::id> ranOn;
-        queue.async([&] { ranOn.set_value(std::this_thread::get_id()); });
-        threads.insert(ranOn.get_future().get());
+    for (int i = 0; i < 1000; ++i) {
+        threads.insert(threadOfNextJob(queue));
     }
 
     EXPECT_LE(threads.size(), ThreadBackgroundQueue::maxThreads);
 }
 
-TEST(ThreadBackgroundQueue, RunsEveryJobOfManyThreads) {
+TEST_F(ThreadBackgroundQueueTest, RunsEveryJobOfManyThreads) {
     constexpr int posters = 4;
     constexpr int jobsEach = 2000;
     std::atomic<int> runs = 0;
     std::latch all(std::ptrdiff_t{posters} * jobsEach);
     ThreadBackgroundQueue queue;
+    const auto post = [&] {
+        for (int i = 0; i < jobsEach; ++i) {
+            queue.async([&] {
+                ++runs;
+                all.count_down();
+            });
+        }
+    };
+
     std::vector<std::thread> threads;
     threads.reserve(posters);
     for (int t = 0; t < posters; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < jobsEach; ++i) {
-                queue.async([&] {
-                    ++runs;
-                    all.count_down();
-                });
-            }
-        });
+        threads.emplace_back(post);
     }
     for (std::thread& thread : threads) {
         thread.join();
@@ -101,78 +121,59 @@ TEST(ThreadBackgroundQueue, RunsEveryJobOfManyThreads) {
     EXPECT_EQ(runs, posters * jobsEach);
 }
 
-TEST(ThreadBackgroundQueue, AJobMayAddAnother) {
-    ThreadBackgroundQueue queue;
+TEST_F(ThreadBackgroundQueueTest, AJobMayAddAnother) {
     std::promise<void> second;
+    ThreadBackgroundQueue queue;
+
     queue.async([&] { queue.async([&] { second.set_value(); }); });
 
     second.get_future().wait();
 }
 
-TEST(ThreadBackgroundQueue, DestroysAJobOnTheThreadThatRanIt) {
-    struct Held {
-        std::promise<std::thread::id>& destroyedOn;
-        explicit Held(std::promise<std::thread::id>& promise) : destroyedOn(promise) {}
-        Held(const Held&) = delete;
-        Held& operator=(const Held&) = delete;
-        ~Held() { destroyedOn.set_value(std::this_thread::get_id()); }
-    };
+TEST_F(ThreadBackgroundQueueTest, DestroysAJobOnTheThreadThatRanIt) {
     std::promise<std::thread::id> ranOn;
     std::promise<std::thread::id> destroyedOn;
     ThreadBackgroundQueue queue;
-    queue.async([&ranOn, held = std::make_shared<Held>(destroyedOn)] {
+    const auto noteThread = [&] { destroyedOn.set_value(std::this_thread::get_id()); };
+
+    queue.async([&ranOn, held = std::make_shared<OnDestruction>(noteThread)] {
         ranOn.set_value(std::this_thread::get_id());
     });
 
     EXPECT_EQ(ranOn.get_future().get(), destroyedOn.get_future().get());
 }
 
-TEST(ThreadBackgroundQueue, EndWaitsForRunningJobs) {
+TEST_F(ThreadBackgroundQueueTest, EndWaitsForRunningJobs) {
     std::atomic<bool> ended = false;
     std::latch started(1);
-    {
-        ThreadBackgroundQueue queue;
-        queue.async([&] {
-            started.count_down();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            ended = true;
-        });
-        started.wait();
-    }
+    auto queue = std::make_optional<ThreadBackgroundQueue>();
+    queue->async([&] {
+        started.count_down();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ended = true;
+    });
+    started.wait();
+
+    queue.reset();
+
     EXPECT_TRUE(ended);
 }
 
-TEST(ThreadBackgroundQueue, EndDropsJobsThatHaveNotStartedAndThoseAddedMeanwhile) {
-    std::latch release(1);
-    std::latch allRunning(maxThreads);
+TEST_F(ThreadBackgroundQueueTest, EndDropsJobsThatHaveNotStartedAndThoseAddedMeanwhile) {
     std::atomic<bool> droppedRan = false;
     const auto token = std::make_shared<int>();
-    const auto makeJob = [&] { return [&droppedRan, token] { droppedRan = true; }; };
     auto queue = std::make_optional<ThreadBackgroundQueue>();
     ThreadBackgroundQueue& ending = *queue;
-    for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
-        ending.async([&] {
-            allRunning.count_down();
-            release.wait();
-            ending.async(makeJob());
-        });
-    }
-    allRunning.wait();
-
+    const auto addJob = [&] { ending.async([&droppedRan, token] { droppedRan = true; }); };
+    occupyAllThreads(ending, addJob);
+    addJob();
     // The running jobs go on only once the end has begun to drop the waiting ones.
-    const Task onDrop = [&] {
-        ending.async(makeJob());
-        release.count_down();
+    const auto onDrop = [&] {
+        addJob();
+        release_.count_down();
     };
-    struct RunsWhenDropped {
-        const Task& task;
-        explicit RunsWhenDropped(const Task& atTheEnd) : task(atTheEnd) {}
-        RunsWhenDropped(const RunsWhenDropped&) = delete;
-        RunsWhenDropped& operator=(const RunsWhenDropped&) = delete;
-        ~RunsWhenDropped() { task(); }
-    };
-    ending.async(makeJob());
-    ending.async([held = std::make_shared<RunsWhenDropped>(onDrop)] {});
+    ending.async([held = std::make_shared<OnDestruction>(onDrop)] {});
+
     queue.reset();
 
     EXPECT_FALSE(droppedRan);
