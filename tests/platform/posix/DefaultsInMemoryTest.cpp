@@ -51,7 +51,9 @@ TEST_F(DefaultsInMemoryTest, UnchangedFileIsReadOnceForAllKeys) {
 }
 
 TEST_F(DefaultsInMemoryTest, UnchangedDamagedFileIsReadOnce) {
-    for (const std::string& damage : {std::string("damaged"), std::string(17'000'000, ' ')}) {
+    std::string tooLong = "{}";
+    tooLong.resize(17'000'000, ' ');
+    for (const std::string& damage : {std::string("damaged"), tooLong}) {
         write(damage);
         reads_ = 0;
 
