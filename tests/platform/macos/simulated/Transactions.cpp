@@ -5,11 +5,13 @@
 #include <CoreGraphics/CoreGraphics.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "display/control/DynamicLoader.h"
 #include "tests/platform/macos/simulated/Calls.h"
@@ -124,6 +126,8 @@ extern "C" {
 
 CGError CGBeginDisplayConfiguration(CGDisplayConfigRef* configuration) {
     note("CGBeginDisplayConfiguration");
+    // Lets a change on another thread come in between, if nothing prevents it.
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
     if (const std::int32_t status = refusal(&Refusals::begin)) {
         return static_cast<CGError>(status);
     }
