@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "watchdog/program/WatchdogService.h"
-#include "watchdog/protocol/MessageReader.h"
+#include "watchdog/protocol/Message.h"
 #include "watchdog/protocol/SwitchedOff.h"
 
 /// What a guard makes of any bytes at all, compared with what it should make of them.

@@ -1,37 +1,99 @@
 #include "watchdog/application/WatchdogProcess.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <initializer_list>
 #include <string>
 #include <thread>
 #include <utility>
-
-#include "watchdog/application/SpawnSetup.h"
 
 extern char** environ;  // NOLINT(*-avoid-non-const-global-variables): the system's.
 
 namespace tavrel::watchdog {
 namespace {
 
-/// A guard with nothing to do ends within milliseconds. One that still switches displays
-/// on when this is over does so alone.
-constexpr std::chrono::seconds patience{5};
-constexpr std::chrono::milliseconds glance{1};
+/// The number under which a watchdog finds its end of the connection.
+constexpr int watchdogLink = 3;
 
-enum class Wait { forEnd, notAtAll };
+/// A watchdog with nothing to do ends within milliseconds. One that still switches displays
+/// on after this time goes on without being waited for.
+constexpr std::chrono::seconds endTimeout{5};
+constexpr std::chrono::milliseconds pollInterval{1};
 
-/// Whether the child has ended; then its number is free for others.
+/// Passes on no descriptor but those named, where the system can do that by itself.
+#ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
+constexpr int passNoOthers = POSIX_SPAWN_CLOEXEC_DEFAULT;
+#else
+constexpr int passNoOthers = 0;
+#endif
+
+sigset_t signalsThatAskToEnd() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+/// How a watchdog process begins, from its very first instruction: `passed` is its
+/// connection, its standard streams are /dev/null, it leads a session of its own, and the
+/// signals that ask a program to end are blocked.
+class SpawnSetup {
+public:
+    explicit SpawnSetup(int passed) {
+        posix_spawn_file_actions_init(&files_);
+        posix_spawnattr_init(&attributes_);
+        isComplete_ = fill(passed);
+    }
+    ~SpawnSetup() {
+        posix_spawnattr_destroy(&attributes_);
+        posix_spawn_file_actions_destroy(&files_);
+    }
+    SpawnSetup(const SpawnSetup&) = delete;
+    SpawnSetup& operator=(const SpawnSetup&) = delete;
+
+    /// False when the system had no memory for it.
+    bool isComplete() const { return isComplete_; }
+    const posix_spawn_file_actions_t* files() const { return &files_; }
+    const posix_spawnattr_t* attributes() const { return &attributes_; }
+
+private:
+    bool fill(int passed) {
+        int failures = 0;
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            failures |= posix_spawn_file_actions_addopen(&files_, stream, "/dev/null", O_RDWR, 0);
+        }
+        failures |= posix_spawn_file_actions_adddup2(&files_, passed, watchdogLink);
+
+        const sigset_t blocked = signalsThatAskToEnd();
+        failures |= posix_spawnattr_setsigmask(&attributes_, &blocked);
+        constexpr int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID | passNoOthers;
+        failures |= posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+        return failures == 0;
+    }
+
+    posix_spawn_file_actions_t files_{};
+    posix_spawnattr_t attributes_{};
+    bool isComplete_ = false;
+};
+
+enum class Wait { untilEnd, notAtAll };
+
+/// Reaps the child if it has ended, and returns whether it has; its number is then free for
+/// other processes.
 bool reap(pid_t pid, Wait wait) {
     pid_t reaped = -1;
     do {
-        reaped = waitpid(pid, nullptr, wait == Wait::forEnd ? 0 : WNOHANG);
+        reaped = waitpid(pid, nullptr, wait == Wait::untilEnd ? 0 : WNOHANG);
     } while (reaped < 0 && errno == EINTR);
-    // An error is that it was reaped already, by a program that reaps all its children.
+    // Fails when the child was reaped already, by a program that reaps all its children.
     return reaped != 0;
 }
 
@@ -43,7 +105,8 @@ std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::p
         return nullptr;
     }
     auto& [ours, theirs] = *ends;
-    // Above the number it will have there, so that passing it on is always a real copy.
+    // Above the number it will have there: dup2 of a descriptor onto itself would leave it
+    // close-on-exec.
     const FileDescriptor passed(fcntl(theirs.number(), F_DUPFD_CLOEXEC, watchdogLink + 1));
     const SpawnSetup setup(passed.number());
     if (!passed.isOpen() || !setup.isComplete()) {
@@ -65,21 +128,21 @@ WatchdogProcess::WatchdogProcess(FileDescriptor link, pid_t pid)
 
 WatchdogProcess::~WatchdogProcess() {
     link_.reset();
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now() + endTimeout;
     while (!isReaped_ && std::chrono::steady_clock::now() < deadline) {
         isReaped_ = reap(pid_, Wait::notAtAll);
         if (!isReaped_) {
-            std::this_thread::sleep_for(glance);
+            std::this_thread::sleep_for(pollInterval);
         }
     }
 }
 
 void WatchdogProcess::kill() {
-    // One that is gone already may be nobody's child any more, and its number another's.
+    // Once reaped, its number may be that of another process.
     isReaped_ = isReaped_ || reap(pid_, Wait::notAtAll);
     if (!isReaped_) {
         ::kill(pid_, SIGKILL);
-        isReaped_ = reap(pid_, Wait::forEnd);
+        isReaped_ = reap(pid_, Wait::untilEnd);
     }
 }
 

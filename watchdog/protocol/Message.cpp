@@ -1,5 +1,7 @@
 #include "watchdog/protocol/Message.h"
 
+#include <algorithm>
+
 namespace tavrel::watchdog {
 namespace {
 
@@ -91,6 +93,24 @@ std::variant<Message, MessageError> decode(std::span<const std::uint8_t> bytes) 
         return MessageError::impossibleField;
     }
     return message;
+}
+
+std::optional<std::variant<Message, MessageError>> MessageReader::add(
+    std::span<const std::uint8_t> bytes) {
+    if (error_) {
+        return *error_;
+    }
+    std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
+    size_ += bytes.size();
+    if (size_ < messageSize) {
+        return std::nullopt;
+    }
+    size_ = 0;
+    auto result = decode(bytes_);
+    if (const auto* error = std::get_if<MessageError>(&result)) {
+        error_ = *error;
+    }
+    return result;
 }
 
 }  // namespace tavrel::watchdog

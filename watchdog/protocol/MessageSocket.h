@@ -6,7 +6,6 @@
 
 #include "platform/posix/FileDescriptor.h"
 #include "watchdog/protocol/MessageChannel.h"
-#include "watchdog/protocol/MessageReader.h"
 
 namespace tavrel::watchdog {
 
