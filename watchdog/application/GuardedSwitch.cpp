@@ -22,9 +22,9 @@ std::pair<FileDescriptor, FileDescriptor> socketPairOrThrow() {
 
 }  // namespace
 
-GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, SupervisorSetup surroundings)
+GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, SupervisorSetup setup)
     : inner_(inner),
-      keeper_(inner, std::move(surroundings)),
+      supervisor_(inner, std::move(setup)),
       wake_(socketPairOrThrow()),
       thread_([this] { work(); }) {}
 
@@ -39,14 +39,14 @@ GuardedSwitch::~GuardedSwitch() {
 
 void GuardedSwitch::goodbye() {
     perform(Job([this] {
-        keeper_.goodbye();
+        supervisor_.goodbye();
         return serverStatus::success;
     }));
 }
 
 ServerStatus GuardedSwitch::setDisplayEnabled(DisplayID display, bool enabled) {
     return perform(
-        Job([this, display, enabled] { return keeper_.setDisplayEnabled(display, enabled); }));
+        Job([this, display, enabled] { return supervisor_.setDisplayEnabled(display, enabled); }));
 }
 
 ServerStatus GuardedSwitch::perform(Job job) {
@@ -72,15 +72,15 @@ void GuardedSwitch::work() {
         for (Job& job : jobs) {
             job();
         }
-        keeper_.attend();
+        supervisor_.replaceIfDead();
     }
 }
 
 void GuardedSwitch::awaitWork() const {
     std::array<pollfd, 2> sources{
         pollfd{.fd = wake_.first.number(), .events = POLLIN, .revents = 0},
-        // Negative while there is no guard, and then left out.
-        pollfd{.fd = keeper_.descriptor(), .events = POLLIN, .revents = 0}};
+        // Negative, and so ignored, while there is no watchdog.
+        pollfd{.fd = supervisor_.descriptor(), .events = POLLIN, .revents = 0}};
     poll(sources.data(), sources.size(), -1);
     if (sources[0].revents != 0) {
         std::array<char, 64> calls{};

@@ -12,24 +12,23 @@
 
 namespace tavrel::watchdog {
 
-/// A lifecycle whose changes are made by a guard: a process that outlives this one just
-/// long enough to switch on again what it had switched off. What it answers is the same as
-/// what `inner` would.
+/// A display switch whose changes are made by the watchdog: a process that outlives this one
+/// just long enough to switch on again what it had switched off. Answers what `inner` would.
 ///
-/// Changes are made strictly one at a time, in the order they were asked for, also by the
-/// threads of this process when there can be no guard.
+/// Thread-safe. Changes are made one at a time, in the order they were asked for, also
+/// when they are made in this process because no watchdog can run.
 class GuardedSwitch : public DisplaySwitch {
 public:
-    /// Starts a guard, and from now on another whenever it dies. `inner` must outlive it.
-    GuardedSwitch(DisplaySwitch& inner, SupervisorSetup surroundings);
-    /// Without a goodbye before, the guard switches on what is off.
+    /// Starts a watchdog, and from now on another whenever it dies. `inner` must outlive it.
+    GuardedSwitch(DisplaySwitch& inner, SupervisorSetup setup);
+    /// Without a goodbye before, the watchdog switches on what is off.
     ~GuardedSwitch() override;
 
     GuardedSwitch(const GuardedSwitch&) = delete;
     GuardedSwitch& operator=(const GuardedSwitch&) = delete;
 
-    /// Tells the guard that there is nothing left to do, and returns when it has ended.
-    /// From any thread. What is switched afterwards is switched in this process.
+    /// Tells the watchdog that there is nothing left to do, and returns when it has ended.
+    /// Later changes are made in this process.
     void goodbye();
 
     bool canSwitch() override { return inner_.canSwitch(); }
@@ -40,13 +39,13 @@ private:
 
     ServerStatus perform(Job job);
     void work();
-    /// Returns when there is something to do: a job, the guard's end, or our own.
+    /// Blocks until there is something to do: a job, the watchdog's end, or our own.
     void awaitWork() const;
     void wake();
 
     DisplaySwitch& inner_;
     /// Used by `thread_` only.
-    WatchdogSupervisor keeper_;
+    WatchdogSupervisor supervisor_;
     /// What is written to the second end wakes the thread, which reads from the first.
     std::pair<FileDescriptor, FileDescriptor> wake_;
     std::mutex mutex_;

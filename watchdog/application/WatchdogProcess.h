@@ -10,8 +10,8 @@
 
 namespace tavrel::watchdog {
 
-/// A guard that is a child process: out of the reach of a terminal's signals and of
-/// signals to the application's process group, with none of its files but the connection.
+/// A watchdog that is a child process: out of reach of a terminal's signals and of signals
+/// to the application's process group, with none of its files but the connection.
 class WatchdogProcess : public RunningWatchdog {
 public:
     /// Runs `executable`, passing it the number of its end of the connection. Null when the
@@ -29,7 +29,7 @@ public:
     pid_t pid() const { return pid_; }
 
 private:
-    /// Without a value once closed.
+    /// std::nullopt once closed.
     std::optional<MessageSocket> link_;
     pid_t pid_;
     bool isReaped_ = false;

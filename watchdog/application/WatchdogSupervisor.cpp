@@ -6,8 +6,8 @@
 
 namespace tavrel::watchdog {
 
-WatchdogSupervisor::WatchdogSupervisor(DisplaySwitch& inner, SupervisorSetup surroundings)
-    : inner_(inner), surroundings_(std::move(surroundings)) {
+WatchdogSupervisor::WatchdogSupervisor(DisplaySwitch& inner, SupervisorSetup setup)
+    : inner_(inner), setup_(std::move(setup)) {
     startWatchdog();
 }
 
@@ -16,25 +16,26 @@ ServerStatus WatchdogSupervisor::setDisplayEnabled(DisplayID display, bool enabl
 }
 
 void WatchdogSupervisor::goodbye() {
-    if (guard_) {
-        guard_->link().send({.kind = Message::Kind::goodbye});
-        guard_.reset();
+    if (watchdog_) {
+        watchdog_->link().send({.kind = Message::Kind::goodbye});
+        watchdog_.reset();
     }
 }
 
-void WatchdogSupervisor::attend() {
-    if (guard_ && receive(std::chrono::milliseconds::zero()) != Received(NoMessage::timedOut)) {
-        replaceGuard();
+void WatchdogSupervisor::replaceIfDead() {
+    if (watchdog_ && receive(std::chrono::milliseconds::zero()) != Received(NoMessage::timedOut)) {
+        replaceWatchdog();
     }
 }
 
 ServerStatus WatchdogSupervisor::switchOn(DisplayID display) {
     std::optional<ServerStatus> status;
-    // Guards that die too slowly to count as unable to live must not keep us forever.
-    for (std::size_t died = 0; guard_ && !status && died < CrashLoopDetector::tooMany; ++died) {
+    // Bounded, also for watchdogs that crash too slowly for the detector.
+    for (std::size_t crashes = 0; watchdog_ && !status && crashes < CrashLoopDetector::tooMany;
+         ++crashes) {
         status = ask(display, true);
         if (!status) {
-            replaceGuard();
+            replaceWatchdog();
         }
     }
     if (!status) {
@@ -48,12 +49,12 @@ ServerStatus WatchdogSupervisor::switchOn(DisplayID display) {
 
 ServerStatus WatchdogSupervisor::switchOff(DisplayID display) {
     const bool wasOff = switchedOff_.contains(display);
-    // Beforehand, so that the next guard hears of it whatever becomes of this one.
+    // Beforehand, so that the next watchdog is told of it if this one dies.
     switchedOff_.add(display);
     const std::optional<ServerStatus> status =
-        guard_ ? ask(display, false) : inner_.setDisplayEnabled(display, false);
+        watchdog_ ? ask(display, false) : inner_.setDisplayEnabled(display, false);
     if (!status) {
-        replaceGuard();
+        replaceWatchdog();
         switchOn(display);
         return serverStatus::cannotComplete;
     }
@@ -65,12 +66,13 @@ ServerStatus WatchdogSupervisor::switchOff(DisplayID display) {
 
 std::optional<ServerStatus> WatchdogSupervisor::ask(DisplayID display, bool enabled) {
     lastId_ = std::max(lastId_ + 1, 1U);
-    if (!guard_->link().send({.kind = enabled ? Message::Kind::switchOn : Message::Kind::switchOff,
-                              .id = lastId_,
-                              .display = display})) {
+    if (!watchdog_->link().send(
+            {.kind = enabled ? Message::Kind::switchOn : Message::Kind::switchOff,
+             .id = lastId_,
+             .display = display})) {
         return std::nullopt;
     }
-    const Received received = receive(surroundings_.patience);
+    const Received received = receive(setup_.answerTimeout);
     const auto* message = std::get_if<Message>(&received);
     if (message == nullptr || message->kind != Message::Kind::answer || message->id != lastId_) {
         return std::nullopt;
@@ -78,36 +80,36 @@ std::optional<ServerStatus> WatchdogSupervisor::ask(DisplayID display, bool enab
     return message->status;
 }
 
-Received WatchdogSupervisor::receive(std::chrono::milliseconds patience) {
-    const Received received = guard_->link().receive(patience);
-    if (guardIsReady_ || received != Received(Message{.kind = Message::Kind::ready})) {
+Received WatchdogSupervisor::receive(std::chrono::milliseconds timeout) {
+    const Received received = watchdog_->link().receive(timeout);
+    if (watchdogIsReady_ || received != Received(Message{.kind = Message::Kind::ready})) {
         return received;
     }
-    guardIsReady_ = true;
-    return guard_->link().receive(patience);
+    watchdogIsReady_ = true;
+    return watchdog_->link().receive(timeout);
 }
 
-void WatchdogSupervisor::replaceGuard() {
-    const std::unique_ptr<RunningWatchdog> former = std::move(guard_);
-    if (!deaths_.add(surroundings_.now())) {
+void WatchdogSupervisor::replaceWatchdog() {
+    const std::unique_ptr<RunningWatchdog> former = std::move(watchdog_);
+    if (!crashes_.add(setup_.now())) {
         startWatchdog();
     }
-    // It may live on, having only gone silent. Not before its successor knows what is off:
-    // at every moment some guard has to.
+    // It may still run, without answering. Its successor knows by now what is off: at every
+    // moment some watchdog has to.
     former->kill();
 }
 
 void WatchdogSupervisor::startWatchdog() {
-    guardIsReady_ = false;
+    watchdogIsReady_ = false;
     do {
-        guard_ = surroundings_.startWatchdog();
-    } while (!guard_ && !deaths_.add(surroundings_.now()));
-    if (!guard_) {
+        watchdog_ = setup_.startWatchdog();
+    } while (!watchdog_ && !crashes_.add(setup_.now()));
+    if (!watchdog_) {
         return;
     }
     for (const DisplayID display : switchedOff_.displays()) {
-        // If this one is gone already, it shows at the next look.
-        guard_->link().send({.kind = Message::Kind::alreadyOff, .display = display});
+        // If this one is gone already, the next receive tells.
+        watchdog_->link().send({.kind = Message::Kind::alreadyOff, .display = display});
     }
 }
 

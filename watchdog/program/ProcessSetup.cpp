@@ -23,7 +23,7 @@ bool isStreamSocket(int descriptor) {
     return getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_STREAM;
 }
 
-/// Names that are relative to the present folder would mean something else in another.
+/// A path that is relative to the current folder would mean another file after `chdir`.
 void makeAbsolute(const char* variable) {
     const char* value = std::getenv(variable);
     if (value == nullptr || *value == '\0' || *value == '/') {
@@ -36,8 +36,8 @@ void makeAbsolute(const char* variable) {
     }
 }
 
-/// On a Mac the system's libraries may by now have descriptors of their own, which it is
-/// fatal to close; there the application's way of starting this passes none on.
+/// On a Mac the system's libraries may have descriptors of their own by now, which must not
+/// be closed; there the application passes none on when it starts this process.
 void closeAllFrom([[maybe_unused]] int first) {
 #if defined(__GLIBC__)
     closefrom(first);
@@ -70,9 +70,9 @@ std::optional<int> inheritedSocket(std::span<char* const> arguments) {
     return descriptor;
 }
 
-FileDescriptor leaveSurroundings(int socket) {
+FileDescriptor detachProcess(int socket) {
     ignoreRequestsToEnd();
-    // Fails only where it has been done already.
+    // Fails only when it has been done already.
     setsid();
 
     // Out of the way of the standard streams first, in case it is one of them.

@@ -5,18 +5,18 @@
 
 #include "platform/posix/FileDescriptor.h"
 
-/// What the process of a guard must and must not take over from its parent.
+/// What the watchdog's process takes over from its parent, and what it leaves behind.
 namespace tavrel::watchdog {
 
-/// The descriptor that the program's arguments (its name first) say is the connection to
-/// the application. Nothing unless they say just that, and it is a stream socket.
+/// The connection to the application, as the program's arguments (its name first) give it.
+/// std::nullopt unless they are one number, and that is a stream socket's descriptor.
 std::optional<int> inheritedSocket(std::span<char* const> arguments);
 
-/// Cuts the process loose from everything but the connection: no other descriptor stays
-/// open, its standard streams lead nowhere, it leads a session of its own, keeps no folder
-/// in use, and outlives the signals that ask programs to end. Returns the connection.
+/// Detaches the process from everything but the connection, which it returns: no other
+/// descriptor stays open, its standard streams are /dev/null, it leads a session of its own,
+/// its folder is the root, and it ignores the signals that ask programs to end.
 ///
-/// For the start of the program, before there is a second thread.
-FileDescriptor leaveSurroundings(int socket);
+/// To be called when the program starts, before there is a second thread.
+FileDescriptor detachProcess(int socket);
 
 }  // namespace tavrel::watchdog

@@ -6,11 +6,11 @@
 
 namespace tavrel::watchdog {
 
-WatchdogService::WatchdogService(DisplaySwitch& lifecycle, MessageChannel& application, Pause pause)
-    : lifecycle_(lifecycle), application_(application), pause_(std::move(pause)) {}
+WatchdogService::WatchdogService(DisplaySwitch& displays, MessageChannel& application, Pause pause)
+    : displays_(displays), application_(application), pause_(std::move(pause)) {}
 
 void WatchdogService::run() {
-    // That the application is gone shows when it is listened to, so no `send` is checked.
+    // No `send` is checked: that the application is gone shows at the next receive.
     application_.send({.kind = Message::Kind::ready});
     if (converse() == Ending::gone) {
         switchAllOn();
@@ -24,7 +24,7 @@ WatchdogService::Ending WatchdogService::converse() {
         if (message != nullptr && message->kind == Message::Kind::goodbye) {
             return Ending::goodbye;
         }
-        if (message != nullptr && heed(*message)) {
+        if (message != nullptr && handle(*message)) {
             continue;
         }
         if (message != nullptr || std::get<NoMessage>(received) == NoMessage::malformed) {
@@ -34,7 +34,7 @@ WatchdogService::Ending WatchdogService::converse() {
     }
 }
 
-bool WatchdogService::heed(const Message& message) {
+bool WatchdogService::handle(const Message& message) {
     switch (message.kind) {
         case Message::Kind::alreadyOff:
             switchedOff_.add(message.display);
@@ -56,7 +56,7 @@ bool WatchdogService::heed(const Message& message) {
 }
 
 ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
-    const ServerStatus status = lifecycle_.setDisplayEnabled(display, enabled);
+    const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
     if (status != serverStatus::success) {
         return status;
     }
@@ -73,7 +73,7 @@ void WatchdogService::switchAllOn() {
         if (attempt > 0) {
             pause_(retryInterval);
         }
-        // The way back is the way there reversed, so each finds the layout it left.
+        // The last one off is the first one on, so that each finds the layout it left.
         const std::vector<DisplayID> displays(switchedOff_.displays().rbegin(),
                                               switchedOff_.displays().rend());
         for (const DisplayID display : displays) {

@@ -6,8 +6,8 @@
 
 namespace tavrel::watchdog {
 
-/// The displays of the system that this guard runs on, with all they need. To be called
-/// once, before there is a second thread.
+/// Switches the displays of the window server that the application uses too. Owns all it
+/// needs. To be called once, before there is a second thread.
 std::shared_ptr<DisplaySwitch> makeDisplaySwitch();
 
 }  // namespace tavrel::watchdog

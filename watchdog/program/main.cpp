@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
             << "usage: display-watchdog DESCRIPTOR (started by tavrel, with a connection to it)\n";
         return 2;
     }
-    watchdog::MessageSocket application(watchdog::leaveSurroundings(*inherited));
+    watchdog::MessageSocket application(watchdog::detachProcess(*inherited));
     const std::shared_ptr<DisplaySwitch> displays = watchdog::makeDisplaySwitch();
     watchdog::WatchdogService(*displays, application, [](std::chrono::milliseconds time) {
         std::this_thread::sleep_for(time);

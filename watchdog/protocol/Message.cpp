@@ -38,7 +38,7 @@ bool isKnown(Message::Kind kind) {
 }
 
 bool fieldsArePossible(const Message& message) {
-    // Display 0 is no display, but whether there is such a one is for the server to say.
+    // There is no display 0, but which displays exist is for the server to say.
     switch (message.kind) {
         case Message::Kind::ready:
         case Message::Kind::goodbye:

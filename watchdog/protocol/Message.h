@@ -9,32 +9,32 @@
 
 #include "platform/DisplayID.h"
 
-/// What the application and its guard say to each other, and how it looks on the wire.
+/// What the application and its watchdog say to each other, and how it looks on the wire.
 ///
-/// Both are installed together but need not be of one build, so every message tells its
-/// version and a reader takes nothing on trust: what is not exactly a message is an error,
-/// never a guess.
+/// Both are installed together but need not be of one build, so every message carries its
+/// version and a reader trusts nothing: what is not exactly a message is an error, never a
+/// guess.
 namespace tavrel::watchdog {
 
 struct Message {
     enum class Kind : std::uint8_t {
-        /// Guard: it has started. Its first message, sent once.
+        /// Watchdog: it has started. Its first message, sent once.
         ready = 1,
         /// Application: this display is, or may be, off because of us. No answer.
         alreadyOff = 2,
         /// Application: switch `display` on or off and answer under the same `id`.
         switchOff = 3,
         switchOn = 4,
-        /// Guard: how the switch with this `id` went.
+        /// Watchdog: how the switch with this `id` went.
         answer = 5,
-        /// Application: it ends in good order; nothing is left to do.
+        /// Application: it ends in good order and leaves nothing to do.
         goodbye = 6,
     };
 
     Kind kind = Kind::goodbye;
     /// Chosen by the application, to match answers to requests; 0 for all other kinds.
     std::uint32_t id = 0;
-    /// 0 for kinds that are about none.
+    /// 0 for kinds that are about no display.
     DisplayID display = 0;
     /// 0 for all but answers.
     ServerStatus status = 0;
@@ -46,32 +46,32 @@ struct Message {
 inline constexpr std::size_t messageSize = 20;
 using MessageBytes = std::array<std::uint8_t, messageSize>;
 
-/// Why bytes are no message.
+/// Why bytes are not a message.
 enum class MessageError {
     wrongLength,
-    /// Something else altogether.
+    /// Does not begin as our messages do.
     foreign,
     otherVersion,
     unknownKind,
-    /// A field holds what it cannot hold in this kind of message.
+    /// A field has a value that it cannot have in this kind of message.
     impossibleField,
 };
 
 MessageBytes encode(const Message& message);
 
-/// The message that `encode` makes these bytes of. All others are errors, so that no two
-/// sequences of bytes mean the same.
+/// The message that `encode` turns into exactly these bytes. All other bytes are errors, so
+/// that no two sequences of bytes mean the same.
 std::variant<Message, MessageError> decode(std::span<const std::uint8_t> bytes);
 
-/// Cuts a stream of bytes into messages. Holds less than one message, whatever it is fed.
+/// Cuts a stream of bytes into messages. Never holds more than one message.
 class MessageReader {
 public:
-    /// How many bytes the message that has begun, or else the next one, still lacks.
+    /// How many bytes are missing until the next message is complete.
     std::size_t missing() const { return messageSize - size_; }
 
-    /// Takes the stream's next bytes. Gives the message once it is complete. An error is
-    /// final: where the next message would begin is then unknown, so every later call gives
-    /// that error again.
+    /// Takes the stream's next bytes. Returns the message once it is complete, std::nullopt
+    /// until then. An error is final: where the next message would begin is unknown, so every
+    /// later call returns that error again.
     ///
     /// REQUIRES: `bytes.size() <= missing()`.
     std::optional<std::variant<Message, MessageError>> add(std::span<const std::uint8_t> bytes);

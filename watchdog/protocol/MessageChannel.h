@@ -6,31 +6,31 @@
 
 namespace tavrel::watchdog {
 
-/// Why no message came.
+/// Why no message was received.
 enum class NoMessage {
     /// The other side is gone, perhaps in the middle of a message.
     gone,
-    /// What came is no message. Nothing more will be understood.
+    /// What came is not a message. Nothing that follows can be understood.
     malformed,
     timedOut,
 };
 
 using Received = std::variant<Message, NoMessage>;
 
-/// One end of a conversation. To be used by one thread at a time. No call throws.
+/// One end of a conversation, to be used by one thread at a time. No call throws.
 class MessageChannel {
 public:
     virtual ~MessageChannel() = default;
 
-    /// Returns whether it is on its way; not whether the other side still lives to read it.
+    /// Returns whether it was sent, which does not mean that the other side will read it.
     virtual bool send(const Message& message) = 0;
 
-    /// Waits for the next message as long as it takes. What the other side sent before it
-    /// went is still received.
+    /// Blocks until the next message. What the other side sent before it ended is still
+    /// received.
     virtual Received receive() = 0;
 
-    /// Shows the other side that the conversation is over, and returns when it has gone
-    /// too. What it says until then is not read.
+    /// Shows the other side that the conversation is over, and blocks until it has closed
+    /// its end. What it sends until then is discarded.
     virtual void hangUp() = 0;
 };
 

@@ -19,7 +19,7 @@ constexpr int sendFlags = MSG_NOSIGNAL;
 constexpr int sendFlags = 0;
 #endif
 
-/// For systems on which a socket, not a call, is told to spare us SIGPIPE.
+/// For systems on which SIGPIPE is turned off for a socket, not for a call.
 void silencePipeSignal([[maybe_unused]] int socket) {
 #ifdef SO_NOSIGPIPE
     const int yes = 1;
@@ -53,8 +53,8 @@ bool MessageSocket::send(const Message& message) {
     return true;
 }
 
-Received MessageSocket::receive(std::chrono::milliseconds patience) {
-    return receiveUntil(std::chrono::steady_clock::now() + patience);
+Received MessageSocket::receive(std::chrono::milliseconds timeout) {
+    return receiveUntil(std::chrono::steady_clock::now() + timeout);
 }
 
 Received MessageSocket::receiveUntil(Deadline deadline) {
@@ -67,7 +67,7 @@ Received MessageSocket::receiveUntil(Deadline deadline) {
         if (size < 0 && errno == EINTR) {
             continue;
         }
-        // A peer that went without reading all we sent makes an error of its end.
+        // Its end shows as an error when it did not read all we sent.
         if (size <= 0) {
             return NoMessage::gone;
         }

@@ -9,8 +9,8 @@
 
 namespace tavrel::watchdog {
 
-/// A conversation over a connected stream socket. A lost peer is an answer here, never a
-/// signal.
+/// A conversation over a connected stream socket. Sending to a lost peer returns false and
+/// never raises SIGPIPE.
 class MessageSocket : public MessageChannel {
 public:
     explicit MessageSocket(FileDescriptor socket);
@@ -19,10 +19,10 @@ public:
     Received receive() override { return receiveUntil(std::nullopt); }
     void hangUp() override;
 
-    /// Waits no longer than `patience`; 0 takes only what is there already.
-    Received receive(std::chrono::milliseconds patience);
+    /// Blocks no longer than `timeout`; 0 takes only what is there already.
+    Received receive(std::chrono::milliseconds timeout);
 
-    /// Readable when `receive` would not have to wait for the message's first byte.
+    /// Readable once the next message has begun to arrive or the other side is gone.
     int descriptor() const { return socket_.number(); }
 
 private:
@@ -35,7 +35,7 @@ private:
 };
 
 /// The two ends of a new connection that nobody else can reach. Neither stays open in
-/// programs that this one starts. Nothing when the system is out of descriptors.
+/// programs that this one starts. std::nullopt when the system is out of descriptors.
 std::optional<std::pair<FileDescriptor, FileDescriptor>> makeSocketPair();
 
 }  // namespace tavrel::watchdog

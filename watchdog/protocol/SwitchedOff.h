@@ -8,7 +8,7 @@
 namespace tavrel::watchdog {
 
 /// The displays that this application has, or may have, switched off and not on again, in
-/// the order in which they went.
+/// the order in which they were switched off. Both the supervisor and the watchdog keep it.
 class SwitchedOff {
 public:
     void add(DisplayID display) {

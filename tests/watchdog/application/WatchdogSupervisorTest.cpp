@@ -61,7 +61,7 @@ protected:
         if (!keeper_) {
             keeper_.emplace(inner, SupervisorSetup{.startWatchdog = [this] { return start(); },
                                                    .now = [this] { return now; },
-                                                   .patience = patience});
+                                                   .answerTimeout = answerTimeout});
         }
         return *keeper_;
     }
@@ -100,7 +100,7 @@ protected:
     /// The one at work dies while nothing is asked of it, and the keeper gets to see it.
     void killIdleGuard() {
         latest->cut();
-        keeper().attend();
+        keeper().replaceIfDead();
     }
 
     bool isOn(DisplayID display) const { return server.find(display)->enabled; }
@@ -119,7 +119,7 @@ protected:
     } inner{server};
 
     std::chrono::nanoseconds now = 1000s;
-    std::chrono::milliseconds patience = 30s;
+    std::chrono::milliseconds answerTimeout = 30s;
     int starts = 0;
     int failingStarts = 0;
     /// What the next guard to be started says instead of being one.
@@ -178,7 +178,7 @@ TEST_F(WatchdogSupervisorTest, aGuardThatDiesIdleIsReplacedByOneThatKnowsWhatIsO
 
 TEST_F(WatchdogSupervisorTest, aLivingGuardIsLeftAloneWhenLookedAfter) {
     keeper().setDisplayEnabled(1, false);
-    keeper().attend();
+    keeper().replaceIfDead();
     EXPECT_EQ(starts, 1);
 }
 
@@ -254,7 +254,7 @@ TEST_F(WatchdogSupervisorTest, afterThreeDeathsWithinTenSecondsThisProcessSwitch
     EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
     EXPECT_EQ(keeper().setDisplayEnabled(2, true), 0);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false), Pair(2, true)));
-    keeper().attend();
+    keeper().replaceIfDead();
     EXPECT_EQ(starts, 3);
 }
 
@@ -313,7 +313,7 @@ TEST_F(WatchdogSupervisorTest, anAnswerToAnotherRequestIsNoAnswer) {
 
 TEST_F(WatchdogSupervisorTest, aGuardThatStaysSilentIsReplacedWhenPatienceEnds) {
     puppetSays = {{.kind = Kind::ready}};
-    patience = 20ms;
+    answerTimeout = 20ms;
     EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
     EXPECT_EQ(puppetsKilled, 1) << "or it might still switch one day";
     EXPECT_EQ(starts, 2);
@@ -326,7 +326,7 @@ TEST_F(WatchdogSupervisorTest, aGuardThatTalksUnaskedIsReplaced) {
         const int startsBefore = starts;
         endWithoutGoodbye();
         puppetSays = {{.kind = Kind::ready}, message};
-        keeper().attend();
+        keeper().replaceIfDead();
         EXPECT_EQ(starts, startsBefore + 2);
     }
     EXPECT_EQ(puppetsKilled, 3);
@@ -334,10 +334,10 @@ TEST_F(WatchdogSupervisorTest, aGuardThatTalksUnaskedIsReplaced) {
 
 TEST_F(WatchdogSupervisorTest, aGuardMaySayOnceThatItIsReady) {
     puppetSays = {{.kind = Kind::ready}};
-    keeper().attend();
+    keeper().replaceIfDead();
     EXPECT_EQ(starts, 1);
     puppet->say({.kind = Kind::ready});
-    keeper().attend();
+    keeper().replaceIfDead();
     EXPECT_EQ(starts, 2);
 }
 
