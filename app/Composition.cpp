@@ -1,7 +1,6 @@
 #include "app/Composition.h"
 
 #include <QCoreApplication>
-#include <filesystem>
 
 #include "app/System.h"
 #include "platform/NotificationCenter.h"
@@ -14,14 +13,9 @@ namespace tavrel {
 
 namespace {
 
-/// The guard is installed beside the application, in a bundle too.
-std::filesystem::path guardExecutable() {
-    return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) /
-           "display-watchdog";
-}
-
-watchdog::SupervisorSetup surroundings() {
-    return {.startWatchdog = [executable = guardExecutable()] {
+watchdog::SupervisorSetup supervisorSetup() {
+    const auto folder = QCoreApplication::applicationDirPath().toStdString();
+    return {.startWatchdog = [executable = watchdog::findWatchdog(folder)] {
         return watchdog::WatchdogProcess::start(executable);
     }};
 }
@@ -31,7 +25,7 @@ watchdog::SupervisorSetup surroundings() {
 struct Composition::Parts {
     std::unique_ptr<System> system = System::make();
     SystemWallClock wallClock;
-    watchdog::GuardedSwitch guarded{system->displaySwitch(), surroundings()};
+    watchdog::GuardedSwitch guarded{system->displaySwitch(), supervisorSetup()};
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     NotificationCenter notificationCenter{mainQueue};

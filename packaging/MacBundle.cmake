@@ -1,4 +1,4 @@
-# Makes `tavrel` the application of a bundle, with the guard and the icon in it, and says how
+# Makes `tavrel` the application of a bundle, with the watchdog and the icon in it, and says how
 # it is installed and what image it is handed out in. To be included where `tavrel` is made.
 
 set(bundle Tavrel.app)

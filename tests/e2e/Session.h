@@ -19,9 +19,9 @@ inline constexpr const char* program = TAVREL_PROGRAM;
 class Session {
 public:
     Session(const support::VirtualDesktop& desktop, const support::UserHome& home,
-            const support::Environment& environment = {})
+            const support::Environment& environment = {}, const std::string& executable = program)
         : desktop_(desktop),
-          application_(desktop, home, {.program = program, .environment = environment}),
+          application_(desktop, home, {.program = executable, .environment = environment}),
           accessible_(desktop.accessibilityBusAddress(), application_.pid()) {}
 
     support::AppProcess& application() { return application_; }

@@ -52,6 +52,20 @@ INSTANTIATE_TEST_SUITE_P(Signals, KilledApplicationTest, testing::Values(SIGKILL
                                                             : "Abort";
                          });
 
+TEST_F(WatchdogTest, KillingAllProcessesNamedAfterTheApplicationLeavesNoDisplayOff) {
+    switchTwoOff();
+    // As `pkill -KILL tavrel` does, but on this desktop only.
+    const auto named = watchdog::processesNamed("tavrel", "DISPLAY=" + run.desktop.displayName());
+
+    for (const pid_t each : named) {
+        ::kill(each, SIGKILL);
+    }
+
+    EXPECT_THAT(named, testing::Contains(run.application()));
+    EXPECT_TRUE(run.allComeBackAsTheyWere());
+    EXPECT_TRUE(run.nothingIsLeftRunning());
+}
+
 TEST_F(WatchdogTest, quittingLeavesNoGuard) {
     switchTwoOff();
     run.session->application().process().signal(SIGTERM);

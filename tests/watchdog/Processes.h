@@ -13,4 +13,7 @@ namespace tavrel::watchdog {
 /// nobody has reaped are not running.
 std::vector<pid_t> processesOf(const std::filesystem::path& executable, const std::string& entry);
 
+/// Likewise those whose name, as the kernel keeps it and `pkill` matches it, contains `part`.
+std::vector<pid_t> processesNamed(const std::string& part, const std::string& entry);
+
 }  // namespace tavrel::watchdog

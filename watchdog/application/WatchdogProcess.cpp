@@ -10,6 +10,7 @@
 #include <csignal>
 #include <initializer_list>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -144,6 +145,18 @@ void WatchdogProcess::kill() {
         ::kill(pid_, SIGKILL);
         isReaped_ = reap(pid_, Wait::untilEnd);
     }
+}
+
+std::filesystem::path findWatchdog(const std::filesystem::path& applicationFolder) {
+    for (const char* place :
+         {"libexec/display-watchdog", TAVREL_INSTALLED_WATCHDOG, "display-watchdog"}) {
+        const std::filesystem::path executable = applicationFolder / place;
+        std::error_code error;
+        if (std::filesystem::is_regular_file(executable, error)) {
+            return executable;
+        }
+    }
+    return {};
 }
 
 }  // namespace tavrel::watchdog

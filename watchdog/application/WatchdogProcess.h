@@ -35,4 +35,9 @@ private:
     bool isReaped_ = false;
 };
 
+/// The watchdog's executable, looked for from the folder of the application's own: in the
+/// libexec folder of the build tree or of the installation, or beside it as in a Mac's
+/// bundle. Empty when there is none; it cannot be started then.
+std::filesystem::path findWatchdog(const std::filesystem::path& applicationFolder);
+
 }  // namespace tavrel::watchdog
