@@ -7,16 +7,17 @@
 
 namespace tavrel {
 
-/// What happens around the application's life: the global hot key while it runs, and at
-/// its end every remembered display on again. Main thread only.
+/// What happens at the application's start and end: it registers the global hot key, and at
+/// the end it switches every remembered display on. Main thread only.
 ///
-/// It never touches the controller; the hot key reaches it as a notification.
+/// It does not know the controller; the hot key reaches that as a notification.
 class AppDelegate {
 public:
     /// Both must outlive the delegate.
     AppDelegate(const Platform& platform, HotKeys& hotKeys);
 
-    /// To be called once, after launch. A hot key that cannot be had is done without.
+    /// To be called once, after launch. Goes on without the hot key when it cannot be
+    /// registered.
     void applicationDidFinishLaunching();
 
     /// To be called once, just before the process exits: enables every remembered display

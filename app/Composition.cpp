@@ -23,7 +23,7 @@ watchdog::SupervisorSetup supervisorSetup() {
 }  // namespace
 
 struct Composition::Parts {
-    std::unique_ptr<System> system = System::make();
+    std::unique_ptr<System> system = chooseSystem();
     SystemWallClock wallClock;
     watchdog::GuardedSwitch guarded{system->displaySwitch(), supervisorSetup()};
     SwitchOffGate gate{guarded};
@@ -36,14 +36,13 @@ struct Composition::Parts {
 Composition::Composition() : parts_(std::make_unique<Parts>()) {}
 
 Composition::~Composition() {
-    // Jobs use all the other parts, and what is queued may be the last to hold something
-    // that does.
+    // While the other parts still exist: jobs use them, and so may what a queued task owns.
     parts_->backgroundQueue.reset();
     parts_->mainQueue.dropTasks();
 }
 
-bool Composition::outlivesItsWindow() const {
-    return parts_->system->outlivesItsWindow();
+bool Composition::quitOnLastWindowClosed() const {
+    return parts_->system->quitOnLastWindowClosed();
 }
 
 Platform Composition::platform() {
@@ -61,9 +60,11 @@ Platform Composition::platform() {
 HotKeys& Composition::hotKeys() {
     return *parts_->hotKeys;
 }
+
 SwitchOffGate& Composition::switchOffGate() {
     return parts_->gate;
 }
+
 void Composition::endInGoodOrder() {
     parts_->guarded.goodbye();
 }

@@ -8,29 +8,30 @@
 
 namespace tavrel {
 
-/// The application's platform, put together: what its `System` fills, what is the same on
+/// The application's platform, put together: what differs by `System`, what is the same on
 /// all of them, and the decorators around both.
 ///
-/// To be made on the main thread once the toolkit's application object exists, and to be
-/// destroyed there before it goes. Outlives everything that was handed its `platform()`.
+/// Make it on the main thread once the toolkit's application object exists, and destroy it
+/// there before that is gone. Must outlive everything that uses its `platform()`.
 class Composition {
 public:
     Composition();
-    /// Waits for background jobs to end, then drops what is still queued.
+    /// Blocks until background jobs have ended, then drops what is still queued.
     ~Composition();
 
     Composition(const Composition&) = delete;
     Composition& operator=(const Composition&) = delete;
 
-    /// Whether the application is to go on without its window; see `System`.
-    bool outlivesItsWindow() const;
+    /// Whether the application ends with its window; see `System`.
+    bool quitOnLastWindowClosed() const;
 
     Platform platform();
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();
 
-    /// Says that all displays are as the application means to leave them. An end without
-    /// this counts as a crash: what is still off then is switched on by others.
+    /// Tells the watchdog that all displays are as the application wants to leave them, and
+    /// waits for its end. An end without this counts as a crash: the watchdog then switches
+    /// on what is still off.
     void endInGoodOrder();
 
 private:

@@ -9,11 +9,25 @@
 #include <QMenu>
 #include <QMenuBar>
 
-#include "app/MenuTexts.h"
 #include "ui/DisplayControlView.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
+
+namespace {
+
+/// Every text of the menus, in one place as those of the view are.
+namespace menuTexts {
+
+const QString file = QStringLiteral("File");
+const QString quit = QStringLiteral("Quit");
+const QString displays = QStringLiteral("Displays");
+const QString wakeBothDisplays = QStringLiteral("Wake Both Displays");
+const QString refreshDisplays = QStringLiteral("Refresh Displays");
+
+}  // namespace menuTexts
+
+}  // namespace
 
 MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     : controller_(std::move(controller)) {
@@ -35,7 +49,7 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     menuBar->setStyleSheet(theme::menuBarStyleSheet());
     const QFont menuFont = theme::font({.size = 12, .weight = QFont::Medium}, 1);
     menuBar->setFont(menuFont);
-    // Fixed, because a menu bar that is told of its parent's size otherwise takes its own.
+    // Fixed, or the menu bar would take its own size when its parent's changes.
     menuBar->setFixedSize(width(), theme::menuBarHeight);
     addMenus(*menuBar);
     for (QMenu* menu : menuBar->findChildren<QMenu*>()) {

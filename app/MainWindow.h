@@ -21,7 +21,7 @@ private:
     void addMenus(QMenuBar& menuBar);
 
     std::shared_ptr<DisplayController> controller_;
-    /// The one that all windows share, where they do; else null.
+    /// The menu bar that all windows share, where they do; else null.
     std::unique_ptr<QMenuBar> sharedMenuBar_;
 };
 

@@ -10,7 +10,7 @@ void QuitSequence::run(std::chrono::milliseconds limit) {
         return;
     }
     hasRun_ = true;
-    // Never joined: it ends with the process, or the process with it.
+    // Never joined: it either ends the process or ends with it.
     std::thread([limit] {
         std::this_thread::sleep_for(limit);
         std::_Exit(EXIT_FAILURE);

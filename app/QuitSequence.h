@@ -7,16 +7,15 @@
 
 namespace tavrel {
 
-/// The end of the application, however it came: nothing goes off any more, then the
-/// delegate's own work, once, and never for longer than the limit. Main thread only.
+/// The end of the application, whatever caused it: closes the switch-off gate, then does the
+/// delegate's work, once, and never for longer than the limit. Main thread only.
 class QuitSequence {
 public:
     /// Both must outlive it.
     QuitSequence(AppDelegate& delegate, SwitchOffGate& gate) : delegate_(delegate), gate_(gate) {}
 
-    /// Does the work on the first call and nothing on any other. If the window server
-    /// keeps it waiting past `limit`, counted from the first call to the end of the
-    /// process, the process ends there and then with status 1.
+    /// Only the first call does anything. If the process has not ended `limit` after it,
+    /// because the window server keeps it waiting, the process exits with status 1.
     void run(std::chrono::milliseconds limit = std::chrono::seconds(5));
 
 private:

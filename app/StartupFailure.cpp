@@ -13,7 +13,7 @@ namespace {
 void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
                    const QString& /*message*/) {
     if (type != QtFatalMsg) {
-        return;  // The toolkit's several lines on the same matter.
+        return;  // The toolkit says the same in several lines of its own.
     }
     const char* display = std::getenv("DISPLAY");
     std::fprintf(stderr, "tavrel: cannot open a window: no display server answers at \"%s\"\n",

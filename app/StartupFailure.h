@@ -5,8 +5,8 @@
 namespace tavrel {
 
 /// While it exists, a toolkit that cannot start because there is no display server ends
-/// the process with one plain line and status 1 instead of an abort and a core dump.
-/// For the time until the application object stands; one at a time, main thread only.
+/// the process with one plain line and status 1 instead of an abort and a core dump. For
+/// the time until the application object exists; one at a time, main thread only.
 class StartupFailure {
 public:
     StartupFailure();

@@ -12,18 +12,15 @@
 
 namespace tavrel {
 
-/// What is another one on each system the application runs on. Main thread only.
+/// What differs between the window servers that the application runs on: which class fills
+/// which interface there, and the customs of its desktop. Main thread only.
 class System {
 public:
-    /// The one this application is built for. Whoever defines it says what fills which
-    /// interface there.
-    static std::unique_ptr<System> make();
-
     virtual ~System() = default;
 
-    /// Whether it is the custom here that an application goes on without its window, and
-    /// shows it again when it is called to the front.
-    virtual bool outlivesItsWindow() const = 0;
+    /// False where an application customarily goes on without its window, and shows it again
+    /// when it is called to the front.
+    virtual bool quitOnLastWindowClosed() const = 0;
 
     /// They live as long as this object.
     virtual DisplaySwitch& displaySwitch() = 0;
@@ -35,5 +32,13 @@ public:
     virtual std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) = 0;
     virtual std::unique_ptr<BackgroundQueue> makeBackgroundQueue() = 0;
 };
+
+/// The system for the window server that this session runs on.
+///
+/// Which one that is shows only at run time, because one system may offer several: hence an
+/// interface and a choice, not another class for each build. So far Linux has X11 only, and
+/// a Mac its own only, so there is nothing to look at yet; a second one on either is chosen
+/// here.
+std::unique_ptr<System> chooseSystem();
 
 }  // namespace tavrel

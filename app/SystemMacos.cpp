@@ -12,7 +12,7 @@ namespace {
 
 class MacSystem final : public System {
 public:
-    bool outlivesItsWindow() const override { return true; }
+    bool quitOnLastWindowClosed() const override { return false; }
 
     DisplaySwitch& displaySwitch() override { return windowServer_; }
     DisplayQueries& queries() override { return windowServer_; }
@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    /// Before all that has a thread.
+    /// First, before anything that has a thread.
     MacWindowServer windowServer_;
     MacReconfigurationReports reports_{windowServer_};
     MacUserDefaults userDefaults_;
@@ -36,7 +36,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<System> System::make() {
+std::unique_ptr<System> chooseSystem() {
     return std::make_unique<MacSystem>();
 }
 

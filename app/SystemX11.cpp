@@ -12,7 +12,7 @@ namespace {
 
 class X11System final : public System {
 public:
-    bool outlivesItsWindow() const override { return false; }
+    bool quitOnLastWindowClosed() const override { return true; }
 
     DisplaySwitch& displaySwitch() override { return windowServer_; }
     DisplayQueries& queries() override { return windowServer_; }
@@ -34,7 +34,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<System> System::make() {
+std::unique_ptr<System> chooseSystem() {
     return std::make_unique<X11System>();
 }
 

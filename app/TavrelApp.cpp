@@ -42,9 +42,9 @@ int TavrelApp::run(QApplication& application) {
     _controller = DisplayController::create(composition_.platform());
 
     MainWindow window(_controller);
-    const WindowKeeper keeper(window);
-    if (composition_.outlivesItsWindow()) {
-        QApplication::setQuitOnLastWindowClosed(false);
+    const WindowKeeper windowKeeper(window);
+    QApplication::setQuitOnLastWindowClosed(composition_.quitOnLastWindowClosed());
+    if (!QApplication::quitOnLastWindowClosed()) {
         QObject::connect(&application, &QGuiApplication::applicationStateChanged, &window,
                          [&window](Qt::ApplicationState state) {
                              if (state == Qt::ApplicationActive) {

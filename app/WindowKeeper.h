@@ -8,9 +8,8 @@
 
 namespace tavrel {
 
-/// Keeps a window where it can be seen: when the layout of the screens changes and leaves
-/// part of it on none, it moves, whole, to one that is there. Needs no window manager.
-/// Main thread only.
+/// Keeps a window visible: when the layout of the screens changes and part of the window is
+/// on no screen, it moves the whole window to one. Needs no window manager. Main thread only.
 class WindowKeeper : public QObject {
 public:
     /// `window` is not owned and may go first.
@@ -22,13 +21,13 @@ private:
     void check();
 
     QPointer<QWidget> window_;
-    /// Runs out in the loop's next turn, however often it is started until then.
+    /// Checks once in the event loop's next turn, however often it is started until then.
     QTimer checkTimer_;
 };
 
-/// Where a window that has `frame` should be so that all of it is on the `screens`: where
-/// it is if it is whole there, else centred on the screen that shows most of it, or on the
-/// first when none does. Unmoved when there are no screens.
+/// `frame`, moved so that all of it is on the `screens`: unmoved if all of it is, else centred
+/// on the screen that shows most of it, or on the first when none does. Also unmoved when
+/// there are no screens.
 QRect keptVisible(const QRect& frame, const QList<QRect>& screens);
 
 }  // namespace tavrel
