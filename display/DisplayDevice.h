@@ -7,7 +7,7 @@
 namespace tavrel {
 
 /// One display as it is listed, shown and switched. A plain value; two devices with the
-/// same `id` denote the same physical display, and nothing else about them is compared.
+/// same `id` are the same physical display, whatever else differs.
 class DisplayDevice {
 public:
     /// In the order in which kinds are listed.
@@ -15,7 +15,7 @@ public:
 
     DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool initiallyOn);
 
-    /// The identifier in plain decimal: the identity that lists key their rows on.
+    /// The identifier in plain decimal, by which lists identify their rows.
     const std::string& id() const { return id_; }
     /// The number passed to every platform call about this display.
     DisplayID displayID() const { return displayID_; }
@@ -23,8 +23,7 @@ public:
     const std::string& name() const { return name_; }
     Kind kind() const { return kind_; }
 
-    /// Whether it was part of the desktop layout when the list was taken, or has been
-    /// made so since.
+    /// Whether it was part of the desktop layout when it was listed or last switched.
     bool isOn = false;
     /// Whether a switch of this display is in progress.
     bool isBusy = false;

@@ -8,7 +8,7 @@
 
 namespace tavrel {
 
-/// Why a display operation failed, with the one text that the user is shown for it.
+/// Why a display operation failed, with the text that the user is shown for it.
 class DisplayError : public std::exception {
 public:
     enum class Reason {
@@ -28,14 +28,14 @@ public:
     /// The status of a `lifecycleFailed`; 0 for the other reasons.
     ServerStatus code() const { return code_; }
 
-    /// The user-facing text; always present.
+    /// The text for the user; never std::nullopt.
     std::optional<std::string> errorDescription() const { return description_; }
-    /// Always absent: the description says all there is.
+    /// Always std::nullopt: the description says everything.
     std::optional<std::string> failureReason() const { return std::nullopt; }
     std::optional<std::string> recoverySuggestion() const { return std::nullopt; }
     std::optional<std::string> helpAnchor() const { return std::nullopt; }
 
-    /// The description, for whoever catches a plain `std::exception`.
+    /// The description, for code that catches any `std::exception`.
     const char* what() const noexcept override { return description_.c_str(); }
 
 private:

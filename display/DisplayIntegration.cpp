@@ -12,17 +12,17 @@ namespace tavrel::DisplayIntegration {
 
 namespace {
 
-/// From this many online displays on, externals are told apart by number.
+/// With this many online displays or more, the externals are numbered.
 constexpr std::size_t numberedFrom = 3;
 
-/// The list of all displays may hold entries that stand for no display at all.
+/// The list of all displays may hold entries that are not displays.
 bool isReal(DisplayMoment& moment, DisplayID display) {
     return display != 0 && (moment.isBuiltIn(display) || moment.isOnline(display) ||
                             moment.vendorNumber(display) != 0 || moment.modelNumber(display) != 0 ||
                             moment.serialNumber(display) != 0);
 }
 
-/// The displays that are there now: all real ones, or else those that are online.
+/// The displays that are connected now: all real ones, or without any those that are online.
 std::vector<DisplayID> presentDisplays(DisplayMoment& moment) {
     auto displays = moment.allDisplays().value_or(std::vector<DisplayID>{});
     std::erase_if(displays, [&](DisplayID display) { return !isReal(moment, display); });

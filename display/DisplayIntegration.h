@@ -10,12 +10,12 @@
 /// The only producer of `DisplayDevice` values.
 namespace tavrel::DisplayIntegration {
 
-/// Every display that is connected now, and every one the registry still remembers,
-/// built-in first, then by name; equal names by identifier. Merges what it found into
-/// the registry, so each success rewrites the stored value. Asks one moment.
+/// Returns every display that is connected now and every one the registry still remembers,
+/// built-in first, then by name, then by identifier. Merges what it found into the registry,
+/// so each success rewrites the stored value. All questions go to one `DisplayMoment`.
 ///
-/// Throws `DisplayError::invalidDisplayList` when the server gives no list at all; the
-/// registry has not been touched then. From any thread.
+/// Throws `DisplayError::invalidDisplayList` when the server has no list at all, before it
+/// touches the registry. From any thread.
 std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& userDefaults,
                                          WallClock& wallClock);
 

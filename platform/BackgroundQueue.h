@@ -4,14 +4,14 @@
 
 namespace tavrel {
 
-/// Work the user is waiting for, off the main thread. Jobs run concurrently and in no
-/// promised order; one that blocks does not hold up the others.
+/// Runs work the user is waiting for, off the main thread. Jobs run concurrently and in no
+/// particular order; one that blocks does not delay the others.
 class BackgroundQueue {
 public:
     virtual ~BackgroundQueue() = default;
 
-    /// From any thread; returns at once. A job that never starts because the queue ends
-    /// first is destroyed.
+    /// Runs `job` on a background thread. From any thread; returns at once. A job that has
+    /// not started when the queue ends is destroyed.
     virtual void async(Task job) = 0;
 };
 

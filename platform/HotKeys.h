@@ -7,10 +7,10 @@
 
 namespace tavrel {
 
-/// A system-wide key chord as an application registers it. Numbers are those of the
-/// Mac's event manager, which every implementation translates to its own.
+/// A system-wide key chord as an application registers it. The numbers are those of the
+/// Mac's event manager; other systems translate them.
 struct HotKeyRegistration {
-    /// The virtual key code: the key's place on a US keyboard.
+    /// The virtual key code: the position of the key on a US keyboard.
     std::uint32_t keyCode;
     /// A sum of the `hotKeyModifier` masks.
     std::uint32_t modifiers;
@@ -27,10 +27,10 @@ inline constexpr std::uint32_t control = 0x1000;
 }  // namespace hotKeyModifier
 
 /// Key chords that reach this application whichever window has the focus.
-/// Main thread only; the thing made by each call is destroyed there too.
+/// Main thread only, and so are the handles.
 class HotKeys {
 public:
-    /// Releases what it stands for when destroyed.
+    /// An event handler or a claimed chord, released when the handle is destroyed.
     class Handle {
     public:
         virtual ~Handle() = default;
@@ -38,12 +38,12 @@ public:
 
     virtual ~HotKeys() = default;
 
-    /// Runs `pressed` on the main thread once for each press of a registered hot key;
-    /// a key held down is one press. Null when the system refuses.
+    /// Runs `pressed` on the main thread once for each press of a registered hot key; holding
+    /// it down is one press. Returns null when the system refuses.
     virtual std::unique_ptr<Handle> installEventHandler(Task pressed) = 0;
 
-    /// Claims the chord. Null when the system refuses, for one because another program
-    /// holds it.
+    /// Claims the chord. Returns null when the system refuses, for example because another
+    /// program holds it.
     virtual std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) = 0;
 };
 

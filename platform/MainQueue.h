@@ -10,8 +10,7 @@ using Task = std::function<void()>;
 /// Delays run on a monotonic clock.
 using Delay = std::chrono::nanoseconds;
 
-/// A tick that repeats until invalidated. Destroying it invalidates it.
-/// To be used, and destroyed, on the main thread only.
+/// A tick that repeats until invalidated. Destroying it invalidates it. Main thread only.
 class RepeatingTimer {
 public:
     virtual ~RepeatingTimer() = default;
@@ -21,12 +20,12 @@ public:
 };
 
 /// The main thread's queue of work. Tasks run there one at a time, in the order they
-/// became due. A task that never runs because the queue ends first is destroyed.
+/// become due. A task that has not run when the queue ends is destroyed.
 class MainQueue {
 public:
     virtual ~MainQueue() = default;
 
-    /// Runs `task` on the main thread, never before this call has returned there.
+    /// Runs `task` on the main thread, when called there not before this call has returned.
     /// From any thread.
     virtual void async(Task task) = 0;
 

@@ -12,24 +12,23 @@
 
 namespace tavrel {
 
-/// One registration with a notification centre.
+/// One registration with a notification center.
 struct ObserverToken {
     std::uint64_t value = 0;
 };
 
-/// Named broadcasts within the process, without payload. It needs nothing of a system but
-/// its main queue, where each posting is a task; on a simulated queue it is a simulated one.
+/// Named broadcasts within the process, without data. Each delivery is a task of the main
+/// queue, so on a simulated queue it happens in simulated time.
 class NotificationCenter {
 public:
     /// `mainQueue` must outlive it.
     explicit NotificationCenter(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
-    /// From now on runs `block` on the main queue once for each posting of `name`.
-    /// From any thread.
+    /// Runs `block` on the main queue once for each later posting of `name`. From any thread.
     ObserverToken addObserver(std::string_view name, std::function<void()> block);
 
-    /// Ends the registration; postings not yet delivered to it are dropped. Main thread
-    /// only, so when it returns the block will not run again.
+    /// Ends the registration and drops postings not yet delivered to it. Main thread only, so
+    /// the block does not run after this has returned.
     void removeObserver(ObserverToken token);
 
     /// From any thread; returns without waiting for the observers.

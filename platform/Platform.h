@@ -11,8 +11,8 @@ class ReconfigurationReports;
 class UserDefaults;
 class WallClock;
 
-/// All that the core asks of the system it runs on. Whoever composes the application
-/// owns the parts and keeps them alive until the last background job has ended.
+/// Everything the core needs from the system it runs on. Owns nothing: the parts belong to
+/// the code that composes the application and must outlive the last background job.
 struct Platform {
     DisplaySwitch& displaySwitch;
     DisplayQueries& queries;
@@ -23,7 +23,7 @@ struct Platform {
     BackgroundQueue& backgroundQueue;
     NotificationCenter& notificationCenter;
 
-    /// The same platform with another switch, one that stands before this one's for example.
+    /// The same platform with another switch, for example one that wraps this one's.
     Platform with(DisplaySwitch& other) const {
         return {.displaySwitch = other,
                 .queries = queries,

@@ -28,14 +28,14 @@ class ReconfigurationReports {
 public:
     virtual ~ReconfigurationReports() = default;
 
-    /// From now on `callback` is called with `userInfo` for each report, on a thread of
-    /// the window server's choosing and possibly on several at once. `userInfo` is not
-    /// owned. Returns 0, or the server's status when nothing was registered.
+    /// Calls `callback` with `userInfo` for each later report, on any thread and possibly on
+    /// several at once. `userInfo` is not owned. Returns 0, or the server's status when
+    /// nothing was registered.
     virtual ServerStatus registerCallback(DisplayReconfigurationCallback callback,
                                           void* userInfo) = 0;
 
-    /// Ends the reports to this pair. When it returns, no call with it is running or
-    /// will be made, except a call it was itself made from.
+    /// Ends the reports to this pair. Blocks until its calls on other threads have returned;
+    /// no further one is made. May be called from within such a call.
     virtual ServerStatus removeCallback(DisplayReconfigurationCallback callback,
                                         void* userInfo) = 0;
 };

@@ -8,17 +8,17 @@
 
 namespace tavrel {
 
-/// A switch by which, from a given moment on, no display goes off any more: what is switched
-/// on at quitting stays on, whatever was asked for just before.
+/// A switch that can be closed to requests to switch off. At quitting, every display is
+/// switched on; a request made just before must not switch one off again.
 class SwitchOffGate : public DisplaySwitch {
 public:
     /// `inner` must outlive it.
     explicit SwitchOffGate(DisplaySwitch& inner) : inner_(inner) {}
 
-    /// From now on a request to switch off answers 1004 without reaching the server.
+    /// From now on a request to switch off returns 1004 without reaching the server.
     void close();
 
-    /// Returns when no request from before `close` is running, however long that takes.
+    /// Blocks until no request to switch off is running, however long that takes.
     void waitUntilIdle();
 
     /// Whether `waitUntilIdle` would return at once.

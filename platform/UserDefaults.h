@@ -13,12 +13,12 @@ class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
 
-    /// The bytes under `key`, whole, as some `setData` wrote them; nothing when the key
+    /// The bytes under `key`, complete, as one `setData` wrote them. std::nullopt when the key
     /// is absent, holds something other than bytes, or the store cannot be read.
     virtual std::optional<std::string> data(std::string_view key) = 0;
 
     /// Replaces the value under `key`, leaving all other keys as they are. Returns
-    /// whether it was stored; when not, the old value still stands.
+    /// whether it was stored; when not, the old value is still there.
     virtual bool setData(std::string_view key, std::string_view bytes) = 0;
 };
 

@@ -6,7 +6,7 @@
 namespace tavrel {
 
 /// A point of wall-clock time: seconds since 2001-01-01 00:00:00 UTC, fractions kept.
-/// That zero is part of the stored format of the known-display registry.
+/// The format of the known-display registry depends on this zero.
 struct WallTime {
     double sinceReferenceDate = 0;
 
@@ -25,8 +25,8 @@ struct WallTime {
     }
 };
 
-/// The time of day. It may be stepped by the user or the network at any moment, forwards
-/// or backwards, so delays are never measured with it. Thread-safe.
+/// The time of day. The user or the network may set it forwards or backwards at any moment,
+/// so delays are never measured with it. Thread-safe.
 class WallClock {
 public:
     virtual ~WallClock() = default;

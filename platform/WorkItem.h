@@ -8,8 +8,8 @@
 
 namespace tavrel {
 
-/// One piece of main-queue work that can be called off until it starts.
-/// Main thread only, so a cancellation can never race with the start.
+/// One piece of main-queue work that can be cancelled until it starts.
+/// Main thread only, so a cancellation cannot race with the start.
 class WorkItem {
 public:
     explicit WorkItem(Task body) : body_(std::move(body)) {}
@@ -27,8 +27,8 @@ private:
     bool cancelled_ = false;
 };
 
-/// Runs `item` on `queue` once `delay` has passed, unless it has been cancelled by then.
-/// The queue shares ownership until that moment.
+/// Runs `item` on `queue` after `delay`, unless it has been cancelled by then. The queue
+/// shares ownership until then.
 inline void asyncAfter(MainQueue& queue, Delay delay, std::shared_ptr<WorkItem> item) {
     queue.asyncAfter(delay, [item = std::move(item)] { item->perform(); });
 }

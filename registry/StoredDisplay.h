@@ -8,7 +8,7 @@ namespace tavrel {
 /// One remembered display, as the registry stores it.
 struct StoredDisplay {
     DisplayID id;
-    /// Whether it is the machine's own panel, by the last answer while it was online.
+    /// Whether it is the machine's own panel, as last reported while it was online.
     bool isBuiltIn;
     /// When a merge last found it online.
     WallTime lastSeenAt;

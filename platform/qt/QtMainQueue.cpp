@@ -43,7 +43,7 @@ QtMainQueue::~QtMainQueue() {
 
 void QtMainQueue::dropTasks() {
     QCoreApplication::removePostedEvents(this, taskWaiting);
-    // What a dropped task held may, on its way out, leave further tasks behind.
+    // What a dropped task holds may add further tasks while it is destroyed.
     for (;;) {
         std::deque<Task> dropped;
         {
@@ -61,13 +61,13 @@ void QtMainQueue::async(Task task) {
         const std::lock_guard lock(mutex_);
         tasks_.push_back(std::move(task));
     }
-    // One event each: a task that runs a loop of its own does not hold up those behind it.
+    // One event each: a task that runs a nested loop does not hold up those behind it.
     QCoreApplication::postEvent(this, new QEvent(taskWaiting));
 }
 
 void QtMainQueue::asyncAfter(Delay delay, Task task) {
     const auto due = std::chrono::steady_clock::now() + delay;
-    // The timer must be started on the main thread; the time until then counts.
+    // The timer must be started on the main thread; the time until then is part of the delay.
     async([this, due, task = std::move(task)]() mutable {
         const Delay left = due - std::chrono::steady_clock::now();
         delayed_.emplace(startTimer(roundedUp(left), Qt::PreciseTimer), std::move(task));

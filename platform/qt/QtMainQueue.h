@@ -12,15 +12,14 @@ namespace tavrel {
 
 /// The main queue on the toolkit's main loop.
 ///
-/// To be made and destroyed on the main thread, while a QCoreApplication exists. The
-/// tasks wait in a queue of its own; the loop is only ever told that there is something
-/// to do, so what is handed between threads passes through one plain mutex.
+/// Created and destroyed on the main thread while a QCoreApplication exists. Tasks wait in
+/// its own queue, under one mutex; the loop only gets an event for each of them.
 class QtMainQueue : public QObject, public MainQueue {
 public:
     QtMainQueue() = default;
     ~QtMainQueue() override;
 
-    /// Destroys the tasks that are due but have not run. Main thread only.
+    /// Destroys the tasks that are due and have not run yet. Main thread only.
     void dropTasks();
 
     void async(Task task) override;
@@ -37,7 +36,7 @@ private:
 
     std::mutex mutex_;
     std::deque<Task> tasks_;
-    /// The main thread's: what waits for a timer, by the timer's number.
+    /// Tasks that wait for a timer, by the timer's number. Main thread only.
     std::map<int, Task> delayed_;
 };
 
