@@ -15,9 +15,9 @@ constexpr auto safetyInterval = std::chrono::seconds(1);
 }  // namespace
 
 std::shared_ptr<DisplayController> DisplayController::create(const Platform& platform) {
-    // Whichever thread lets go of the controller last, the main thread destroys it.
+    // Whichever thread releases the controller last, the main thread destroys it.
     const auto destroyOnMainThread = [&main = platform.mainQueue](DisplayController* last) {
-        // As void, so that nobody can get hold of it again by way of `weak_from_this`.
+        // Held as void, so that `weak_from_this` cannot give out a new owner.
         std::shared_ptr<void> owner(static_cast<void*>(last), [](void* owned) {
             delete static_cast<DisplayController*>(owned);
         });

@@ -24,15 +24,15 @@ namespace tavrel {
 /// everything that is done about it.
 ///
 /// Main thread only, which a debug build asserts. Slow platform work runs on the
-/// background queue and comes back by the main queue. A job in flight keeps the
-/// controller alive; whoever lets go last, it is destroyed on the main thread.
+/// background queue and returns its outcome by the main queue. A running job keeps the
+/// controller alive; whichever thread releases it last, it is destroyed on the main thread.
 ///
-/// No operation fails loudly: outcomes are the two texts `statusMessage` (never empty)
-/// and `errorMessage`.
+/// No operation throws or returns an error: outcomes are the two texts `statusMessage`
+/// (never empty) and `errorMessage`.
 class DisplayController : public std::enable_shared_from_this<DisplayController> {
 public:
-    /// Makes a controller that watches the displays from now on, and starts its first
-    /// refresh. The platform must outlive it and its jobs.
+    /// Creates a controller that watches the displays, and starts its first refresh. The
+    /// platform must outlive it and its jobs.
     static std::shared_ptr<DisplayController> create(const Platform& platform);
 
     DisplayController(const DisplayController&) = delete;
@@ -42,7 +42,7 @@ public:
 
     ObjectWillChange& objectWillChange() { return objectWillChange_; }
 
-    /// The displays as last listed, edited in place by switches and wake all.
+    /// The displays as last listed; switches and wake all edit the entries in place.
     const std::vector<DisplayDevice>& displays() const;
     void setDisplays(std::vector<DisplayDevice> displays);
 
@@ -59,11 +59,13 @@ public:
 
     // ---- What the user can do. All return at once.
 
-    /// Lists the displays anew. Dropped, with its message, while a refresh is running.
+    /// Lists the displays again and then shows `successMessage`, or how many there are.
+    /// Ignored, with its message, while a refresh is running.
     void refresh(std::optional<std::string> successMessage);
 
-    /// Takes `display` into the desktop or out of it. Does nothing when that copy is
-    /// busy or already so; refuses to switch off while no other listed display is live.
+    /// Switches `display` on or off. Does nothing when the value passed in is busy or
+    /// already in that state; refuses to switch off while no other listed display is online
+    /// and active.
     void set(const DisplayDevice& display, bool isOn);
 
     /// Enables every listed display, one after the other; with none listed, refreshes.
@@ -71,20 +73,20 @@ public:
 
     // ---- Keeping a usable display.
 
-    /// Restores a layout when no remembered display is online and active.
+    /// Starts a restoration when displays are remembered and none is online and active.
     void ensureAtLeastOneUsableDisplay();
 
-    /// One report of the window server, whatever display it names.
+    /// Handles one report of the window server, whichever display it names.
     void handleDisplayReconfiguration(DisplayID display, std::uint32_t flags);
 
-    /// Restores the layout 0.6 s after the last call.
+    /// Starts a restoration 0.6 s after the last call.
     void scheduleTopologyRecovery();
 
-    /// Enables every remembered display that is not online and active, looks 0.45 s
-    /// later whether that helped, and says so. Dropped while one is running.
+    /// Enables every remembered display that is not online and active, checks 0.45 s later
+    /// whether one of them is now, and shows the outcome. Ignored while one is running.
     void restoreSafeLayout(const std::string& successMessage);
 
-    // ---- For those who watch the controller rather than the displays.
+    // ---- The controller's own state.
 
     bool displayCallbackRegistered() const;
     bool isAutomaticRecoveryRunning() const;
@@ -110,10 +112,13 @@ private:
     void verifyRestoration(const std::vector<StoredDisplay>& candidates,
                            const std::string& successMessage);
 
-    /// Online and active, by the platform's own answers. From any thread.
+    /// Whether the display is online and active. From any thread.
     static bool isLive(DisplayMoment& moment, DisplayID display);
     bool anyIsLive(const std::vector<StoredDisplay>& displays) const;
     bool anyOtherDisplayIsLive(const DisplayDevice& display) const;
+    /// From now on, and for two seconds, reports of added and removed displays are taken for
+    /// consequences of a change of our own.
+    void suppressTopologyRestore();
 
     friend void displayReconfigurationCallback(DisplayID, std::uint32_t, void*);
     void hopToMainThread(DisplayID display, std::uint32_t flags);
@@ -134,7 +139,7 @@ private:
     bool isAutomaticRecoveryRunning_ = false;
 };
 
-/// Hands one report to the controller that `userInfo` points to, on the main thread.
+/// Passes one report on to the controller that `userInfo` points to, on the main thread.
 /// From any thread; a null `userInfo` is ignored.
 void displayReconfigurationCallback(DisplayID display, std::uint32_t flags, void* userInfo);
 

@@ -35,7 +35,7 @@ ObjectWillChange::Subscription ObjectWillChange::subscribe(std::function<void()>
 }
 
 void ObjectWillChange::send() const {
-    // An observer may unsubscribe itself or another while being told.
+    // An observer may unsubscribe itself or another while it is called.
     const auto observers = observers_;
     for (const auto& [key, observer] : observers) {
         if (observers_.contains(key)) {

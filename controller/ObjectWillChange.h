@@ -8,11 +8,11 @@ namespace tavrel {
 
 /// A signal sent just before something observed changes. Main thread only.
 ///
-/// An observer must not assume the new value is readable when it is called; it notes
-/// that a change is coming and looks again later.
+/// When an observer is called, the old value still stands: it notes that a change is coming
+/// and reads the new value later.
 class ObjectWillChange {
 public:
-    /// Ends its registration when destroyed. Must not outlive the signal's owner.
+    /// Unsubscribes when destroyed. Must not outlive the signal.
     class Subscription {
     public:
         Subscription() = default;

@@ -14,10 +14,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Long enough for the server to have brought up what it was asked to.
+/// Long enough for the server to have enabled the displays it was asked to.
 constexpr Delay verificationDelay = 450ms;
-/// How long reports of added and removed displays are taken for echoes of the restoration.
-constexpr double suppressionSeconds = 2.0;
 
 }  // namespace
 
@@ -33,7 +31,7 @@ void DisplayController::restoreSafeLayout(const std::string& successMessage) {
         return;
     }
     isAutomaticRecoveryRunning_ = true;
-    suppressTopologyRestoreUntil_ = platform_.wallClock.now() + suppressionSeconds;
+    suppressTopologyRestore();
     topologyRecoveryWorkItem_ = nullptr;
     setErrorMessage(std::nullopt);
     setStatusMessage("Display setup changed — restoring a safe layout…");

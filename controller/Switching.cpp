@@ -14,9 +14,6 @@ namespace tavrel {
 
 namespace {
 
-/// How long reports of added and removed displays are taken for echoes of our own switch.
-constexpr double suppressionSeconds = 2.0;
-
 std::optional<DisplayError> switchDisplay(DisplaySwitch& displaySwitch, DisplayID display,
                                           bool isOn) {
     if (!displaySwitch.canSwitch()) {
@@ -42,7 +39,7 @@ void DisplayController::set(const DisplayDevice& display, bool isOn) {
         return;
     }
     editDisplay(display.id(), [](DisplayDevice& entry) { entry.isBusy = true; });
-    suppressTopologyRestoreUntil_ = platform_.wallClock.now() + suppressionSeconds;
+    suppressTopologyRestore();
     setErrorMessage(std::nullopt);
     setStatusMessage((isOn ? "Waking " : "Turning off ") + display.name() + "…");
 

@@ -11,7 +11,7 @@ namespace tavrel {
 
 namespace {
 
-/// Enables each display, one after the other; returns the names of those that failed.
+/// Enables each display, one after the other. Returns the names of those that failed.
 std::vector<std::string> wake(DisplaySwitch& displaySwitch,
                               const std::vector<DisplayDevice>& displays) {
     std::vector<std::string> failedNames;
@@ -60,8 +60,8 @@ void DisplayController::wakeAll() {
 void DisplayController::finishWakeAll(const std::vector<DisplayDevice>& snapshot,
                                       const std::vector<std::string>& failedNames) {
     for (const DisplayDevice& display : snapshot) {
-        // By name on purpose: where two displays share one, neither can be told apart in
-        // the error text, so neither is shown as woken.
+        // By name on purpose: the error text cannot tell two displays of one name apart, so
+        // when one fails, neither is shown as on.
         const bool failed =
             std::find(failedNames.begin(), failedNames.end(), display.name()) != failedNames.end();
         editDisplay(display.id(), [&](DisplayDevice& entry) {

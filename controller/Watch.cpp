@@ -12,8 +12,9 @@ using namespace std::chrono_literals;
 
 /// A switch settles in less; a check any earlier would see the layout half changed.
 constexpr Delay lostDisplayCheckDelay = 350ms;
-/// A dock announces its monitors one after the other, closer together than this.
+/// A dock reports its monitors one after the other, at shorter intervals than this.
 constexpr Delay debounceDelay = 600ms;
+constexpr double suppressionSeconds = 2.0;
 
 }  // namespace
 
@@ -25,7 +26,7 @@ void displayReconfigurationCallback(DisplayID display, std::uint32_t flags, void
 }
 
 void DisplayController::hopToMainThread(DisplayID display, std::uint32_t flags) {
-    // Null while the last owner is letting go: then there is nobody left to tell.
+    // Null while the last owner is releasing it: then nobody needs the report any more.
     if (auto self = weak_from_this().lock()) {
         platform_.mainQueue.async([self = std::move(self), display, flags] {
             self->handleDisplayReconfiguration(display, flags);
@@ -48,6 +49,10 @@ void DisplayController::handleDisplayReconfiguration(DisplayID /*display*/, std:
             controller->ensureAtLeastOneUsableDisplay();
         }
     });
+}
+
+void DisplayController::suppressTopologyRestore() {
+    suppressTopologyRestoreUntil_ = platform_.wallClock.now() + suppressionSeconds;
 }
 
 void DisplayController::scheduleTopologyRecovery() {
