@@ -3,66 +3,77 @@
 namespace tavrel {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using RefreshTest = ControllerTest;
+class RefreshTest : public ControllerTest {
+protected:
+    void refresh(const std::optional<std::string>& message = std::nullopt) {
+        controller->refresh(message);
+        scheduler.settle();
+    }
 
-TEST_F(RefreshTest, aSecondCallWhileOneIsRunningIsDroppedWithItsMessage) {
-    connectPanel();
-    startAndSettle();
+    void loseBothLists() {
+        server.setHasPrivateList(false);
+        server.setHasOnlineList(false);
+    }
+};
+
+TEST_F(RefreshTest, ASecondOneWhileOneIsRunningIsIgnoredWithItsMessage) {
+    startWith({panel});
     const std::size_t writes = system.userDefaults.writes();
+
     controller->refresh("first");
     controller->refresh("second");
     scheduler.settle();
+
     EXPECT_EQ(status(), "first");
     EXPECT_EQ(system.userDefaults.writes(), writes + 1);
 }
 
-TEST_F(RefreshTest, oneDisplayIsFoundInTheSingular) {
-    connectPanel();
-    startAndSettle();
+TEST_F(RefreshTest, OneDisplayIsCountedInTheSingular) {
+    startWith({panel});
+
     EXPECT_EQ(status(), "Found 1 display");
     EXPECT_THAT(controller->displays(), SizeIs(1));
     EXPECT_FALSE(controller->isRefreshing());
 }
 
-TEST_F(RefreshTest, noDisplayIsFoundInThePlural) {
-    startAndSettle();
+TEST_F(RefreshTest, NoDisplayIsCountedInThePlural) {
+    startWith({});
+
     EXPECT_EQ(status(), "Found 0 displays");
 }
 
 TEST_F(RefreshTest, ThreeDisplaysAreCountedInOneMoment) {
-    connectPanel();
-    connectExternals();
-
-    startAndSettle();
+    startWith(allThree);
 
     EXPECT_EQ(status(), "Found 3 displays");
     EXPECT_EQ(server.moments(), 1U);
 }
 
-TEST_F(RefreshTest, exactlyTwoAreBothReadyWhateverTheirKinds) {
-    connectExternals();
-    startAndSettle();
+TEST_F(RefreshTest, ExactlyTwoDisplaysAreBothReadyWhateverTheirKinds) {
+    startWith({firstExternal, secondExternal});
+
     EXPECT_EQ(status(), "Both displays are ready");
 }
 
-TEST_F(RefreshTest, aMessageWinsOverTheCountAlsoWhenTheListIsEmpty) {
-    startAndSettle();
-    controller->refresh("message");
-    scheduler.settle();
+TEST_F(RefreshTest, AMessageReplacesTheCountAlsoOfAnEmptyList) {
+    startWith({});
+
+    refresh("message");
+
     EXPECT_THAT(controller->displays(), IsEmpty());
     EXPECT_EQ(status(), "message");
 }
 
-TEST_F(RefreshTest, aFailureKeepsTheListAndSetsBothTextsAndALaterStartClearsTheError) {
-    connectPanel();
-    startAndSettle();
-    server.setHasPrivateList(false);
-    server.setHasOnlineList(false);
-    controller->refresh(std::nullopt);
-    scheduler.settle();
+TEST_F(RefreshTest, AFailureKeepsTheListAndSetsBothTextsUntilTheNextOneStarts) {
+    startWith({panel});
+    loseBothLists();
+
+    refresh();
+
     EXPECT_THAT(controller->displays(), SizeIs(1));
     EXPECT_EQ(status(), "Display control unavailable");
     EXPECT_EQ(error(), "Couldn’t understand the connected-display list");
@@ -75,41 +86,34 @@ TEST_F(RefreshTest, aFailureKeepsTheListAndSetsBothTextsAndALaterStartClearsTheE
     EXPECT_EQ(status(), "Found 1 display");
 }
 
-TEST_F(RefreshTest, theErrorTextIsSetBeforeTheStatus) {
-    startAndSettle();
-    server.setHasPrivateList(false);
-    server.setHasOnlineList(false);
-    controller->refresh(std::nullopt);
-    std::vector<std::string> statusWhenErrorStands;
-    const auto subscription = controller->objectWillChange().subscribe([&] {
-        if (error().has_value()) {
-            statusWhenErrorStands.push_back(status());
-        }
-    });
-    scheduler.settle();
-    EXPECT_THAT(statusWhenErrorStands, testing::ElementsAre("Found 0 displays"));
+TEST_F(RefreshTest, AFailureSetsTheErrorTextBeforeTheStatus) {
+    startWith({});
+    loseBothLists();
+
+    EXPECT_THAT(statusesBesideAnError([&] { refresh(); }), ElementsAre("Found 0 displays"));
 }
 
-TEST_F(RefreshTest, aBusyMarkIsReplacedByTheNewList) {
-    connectPanel();
-    connectExternals();
-    startAndSettle();
-    lifecycle.setLatency(1s);
+TEST_F(RefreshTest, TheNewListHasNoBusyMarks) {
+    startWith(allThree);
+    displaySwitch.setLatency(1s);
     set(firstExternal, false);
     EXPECT_TRUE(listed(firstExternal).isBusy);
-    controller->refresh(std::nullopt);
-    scheduler.settle();
+
+    refresh();
+
     EXPECT_FALSE(listed(firstExternal).isBusy);
     EXPECT_TRUE(listed(firstExternal).isOn);
     scheduler.advance(2s);
     EXPECT_FALSE(listed(firstExternal).isOn);
 }
 
-TEST_F(RefreshTest, theOutcomeForAControllerThatHasGoneIsDropped) {
-    connectPanel();
+TEST_F(RefreshTest, TheOutcomeForADestroyedControllerIsDropped) {
+    connect({panel});
     start();
-    controller.reset();
+
+    release();
     scheduler.settle();
+
     EXPECT_EQ(server.callbacks(), 0U);
 }
 

@@ -4,26 +4,26 @@ namespace tavrel {
 namespace {
 
 using testing::ElementsAre;
-using testing::Pair;
-
-constexpr const char* restoring = "Display setup changed — restoring a safe layout…";
-constexpr const char* attention = "Display recovery needs attention";
 
 class RestorationTest : public ControllerTest {
 protected:
     void startWithAllOff() {
-        connectPanel();
-        connectExternals();
-        startAndSettle();
-        for (const DisplayID display : {panel, firstExternal, secondExternal}) {
-            switchOffSilently(display);
+        startWith(allThree);
+        switchOffSilently(allThree);
+    }
+
+    void refuse(const DisplayIDs& displays) {
+        for (const DisplayID display : displays) {
+            displaySwitch.refuse(display, serverStatus::cannotComplete);
         }
     }
 };
 
-TEST_F(RestorationTest, withAnEmptyRegistryItOnlyRefreshes) {
-    startAndSettle();
+TEST_F(RestorationTest, WithAnEmptyRegistryItOnlyRefreshes) {
+    startWith({});
+
     controller->restoreSafeLayout("message");
+
     EXPECT_TRUE(controller->isRefreshing());
     EXPECT_FALSE(controller->isAutomaticRecoveryRunning());
     EXPECT_EQ(status(), "Found 0 displays");
@@ -32,48 +32,56 @@ TEST_F(RestorationTest, withAnEmptyRegistryItOnlyRefreshes) {
     EXPECT_EQ(status(), "Found 0 displays");
 }
 
-TEST_F(RestorationTest, itStartsBySayingSoAndOpensTheSuppression) {
+TEST_F(RestorationTest, ItsStartSetsTheTextsAndOpensTheSuppression) {
     startWithAllOff();
     controller->setErrorMessage("old");
+
     controller->restoreSafeLayout("message");
+
     EXPECT_TRUE(controller->isAutomaticRecoveryRunning());
     EXPECT_EQ(controller->suppressTopologyRestoreUntil(), system.wallClock.now() + 2.0);
     EXPECT_EQ(error(), std::nullopt);
     EXPECT_EQ(status(), restoring);
 }
 
-TEST_F(RestorationTest, candidatesAreEnabledBuiltInFirstThenByIdentifier) {
+TEST_F(RestorationTest, DisplaysAreEnabledBuiltInFirstThenByIdentifier) {
     startWithAllOff();
+
     controller->restoreSafeLayout("message");
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true),
-                                                  Pair(secondExternal, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel, firstExternal, secondExternal}));
 }
 
-TEST_F(RestorationTest, aDisplayThatIsOnlineAndActiveIsLeftAloneAndAnOfflineOneIsNot) {
+TEST_F(RestorationTest, AnActiveDisplayIsLeftAloneAndAnOfflineOneIsEnabled) {
     startWithAllOff();
-    server.replaceSilently({.id = secondExternal, .connected = false});
+    unplugSilently(secondExternal);
     server.replaceSilently({.id = panel, .builtIn = true});
+
     controller->restoreSafeLayout("message");
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(firstExternal, true), Pair(secondExternal, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn({firstExternal, secondExternal}));
 }
 
-TEST_F(RestorationTest, aSecondCallWhileOneIsRunningDoesNothingWhateverItsMessage) {
+TEST_F(RestorationTest, ASecondOneWhileOneIsRunningIsIgnoredWithItsMessage) {
     startWithAllOff();
     recordStatuses();
+
     controller->restoreSafeLayout("first");
     controller->restoreSafeLayout("second");
     scheduler.advance(900ms);
+
     EXPECT_THAT(statuses(), ElementsAre("Found 3 displays", restoring, "first"));
 }
 
-TEST_F(RestorationTest, oneThatComesBackIsASuccess) {
+TEST_F(RestorationTest, OneDisplayThatComesBackIsASuccess) {
     startWithAllOff();
-    lifecycle.refuse(panel, 1004);
+    refuse({panel});
+
     controller->restoreSafeLayout("message");
     scheduler.advance(900ms);
+
     EXPECT_EQ(status(), "message");
     EXPECT_EQ(error(), std::nullopt);
     EXPECT_FALSE(controller->isAutomaticRecoveryRunning());
@@ -81,10 +89,12 @@ TEST_F(RestorationTest, oneThatComesBackIsASuccess) {
     EXPECT_TRUE(listed(firstExternal).isOn);
 }
 
-TEST_F(RestorationTest, verificationComesFortyFiveHundredthsAfterTheEndOfThePass) {
+TEST_F(RestorationTest, TheOutcomeIsCheckedFortyFiveHundredthsAfterTheLastEnable) {
     startWithAllOff();
-    lifecycle.setLatency(1s);
+    displaySwitch.setLatency(1s);
+
     controller->restoreSafeLayout("message");
+
     scheduler.advance(3449ms);
     EXPECT_TRUE(controller->isAutomaticRecoveryRunning());
     EXPECT_EQ(status(), restoring);
@@ -93,10 +103,11 @@ TEST_F(RestorationTest, verificationComesFortyFiveHundredthsAfterTheEndOfThePass
     EXPECT_EQ(status(), "message");
 }
 
-TEST_F(RestorationTest, aSteppedWallClockDoesNotMoveTheVerification) {
+TEST_F(RestorationTest, ASteppedWallClockDoesNotMoveTheCheckOfTheOutcome) {
     startWithAllOff();
     controller->restoreSafeLayout("message");
     scheduler.settle();
+
     system.wallClock.step(-3600);
     scheduler.advance(449ms);
     EXPECT_EQ(status(), restoring);
@@ -107,19 +118,19 @@ TEST_F(RestorationTest, aSteppedWallClockDoesNotMoveTheVerification) {
     EXPECT_EQ(status(), "message");
 }
 
-TEST_F(RestorationTest, whenNothingComesBackBothTextsStandBeforeTheRefreshStarts) {
+TEST_F(RestorationTest, AFailureSetsBothTextsBeforeTheRefreshStarts) {
     startWithAllOff();
-    for (const DisplayID display : {panel, firstExternal, secondExternal}) {
-        lifecycle.refuse(display, 1004);
-    }
-    std::vector<std::optional<std::string>> errors;
+    refuse(allThree);
     controller->restoreSafeLayout("message");
     scheduler.settle();
     recordStatuses();
+    std::vector<std::optional<std::string>> errors;
     const auto subscription =
         controller->objectWillChange().subscribe([&] { errors.push_back(error()); });
+
     scheduler.advance(450ms);
-    EXPECT_THAT(statuses(), ElementsAre(restoring, attention, "Found 3 displays"));
+
+    EXPECT_THAT(statuses(), ElementsAre(restoring, needsAttention, "Found 3 displays"));
     const std::string text =
         "No usable display could be restored automatically. Reconnect a monitor, then press "
         "Control–Option–Command–W.";
@@ -128,39 +139,42 @@ TEST_F(RestorationTest, whenNothingComesBackBothTextsStandBeforeTheRefreshStarts
                                     std::nullopt));
 }
 
-TEST_F(RestorationTest, theFailureTextsStayWhileARefreshIsAlreadyRunning) {
+TEST_F(RestorationTest, TheTextsOfAFailureStayWhileARefreshIsRunningAlready) {
     startWithAllOff();
-    for (const DisplayID display : {panel, firstExternal, secondExternal}) {
-        lifecycle.refuse(display, 1004);
-    }
+    refuse(allThree);
     controller->restoreSafeLayout("message");
     scheduler.advance(100ms);
     // As if one had been started whose enumeration has not come back.
     controller->setIsRefreshing(true);
+
     scheduler.advance(350ms);
-    EXPECT_EQ(status(), attention);
+
+    EXPECT_EQ(status(), needsAttention);
     EXPECT_TRUE(error().has_value());
 }
 
-TEST_F(RestorationTest, thePendingRecoveryIsForgottenWithoutBeingCancelled) {
+TEST_F(RestorationTest, APendingRecoveryIsForgottenWithoutBeingCancelled) {
     startWithAllOff();
     controller->scheduleTopologyRecovery();
     scheduler.advance(10ms);
+
     controller->restoreSafeLayout("message");
     scheduler.advance(500ms);
+
     EXPECT_EQ(status(), "message");
     recordStatuses();
     scheduler.advance(100ms);
     EXPECT_THAT(statuses(), ElementsAre("message", restoring));
 }
 
-TEST_F(RestorationTest, theOutcomeForAControllerThatHasGoneIsDropped) {
+TEST_F(RestorationTest, TheOutcomeForADestroyedControllerIsDropped) {
     startWithAllOff();
     controller->restoreSafeLayout("message");
-    controller.reset();
+
+    release();
     scheduler.advance(10s);
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true),
-                                                  Pair(secondExternal, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn(allThree));
     EXPECT_EQ(server.callbacks(), 0U);
 }
 

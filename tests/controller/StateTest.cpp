@@ -6,15 +6,15 @@
 namespace tavrel {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 
 using StateTest = ControllerTest;
 
-TEST_F(StateTest, beforeTheFirstEnumerationCompletesNothingIsListedAndARefreshIsRunning) {
-    connectPanel();
+TEST_F(StateTest, NothingIsListedAndARefreshIsRunningUntilTheFirstEnumerationEnds) {
+    connect({panel});
+
     start();
+
     EXPECT_THAT(controller->displays(), IsEmpty());
     EXPECT_TRUE(controller->isRefreshing());
     EXPECT_EQ(status(), "Finding your displays…");
@@ -23,12 +23,14 @@ TEST_F(StateTest, beforeTheFirstEnumerationCompletesNothingIsListedAndARefreshIs
     EXPECT_EQ(controller->suppressTopologyRestoreUntil(), WallTime::distantPast());
 }
 
-TEST_F(StateTest, constructionRegistersTheCallback) {
+TEST_F(StateTest, TheCallbackIsRegisteredFromConstructionToDestruction) {
     start();
     EXPECT_TRUE(controller->displayCallbackRegistered());
     EXPECT_EQ(server.callbacks(), 1U);
-    controller.reset();
+
+    release();
     scheduler.settle();
+
     EXPECT_EQ(server.callbacks(), 0U);
 }
 
@@ -36,17 +38,17 @@ class RefusingReports : public ReconfigurationReports {
 public:
     ServerStatus registerCallback(DisplayReconfigurationCallback /*callback*/,
                                   void* /*userInfo*/) override {
-        return 1000;
+        return serverStatus::failure;
     }
     ServerStatus removeCallback(DisplayReconfigurationCallback /*callback*/,
                                 void* /*userInfo*/) override {
         ++removals;
-        return 0;
+        return serverStatus::success;
     }
     int removals = 0;
 };
 
-TEST_F(StateTest, destructionDoesNotRemoveACallbackThatCouldNotBeRegistered) {
+TEST_F(StateTest, ACallbackThatCouldNotBeRegisteredIsNotRemoved) {
     RefusingReports reports;
     const Platform platform = system.platform();
     controller = DisplayController::create({.displaySwitch = platform.displaySwitch,
@@ -60,60 +62,66 @@ TEST_F(StateTest, destructionDoesNotRemoveACallbackThatCouldNotBeRegistered) {
     scheduler.settle();
     EXPECT_FALSE(controller->displayCallbackRegistered());
     EXPECT_EQ(status(), "Found 0 displays");
-    controller.reset();
+
+    release();
     scheduler.settle();
+
     EXPECT_EQ(reports.removals, 0);
 }
 
-TEST_F(StateTest, eachWakeAllNotificationLeadsToOneWakeAll) {
-    connectPanel();
-    startAndSettle();
+TEST_F(StateTest, EachWakeAllNotificationWakesAllOnce) {
+    startWith({panel});
+
     for (int posted = 0; posted < 3; ++posted) {
         system.notificationCenter.post(wakeAllDisplays);
         scheduler.settle();
     }
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(panel, true), Pair(panel, true), Pair(panel, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel, panel, panel}));
 }
 
-TEST_F(StateTest, aNotificationOfAnotherNameWakesNothing) {
-    connectPanel();
-    startAndSettle();
+TEST_F(StateTest, ANotificationOfAnotherNameWakesNothing) {
+    startWith({panel});
+
     system.notificationCenter.post("local.display-control.something-else");
     scheduler.settle();
+
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(StateTest, afterDestructionAPendingTickOrNotificationDoesNothing) {
-    connectPanel();
-    startAndSettle();
-    switchOffSilently(panel);
+TEST_F(StateTest, TicksAndNotificationsAfterDestructionDoNothing) {
+    startWith({panel});
+    switchOffSilently({panel});
     system.notificationCenter.post(wakeAllDisplays);
-    controller.reset();
+
+    release();
     scheduler.advance(10s);
+
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(StateTest, whatWasHoppingToTheMainThreadAtDestructionDoesNothing) {
-    connectPanel();
-    startAndSettle();
-    switchOffSilently(panel);
+TEST_F(StateTest, ATickAndANotificationOnTheirWayAtDestructionDoNothing) {
+    startWith({panel});
+    switchOffSilently({panel});
     scheduler.advance(900ms);
     // The tick has fired, and the posting been delivered, but their tasks have not run.
     system.notificationCenter.post(wakeAllDisplays);
     std::weak_ptr<DisplayController> weak = controller;
-    system.scheduler.mainQueue().async([this] { controller.reset(); });
+
+    system.scheduler.mainQueue().async([this] { release(); });
     scheduler.runMainTasks();
+
     EXPECT_TRUE(weak.expired());
     scheduler.advance(10s);
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(StateTest, aBackgroundJobKeepsTheControllerAliveAndTheMainThreadDestroysIt) {
-    connectPanel();
+TEST_F(StateTest, ABackgroundJobKeepsTheControllerAliveAndTheMainThreadDestroysIt) {
+    connect({panel});
     start();
-    const std::weak_ptr<DisplayController> weak = controller;
-    controller.reset();
+
+    const auto weak = release();
+
     EXPECT_FALSE(weak.expired());
     scheduler.runBackgroundJobs();
     // The job has let go on its own thread; the callback is still registered, so nothing
@@ -127,9 +135,10 @@ TEST_F(StateTest, aBackgroundJobKeepsTheControllerAliveAndTheMainThreadDestroysI
 #ifndef NDEBUG
 using StateDeathTest = ControllerTest;
 
-TEST_F(StateDeathTest, useFromAnotherThreadIsCaughtInADebugBuild) {
+TEST_F(StateDeathTest, UseFromAnotherThreadIsCaughtInADebugBuild) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    startAndSettle();
+    startWith({});
+
     EXPECT_DEATH(std::thread([&] { controller->wakeAll(); }).join(), "isCurrent");
 }
 #endif

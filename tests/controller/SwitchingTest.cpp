@@ -5,14 +5,16 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 
 class SwitchingTest : public ControllerTest {
 protected:
-    void startWithTwo() {
-        connectPanel();
-        server.connect({.id = firstExternal});
-        startAndSettle();
+    void startWithTwo() { startWith({panel, firstExternal}); }
+
+    /// Switches a display and lets the switch end.
+    void complete(DisplayID display, bool isOn) {
+        set(display, isOn);
+        scheduler.settle();
+        server.takeChanges();
     }
 
     void expectRefused() {
@@ -20,11 +22,20 @@ protected:
         EXPECT_EQ(error(),
                   "Keep at least one display enabled so you can turn the other one back on.");
     }
+
+    void expectUnchanged(const std::string& reason) {
+        EXPECT_EQ(status(), "Couldn’t change External Display");
+        EXPECT_EQ(error(), reason);
+        EXPECT_FALSE(listed(firstExternal).isBusy);
+        EXPECT_TRUE(listed(firstExternal).isOn);
+    }
 };
 
-TEST_F(SwitchingTest, switchingOffMarksTheEntryBusyThenOff) {
+TEST_F(SwitchingTest, SwitchingOffMarksTheEntryBusyThenOff) {
     startWithTwo();
+
     set(firstExternal, false);
+
     EXPECT_TRUE(listed(firstExternal).isBusy);
     EXPECT_TRUE(listed(firstExternal).isOn);
     EXPECT_EQ(status(), "Turning off External Display…");
@@ -33,27 +44,28 @@ TEST_F(SwitchingTest, switchingOffMarksTheEntryBusyThenOff) {
     EXPECT_FALSE(listed(firstExternal).isOn);
     EXPECT_EQ(status(), "External Display is off");
     EXPECT_EQ(error(), std::nullopt);
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(firstExternal, false)));
+    EXPECT_EQ(server.takeChanges(), switchedOff({firstExternal}));
     EXPECT_FALSE(server.find(firstExternal)->enabled);
 }
 
-TEST_F(SwitchingTest, switchingOnSaysSo) {
+TEST_F(SwitchingTest, SwitchingOnMarksTheEntryOn) {
     startWithTwo();
-    set(firstExternal, false);
-    scheduler.settle();
+    complete(firstExternal, false);
+
     set(firstExternal, true);
+
     EXPECT_EQ(status(), "Waking External Display…");
     scheduler.settle();
     EXPECT_EQ(status(), "External Display is on");
     EXPECT_TRUE(listed(firstExternal).isOn);
 }
 
-TEST_F(SwitchingTest, turningOffTheRemainingOneIsRefused) {
+TEST_F(SwitchingTest, TheLastDisplayThatIsOnIsNotSwitchedOff) {
     startWithTwo();
-    set(firstExternal, false);
-    scheduler.settle();
-    server.takeChanges();
+    complete(firstExternal, false);
+
     set(panel, false);
+
     expectRefused();
     scheduler.settle();
     EXPECT_TRUE(listed(panel).isOn);
@@ -61,135 +73,139 @@ TEST_F(SwitchingTest, turningOffTheRemainingOneIsRefused) {
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(SwitchingTest, anotherDisplayThatIsOnlineButNotActiveDoesNotCount) {
+TEST_F(SwitchingTest, AnInactiveDisplayIsNoReasonToSwitchTheOtherOff) {
     startWithTwo();
-    switchOffSilently(firstExternal);
+    switchOffSilently({firstExternal});
     EXPECT_TRUE(listed(firstExternal).isOn);
+
     set(panel, false);
+
     expectRefused();
 }
 
-TEST_F(SwitchingTest, anotherDisplayThatIsOfflineDoesNotCount) {
+TEST_F(SwitchingTest, AnOfflineDisplayIsNoReasonToSwitchTheOtherOff) {
     startWithTwo();
-    server.replaceSilently({.id = firstExternal, .connected = false});
+    unplugSilently(firstExternal);
+
     set(panel, false);
+
     expectRefused();
 }
 
-TEST_F(SwitchingTest, theDisplayBeingSwitchedIsNeverAskedAbout) {
+TEST_F(SwitchingTest, WhetherTheDisplayItselfIsLiveDoesNotMatter) {
     startWithTwo();
-    switchOffSilently(panel);
+    switchOffSilently({panel});
+
     set(panel, false);
+
     EXPECT_EQ(status(), "Turning off MacBook Display…");
 }
 
-TEST_F(SwitchingTest, theErrorTextOfARefusalIsSetBeforeTheStatus) {
+TEST_F(SwitchingTest, ARefusalSetsTheErrorTextBeforeTheStatus) {
     startWithTwo();
-    switchOffSilently(firstExternal);
-    std::vector<std::string> statusWhenErrorStands;
-    const auto subscription = controller->objectWillChange().subscribe([&] {
-        if (error().has_value()) {
-            statusWhenErrorStands.push_back(status());
-        }
-    });
-    set(panel, false);
-    EXPECT_THAT(statusWhenErrorStands, ElementsAre("Both displays are ready"));
+    switchOffSilently({firstExternal});
+
+    EXPECT_THAT(statusesBesideAnError([&] { set(panel, false); }),
+                ElementsAre("Both displays are ready"));
 }
 
-TEST_F(SwitchingTest, turningOnIsCarriedOutEvenWithNoOtherUsableDisplay) {
+TEST_F(SwitchingTest, SwitchingOnNeedsNoOtherUsableDisplay) {
     startWithTwo();
-    set(firstExternal, false);
-    scheduler.settle();
-    switchOffSilently(panel);
+    complete(firstExternal, false);
+    switchOffSilently({panel});
+
     set(firstExternal, true);
     scheduler.runBackgroundJobs();
     scheduler.runMainTasks();
+
     EXPECT_EQ(status(), "External Display is on");
 }
 
-TEST_F(SwitchingTest, aRequestForTheStateItHasAlreadyChangesNothing) {
+TEST_F(SwitchingTest, ARequestForThePresentStateChangesNothing) {
     startWithTwo();
-    int changes = 0;
-    const auto subscription = controller->objectWillChange().subscribe([&] { ++changes; });
-    set(panel, true);
-    EXPECT_EQ(changes, 0);
+
+    EXPECT_EQ(signalsDuring([&] { set(panel, true); }), 0);
     scheduler.settle();
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(SwitchingTest, aRequestForABusyDisplayChangesNothing) {
+TEST_F(SwitchingTest, ARequestForABusyDisplayChangesNothing) {
     startWithTwo();
     set(firstExternal, false);
-    int changes = 0;
-    const auto subscription = controller->objectWillChange().subscribe([&] { ++changes; });
-    set(firstExternal, false);
-    EXPECT_EQ(changes, 0);
+
+    EXPECT_EQ(signalsDuring([&] { set(firstExternal, false); }), 0);
 }
 
-TEST_F(SwitchingTest, itIsTheValuePassedInThatCountsNotTheEntry) {
+TEST_F(SwitchingTest, TheValuePassedInCountsNotTheEntry) {
     startWithTwo();
     const DisplayDevice asTheRowHoldsIt = listed(firstExternal);
     set(firstExternal, false);
+
     controller->set(asTheRowHoldsIt, false);
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(),
-                ElementsAre(Pair(firstExternal, false), Pair(firstExternal, false)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOff({firstExternal, firstExternal}));
 }
 
-TEST_F(SwitchingTest, aPlatformWithoutControlIsReported) {
+TEST_F(SwitchingTest, APlatformWithoutControlIsAnError) {
     startWithTwo();
     server.setCanControl(false);
+
     set(firstExternal, false);
     scheduler.settle();
-    EXPECT_EQ(status(), "Couldn’t change External Display");
-    EXPECT_EQ(error(), "This macOS version doesn’t expose display enable/disable control");
-    EXPECT_FALSE(listed(firstExternal).isBusy);
-    EXPECT_TRUE(listed(firstExternal).isOn);
+
+    expectUnchanged("This macOS version doesn’t expose display enable/disable control");
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(SwitchingTest, aRefusalOfThePlatformIsReportedWithItsCode) {
+TEST_F(SwitchingTest, ARefusalByTheServerIsAnErrorWithItsCode) {
     startWithTwo();
-    lifecycle.refuse(firstExternal, 1001);
+    displaySwitch.refuse(firstExternal, 1001);
+
     set(firstExternal, false);
     scheduler.settle();
-    EXPECT_EQ(status(), "Couldn’t change External Display");
-    EXPECT_EQ(error(), "macOS couldn’t change the desktop display layout (error 1001)");
-    EXPECT_FALSE(listed(firstExternal).isBusy);
-    EXPECT_TRUE(listed(firstExternal).isOn);
+
+    expectUnchanged("macOS couldn’t change the desktop display layout (error 1001)");
 }
 
-TEST_F(SwitchingTest, aSuccessDoesNotTouchAnErrorThatCameMeanwhile) {
+TEST_F(SwitchingTest, ASuccessKeepsAnErrorTextThatCameMeanwhile) {
     startWithTwo();
+
     set(firstExternal, false);
     controller->setErrorMessage("meanwhile");
     scheduler.settle();
+
     EXPECT_EQ(status(), "External Display is off");
     EXPECT_EQ(error(), "meanwhile");
 }
 
-TEST_F(SwitchingTest, aDisplayThatHasVanishedFromTheListOnlyChangesTheTexts) {
+TEST_F(SwitchingTest, ADisplayThatLeftTheListMeanwhileOnlyChangesTheTexts) {
     startWithTwo();
+
     set(firstExternal, false);
     controller->setDisplays({});
     scheduler.settle();
+
     EXPECT_THAT(controller->displays(), IsEmpty());
     EXPECT_EQ(status(), "External Display is off");
 }
 
-TEST_F(SwitchingTest, aDisplayThatIsNotListedIsSwitchedAllTheSame) {
+TEST_F(SwitchingTest, ADisplayThatIsNotListedIsSwitchedToo) {
     startWithTwo();
     const DisplayDevice external = listed(firstExternal);
     controller->setDisplays({listed(panel)});
+
     controller->set(external, false);
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(firstExternal, false)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOff({firstExternal}));
     EXPECT_EQ(status(), "External Display is off");
 }
 
-TEST_F(SwitchingTest, theSuppressionMovesForwardOnEveryAcceptedCallAlsoOnOneThatFails) {
+TEST_F(SwitchingTest, EachAcceptedRequestMovesTheSuppressionAlsoOneThatFails) {
     startWithTwo();
-    lifecycle.refuse(firstExternal, 1001);
+    displaySwitch.refuse(firstExternal, 1001);
+
     for (int round = 0; round < 2; ++round) {
         set(firstExternal, false);
         EXPECT_EQ(controller->suppressTopologyRestoreUntil(), system.wallClock.now() + 2.0);
@@ -197,28 +213,32 @@ TEST_F(SwitchingTest, theSuppressionMovesForwardOnEveryAcceptedCallAlsoOnOneThat
     }
 }
 
-TEST_F(SwitchingTest, theSuppressionStaysOnARefusedCall) {
+TEST_F(SwitchingTest, ARefusedRequestDoesNotMoveTheSuppression) {
     startWithTwo();
-    switchOffSilently(firstExternal);
+    switchOffSilently({firstExternal});
+
     set(panel, false);
+
     EXPECT_EQ(controller->suppressTopologyRestoreUntil(), WallTime::distantPast());
 }
 
-TEST_F(SwitchingTest, noRefreshFollowsASwitch) {
+TEST_F(SwitchingTest, NoRefreshFollows) {
     startWithTwo();
     const std::size_t writes = system.userDefaults.writes();
+
     set(firstExternal, false);
     scheduler.advance(5s);
+
     EXPECT_EQ(system.userDefaults.writes(), writes);
 }
 
-TEST_F(SwitchingTest, twoSwitchesOfDifferentDisplaysMayRunAtOnce) {
-    connectPanel();
-    connectExternals();
-    startAndSettle();
-    lifecycle.setLatency(100ms);
+TEST_F(SwitchingTest, TwoDisplaysMayBeSwitchedAtOnce) {
+    startWith(allThree);
+    displaySwitch.setLatency(100ms);
+
     set(firstExternal, false);
     set(secondExternal, false);
+
     EXPECT_TRUE(listed(firstExternal).isBusy);
     EXPECT_TRUE(listed(secondExternal).isBusy);
     scheduler.advance(100ms);
@@ -226,12 +246,14 @@ TEST_F(SwitchingTest, twoSwitchesOfDifferentDisplaysMayRunAtOnce) {
     EXPECT_FALSE(listed(secondExternal).isOn);
 }
 
-TEST_F(SwitchingTest, theOutcomeForAControllerThatHasGoneIsDropped) {
+TEST_F(SwitchingTest, TheOutcomeForADestroyedControllerIsDropped) {
     startWithTwo();
     set(firstExternal, false);
-    controller.reset();
+
+    release();
     scheduler.settle();
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(firstExternal, false)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOff({firstExternal}));
     EXPECT_EQ(server.callbacks(), 0U);
 }
 

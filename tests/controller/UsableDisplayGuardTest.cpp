@@ -5,36 +5,32 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
-
-constexpr const char* restoring = "Display setup changed — restoring a safe layout…";
-constexpr const char* recovered = "Lost display recovered automatically";
 
 using UsableDisplayGuardTest = ControllerTest;
 
-TEST_F(UsableDisplayGuardTest, withAnEmptyRegistryTheTimerNeverStartsARestoration) {
-    startAndSettle();
+TEST_F(UsableDisplayGuardTest, WithAnEmptyRegistryTicksDoNothing) {
+    startWith({});
     recordStatuses();
+
     scheduler.advance(1h);
+
     EXPECT_THAT(statuses(), ElementsAre("Found 0 displays"));
 }
 
-TEST_F(UsableDisplayGuardTest, withAKnownDisplayUsableTicksDoNothing) {
-    connectPanel();
-    connectExternals();
-    startAndSettle();
-    switchOffSilently(firstExternal);
-    server.replaceSilently({.id = secondExternal, .connected = false});
+TEST_F(UsableDisplayGuardTest, WithOneRememberedDisplayUsableTicksDoNothing) {
+    startWith(allThree);
+    switchOffSilently({firstExternal});
+    unplugSilently(secondExternal);
     recordStatuses();
+
     scheduler.advance(1h);
+
     EXPECT_THAT(statuses(), ElementsAre("Found 3 displays"));
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
 TEST_F(UsableDisplayGuardTest, ATickAsksOneMomentAndStopsAtTheFirstUsableDisplay) {
-    connectPanel();
-    connectExternals();
-    startAndSettle();
+    startWith(allThree);
     const std::uint64_t queries = server.queries();
     const std::uint64_t moments = server.moments();
 
@@ -44,67 +40,69 @@ TEST_F(UsableDisplayGuardTest, ATickAsksOneMomentAndStopsAtTheFirstUsableDisplay
     EXPECT_EQ(server.moments() - moments, 1U);
 }
 
-TEST_F(UsableDisplayGuardTest, aDisplayThatIsConnectedButNotRememberedDoesNotCount) {
-    connectPanel();
-    startAndSettle();
-    switchOffSilently(panel);
+TEST_F(UsableDisplayGuardTest, AConnectedDisplayThatIsNotRememberedDoesNotCount) {
+    startWith({panel});
+    switchOffSilently({panel});
     server.replaceSilently({.id = firstExternal});
+
     scheduler.advance(1s);
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel}));
 }
 
-TEST_F(UsableDisplayGuardTest, aTickRestoresALostLayout) {
-    connectPanel();
-    startAndSettle();
-    switchOffSilently(panel);
+TEST_F(UsableDisplayGuardTest, ATickEachSecondRestoresALostLayout) {
+    startWith({panel});
+    switchOffSilently({panel});
     recordStatuses();
+
     scheduler.advance(999ms);
     EXPECT_THAT(server.takeChanges(), IsEmpty());
     scheduler.advance(1ms);
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true)));
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel}));
     scheduler.advance(450ms);
     EXPECT_THAT(statuses(), ElementsAre("Found 1 display", restoring, recovered));
 }
 
-TEST_F(UsableDisplayGuardTest, ticksDuringARestorationDoNothingAndTheNextOneTriesAgain) {
-    connectPanel();
-    startAndSettle();
-    switchOffSilently(panel);
-    lifecycle.refuse(panel, 1004);
-    lifecycle.setLatency(2s);
+TEST_F(UsableDisplayGuardTest, TicksDuringARestorationDoNothingAndTheNextOneTriesAgain) {
+    startWith({panel});
+    switchOffSilently({panel});
+    displaySwitch.refuse(panel, serverStatus::cannotComplete);
+    displaySwitch.setLatency(2s);
     recordStatuses();
+
     scheduler.advance(1s);
     scheduler.advance(2449ms);
     EXPECT_THAT(statuses(), ElementsAre("Found 1 display", restoring));
     scheduler.advance(1ms);
-    EXPECT_THAT(statuses(), ElementsAre("Found 1 display", restoring,
-                                        "Display recovery needs attention", "Found 1 display"));
+    EXPECT_THAT(statuses(),
+                ElementsAre("Found 1 display", restoring, needsAttention, "Found 1 display"));
     scheduler.advance(549ms);
     EXPECT_EQ(status(), "Found 1 display");
     scheduler.advance(1ms);
     EXPECT_EQ(status(), restoring);
 }
 
-TEST_F(UsableDisplayGuardTest, theGuardDoesNotCareForTheSuppression) {
-    connectPanel();
-    server.connect({.id = firstExternal});
-    startAndSettle();
+TEST_F(UsableDisplayGuardTest, TheSuppressionDoesNotHoldBackATick) {
+    startWith({panel, firstExternal});
     set(firstExternal, false);
     scheduler.settle();
-    switchOffSilently(panel);
+    switchOffSilently({panel});
     server.takeChanges();
+
     scheduler.advance(1s);
+
     EXPECT_LT(system.wallClock.now(), controller->suppressTopologyRestoreUntil());
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true), Pair(firstExternal, true)));
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel, firstExternal}));
 }
 
-TEST_F(UsableDisplayGuardTest, theTimerGoesOnThroughASteppedWallClock) {
-    connectPanel();
-    startAndSettle();
+TEST_F(UsableDisplayGuardTest, ASteppedWallClockDoesNotMoveTheTicks) {
+    startWith({panel});
+    switchOffSilently({panel});
+
     system.wallClock.step(-86400);
-    switchOffSilently(panel);
     scheduler.advance(1s);
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(panel, true)));
+
+    EXPECT_EQ(server.takeChanges(), switchedOn({panel}));
 }
 
 }  // namespace
