@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "tests/display/DisplayIntegrationFixture.h"
+#include "tests/display/DisplayIntegrationTest.h"
 
 namespace tavrel {
 namespace {

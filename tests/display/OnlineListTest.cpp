@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "display/DisplayError.h"
-#include "tests/display/DisplayIntegrationFixture.h"
+#include "tests/display/DisplayIntegrationTest.h"
 
 namespace tavrel {
 namespace {
