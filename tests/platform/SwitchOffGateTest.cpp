@@ -18,16 +18,17 @@ protected:
     SwitchOffGate gate{server};
 };
 
-TEST_F(SwitchOffGateTest, openItPassesEverythingOnAndBack) {
+TEST_F(SwitchOffGateTest, AnOpenGatePassesEveryRequestAndAnswer) {
     EXPECT_TRUE(gate.canSwitch());
     EXPECT_EQ(gate.setDisplayEnabled(7, false), 0);
     EXPECT_EQ(gate.setDisplayEnabled(8, false), 1001);
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(7, false), Pair(8, false)));
 }
 
-TEST_F(SwitchOffGateTest, closedItStillSwitchesOnButNothingOff) {
+TEST_F(SwitchOffGateTest, AClosedGateStillSwitchesOnButNothingOff) {
     gate.close();
     gate.waitUntilIdle();
+
     EXPECT_TRUE(gate.isIdle());
     EXPECT_EQ(gate.setDisplayEnabled(7, false), 1004);
     EXPECT_EQ(gate.setDisplayEnabled(7, true), 0);

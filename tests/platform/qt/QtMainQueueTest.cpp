@@ -36,40 +36,45 @@ protected:
     std::vector<std::string> log;
 };
 
-TEST_F(QtMainQueueTest, tasksRunInOrderAndNeverBeforeTheCallReturns) {
+TEST_F(QtMainQueueTest, TasksRunInOrderAndNotBeforeTheCallReturns) {
     queue.async(note("a"));
     queue.async(note("b"));
     queue.async(stop());
+
     EXPECT_TRUE(log.empty());
     run();
     EXPECT_THAT(log, ElementsAre("a", "b"));
 }
 
-TEST_F(QtMainQueueTest, aTaskFromAnotherThreadRunsOnTheMainThread) {
-    std::atomic<bool> currentThere = true;
-    bool currentHere = false;
+TEST_F(QtMainQueueTest, ATaskFromAnotherThreadRunsOnTheMainThread) {
+    std::atomic<bool> isCurrentThere = true;
+    bool isCurrentHere = false;
+
     std::thread other([&] {
-        currentThere = queue.isCurrent();
+        isCurrentThere = queue.isCurrent();
         queue.async([&] {
-            currentHere = queue.isCurrent();
+            isCurrentHere = queue.isCurrent();
             loop.quit();
         });
     });
     run();
     other.join();
-    EXPECT_FALSE(currentThere);
-    EXPECT_TRUE(currentHere);
+
+    EXPECT_FALSE(isCurrentThere);
+    EXPECT_TRUE(isCurrentHere);
 }
 
-TEST_F(QtMainQueueTest, aDelayedTaskRunsNotBeforeItsTimeAlsoFromAnotherThread) {
+TEST_F(QtMainQueueTest, ADelayedTaskFromAnotherThreadDoesNotRunEarly) {
     const auto start = std::chrono::steady_clock::now();
+
     std::thread other([&] { queue.asyncAfter(30ms, stop()); });
     run();
     other.join();
+
     EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
 }
 
-TEST_F(QtMainQueueTest, aTaskThatRunsALoopOfItsOwnDoesNotHoldUpTheOthers) {
+TEST_F(QtMainQueueTest, ATaskThatRunsANestedLoopDoesNotHoldUpTheOthers) {
     queue.async([&] {
         QEventLoop nested;
         queue.async([&] {
@@ -81,11 +86,13 @@ TEST_F(QtMainQueueTest, aTaskThatRunsALoopOfItsOwnDoesNotHoldUpTheOthers) {
     });
     queue.async(note("queued before the nested loop"));
     queue.asyncAfter(1ms, stop());
+
     run();
+
     EXPECT_THAT(log, ElementsAre("queued before the nested loop", "inside", "after"));
 }
 
-TEST_F(QtMainQueueTest, aTimerTicksUntilInvalidated) {
+TEST_F(QtMainQueueTest, ATimerTicksUntilInvalidated) {
     std::unique_ptr<RepeatingTimer> timer;
     timer = queue.repeat(1ms, [&] {
         log.emplace_back("tick");
@@ -94,25 +101,31 @@ TEST_F(QtMainQueueTest, aTimerTicksUntilInvalidated) {
             queue.asyncAfter(20ms, stop());
         }
     });
+
     run();
+
     EXPECT_EQ(log.size(), 3U);
 }
 
-TEST_F(QtMainQueueTest, droppedTasksAreDestroyedNotRun) {
+TEST_F(QtMainQueueTest, ADroppedTaskIsDestroyedAndDoesNotRun) {
     const auto held = std::make_shared<int>(1);
     queue.async([this, held] { log.emplace_back("never"); });
     EXPECT_EQ(held.use_count(), 2);
+
     queue.dropTasks();
+
     EXPECT_EQ(held.use_count(), 1);
     queue.async(stop());
     run();
     EXPECT_TRUE(log.empty());
 }
 
-TEST_F(QtMainQueueTest, whatADroppedTaskAddsOnItsWayOutIsDroppedToo) {
+TEST_F(QtMainQueueTest, ATaskAddedWhileAnotherIsDroppedIsDroppedToo) {
     std::shared_ptr<void> last(nullptr, [this](void*) { queue.async(note("never")); });
     queue.async([last = std::move(last)] {});
+
     queue.dropTasks();
+
     queue.async(stop());
     run();
     EXPECT_TRUE(log.empty());
