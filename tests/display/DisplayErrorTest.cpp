@@ -59,7 +59,7 @@ TEST(DisplayError, HasNothingButItsDescription) {
     }
 }
 
-TEST(DisplayError, SaysTheSameToWhoeverCatchesAnyException) {
+TEST(DisplayError, HasItsDescriptionAsTheTextOfAnyException) {
     try {
         throw DisplayError::lifecycleFailed(1004);
     } catch (const std::exception& error) {

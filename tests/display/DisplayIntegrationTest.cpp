@@ -1,4 +1,4 @@
-// What an enumeration makes of the displays that are there and those that are remembered.
+// How an enumeration lists connected and remembered displays.
 #include "display/DisplayIntegration.h"
 
 #include <gmock/gmock.h>
@@ -13,9 +13,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(DisplayIntegrationTest, BuiltInPanelAndOneExternal) {
+TEST_F(DisplayIntegrationTest, ThePanelComesBeforeAnExternalAndNeitherIsNumbered) {
     connectBuiltIn(9);
     connect({4});
+
     const auto displays = fetch();
 
     ASSERT_EQ(displays.size(), 2U);
@@ -83,15 +84,15 @@ TEST_F(DisplayIntegrationTest, ManyRememberedExternalsAloneAreNotNumbered) {
 }
 
 TEST_F(DisplayIntegrationTest, NumbersDependOnTheLengthOfTheOnlineListEvenWithRepetitions) {
-    server_.facts[8] = {.online = true, .active = true};
-    server_.allDisplays = {{8, 8, 8}};
+    server.facts[8] = {.online = true, .active = true};
+    server.allDisplays = {{8, 8, 8}};
 
     EXPECT_THAT(fetchLines(), ElementsAre("8: External Display 1 on"));
 }
 
 TEST_F(DisplayIntegrationTest, PhantomsDoNotCountTowardsTheNumbering) {
     connect({8, 3});
-    server_.allDisplays = {{8, 77, 0, 3}};
+    server.allDisplays = {{8, 77, 0, 3}};
 
     EXPECT_THAT(fetchLines(), ElementsAre("3: External Display on", "8: External Display on"));
 }
@@ -115,7 +116,7 @@ TEST_F(DisplayIntegrationTest, SeveralPanelsShareTheirNameAndComeByIdentifier) {
 TEST_F(DisplayIntegrationTest, SwitchedOffDisplayInTheListIsOff) {
     connectBuiltIn(9);
     connect({4});
-    server_.facts[4].active = false;
+    server.facts[4].active = false;
 
     EXPECT_THAT(fetchLines(), ElementsAre("9: MacBook Display on", "4: External Display off"));
 }
@@ -125,18 +126,18 @@ TEST_F(DisplayIntegrationTest, RememberedPanelKeepsItsKindWithoutBeingAsked) {
     remember({9}, /*builtIn=*/true);
 
     EXPECT_THAT(fetchLines(), ElementsAre("9: MacBook Display off", "4: External Display on"));
-    EXPECT_THAT(server_.takeCalls(), testing::Not(testing::Contains("builtIn 9")));
+    EXPECT_THAT(server.takeCalls(), testing::Not(testing::Contains("builtIn 9")));
 }
 
 TEST_F(DisplayIntegrationTest, RememberedDisplayIsOnWhenTheServerSaysSo) {
     remember({5});
-    server_.facts[5].active = true;
+    server.facts[5].active = true;
 
     EXPECT_THAT(fetchLines(), ElementsAre("5: External Display on"));
 }
 
 TEST_F(DisplayIntegrationTest, SwitchedOffDisplayIsOnlyRememberedWithoutAPrivateList) {
-    server_.onlineDisplays = {{4}};
+    server.onlineDisplays = {{4}};
     EXPECT_THAT(fetchLines(), ElementsAre("4: External Display off"));
 
     remember({6});
@@ -152,7 +153,7 @@ TEST_F(DisplayIntegrationTest, NothingOnlineGivesTheRememberedOnes) {
 
 TEST_F(DisplayIntegrationTest, DisplayNotSeenFor31DaysIsGone) {
     remember({2});
-    clock_.time = clock_.time + 31 * 86'400.0;
+    clock.time = clock.time + 31 * 86'400.0;
     connect({1});
 
     EXPECT_THAT(fetchLines(), ElementsAre("1: External Display on"));
@@ -160,19 +161,20 @@ TEST_F(DisplayIntegrationTest, DisplayNotSeenFor31DaysIsGone) {
 
 TEST_F(DisplayIntegrationTest, EverySuccessRewritesTheRegistry) {
     connect({1});
+
     fetch();
-    clock_.time = clock_.time + 60;
+    clock.time = clock.time + 60;
     fetch();
 
-    EXPECT_EQ(store_.writes(), 2U);
-    EXPECT_THAT(DisplayRegistry::knownDisplays(store_),
-                ElementsAre(StoredDisplay{1, false, clock_.time}));
+    EXPECT_EQ(store.writes(), 2U);
+    EXPECT_THAT(DisplayRegistry::knownDisplays(store),
+                ElementsAre(StoredDisplay{1, false, clock.time}));
 }
 
 TEST_F(DisplayIntegrationTest, RegistryThatCannotBeReadOrWrittenDoesNotMatter) {
     connect({1});
-    store_.setData(DisplayRegistry::storageKey, "damaged");
-    store_.setWritable(false);
+    store.setData(DisplayRegistry::storageKey, "damaged");
+    store.setWritable(false);
 
     EXPECT_THAT(fetchLines(), ElementsAre("1: External Display on"));
 }
@@ -184,7 +186,7 @@ TEST_F(DisplayIntegrationTest, AsksOneMomentHoweverManyDisplaysThereAre) {
 
     fetch();
 
-    EXPECT_EQ(server_.moments, 1);
+    EXPECT_EQ(server.moments, 1);
 }
 
 }  // namespace

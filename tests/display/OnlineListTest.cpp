@@ -1,4 +1,4 @@
-// Which displays an enumeration takes to be there, and how it asks.
+// Which displays an enumeration takes for connected, and what it asks the server.
 #include <gmock/gmock.h>
 
 #include <numeric>
@@ -23,7 +23,7 @@ TEST_F(AllDisplaysTest, AreAskedForFirstThenComeTheMergeAndTheStates) {
 
     EXPECT_THAT(fetchIDs(), ElementsAre(3, 5));
 
-    EXPECT_THAT(server_.takeCalls(),
+    EXPECT_THAT(server.takeCalls(),
                 ElementsAre("all", "builtIn 5", "online 5", "builtIn 3", "online 3",
                             // The merge, in the order of the list.
                             "builtIn 5", "builtIn 3",
@@ -32,16 +32,16 @@ TEST_F(AllDisplaysTest, AreAskedForFirstThenComeTheMergeAndTheStates) {
 }
 
 TEST_F(AllDisplaysTest, AreTakenForRealAtTheirFirstSign) {
-    server_.allDisplays = DisplayIDs{1, 2, 3, 4, 5};
-    server_.facts = {{1, {.builtIn = true, .online = true}},
-                     {2, {.online = true, .vendor = 9}},
-                     {3, {.vendor = 9, .model = 9}},
-                     {4, {.model = 9, .serial = 9}},
-                     {5, {.serial = 9}}};
+    server.allDisplays = DisplayIDs{1, 2, 3, 4, 5};
+    server.facts = {{1, {.builtIn = true, .online = true}},
+                    {2, {.online = true, .vendor = 9}},
+                    {3, {.vendor = 9, .model = 9}},
+                    {4, {.model = 9, .serial = 9}},
+                    {5, {.serial = 9}}};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(1, 2, 3, 4, 5));
 
-    auto calls = server_.takeCalls();
+    auto calls = server.takeCalls();
     calls.resize(16);
     EXPECT_THAT(
         calls, ElementsAre("all",                    //
@@ -53,51 +53,51 @@ TEST_F(AllDisplaysTest, AreTakenForRealAtTheirFirstSign) {
 
 TEST_F(AllDisplaysTest, WithoutAnySignOfADisplayAreSkipped) {
     connect({7});
-    server_.allDisplays = DisplayIDs{8, 7};
+    server.allDisplays = DisplayIDs{8, 7};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(7));
 }
 
 TEST_F(AllDisplaysTest, WithIdentifierZeroAreSkippedWithoutAQuestion) {
     connect({7});
-    server_.facts[0] = {.builtIn = true, .online = true, .vendor = 1};
-    server_.allDisplays = DisplayIDs{0, 7, 0};
+    server.facts[0] = {.builtIn = true, .online = true, .vendor = 1};
+    server.allDisplays = DisplayIDs{0, 7, 0};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(7));
-    EXPECT_THAT(server_.takeCalls(), Not(Contains("builtIn 0")));
+    EXPECT_THAT(server.takeCalls(), Not(Contains("builtIn 0")));
 }
 
 TEST_F(AllDisplaysTest, LeaveTheOnlineListAloneWhenOneOfThemIsReal) {
     connect({1});
-    server_.onlineDisplays = std::nullopt;
+    server.onlineDisplays = std::nullopt;
 
     EXPECT_THAT(fetchIDs(), ElementsAre(1));
-    EXPECT_THAT(server_.takeCalls(), Not(Contains("online")));
+    EXPECT_THAT(server.takeCalls(), Not(Contains("online")));
 }
 
 TEST_F(AllDisplaysTest, GiveWayToTheOnlineListWhenMissingEmptyOrUnreal) {
-    server_.onlineDisplays = DisplayIDs{4};
+    server.onlineDisplays = DisplayIDs{4};
     const std::vector<RecordingServer::DisplayList> useless{std::nullopt, DisplayIDs{},
                                                             DisplayIDs{0, 8}};
     for (const auto& all : useless) {
-        server_.allDisplays = all;
+        server.allDisplays = all;
 
         EXPECT_THAT(fetchIDs(), ElementsAre(4));
     }
 }
 
 TEST_F(OnlineDisplaysTest, AreTakenAsTheyAreWithPhantomsAndZeros) {
-    server_.onlineDisplays = DisplayIDs{6, 0, 2};
+    server.onlineDisplays = DisplayIDs{6, 0, 2};
 
     EXPECT_THAT(fetchIDs(), ElementsAre(0, 2, 6));
-    EXPECT_THAT(server_.takeCalls(), ElementsAre("all", "online", "builtIn 6", "builtIn 0",
-                                                 "builtIn 2", "active 0", "active 2", "active 6"));
+    EXPECT_THAT(server.takeCalls(), ElementsAre("all", "online", "builtIn 6", "builtIn 0",
+                                                "builtIn 2", "active 0", "active 2", "active 6"));
 }
 
 TEST_F(OnlineDisplaysTest, AreTakenHoweverMany) {
     DisplayIDs many(70);
     std::iota(many.begin(), many.end(), 1);
-    server_.onlineDisplays = many;
+    server.onlineDisplays = many;
 
     EXPECT_EQ(fetch().size(), 70U);
 }
@@ -108,18 +108,20 @@ TEST_F(OnlineDisplaysTest, GiveNoDisplaysWhenThereAreNone) {
 
 TEST_F(OnlineDisplaysTest, ThrowWhenTheServerCannotSayAndLeaveTheRegistryUntouched) {
     remember({5});
-    server_.onlineDisplays = std::nullopt;
-    const std::size_t reads = store_.reads();
-    const std::size_t writes = store_.writes();
+    server.onlineDisplays = std::nullopt;
+    const std::size_t reads = store.reads();
+    const std::size_t writes = store.writes();
+
     try {
         fetch();
         ADD_FAILURE() << "nothing was thrown";
     } catch (const DisplayError& error) {
         EXPECT_EQ(error.reason(), DisplayError::Reason::invalidDisplayList);
     }
-    EXPECT_THAT(server_.takeCalls(), ElementsAre("all", "online"));
-    EXPECT_EQ(store_.reads(), reads);
-    EXPECT_EQ(store_.writes(), writes);
+
+    EXPECT_THAT(server.takeCalls(), ElementsAre("all", "online"));
+    EXPECT_EQ(store.reads(), reads);
+    EXPECT_EQ(store.writes(), writes);
 }
 
 }  // namespace
