@@ -3,21 +3,20 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <random>
-#include <utility>
 #include <vector>
 
 #include "platform/DisplayQueries.h"
+#include "tests/simulated/Chance.h"
 
 namespace tavrel {
 
-/// A fault decorator: the list of all displays fails, by chance drawn from a seed.
+/// A fault decorator: the list of all displays fails at random.
 class FaultyQueries : public DisplayQueries {
 public:
     /// `inner` must outlive it.
-    FaultyQueries(DisplayQueries& inner, std::uint64_t seed) : inner_(inner), random_(seed) {}
+    FaultyQueries(DisplayQueries& inner, std::uint64_t seed) : inner_(inner), chance_(seed) {}
 
-    /// Of 100 lists, how many fail from now on.
+    /// How many of 100 lists fail from now on.
     void setListFailures(unsigned outOfHundred) { listFailures_ = outOfHundred; }
 
     std::unique_ptr<DisplayMoment> now() override { return std::make_unique<Moment>(*this); }
@@ -28,7 +27,8 @@ private:
         explicit Moment(FaultyQueries& queries) : queries_(queries), inner_(queries.inner_.now()) {}
 
         std::optional<std::vector<DisplayID>> allDisplays() override {
-            return queries_.listFails() ? std::nullopt : inner_->allDisplays();
+            return queries_.chance_.happens(queries_.listFailures_) ? std::nullopt
+                                                                    : inner_->allDisplays();
         }
         std::optional<std::vector<DisplayID>> onlineDisplays() override {
             return inner_->onlineDisplays();
@@ -51,10 +51,8 @@ private:
         std::unique_ptr<DisplayMoment> inner_;
     };
 
-    bool listFails() { return listFailures_ != 0 && random_() % 100 < listFailures_; }
-
     DisplayQueries& inner_;
-    std::mt19937_64 random_;
+    Chance chance_;
     unsigned listFailures_ = 0;
 };
 

@@ -4,7 +4,7 @@ namespace tavrel {
 
 FaultyReports::FaultyReports(ReconfigurationReports& inner, SimulatedScheduler& scheduler,
                              std::uint64_t seed)
-    : inner_(inner), scheduler_(scheduler), random_(seed) {
+    : inner_(inner), scheduler_(scheduler), chance_(seed) {
     inner_.registerCallback(receive, this);
 }
 
@@ -26,26 +26,21 @@ ServerStatus FaultyReports::removeCallback(DisplayReconfigurationCallback callba
 
 void FaultyReports::receive(DisplayID display, std::uint32_t flags, void* userInfo) {
     auto& self = *static_cast<FaultyReports*>(userInfo);
-    if (self.happens(self.faults_.lost)) {
+    if (self.chance_.happens(self.faults_.lost)) {
         return;
     }
     self.passOn(display, flags);
-    if (self.happens(self.faults_.doubled)) {
+    if (self.chance_.happens(self.faults_.doubled)) {
         self.passOn(display, flags);
     }
 }
 
-bool FaultyReports::happens(unsigned outOfHundred) {
-    return outOfHundred != 0 && random_() % 100 < outOfHundred;
-}
-
 void FaultyReports::passOn(DisplayID display, std::uint32_t flags) {
-    if (!happens(faults_.late)) {
+    if (!chance_.happens(faults_.late)) {
         deliver(display, flags);
         return;
     }
-    const std::chrono::milliseconds delay(random_() %
-                                          static_cast<std::uint64_t>(faults_.delay.count() + 1));
+    const std::chrono::milliseconds delay = chance_.upTo(faults_.delay);
     scheduler_.backgroundQueue().async([this, display, flags, delay] {
         scheduler_.sleep(delay);
         deliver(display, flags);

@@ -2,25 +2,25 @@
 
 #include <chrono>
 #include <cstdint>
-#include <random>
 #include <utility>
 #include <vector>
 
 #include "platform/ReconfigurationReports.h"
+#include "tests/simulated/Chance.h"
 #include "tests/simulated/SimulatedScheduler.h"
 
 namespace tavrel {
 
-/// A fault decorator: reports get lost, come twice, or come late and so in another order,
-/// by chance drawn from a seed.
+/// A fault decorator: reports are lost, come twice, or come late and so in another order, at
+/// random.
 class FaultyReports : public ReconfigurationReports {
 public:
-    /// Each out of 100 reports.
+    /// How many of 100 reports.
     struct Faults {
         unsigned lost = 0;
         unsigned doubled = 0;
         unsigned late = 0;
-        /// How late a late one is at most.
+        /// The longest delay of a late one.
         std::chrono::milliseconds delay{0};
     };
 
@@ -38,13 +38,12 @@ public:
 
 private:
     static void receive(DisplayID display, std::uint32_t flags, void* userInfo);
-    bool happens(unsigned outOfHundred);
     void passOn(DisplayID display, std::uint32_t flags);
     void deliver(DisplayID display, std::uint32_t flags);
 
     ReconfigurationReports& inner_;
     SimulatedScheduler& scheduler_;
-    std::mt19937_64 random_;
+    Chance chance_;
     Faults faults_;
     std::vector<std::pair<DisplayReconfigurationCallback, void*>> callbacks_;
 };

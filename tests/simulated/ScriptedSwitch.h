@@ -7,15 +7,15 @@
 
 namespace tavrel {
 
-/// A fault decorator: answers in a lifecycle's place, or late, where it was told to.
+/// A fault decorator: refuses the displays it was told to, or is slow.
 class ScriptedSwitch : public DisplaySwitch {
 public:
     /// Both must outlive it.
     ScriptedSwitch(DisplaySwitch& inner, SimulatedScheduler& scheduler)
         : inner_(inner), scheduler_(scheduler) {}
 
-    /// From now on switching `display` answers `status` and changes nothing; 0 lets it
-    /// through again.
+    /// From now on switching `display` returns `status` and changes nothing; 0 lets it through
+    /// again.
     void refuse(DisplayID display, ServerStatus status) { refusals_[display] = status; }
 
     /// From now on each switch takes this long before it has its effect.

@@ -8,7 +8,7 @@
 
 namespace tavrel {
 
-/// Hot keys without a keyboard: a test presses them. Must outlive what it hands out.
+/// Hot keys that a test presses. Must outlive its handles.
 class SimulatedHotKeys : public HotKeys {
 public:
     std::unique_ptr<Handle> installEventHandler(Task pressed) override {
@@ -28,7 +28,7 @@ public:
         return std::make_unique<Claim>([this] { isRegistered_ = false; });
     }
 
-    /// One press of the registered chord; reaches nobody unless all is in place.
+    /// One press of the registered chord. Does nothing unless chord and handler are there.
     void press() {
         if (isRegistered_ && pressed_ != nullptr) {
             pressed_();

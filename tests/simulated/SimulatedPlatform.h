@@ -12,8 +12,8 @@
 
 namespace tavrel {
 
-/// A whole system in memory. Public parts, so that a test can put a decorator around any
-/// of them and hand out a `Platform` of its own.
+/// A whole system in memory. Its parts are public, so that a test can put a decorator around
+/// any of them and build a `Platform` of its own.
 class SimulatedPlatform {
 public:
     explicit SimulatedPlatform(
@@ -21,7 +21,7 @@ public:
         SimulatedWindowServer::WhenOff whenOff = SimulatedWindowServer::WhenOff::staysOnline)
         : scheduler(seed), windowServer(whenOff) {}
 
-    /// Work that is dropped may still hold things that look for the parts below.
+    /// What dropped work holds may still use the parts below while it is destroyed.
     ~SimulatedPlatform() { scheduler.shutDown(); }
     SimulatedPlatform(const SimulatedPlatform&) = delete;
     SimulatedPlatform& operator=(const SimulatedPlatform&) = delete;

@@ -98,7 +98,7 @@ void SimulatedScheduler::shutDown() {
 }
 
 void SimulatedScheduler::dropMainTasks() {
-    // What a dropped task held may, on its way out, leave further tasks behind.
+    // What a dropped task holds may add further tasks while it is destroyed.
     while (!mainTasks_.empty()) {
         mainTasks_.extract(mainTasks_.begin());
     }

@@ -17,15 +17,13 @@ class SimulatedWorker;
 
 /// Simulated threads and monotonic time.
 ///
-/// Exactly one piece of work runs at any moment. The thread that made the scheduler is
-/// the main thread; it runs main-queue tasks itself and lends the turn to worker threads
-/// for background jobs. A job can sleep in simulated time, and other work runs meanwhile,
-/// so slow platform calls overlap with everything else as they do in earnest. What runs
-/// next, among all that could, is drawn from the seed: the same seed and the same calls
-/// give the same run.
+/// Exactly one piece of work runs at any moment. The thread that created the scheduler is
+/// the main thread; it runs main-queue tasks itself and gives the turn to worker threads for
+/// background jobs. A job can sleep in simulated time while other work runs, so slow platform
+/// calls overlap with everything else as they do on a real system. What runs next, among all
+/// that could, is drawn from the seed: the same seed and the same calls give the same run.
 ///
-/// Time moves only when `advance` moves it. Main thread only, but for `sleep` and what
-/// the queues allow.
+/// Time moves only when `advance` moves it. Main thread only, except `sleep` and the queues.
 class SimulatedScheduler {
 public:
     explicit SimulatedScheduler(std::uint64_t seed = 1);
@@ -37,16 +35,17 @@ public:
     /// Lets sleeping jobs run to their end at once and drops all other work, for good.
     void shutDown();
 
-    /// Drops all that waits for the main thread, due or not, as a process that ends does.
+    /// Drops everything that waits for the main thread, due or not, as the end of a process
+    /// does.
     void dropMainTasks();
 
     MainQueue& mainQueue();
     BackgroundQueue& backgroundQueue();
 
-    /// Monotonic time since the scheduler was made.
+    /// Monotonic time since the scheduler was created.
     Delay now() const { return now_; }
 
-    /// Runs all that is due, background and main, until nothing is; time stands still.
+    /// Runs everything that is due, background and main, until nothing is. Time does not move.
     void settle();
 
     /// Runs the main-queue tasks that are due now and those they add, nothing else.
@@ -55,8 +54,8 @@ public:
     /// Runs each background job that can run until it ends or sleeps, nothing else.
     void runBackgroundJobs();
 
-    /// Settles, then moves time on by `duration`, stopping to settle at each moment at
-    /// which something becomes due.
+    /// Settles, then moves time on by `duration`, settling again at each moment at which
+    /// something becomes due.
     void advance(Delay duration);
 
     /// Work that has not run yet: main tasks due now, and jobs not yet ended.
@@ -67,8 +66,8 @@ public:
     /// thread it does nothing: a main thread that waits would stop the simulated world.
     void sleep(Delay duration);
 
-    /// Moves time on by at most `limit` while the main thread is held up: only background
-    /// jobs run. Stops as soon as `done` says so; returns whether it did.
+    /// Moves time on by at most `limit` while the main thread is blocked: only background jobs
+    /// run. Stops as soon as `done` returns true; returns whether it did.
     bool advanceWithMainBlocked(Delay limit, const std::function<bool()>& done);
 
     /// From now on `observer` is called on the main thread after each step.

@@ -12,7 +12,7 @@
 
 namespace tavrel {
 
-/// A store in memory. Runs under the simulated scheduler's one turn, so it has no lock.
+/// A store in memory. The simulated scheduler runs one thing at a time, so it has no lock.
 class SimulatedUserDefaults : public UserDefaults {
 public:
     std::optional<std::string> data(std::string_view key) override {
@@ -31,7 +31,7 @@ public:
         return true;
     }
 
-    /// As another program, or a user with an editor, would.
+    /// Changes by another program, or by a user with an editor.
     void remove(std::string_view key) {
         ++generation_;
         values_.erase(std::string(key));
@@ -41,10 +41,10 @@ public:
         values_.insert_or_assign(std::string(key), std::move(bytes));
     }
 
-    /// From now on writes are refused, or taken again.
+    /// From now on writes are refused, or accepted again.
     void setWritable(bool isWritable) { isWritable_ = isWritable; }
 
-    /// Grows with each change, whoever made it.
+    /// Grows with each change, whoever makes it.
     std::size_t generation() const { return generation_; }
 
     std::size_t reads() const { return reads_; }

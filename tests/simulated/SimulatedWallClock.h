@@ -5,7 +5,7 @@
 
 namespace tavrel {
 
-/// A time of day that goes with simulated time and can be stepped on its own.
+/// A time of day that follows simulated time and can be stepped on its own.
 class SimulatedWallClock : public WallClock {
 public:
     explicit SimulatedWallClock(const SimulatedScheduler& scheduler) : scheduler_(scheduler) {}
@@ -14,7 +14,7 @@ public:
         return start_ + std::chrono::duration<double>(scheduler_.now()).count() + offset_;
     }
 
-    /// Moves the clock by `seconds`, backwards when negative; monotonic time stays.
+    /// Moves the clock by `seconds`, backwards when negative, and not monotonic time.
     void step(double seconds) { offset_ += seconds; }
 
 private:

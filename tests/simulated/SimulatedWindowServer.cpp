@@ -71,7 +71,7 @@ void SimulatedWindowServer::disconnect(DisplayID display) {
         return;
     }
     report(display, displayChange::beginConfiguration);
-    // Looked up again: a report's receiver may have plugged in another one.
+    // Looked up again: who received the report may have connected another one.
     known(display)->connected = false;
     ++generation_;
     report(display, displayChange::remove);

@@ -24,42 +24,42 @@ struct SimulatedDisplay {
     std::uint32_t serial = 1;
 };
 
-/// A window server in memory, with the habits of real ones.
+/// A window server in memory that behaves like real ones.
 ///
-/// Runs under the simulated scheduler's one turn, so it has no lock. Reports are
-/// delivered on the thread that drives the change, before the change's call returns. A
-/// moment answers by what is so when it is asked.
+/// The simulated scheduler runs one thing at a time, so it has no lock. Reports are delivered
+/// on the thread that makes the change, before the call returns. A moment answers each
+/// question with the state at that time.
 class SimulatedWindowServer : public DisplaySwitch,
                               public DisplayQueries,
                               public ReconfigurationReports {
 public:
-    /// What becomes of a display that is taken out of the layout.
+    /// What happens to a display that is taken out of the layout.
     enum class WhenOff {
-        /// It is still online, just not active (X11).
+        /// It is still online, but not active (X11).
         staysOnline,
-        /// It is gone from the public list, and with it its online state (the Mac).
+        /// It is no longer in the public list, and not online (the Mac).
         goesOffline,
     };
 
     explicit SimulatedWindowServer(WhenOff whenOff = WhenOff::staysOnline) : whenOff_(whenOff) {}
 
-    // ---- The desk: what a person or another program does. Each reports as it should.
+    // ---- The desk: what a person or another program does, with the reports it leads to.
 
     /// Plugs in a display, new or known.
     void connect(const SimulatedDisplay& display);
     void disconnect(DisplayID display);
     /// Another program switches the display.
     void switchFromOutside(DisplayID display, bool enabled);
-    /// Puts the display into this state without a word to anybody: a lost report.
+    /// Puts the display into this state without a report, as if it had been lost.
     void replaceSilently(const SimulatedDisplay& display);
     /// A report about nothing that this server models (a move, a mode).
     void report(DisplayID display, std::uint32_t flags);
 
-    /// Whether the server has a list of all displays, with those that are off in it.
+    /// Whether the server has a list of all displays, including those that are off.
     void setHasPrivateList(bool hasPrivateList) { hasPrivateList_ = hasPrivateList; }
     /// Whether displays can be switched.
     void setCanControl(bool canControl) { canControl_ = canControl; }
-    /// What registering a callback answers from now on.
+    /// What registering a callback returns from now on.
     void setRegistrationStatus(ServerStatus status) { registrationStatus_ = status; }
     /// Whether the server can say which displays are online.
     void setHasOnlineList(bool hasOnlineList) { hasOnlineList_ = hasOnlineList; }
@@ -68,13 +68,13 @@ public:
     std::uint64_t generation() const { return generation_; }
 
     const SimulatedDisplay* find(DisplayID display) const;
-    /// Whether it is online and active, without a question to the server.
+    /// Whether it is online and active. Not counted as a query.
     bool isLive(DisplayID display) const;
     const std::vector<SimulatedDisplay>& desk() const { return displays_; }
 
     /// Every `setDisplayEnabled` so far, in order, since the last call of this.
     std::vector<std::pair<DisplayID, bool>> takeChanges() { return std::exchange(changes_, {}); }
-    /// How often the registry's candidates have been asked about, all queries together.
+    /// How many questions about single displays have been asked.
     std::uint64_t queries() const { return queries_; }
     /// How many moments have been asked for.
     std::uint64_t moments() const { return moments_; }

@@ -8,7 +8,7 @@
 
 namespace tavrel {
 
-/// A real thread that runs only while it has been lent the turn.
+/// A real thread that runs only while it has the turn.
 class SimulatedWorker {
 public:
     SimulatedWorker();
@@ -18,13 +18,14 @@ public:
     /// Gives the worker its next job; it starts at the next `resume`.
     void assign(Task job);
 
-    /// Lends the turn until the job ends or suspends itself. Returns whether it ended.
+    /// Gives the worker the turn until its job ends or suspends itself. Returns whether it
+    /// ended.
     bool resume();
 
-    /// Called by the job: hands the turn back until the next `resume`.
+    /// Called by the job: gives the turn back until the next `resume`.
     void suspend();
 
-    /// Whether it is in the middle of a job, waiting for the turn.
+    /// Whether its job is suspended.
     bool isSuspended() const { return suspended_; }
 
     /// The worker whose thread the caller is on, or null.
