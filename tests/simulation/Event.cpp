@@ -12,7 +12,7 @@ using Kind = Event::Kind;
 struct KindInfo {
     Kind kind;
     const char* name;
-    /// How often it happens, relative to the others. Rare things are made common.
+    /// How often it happens, relative to the others. What is rare in practice is common here.
     unsigned weight;
 };
 
@@ -58,7 +58,7 @@ Kind drawKind(std::mt19937_64& random) {
     return Kind::converge;
 }
 
-/// Bursts, a person's pace, and long quiet stretches.
+/// Bursts, the pace of a person, and long quiet times.
 std::chrono::milliseconds drawGap(std::mt19937_64& random) {
     const auto within = [&](std::uint64_t milliseconds) {
         return std::chrono::milliseconds(random() % milliseconds);

@@ -29,22 +29,22 @@ struct Event {
         unlockStore,
         stepClock,
         quitAndRestart,
-        /// Faults stop, and soon a usable display must be there.
+        /// Faults stop, and soon after there must be a usable display.
         converge,
     };
 
     Kind kind;
     /// Simulated time between the event before and this one.
     std::chrono::milliseconds gap;
-    /// What the kind makes of it: a row, a display, a number of seconds.
+    /// Their meaning depends on the kind: a row, a display, a step of the clock.
     std::uint32_t a;
     std::uint32_t b;
 };
 
 std::string describe(const Event& event);
 
-/// The events of about `hours` simulated hours, decided by `seed` alone. Each can be left
-/// out without making nonsense of the others.
+/// The events of about `hours` simulated hours, decided by `seed` alone. They still make sense
+/// when any of them is left out.
 std::vector<Event> generateEvents(std::uint64_t seed, double hours);
 
 }  // namespace tavrel::simulation

@@ -8,7 +8,7 @@
 
 namespace tavrel::simulation {
 
-/// All that happened, as a hash of every line, with the last lines kept for a reader.
+/// Everything that happened, as a hash of all lines, and the last lines for a person to read.
 class EventLog {
 public:
     void add(Delay now, const std::string& what) {

@@ -14,9 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Nothing usable, and no restoration running, for at most this long.
+/// The longest time without a usable display and without a restoration.
 constexpr Delay longestWithoutRestoration = 1s;
-/// Five candidates that each take their time twice, and the verification.
+/// Five displays, each delayed twice, and the verification.
 constexpr Delay longestRestoration = 10s;
 constexpr double retention = 2'592'000;
 
@@ -106,7 +106,7 @@ void Invariants::readStoreIfChanged() {
         serverGeneration_ = system_.windowServer.generation();
         isUsable_ = std::any_of(stored_.begin(), stored_.end(),
                                 [this](const auto& record) { return isLive(record.first); });
-        // One that somebody else has brought back meanwhile may be passed over.
+        // A restoration may skip one that has come back meanwhile.
         std::erase_if(candidates_, [this](DisplayID display) { return isLive(display); });
     }
 }
@@ -115,7 +115,7 @@ void Invariants::checkStore() {
     if (storeGeneration_ == system_.userDefaults.generation()) {
         return;
     }
-    // Only the application's own writes get here: outside hands call `forgetStore`.
+    // Only the application's own writes: after all others `forgetStore` is called.
     const StoredModel before = stored_;
     const auto now = readStored(system_.userDefaults.data(DisplayRegistry::storageKey));
     if (!now.has_value()) {

@@ -15,36 +15,37 @@ namespace tavrel::simulation {
 
 class WatchModel;
 
-/// What must hold at every step, whatever happens. Keeps the first thing that did not.
+/// What must hold at every step, whatever happens. Keeps the first violation.
 class Invariants {
 public:
     /// Both must outlive it.
     Invariants(SimulatedPlatform& system, EventLog& log) : system_(system), log_(log) {}
 
-    /// From now on `controller` is the application's, and `model` says what its watch
-    /// should do; both null between two sessions.
+    /// From now on checks this controller, and `model` says what its watch should do. Both are
+    /// null between two sessions.
     void watch(std::shared_ptr<DisplayController> controller, WatchModel* model);
 
     /// To be called after each step of the simulated world.
     void check();
 
-    /// The user's request was, or was not, accepted as it should have been.
+    /// Fails unless the user's request was accepted, or refused, as it should have been.
     void checkSwitchRequest(bool accepted, bool shouldBe, const DisplayDevice& display, bool isOn);
 
-    /// An outside hand has changed the store: what was there before counts no more.
+    /// To be called when another program has changed the store: its former content no longer
+    /// counts.
     void forgetStore();
 
-    /// The user's accepted switch has moved the suppression; a restoration has not.
+    /// The suppression was moved by a switch of the user's, not by a restoration.
     void noteSuppressionMovedByUser();
 
     /// Whether a remembered display is connected, so that it could be enabled.
     bool someRememberedIsConnected();
     bool someRememberedIsUsable();
-    /// Whether the registry has been empty at some step of this very moment.
+    /// Whether the registry is empty, or was at an earlier step of the same moment.
     bool storedIsOrWasEmptyNow();
     const StoredModel& stored();
 
-    /// The application asks for `display` to be switched on.
+    /// The application has asked to switch `display` on.
     void noteEnableRequest(DisplayID display) { enableRequests_.insert(display); }
 
     void fail(const std::string& what);
@@ -82,7 +83,8 @@ private:
     std::optional<Delay> lastEmptyAt_;
     std::optional<Delay> restorationStart_;
     WallTime lastSuppression_ = WallTime::distantPast();
-    /// What was remembered and has not been live since the running restoration started.
+    /// The displays that the running restoration has to enable: remembered, and not live since
+    /// it started.
     std::set<DisplayID> candidates_;
     std::set<DisplayID> enableRequests_;
 };

@@ -1,5 +1,5 @@
-# Proof that the simulation can fail: each mutant is the core with one fault put into a
-# copy of one source, and its test passes only when the simulation finds the fault.
+# Proof that the simulation can fail: each mutant is the core with one fault in a copy of
+# one source, and its test passes only when the simulation finds the fault.
 
 # tavrel_mutant(NAME SOURCE FROM TO): replaces FROM, which must be there, by TO.
 function(tavrel_mutant name source from to)

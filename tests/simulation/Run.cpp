@@ -30,7 +30,7 @@ std::vector<Event> shrink(std::uint64_t seed, std::vector<Event> events,
         --attempts;
         return run(seed, candidate).violation == violation;
     };
-    // Ever smaller pieces are left out, as long as the same thing still goes wrong.
+    // Leaves out smaller and smaller pieces, as long as the violation stays the same.
     for (std::size_t piece = events.size() / 2; piece >= 1; piece /= 2) {
         for (std::size_t start = 0; start < events.size() && attempts > 0;) {
             std::vector<Event> candidate = events;

@@ -9,17 +9,17 @@
 
 namespace tavrel::simulation {
 
-/// How one run of a world went.
+/// The outcome of one run of a world.
 struct Outcome {
-    /// The first thing that did not hold.
+    /// The first thing that did not hold; std::nullopt when everything did.
     std::optional<std::string> violation;
-    /// The hash of all that happened.
+    /// The hash of everything that happened.
     std::uint64_t hash = 0;
     double hours = 0;
     std::uint64_t steps = 0;
-    /// How many of the events had happened.
+    /// How many of the events were carried out.
     std::size_t events = 0;
-    /// The last lines of what happened.
+    /// The last lines of the log.
     std::vector<std::string> tail;
 };
 

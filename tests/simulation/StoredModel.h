@@ -8,9 +8,10 @@
 
 namespace tavrel::simulation {
 
-/// The stored registry as a plain reader sees it, apart from the code under test:
-/// identifier to time last seen. Nothing when the value does not decode.
+/// The stored registry, identifier to time last seen, read without the code under test.
 using StoredModel = std::map<DisplayID, double>;
+
+/// std::nullopt when there is no value or it does not decode.
 std::optional<StoredModel> readStored(const std::optional<std::string>& bytes);
 
 }  // namespace tavrel::simulation

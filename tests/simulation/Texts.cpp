@@ -7,7 +7,7 @@ namespace tavrel::simulation {
 
 namespace {
 
-// Written out once more, apart from the code under test.
+// Written a second time, without the code under test.
 const std::string name = "(MacBook Display|External Display( [1-9][0-9]*)?)";
 
 const std::regex& statuses() {

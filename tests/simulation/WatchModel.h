@@ -13,12 +13,12 @@ namespace tavrel::simulation {
 
 class Invariants;
 
-/// What the reports of one session should lead to, worked out a second time: it gets
-/// every report just after the controller does, and looks again just after the moments at
-/// which the controller should have acted.
+/// A second implementation of what the reports of one session should lead to. It gets every
+/// report just after the controller does, and checks just after each moment at which the
+/// controller should have acted.
 class WatchModel {
 public:
-    /// All must outlive it. Registers itself behind the controller.
+    /// All must outlive it. Registers itself after the controller.
     WatchModel(SimulatedPlatform& system, ReconfigurationReports& reports,
                std::shared_ptr<DisplayController> controller, Invariants& invariants);
     ~WatchModel();
@@ -29,8 +29,7 @@ public:
     /// Whether the debounced recovery is to start at this very moment.
     bool recoveryIsDueNow() const;
 
-    /// A restoration has started: the pending recovery is no longer known, so no later
-    /// report calls it off.
+    /// A restoration has started: no later report cancels the pending recovery.
     void noteRestorationStart() { stored_.reset(); }
 
 private:
@@ -50,7 +49,7 @@ private:
     Invariants& invariants_;
     std::vector<std::shared_ptr<Recovery>> recoveries_;
     std::shared_ptr<Recovery> stored_;
-    /// Tasks of a former session find it gone.
+    /// Points to null for tasks that are left from a former session.
     std::shared_ptr<WatchModel*> alive_;
 };
 

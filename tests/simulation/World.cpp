@@ -15,7 +15,7 @@ using WhenOff = SimulatedWindowServer::WhenOff;
 constexpr SimulatedDisplay panel{.id = 5, .builtIn = true};
 constexpr std::array<DisplayID, 4> externals{1, 3, 77, 4'294'967'295U};
 constexpr Delay convergenceTime = 3s;
-constexpr Delay patience = 60s;
+constexpr Delay quitTimeout = 60s;
 
 constexpr std::array clockSteps{-3600.0, -2.0, -0.3, 0.3, 2.0, 3600.0, 31 * 86400.0, -31 * 86400.0};
 
@@ -38,10 +38,10 @@ DisplayID external(std::uint32_t number) {
 
 World::World(std::uint64_t seed)
     : system_(seed, seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline),
-      lifecycle_(system_.windowServer, system_.scheduler, seed + 1),
+      displaySwitch_(system_.windowServer, system_.scheduler, seed + 1),
       reports_(system_.windowServer, system_.scheduler, seed + 2),
       queries_(system_.windowServer, seed + 3) {
-    lifecycle_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
+    displaySwitch_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
     system_.windowServer.setHasPrivateList(seed / 2 % 2 == 0);
     plug(panel);
     plug({.id = externals[0]});
@@ -71,7 +71,7 @@ Platform World::platform() {
 }
 
 void World::launch() {
-    gate_ = std::make_unique<SwitchOffGate>(lifecycle_);
+    gate_ = std::make_unique<SwitchOffGate>(displaySwitch_);
     delegate_ = std::make_unique<AppDelegate>(platform(), system_.hotKeys);
     delegate_->applicationDidFinishLaunching();
     controller_ = DisplayController::create(platform());
@@ -83,19 +83,19 @@ void World::launch() {
 void World::quit() {
     gate_->close();
     auto& scheduler = system_.scheduler;
-    if (!scheduler.advanceWithMainBlocked(patience, [this] { return gate_->isIdle(); })) {
+    if (!scheduler.advanceWithMainBlocked(quitTimeout, [this] { return gate_->isIdle(); })) {
         invariants_.fail("a switch was still running a minute after quitting");
         return;
     }
-    const std::uint64_t refusedBefore = lifecycle_.refusedWakes();
+    const std::uint64_t refusedBefore = displaySwitch_.refusedWakes();
     delegate_->applicationWillTerminate();
-    const bool refused = lifecycle_.refusedWakes() != refusedBefore;
+    const bool refused = displaySwitch_.refusedWakes() != refusedBefore;
     invariants_.watch(nullptr, nullptr);
     watchModel_.reset();
     controller_.reset();
-    scheduler.advanceWithMainBlocked(patience,
+    scheduler.advanceWithMainBlocked(quitTimeout,
                                      [&] { return scheduler.pendingBackgroundJobs() == 0; });
-    // Nothing of this session may still start when the next one has replaced its parts.
+    // No task of this session may run after the next one has replaced its parts.
     scheduler.dropMainTasks();
     if (!refused) {
         for (const auto& [id, lastSeenAt] : invariants_.stored()) {
@@ -123,11 +123,11 @@ void World::apply(const Event& event) {
         return;
     }
     log_.add(now(), describe(event));
-    happen(event);
+    carryOut(event);
     advance(Delay::zero());
 }
 
-void World::happen(const Event& event) {
+void World::carryOut(const Event& event) {
     using Kind = Event::Kind;
     SimulatedWindowServer& server = system_.windowServer;
     switch (event.kind) {
@@ -187,7 +187,7 @@ void World::userSwitch(const Event& event) {
     const DisplayDevice display = controller_->displays()[event.a % controller_->displays().size()];
     const bool isOn = event.b % 8 == 0 ? display.isOn : !display.isOn;
 
-    // The rule once more, from the desk's point of view.
+    // The rule a second time, from what the server knows.
     const auto& listed = controller_->displays();
     const bool otherIsLive = std::any_of(listed.begin(), listed.end(), [&](const auto& other) {
         return other.id() != display.id() && system_.windowServer.isLive(other.displayID());
@@ -211,7 +211,7 @@ void World::switchAllOff() {
 
 void World::startFaults(const Event& event) {
     queries_.setListFailures(event.a / 64 % 50);
-    lifecycle_.setFaults(
+    displaySwitch_.setFaults(
         {.refusals = event.a % 60, .latency = std::chrono::milliseconds(event.b % 750)});
     reports_.setFaults({.lost = event.b / 1024 % 80,
                         .doubled = event.b / 131072 % 50,
@@ -221,7 +221,7 @@ void World::startFaults(const Event& event) {
 }
 
 void World::stopFaults() {
-    lifecycle_.setFaults({});
+    displaySwitch_.setFaults({});
     reports_.setFaults({});
     queries_.setListFailures(0);
     system_.windowServer.setHasOnlineList(true);
@@ -238,8 +238,8 @@ void World::converge() {
     system_.userDefaults.setWritable(true);
     const bool couldBeUsable = invariants_.someRememberedIsConnected();
     advance(convergenceTime);
-    // A clock that was stepped by a month makes the registry forget displays by its own
-    // rule; what it no longer remembers it cannot bring back.
+    // After a step of the clock by a month the registry forgets displays, by its own rule, and
+    // what is forgotten is not restored.
     if (couldBeUsable && invariants_.someRememberedIsConnected() &&
         !invariants_.someRememberedIsUsable()) {
         invariants_.fail("nothing usable three seconds after the faults stopped");

@@ -9,9 +9,9 @@
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
 #include "platform/SwitchOffGate.h"
-#include "tests/simulated/FaultySwitch.h"
 #include "tests/simulated/FaultyQueries.h"
 #include "tests/simulated/FaultyReports.h"
+#include "tests/simulated/FaultySwitch.h"
 #include "tests/simulated/SimulatedPlatform.h"
 #include "tests/simulation/Event.h"
 #include "tests/simulation/EventLog.h"
@@ -20,8 +20,8 @@
 
 namespace tavrel::simulation {
 
-/// A desk with a laptop and monitors, a user, other programs, and the application's core
-/// between them; everything decided by one seed.
+/// The application's core on a desk with a laptop and monitors, with a user and other
+/// programs. One seed decides everything.
 class World {
 public:
     explicit World(std::uint64_t seed);
@@ -30,7 +30,7 @@ public:
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
-    /// Lets the event's gap pass, then makes it happen.
+    /// Lets the event's gap pass, then carries it out.
     void apply(const Event& event);
 
     Delay now() const { return system_.scheduler.now(); }
@@ -42,7 +42,7 @@ private:
     void launch();
     void quit();
     void advance(Delay duration);
-    void happen(const Event& event);
+    void carryOut(const Event& event);
     void userSwitch(const Event& event);
     void plug(const SimulatedDisplay& display) { system_.windowServer.connect(display); }
     void switchAllOff();
@@ -55,7 +55,7 @@ private:
     SimulatedPlatform system_;
     EventLog log_;
     Invariants invariants_{system_, log_};
-    FaultySwitch lifecycle_;
+    FaultySwitch displaySwitch_;
     FaultyReports reports_;
     FaultyQueries queries_;
 

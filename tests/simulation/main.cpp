@@ -1,5 +1,5 @@
-// Simulates the core for many hours. Prints what it did; a failure with its seed, the
-// shortest list of events found that leads to it, and the last lines of its log.
+// Simulates the core for many hours and prints how much it did. Prints a failure with its
+// seed, the shortest list of events found that leads to it, and the last lines of its log.
 
 #include <algorithm>
 #include <atomic>
@@ -157,7 +157,7 @@ int main(int argc, char** argv) {
         static_cast<std::uint64_t>(std::max(1.0, options.hours / options.hoursPerSeed + 0.5));
     Totals totals;
     const auto start = std::chrono::steady_clock::now();
-    // Before anything else: a crash must leave behind what leads back to it.
+    // Before anything else, so that also a crash can be replayed.
     std::printf(
         "seeds %llu to %llu, %g hours each\n", static_cast<unsigned long long>(options.firstSeed),
         static_cast<unsigned long long>(options.firstSeed + seedCount - 1), options.hoursPerSeed);
