@@ -2,9 +2,9 @@
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
-#include "platform/x11/X11HotKeys.h"
 #include "platform/x11/X11ReconfigurationReports.h"
 #include "platform/x11/X11WindowServer.h"
+#include "platform/x11/hotkeys/X11HotKeys.h"
 
 namespace tavrel {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/x11/Connection.h"
 #include "platform/x11/LayoutServer.h"
+#include "platform/x11/connection/Connection.h"
 
 namespace tavrel::x11 {
 

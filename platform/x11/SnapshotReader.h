@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "platform/x11/Connection.h"
 #include "platform/x11/Snapshot.h"
+#include "platform/x11/connection/Connection.h"
 
 namespace tavrel::x11 {
 

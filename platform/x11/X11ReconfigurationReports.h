@@ -5,9 +5,9 @@
 
 #include "platform/ReconfigurationReports.h"
 #include "platform/x11/CallbackList.h"
-#include "platform/x11/EventThread.h"
-#include "platform/x11/ServerOptions.h"
 #include "platform/x11/Snapshot.h"
+#include "platform/x11/connection/EventThread.h"
+#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel {
 

@@ -6,8 +6,8 @@
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
 #include "platform/x11/RememberedOutputs.h"
-#include "platform/x11/ServerLink.h"
-#include "platform/x11/ServerOptions.h"
+#include "platform/x11/connection/ServerLink.h"
+#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel {
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/simulated/SimulatedUserDefaults.h"
 #include "platform/x11/DisplayIdentifiers.h"
-#include "platform/x11/ServerOptions.h"
 #include "platform/x11/X11WindowServer.h"
+#include "platform/x11/connection/ServerOptions.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/VirtualDesktop.h"
 
 namespace tavrel {

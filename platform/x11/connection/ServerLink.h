@@ -5,8 +5,8 @@
 #include <future>
 #include <memory>
 
-#include "platform/x11/Connection.h"
-#include "platform/x11/ServerOptions.h"
+#include "platform/x11/connection/Connection.h"
+#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel::x11 {
 

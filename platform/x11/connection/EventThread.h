@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/ServerLink.h"
+#include "platform/x11/connection/Connection.h"
+#include "platform/x11/connection/ServerLink.h"
 
 namespace tavrel::x11 {
 

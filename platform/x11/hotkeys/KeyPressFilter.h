@@ -4,7 +4,7 @@
 #include <map>
 #include <set>
 
-#include "platform/x11/KeyChord.h"
+#include "platform/x11/hotkeys/KeyChord.h"
 
 namespace tavrel::x11 {
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/x11/ServerOptions.h"
-#include "platform/x11/XcbReply.h"
+#include "platform/x11/connection/ServerOptions.h"
+#include "platform/x11/connection/XcbReply.h"
 
 namespace tavrel::x11 {
 

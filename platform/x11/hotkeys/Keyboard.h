@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "platform/x11/Connection.h"
-#include "platform/x11/KeyChord.h"
+#include "platform/x11/connection/Connection.h"
+#include "platform/x11/hotkeys/KeyChord.h"
 
 namespace tavrel::x11 {
 

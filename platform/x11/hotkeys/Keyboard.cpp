@@ -1,6 +1,6 @@
-#include "platform/x11/Keyboard.h"
+#include "platform/x11/hotkeys/Keyboard.h"
 
-#include "platform/x11/Xkb.h"
+#include "platform/x11/hotkeys/Xkb.h"
 
 namespace tavrel::x11 {
 

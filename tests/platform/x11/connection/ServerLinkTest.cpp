@@ -1,4 +1,4 @@
-#include "platform/x11/ServerLink.h"
+#include "platform/x11/connection/ServerLink.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/x11/KeyPressFilter.h"
+#include "platform/x11/hotkeys/KeyPressFilter.h"
 
 namespace tavrel::x11 {
 

@@ -1,4 +1,4 @@
-#include "platform/x11/EventThread.h"
+#include "platform/x11/connection/EventThread.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "platform/HotKeys.h"
-#include "platform/x11/ChordGrabs.h"
-#include "platform/x11/EventThread.h"
-#include "platform/x11/KeyPressFilter.h"
-#include "platform/x11/ServerOptions.h"
+#include "platform/x11/connection/EventThread.h"
+#include "platform/x11/connection/ServerOptions.h"
+#include "platform/x11/hotkeys/ChordGrabs.h"
+#include "platform/x11/hotkeys/KeyPressFilter.h"
 
 namespace tavrel::x11 {
 

@@ -1,4 +1,4 @@
-#include "platform/x11/Connection.h"
+#include "platform/x11/connection/Connection.h"
 
 #include <poll.h>
 #include <xcb/randr.h>

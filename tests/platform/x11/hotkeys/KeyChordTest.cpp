@@ -1,4 +1,4 @@
-#include "platform/x11/KeyChord.h"
+#include "platform/x11/hotkeys/KeyChord.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "tests/platform/x11/FocusedWindow.h"
+#include "tests/platform/x11/hotkeys/FocusedWindow.h"
 
 #include <xcb/xcb_keysyms.h>
 

@@ -1,10 +1,10 @@
-#include "platform/x11/ChordGrabs.h"
+#include "platform/x11/hotkeys/ChordGrabs.h"
 
 #include <algorithm>
 #include <utility>
 #include <vector>
 
-#include "platform/x11/Keyboard.h"
+#include "platform/x11/hotkeys/Keyboard.h"
 
 namespace tavrel::x11 {
 

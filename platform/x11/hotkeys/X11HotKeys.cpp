@@ -1,4 +1,4 @@
-#include "platform/x11/X11HotKeys.h"
+#include "platform/x11/hotkeys/X11HotKeys.h"
 
 #include <cstdint>
 #include <map>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/MainQueue.h"
-#include "platform/x11/HotKeyListener.h"
+#include "platform/x11/hotkeys/HotKeyListener.h"
 
 namespace tavrel {
 

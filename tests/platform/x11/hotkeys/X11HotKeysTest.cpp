@@ -1,4 +1,4 @@
-#include "platform/x11/X11HotKeys.h"
+#include "platform/x11/hotkeys/X11HotKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "platform/HotKeys.h"
-#include "tests/platform/x11/FocusedWindow.h"
-#include "tests/platform/x11/ManualMainQueue.h"
-#include "tests/platform/x11/RunXProgram.h"
+#include "tests/platform/x11/hotkeys/FocusedWindow.h"
+#include "tests/platform/x11/hotkeys/ManualMainQueue.h"
+#include "tests/platform/x11/hotkeys/RunXProgram.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/VirtualDesktop.h"
 #include "tests/support/XConnection.h"

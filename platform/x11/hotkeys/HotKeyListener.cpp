@@ -1,10 +1,10 @@
-#include "platform/x11/HotKeyListener.h"
+#include "platform/x11/hotkeys/HotKeyListener.h"
 
 #include <cstring>
 #include <future>
 #include <utility>
 
-#include "platform/x11/Keyboard.h"
+#include "platform/x11/hotkeys/Keyboard.h"
 
 namespace tavrel::x11 {
 

@@ -6,8 +6,8 @@
 #include <set>
 
 #include "platform/HotKeys.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/KeyChord.h"
+#include "platform/x11/connection/Connection.h"
+#include "platform/x11/hotkeys/KeyChord.h"
 
 namespace tavrel::x11 {
 
