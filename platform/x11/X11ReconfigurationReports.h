@@ -7,7 +7,6 @@
 #include "platform/x11/CallbackList.h"
 #include "platform/x11/Snapshot.h"
 #include "platform/x11/connection/EventThread.h"
-#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel {
 

@@ -7,7 +7,6 @@
 #include "platform/DisplaySwitch.h"
 #include "platform/x11/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
-#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel {
 

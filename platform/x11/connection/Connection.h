@@ -4,15 +4,36 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <deque>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/x11/connection/ServerOptions.h"
-#include "platform/x11/connection/XcbReply.h"
+namespace tavrel {
 
-namespace tavrel::x11 {
+/// Which X server, and how long to bear with it.
+struct X11ServerOptions {
+    /// As in the DISPLAY variable, which counts where this is absent.
+    std::optional<std::string> displayName = std::nullopt;
+    /// How long the server may stay silent before it is treated as gone. The default is well
+    /// above what a mode change on slow hardware takes while another client holds the server.
+    std::chrono::milliseconds patience{10'000};
+};
+
+namespace x11 {
+
+/// Frees what xcb hands out with malloc.
+struct XcbFree {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): xcb's contract.
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// A reply, an event or an error, whichever xcb gave us.
+template <typename Reply>
+using XcbReply = std::unique_ptr<Reply, XcbFree>;
 
 /// One connection to an X server.
 ///
@@ -104,4 +125,5 @@ constexpr int eventNumber(const xcb_generic_event_t& event) {
     return event.response_type & ~sentByClient;
 }
 
-}  // namespace tavrel::x11
+}  // namespace x11
+}  // namespace tavrel

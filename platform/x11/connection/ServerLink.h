@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "platform/x11/connection/Connection.h"
-#include "platform/x11/connection/ServerOptions.h"
 
 namespace tavrel::x11 {
 

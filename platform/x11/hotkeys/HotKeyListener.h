@@ -5,7 +5,6 @@
 
 #include "platform/HotKeys.h"
 #include "platform/x11/connection/EventThread.h"
-#include "platform/x11/connection/ServerOptions.h"
 #include "platform/x11/hotkeys/ChordGrabs.h"
 #include "platform/x11/hotkeys/KeyPressFilter.h"
 

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "platform/HotKeys.h"
-#include "platform/x11/connection/ServerOptions.h"
+#include "platform/x11/connection/Connection.h"
 
 namespace tavrel {
 

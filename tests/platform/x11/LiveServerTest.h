@@ -8,7 +8,6 @@
 
 #include "platform/x11/DisplayIdentifiers.h"
 #include "platform/x11/X11WindowServer.h"
-#include "platform/x11/connection/ServerOptions.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/VirtualDesktop.h"
 
