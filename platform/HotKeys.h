@@ -18,6 +18,8 @@ struct HotKeyRegistration {
     std::uint32_t signature;
     std::uint32_t id;
     std::uint32_t options;
+
+    friend bool operator==(const HotKeyRegistration&, const HotKeyRegistration&) = default;
 };
 
 namespace hotKeyModifier {

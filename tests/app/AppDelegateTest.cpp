@@ -8,8 +8,9 @@
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
 #include "controller/WakeAllNotification.h"
-#include "tests/simulated/SimulatedPlatform.h"
 #include "registry/DisplayRegistry.h"
+#include "tests/simulated/SimulatedPlatform.h"
+#include "tests/support/WakeChord.h"
 
 namespace tavrel {
 namespace {
@@ -45,12 +46,7 @@ TEST_F(AppDelegateTest, launchInstallsTheHandlerAndRegistersTheChord) {
     delegate.applicationDidFinishLaunching();
     EXPECT_TRUE(system.hotKeys.hasHandler());
     ASSERT_EQ(system.hotKeys.requests().size(), 1U);
-    const HotKeyRegistration& chord = system.hotKeys.requests().front();
-    EXPECT_EQ(chord.keyCode, 13U);
-    EXPECT_EQ(chord.modifiers, 0x1900U);
-    EXPECT_EQ(chord.signature, 0x4443544CU);
-    EXPECT_EQ(chord.id, 1U);
-    EXPECT_EQ(chord.options, 0U);
+    EXPECT_EQ(system.hotKeys.requests().front(), support::wakeChord);
 }
 
 TEST_F(AppDelegateTest, onePressPostsExactlyOneNotification) {

@@ -1,9 +1,10 @@
 #include "platform/macos/MacHotKeys.h"
 
 #include "app/AppDelegate.h"
-#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/simulated/Carbon.h"
+#include "tests/simulated/SimulatedPlatform.h"
+#include "tests/support/WakeChord.h"
 
 namespace tavrel {
 namespace {
@@ -13,12 +14,10 @@ using simulatedMac::pressHotKey;
 using simulatedMac::Refusals;
 using simulatedMac::registeredHotKeys;
 using simulatedMac::takeCalls;
+using support::wakeChord;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
-
-constexpr HotKeyRegistration chord{
-    .keyCode = 13, .modifiers = 0x1900, .signature = 0x4443544C, .id = 1, .options = 0};
 
 class MacHotKeysTest : public MacFixture {
 protected:
@@ -27,7 +26,7 @@ protected:
         EXPECT_EQ(registeredHotKeys(), 0U);
     }
 
-    static auto press() { return pressHotKey(chord.keyCode, chord.modifiers); }
+    static auto press() { return pressHotKey(wakeChord.keyCode, wakeChord.modifiers); }
 
     MacHotKeys hotKeys;
     int presses = 0;
@@ -57,26 +56,26 @@ TEST_F(MacHotKeysTest, PassOnEveryNumberOfARegistration) {
 
 TEST_F(MacHotKeysTest, RunTheTaskOnceForEachPressOfTheirChordAndReportItAsHandled) {
     const auto handler = hotKeys.installEventHandler(count);
-    const auto hotKey = hotKeys.registerHotKey(chord);
+    const auto hotKey = hotKeys.registerHotKey(wakeChord);
 
     EXPECT_THAT(press(), Optional(ElementsAre(0)));
     EXPECT_EQ(presses, 1);
     press();
     EXPECT_EQ(presses, 2);
 
-    EXPECT_EQ(pressHotKey(chord.keyCode, 0x100), std::nullopt);
-    EXPECT_EQ(pressHotKey(12, chord.modifiers), std::nullopt);
+    EXPECT_EQ(pressHotKey(wakeChord.keyCode, 0x100), std::nullopt);
+    EXPECT_EQ(pressHotKey(12, wakeChord.modifiers), std::nullopt);
     EXPECT_EQ(presses, 2);
 }
 
 TEST_F(MacHotKeysTest, DoNothingOnceTheHotKeyOrTheHandlerIsReleased) {
     auto handler = hotKeys.installEventHandler(count);
-    auto hotKey = hotKeys.registerHotKey(chord);
+    auto hotKey = hotKeys.registerHotKey(wakeChord);
 
     hotKey.reset();
     EXPECT_EQ(press(), std::nullopt);
 
-    hotKey = hotKeys.registerHotKey(chord);
+    hotKey = hotKeys.registerHotKey(wakeChord);
     handler.reset();
     EXPECT_THAT(press(), Optional(IsEmpty()));
     EXPECT_EQ(presses, 0);
@@ -89,7 +88,7 @@ TEST_F(MacHotKeysTest, TakeOneHandlerAtATimeAndAnotherAfterItsRelease) {
 
     first.reset();
     const auto second = hotKeys.installEventHandler(count);
-    const auto hotKey = hotKeys.registerHotKey(chord);
+    const auto hotKey = hotKeys.registerHotKey(wakeChord);
     press();
     EXPECT_EQ(presses, 1);
 }
@@ -100,7 +99,7 @@ TEST_F(MacHotKeysTest, LetAHandlerReleaseItself) {
         handler.reset();
         ++presses;
     });
-    const auto hotKey = hotKeys.registerHotKey(chord);
+    const auto hotKey = hotKeys.registerHotKey(wakeChord);
 
     press();
     press();
@@ -117,7 +116,7 @@ TEST_F(MacHotKeysTest, GiveNoHandleForAHandlerThatTheSystemRefuses) {
 
 TEST_F(MacHotKeysTest, GiveNoHandleForAChordThatIsTakenAndTheDelegateDoesWithoutIt) {
     refuse(&Refusals::registerHotKey, -9878);
-    EXPECT_EQ(hotKeys.registerHotKey(chord), nullptr);
+    EXPECT_EQ(hotKeys.registerHotKey(wakeChord), nullptr);
 
     delegate.applicationDidFinishLaunching();
     takeCalls();

@@ -2,18 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/WakeChord.h"
+
 namespace tavrel::x11 {
 namespace {
 
+using support::wakeChord;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-
-constexpr HotKeyRegistration wakeChord{
-    .keyCode = 13,
-    .modifiers = hotKeyModifier::command | hotKeyModifier::option | hotKeyModifier::control,
-    .signature = 0,
-    .id = 0,
-    .options = 0};
 
 constexpr Keycode keyW = 25;
 constexpr Keycode keyComma = 59;
