@@ -8,21 +8,23 @@
 
 namespace tavrel::x11 {
 
-std::optional<ChordGrabs::Number> ChordGrabs::claim(Connection& connection,
-                                                    const HotKeyRegistration& hotKey) {
-    Chord chord{.hotKey = hotKey, .held = {}};
-    if (!grab(connection, chord)) {
-        return std::nullopt;
+bool ChordGrabs::claim(Connection& connection, const HotKeyRegistration& hotKey) {
+    if (claimed_.has_value()) {
+        return false;
     }
-    chords_.emplace(++lastNumber_, std::move(chord));
-    return lastNumber_;
+    claimed_ = hotKey;
+    if (!grab(connection)) {
+        claimed_.reset();
+    }
+    return claimed_.has_value();
 }
 
-void ChordGrabs::release(Connection* connection, Number number) {
-    auto chord = chords_.extract(number);
-    if (!chord.empty() && connection != nullptr) {
-        ungrab(*connection, chord.mapped());
+void ChordGrabs::release(Connection* connection) {
+    claimed_.reset();
+    if (connection != nullptr) {
+        ungrab(*connection);
     }
+    held_.clear();
 }
 
 void ChordGrabs::renew(Connection& connection, bool isNewConnection) {
@@ -31,28 +33,20 @@ void ChordGrabs::renew(Connection& connection, bool isNewConnection) {
         return;
     }
     mapping_ = std::move(*mapping);
-    for (auto& [number, chord] : chords_) {
-        if (isNewConnection) {
-            chord.held.clear();
-        }
-        if (chord.held == grabsFor(chord.hotKey, mapping_)) {
-            continue;  // Letting go even for a moment could miss a press.
-        }
-        ungrab(connection, chord);
-        grab(connection, chord);
+    if (isNewConnection) {
+        held_.clear();
+    }
+    // Letting go even for a moment could miss a press.
+    if (claimed_.has_value() && held_ != grabsFor(*claimed_, mapping_)) {
+        ungrab(connection);
+        grab(connection);
     }
 }
 
-bool ChordGrabs::holds(Keycode key, std::uint16_t modifiers) const {
-    return std::any_of(chords_.begin(), chords_.end(), [&](const auto& each) {
-        return each.second.held.count({key, modifiers}) != 0;
-    });
-}
-
-bool ChordGrabs::grab(Connection& connection, Chord& chord) {
+bool ChordGrabs::grab(Connection& connection) {
     std::vector<xcb_void_cookie_t> requests;
-    chord.held = grabsFor(chord.hotKey, mapping_);
-    for (const KeyGrab& each : chord.held) {
+    held_ = grabsFor(*claimed_, mapping_);
+    for (const KeyGrab& each : held_) {
         for (const xcb_window_t root : connection.roots()) {
             // A window of ours that has the focus must not get the key as well.
             constexpr std::uint8_t ownerEvents = 0;
@@ -66,17 +60,13 @@ bool ChordGrabs::grab(Connection& connection, Chord& chord) {
         return !connection.succeeded(request);
     });
     if (refused != 0) {
-        ungrab(connection, chord);
+        ungrab(connection);
     }
-    return !chord.held.empty();
+    return !held_.empty();
 }
 
-void ChordGrabs::ungrab(Connection& connection, Chord& chord) {
-    const std::set<KeyGrab> grabs = std::exchange(chord.held, {});
-    for (const KeyGrab& each : grabs) {
-        if (holds(each.keycode, each.modifiers)) {
-            continue;  // Another claim of ours needs it.
-        }
+void ChordGrabs::ungrab(Connection& connection) {
+    for (const KeyGrab& each : std::exchange(held_, {})) {
         for (const xcb_window_t root : connection.roots()) {
             xcb_ungrab_key(connection.get(), each.keycode, root, each.modifiers);
         }

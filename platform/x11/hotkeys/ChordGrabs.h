@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <set>
 
@@ -11,39 +10,35 @@
 
 namespace tavrel::x11 {
 
-/// The chords claimed at a server, grabbed on every root window so that no other client,
-/// and no window of ours, sees them. To be used by one thread.
+/// The one chord claimed at a server. Its keys are grabbed on every root window, so that no
+/// other client, and no window of ours, gets them. To be used by one thread.
 class ChordGrabs {
 public:
-    using Number = std::uint64_t;
-
-    /// Claims a chord. Nothing, and nothing held, when the server refuses any part of it,
-    /// for one because another client holds that, or when the keyboard cannot type it.
-    std::optional<Number> claim(Connection& connection, const HotKeyRegistration& hotKey);
-    /// Gives it up; when this returns, others can have it. Without a connection the server
-    /// has taken it back already.
-    void release(Connection* connection, Number number);
+    /// Claims a chord. Returns false, with nothing changed, while one is claimed already, when
+    /// the keyboard cannot type the chord, and when the server refuses any part of it, for one
+    /// because another client holds that.
+    bool claim(Connection& connection, const HotKeyRegistration& hotKey);
+    /// Gives the chord up; when this returns, others can have it. Without a connection the
+    /// server has taken it back already.
+    void release(Connection* connection);
 
     /// To be called with each new connection, and when the keyboard may have changed. Grabs
-    /// anew what is claimed. What the server refuses then stays claimed, and is tried again
+    /// the claimed chord anew. What the server refuses then stays claimed, and is tried again
     /// with the next change.
     void renew(Connection& connection, bool isNewConnection);
 
-    /// Whether a key with these modifier bits is one of the chords.
-    bool holds(Keycode key, std::uint16_t modifiers) const;
+    /// Whether a key with exactly these modifier bits is the chord.
+    bool holds(Keycode key, std::uint16_t modifiers) const {
+        return held_.count({key, modifiers}) != 0;
+    }
 
 private:
-    struct Chord {
-        HotKeyRegistration hotKey;
-        std::set<KeyGrab> held;
-    };
-
-    bool grab(Connection& connection, Chord& chord);
-    void ungrab(Connection& connection, Chord& chord);
+    bool grab(Connection& connection);
+    void ungrab(Connection& connection);
 
     KeyboardMapping mapping_;
-    std::map<Number, Chord> chords_;
-    Number lastNumber_ = 0;
+    std::optional<HotKeyRegistration> claimed_;
+    std::set<KeyGrab> held_;
 };
 
 }  // namespace tavrel::x11

@@ -11,18 +11,18 @@ namespace tavrel::x11 {
 HotKeyListener::HotKeyListener(std::function<void()> pressed, const X11ServerOptions& options)
     : pressed_(std::move(pressed)), thread_(options, *this) {}
 
-std::optional<ChordGrabs::Number> HotKeyListener::claim(const HotKeyRegistration& hotKey) {
-    std::promise<std::optional<ChordGrabs::Number>> claimed;
+bool HotKeyListener::claim(const HotKeyRegistration& hotKey) {
+    std::promise<bool> claimed;
     thread_.post([&](Connection* connection) {
-        claimed.set_value(connection == nullptr ? std::nullopt : grabs_.claim(*connection, hotKey));
+        claimed.set_value(connection != nullptr && grabs_.claim(*connection, hotKey));
     });
     return claimed.get_future().get();
 }
 
-void HotKeyListener::release(ChordGrabs::Number chord) {
+void HotKeyListener::release() {
     std::promise<void> released;
     thread_.post([&](Connection* connection) {
-        grabs_.release(connection, chord);
+        grabs_.release(connection);
         released.set_value();
     });
     released.get_future().wait();

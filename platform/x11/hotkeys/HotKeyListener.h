@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 
 #include "platform/HotKeys.h"
 #include "platform/x11/connection/EventThread.h"
@@ -10,15 +9,16 @@
 
 namespace tavrel::x11 {
 
-/// Claims chords and listens for them, on a thread of its own.
+/// Claims a chord, one at a time, and listens for it, on a thread of its own.
 class HotKeyListener final : private EventThread::Client {
 public:
-    /// `pressed` is called on that thread, once for each press of a claimed chord.
+    /// `pressed` is called on that thread, once for each press of the claimed chord.
     HotKeyListener(std::function<void()> pressed, const X11ServerOptions& options);
 
-    /// Both wait for the server's answer. Not to be called from inside `pressed`.
-    std::optional<ChordGrabs::Number> claim(const HotKeyRegistration& hotKey);
-    void release(ChordGrabs::Number chord);
+    /// Both wait for the server's answer. Not to be called from inside `pressed`. `claim`
+    /// returns false when the chord is refused; see `ChordGrabs::claim`.
+    bool claim(const HotKeyRegistration& hotKey);
+    void release();
 
 private:
     void connected(Connection& connection) override;

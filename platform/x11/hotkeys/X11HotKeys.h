@@ -13,30 +13,31 @@ namespace x11 {
 class HotKeyListener;
 }
 
-/// Hot keys by passive grabs on the root windows of an X server. The presses come in on a
+/// A hot key by passive grabs on the root windows of an X server. The presses come in on a
 /// thread and a connection of this object's own and are handed on through the main queue.
 ///
-/// A chord follows its letter when the keyboard layout changes. When the server goes away
-/// and comes back, chords still held are claimed anew.
+/// The chord follows its letter when the keyboard layout changes. When the server goes away
+/// and comes back, a chord still held is claimed anew.
 class X11HotKeys final : public HotKeys {
 public:
-    /// Waits for the server at most as long as the options' patience. `mainQueue` must
-    /// outlive this. A handle that outlives this stands for nothing any more.
+    /// Waits for the server at most as long as the options' timeout. `mainQueue` must
+    /// outlive this. A handle may outlive this, and does nothing then.
     explicit X11HotKeys(MainQueue& mainQueue, const X11ServerOptions& options = {});
     ~X11HotKeys() override;
 
+    /// One at a time: null while the handle of another is held.
     std::unique_ptr<Handle> installEventHandler(Task pressed) override;
-    /// Also null for a key code or modifiers other than those this application uses, and
-    /// where the keyboard cannot type the chord.
+    /// One at a time: null while the handle of another is held. Also null for a key code or
+    /// modifiers other than those this application uses, and where the keyboard cannot type
+    /// the chord.
     std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) override;
 
 private:
-    class Handlers;
     class HandlerHandle;
     class ChordHandle;
 
-    /// The main thread's.
-    std::shared_ptr<Handlers> handlers_;
+    /// What a press does; empty without a handler. The main thread's.
+    std::shared_ptr<Task> pressed_ = std::make_shared<Task>();
     std::shared_ptr<x11::HotKeyListener> listener_;
 };
 

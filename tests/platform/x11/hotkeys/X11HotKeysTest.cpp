@@ -7,50 +7,53 @@
 #include <memory>
 #include <thread>
 
-#include "platform/HotKeys.h"
 #include "tests/platform/x11/hotkeys/FocusedWindow.h"
 #include "tests/platform/x11/hotkeys/ManualMainQueue.h"
 #include "tests/platform/x11/hotkeys/RunXProgram.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/VirtualDesktop.h"
+#include "tests/support/WakeChord.h"
 #include "tests/support/XConnection.h"
 
 namespace tavrel {
 namespace {
 
 namespace key = support::key;
-
-constexpr HotKeyRegistration wakeChord{
-    .keyCode = 13,
-    .modifiers = hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command,
-    .signature = 0x4443544C,
-    .id = 1,
-    .options = 0};
+using support::waitUntil;
+using support::wakeChord;
 
 class X11HotKeysTest : public testing::Test {
 protected:
+    explicit X11HotKeysTest(const support::VirtualDesktop::Options& options = {.monitors = 1})
+        : desktop(options) {}
+
     void pressChord(xcb_keysym_t letter = 'w') const {
         keyboard.chord({key::control, key::alt, key::super, letter});
     }
 
-    /// Returns when every press made so far has been counted.
-    void settle() {
-        // The server has sent a press before it answers whoever made it. So it has come in
-        // by the time a first claim is answered, and been handed on when a second one is.
+    /// Returns when every chord pressed so far has been handed to the main queue.
+    void awaitHandingOn() {
+        // Once the chord has been let go, the server has sent its press. So the press is there
+        // when the first call gets its turn on the thread that listens, and has been handed on
+        // when the second one does.
         for (int i = 0; i < 2; ++i) {
             hotKeys->registerHotKey(wakeChord);
         }
-        queue.runAll();
     }
 
     int pressesAfter(const std::function<void()>& act) {
         const int before = presses;
         act();
-        settle();
+        awaitHandingOn();
+        queue.runAll();
         return presses - before;
     }
 
-    support::VirtualDesktop desktop{{.monitors = 1}};
+    int pressesAfterChord(xcb_keysym_t letter = 'w') {
+        return pressesAfter([&] { pressChord(letter); });
+    }
+
+    support::VirtualDesktop desktop;
     support::Keyboard keyboard{desktop.displayName()};
     ManualMainQueue queue;
     std::unique_ptr<X11HotKeys> hotKeys =
@@ -62,8 +65,9 @@ protected:
 
 TEST_F(X11HotKeysTest, OnePressIsOneCall) {
     ASSERT_NE(chord, nullptr);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+
+    EXPECT_EQ(pressesAfterChord(), 1);
+    EXPECT_EQ(pressesAfterChord(), 1);
     EXPECT_EQ(pressesAfter([&] {
                   for (int i = 0; i < 50; ++i) {
                       pressChord();
@@ -72,7 +76,7 @@ TEST_F(X11HotKeysTest, OnePressIsOneCall) {
               50);
 }
 
-TEST_F(X11HotKeysTest, OtherChordsAreNobodysBusiness) {
+TEST_F(X11HotKeysTest, OtherChordsAreIgnored) {
     EXPECT_EQ(pressesAfter([&] {
                   keyboard.tap('w');
                   keyboard.chord({key::control, key::alt, 'w'});
@@ -86,13 +90,13 @@ TEST_F(X11HotKeysTest, OtherChordsAreNobodysBusiness) {
 
 TEST_F(X11HotKeysTest, CapsLockAndNumLockMakeNoDifference) {
     keyboard.tap(key::capsLock);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1) << "Caps Lock";
+    EXPECT_EQ(pressesAfterChord(), 1) << "Caps Lock";
     keyboard.tap(key::numLock);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1) << "Caps Lock and Num Lock";
+    EXPECT_EQ(pressesAfterChord(), 1) << "Caps Lock and Num Lock";
     keyboard.tap(key::capsLock);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1) << "Num Lock";
+    EXPECT_EQ(pressesAfterChord(), 1) << "Num Lock";
     keyboard.tap(key::numLock);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1) << "neither";
+    EXPECT_EQ(pressesAfterChord(), 1) << "neither";
 }
 
 TEST_F(X11HotKeysTest, AHeldKeyIsOnePress) {
@@ -101,7 +105,7 @@ TEST_F(X11HotKeysTest, AHeldKeyIsOnePress) {
     {
         FocusedWindow window(desktop.displayName());
         keyboard.press('e');
-        ASSERT_TRUE(support::waitUntil([&] { return window.presses('e') > 10; }));
+        ASSERT_TRUE(waitUntil([&] { return window.presses('e') > 10; }));
         keyboard.release('e');
     }
     const auto severalRepeats = std::chrono::steady_clock::now() - begin;
@@ -110,12 +114,11 @@ TEST_F(X11HotKeysTest, AHeldKeyIsOnePress) {
                   for (const xcb_keysym_t each : {key::control, key::alt, key::super}) {
                       keyboard.press(each);
                   }
-                  keyboard.press('w');
-                  std::this_thread::sleep_for(severalRepeats);
-                  keyboard.release('w');
-                  keyboard.press('w');
-                  std::this_thread::sleep_for(severalRepeats);
-                  keyboard.release('w');
+                  for (int i = 0; i < 2; ++i) {
+                      keyboard.press('w');
+                      std::this_thread::sleep_for(severalRepeats);
+                      keyboard.release('w');
+                  }
                   for (const xcb_keysym_t each : {key::super, key::alt, key::control}) {
                       keyboard.release(each);
                   }
@@ -126,42 +129,52 @@ TEST_F(X11HotKeysTest, AHeldKeyIsOnePress) {
 TEST_F(X11HotKeysTest, TheFocusedWindowDoesNotGetTheKeyToo) {
     FocusedWindow window(desktop.displayName());
     keyboard.tap('w');
-    ASSERT_TRUE(support::waitUntil([&] { return window.presses('w') == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return window.presses('w') == 1; }));
 
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+    EXPECT_EQ(pressesAfterChord(), 1);
+
     keyboard.tap('q');
-    ASSERT_TRUE(support::waitUntil([&] { return window.presses('q') == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return window.presses('q') == 1; }));
     EXPECT_EQ(window.presses('w'), 1);
 }
 
-TEST_F(X11HotKeysTest, FollowsItsLetterWhenTheLayoutChanges) {
-    runXProgram(desktop, {"setxkbmap", "-layout", "us", "-variant", "dvorak"});
-    // The letter is now where the comma was, and v is where it was.
-    ASSERT_TRUE(support::waitUntil([&] {
-        return pressesAfter([&] { pressChord('w'); }) == 1 &&
-               pressesAfter([&] { pressChord(','); }) == 0;
-    }));
-    runXProgram(desktop, {"setxkbmap", "-layout", "us"});
-    ASSERT_TRUE(support::waitUntil([&] {
-        return pressesAfter([&] { pressChord('w'); }) == 1 &&
-               pressesAfter([&] { pressChord(','); }) == 0;
-    }));
+TEST_F(X11HotKeysTest, TheChordFollowsItsLetterWhenTheLayoutChanges) {
+    // In the first, the letter is where the comma is in the second, and v is where it is there.
+    for (const char* variant : {"dvorak", ""}) {
+        runXProgram(desktop, {"setxkbmap", "-layout", "us", "-variant", variant});
+        EXPECT_TRUE(waitUntil([&] {
+            return pressesAfterChord('w') == 1 && pressesAfterChord(',') == 0;
+        })) << variant;
+    }
 }
 
-TEST_F(X11HotKeysTest, IsRefusedAChordThatAnotherProgramHolds) {
+TEST_F(X11HotKeysTest, AKeyThatGetsTheLetterTakesPart) {
+    constexpr const char* keyF9 = "keycode 75 = w W";
+    constexpr xcb_keysym_t symbolF10 = 0xffc7;
+
+    runXProgram(desktop,
+                {"xmodmap", "-e", "keycode 25 = v V", "-e", keyF9, "-e", "keycode 76 = F10"});
+
+    ASSERT_TRUE(waitUntil([&] { return pressesAfterChord('w') == 1; }));
+    EXPECT_EQ(pressesAfterChord(symbolF10), 0);
+    EXPECT_EQ(pressesAfterChord('w'), 1);
+}
+
+TEST_F(X11HotKeysTest, AChordThatAnotherProgramHoldsIsRefused) {
     chord.reset();
     X11HotKeys otherProgram(queue, {.displayName = desktop.displayName()});
     auto taken = otherProgram.registerHotKey(wakeChord);
     ASSERT_NE(taken, nullptr);
+
     EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
 
     taken.reset();
     chord = hotKeys->registerHotKey(wakeChord);
     EXPECT_NE(chord, nullptr) << "the refused attempt or the released chord left a grab behind";
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
+    EXPECT_EQ(pressesAfterChord(), 1);
 }
 
-TEST_F(X11HotKeysTest, IsRefusedAChordOfWhichAnotherProgramHoldsAPart) {
+TEST_F(X11HotKeysTest, AChordOfWhichAnotherProgramHoldsAPartIsRefused) {
     const support::XConnection program(desktop.displayName());
     chord.reset();
     // With Num Lock only: the last part to be asked for.
@@ -171,103 +184,120 @@ TEST_F(X11HotKeysTest, IsRefusedAChordOfWhichAnotherProgramHoldsAPart) {
     xcb_grab_key(program.get(), 0, program.root(), modifiers, keyW, XCB_GRAB_MODE_ASYNC,
                  XCB_GRAB_MODE_ASYNC);
     program.roundTrip();
+
     EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
 
     FocusedWindow window(desktop.displayName());
     pressChord();
-    EXPECT_TRUE(support::waitUntil([&] { return window.presses('w') == 1; }))
+    EXPECT_TRUE(waitUntil([&] { return window.presses('w') == 1; }))
         << "what was not refused is still held";
 }
 
-TEST_F(X11HotKeysTest, IsRefusedWhatTheKeyboardCannotType) {
+TEST_F(X11HotKeysTest, AChordThatTheKeyboardCannotTypeIsRefused) {
+    chord.reset();
     HotKeyRegistration strange = wakeChord;
     strange.keyCode = 200;
+
     EXPECT_EQ(hotKeys->registerHotKey(strange), nullptr);
+
+    EXPECT_NE(hotKeys->registerHotKey(wakeChord), nullptr);
+}
+
+TEST_F(X11HotKeysTest, ASecondChordIsRefusedWhileOneIsHeld) {
+    EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
+    EXPECT_EQ(pressesAfterChord(), 1);
+
+    chord.reset();
+
+    EXPECT_NE(hotKeys->registerHotKey(wakeChord), nullptr);
 }
 
 TEST_F(X11HotKeysTest, AReleasedChordGoesToTheFocusedWindowAgain) {
     FocusedWindow window(desktop.displayName());
-    pressChord();
+    ASSERT_EQ(pressesAfterChord(), 1);
+
     chord.reset();
-    pressChord();
-    EXPECT_TRUE(support::waitUntil([&] { return window.presses('w') == 1; }));
-    settle();
-    EXPECT_EQ(presses, 1);
+
+    EXPECT_EQ(pressesAfterChord(), 0);
+    EXPECT_TRUE(waitUntil([&] { return window.presses('w') == 1; }));
 }
 
-TEST_F(X11HotKeysTest, EveryHandlerHearsOfAPressUntilItIsRemoved) {
-    int others = 0;
-    auto second = hotKeys->installEventHandler([&] { ++others; });
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
-    EXPECT_EQ(others, 1);
-    second.reset();
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
-    EXPECT_EQ(others, 1);
+TEST_F(X11HotKeysTest, ASecondHandlerIsRefusedWhileOneIsInstalled) {
+    EXPECT_EQ(hotKeys->installEventHandler([] {}), nullptr);
+    EXPECT_EQ(pressesAfterChord(), 1);
+
+    handler.reset();
+
+    EXPECT_NE(hotKeys->installEventHandler([] {}), nullptr);
+    EXPECT_EQ(pressesAfterChord(), 0);
 }
 
-TEST_F(X11HotKeysTest, AHandlerRemovedBeforeItsTurnHearsNothing) {
+TEST_F(X11HotKeysTest, AHandlerRemovedBeforeItsTurnIsNotCalled) {
     pressChord();
-    for (int i = 0; i < 2; ++i) {
-        hotKeys->registerHotKey(wakeChord);
-    }
+    awaitHandingOn();
+
     handler.reset();
     queue.runAll();
+
     EXPECT_EQ(presses, 0);
 }
 
 TEST_F(X11HotKeysTest, AHandlerMayRemoveItself) {
+    handler.reset();
     handler = hotKeys->installEventHandler([this] {
         ++presses;
         handler.reset();
     });
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 1);
-    EXPECT_EQ(pressesAfter([&] { pressChord(); }), 0);
+
+    EXPECT_EQ(pressesAfterChord(), 1);
+    EXPECT_EQ(pressesAfterChord(), 0);
 }
 
-TEST_F(X11HotKeysTest, HandlesMayOutliveIt) {
+TEST_F(X11HotKeysTest, HandlesMayOutliveTheHotKeys) {
     pressChord();
+    awaitHandingOn();
+
     hotKeys.reset();
     queue.runAll();
     chord.reset();
     handler.reset();
+
     EXPECT_EQ(presses, 0);
 }
 
-TEST_F(X11HotKeysTest, AKeyThatGetsTheLetterTakesPart) {
-    constexpr const char* keyF9 = "keycode 75 = w W";
-    constexpr xcb_keysym_t symbolF10 = 0xffc7;
-    runXProgram(desktop,
-                {"xmodmap", "-e", "keycode 25 = v V", "-e", keyF9, "-e", "keycode 76 = F10"});
-    ASSERT_TRUE(support::waitUntil([&] { return pressesAfter([&] { pressChord('w'); }) == 1; }));
-    EXPECT_EQ(pressesAfter([&] { pressChord(symbolF10); }), 0);
-    EXPECT_EQ(pressesAfter([&] { pressChord('w'); }), 1);
+TEST_F(X11HotKeysTest, AChordIsRefusedOnceTheServerIsGone) {
+    chord.reset();
+
+    desktop.kill();
+
+    EXPECT_TRUE(waitUntil([&] { return hotKeys->registerHotKey(wakeChord) == nullptr; }));
 }
 
-TEST_F(X11HotKeysTest, OutlivesTheServer) {
+TEST_F(X11HotKeysTest, AChordMayBeHeldWhenTheServerGoes) {
     desktop.kill();
-    EXPECT_TRUE(support::waitUntil([&] { return hotKeys->registerHotKey(wakeChord) == nullptr; }));
+    awaitHandingOn();
+
     chord.reset();
     hotKeys.reset();
 }
 
-TEST(X11HotKeysWithoutServerTest, AreRefused) {
+TEST(X11HotKeysWithoutServerTest, AChordIsRefusedAndAHandlerInstalled) {
     ManualMainQueue queue;
     X11HotKeys hotKeys(queue, {.displayName = ":4093"});
+
     EXPECT_EQ(hotKeys.registerHotKey(wakeChord), nullptr);
     EXPECT_NE(hotKeys.installEventHandler([] {}), nullptr);
 }
 
-TEST(X11HotKeysWithoutRandrTest, WorkAllTheSame) {
-    const support::VirtualDesktop desktop({.randr = false});
-    ManualMainQueue queue;
-    X11HotKeys hotKeys(queue, {.displayName = desktop.displayName()});
-    int presses = 0;
-    const auto handler = hotKeys.installEventHandler([&] { ++presses; });
-    const auto chord = hotKeys.registerHotKey(wakeChord);
+class X11HotKeysWithoutRandrTest : public X11HotKeysTest {
+protected:
+    X11HotKeysWithoutRandrTest() : X11HotKeysTest({.randr = false}) {}
+};
+
+TEST_F(X11HotKeysWithoutRandrTest, OnePressIsOneCall) {
     ASSERT_NE(chord, nullptr);
-    const support::Keyboard keyboard(desktop.displayName());
-    keyboard.chord({key::control, key::alt, key::super, 'w'});
-    EXPECT_TRUE(queue.runUntil([&] { return presses == 1; }));
+
+    EXPECT_EQ(pressesAfterChord(), 1);
 }
 
 }  // namespace
