@@ -17,14 +17,22 @@ ServerStatus X11ReconfigurationReports::registerCallback(DisplayReconfigurationC
     if (!canWatch_) {
         return serverStatus::notImplemented;
     }
-    callbacks_.add(callback, userInfo);
+    const std::lock_guard lock(mutex_);
+    if (registered_.has_value()) {
+        return serverStatus::cannotComplete;
+    }
+    registered_ = Registration{callback, userInfo};
     return serverStatus::success;
 }
 
 ServerStatus X11ReconfigurationReports::removeCallback(DisplayReconfigurationCallback callback,
                                                        void* userInfo) {
-    return callbacks_.remove(callback, userInfo) ? serverStatus::success
-                                                 : serverStatus::illegalArgument;
+    const std::lock_guard lock(mutex_);
+    if (registered_ != Registration{callback, userInfo}) {
+        return serverStatus::illegalArgument;
+    }
+    registered_.reset();
+    return serverStatus::success;
 }
 
 void X11ReconfigurationReports::connected(x11::Connection& connection) {
@@ -59,8 +67,16 @@ void X11ReconfigurationReports::settled(x11::Connection& connection) {
     if (!before.has_value()) {
         return;
     }
-    for (const auto& report : x11::reportsBetween(*before, *reported_)) {
-        callbacks_.call(report.display, report.flags);
+    for (const auto& change : x11::reportsBetween(*before, *reported_)) {
+        report(change.display, change.flags);
+    }
+}
+
+void X11ReconfigurationReports::report(DisplayID display, std::uint32_t flags) {
+    const std::lock_guard lock(mutex_);
+    // A copy, since the callback may end its own registration.
+    if (const std::optional<Registration> registered = registered_) {
+        registered->callback(display, flags, registered->userInfo);
     }
 }
 

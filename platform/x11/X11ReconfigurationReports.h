@@ -1,10 +1,10 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 
 #include "platform/ReconfigurationReports.h"
-#include "platform/x11/CallbackList.h"
 #include "platform/x11/Snapshot.h"
 #include "platform/x11/connection/EventThread.h"
 
@@ -19,12 +19,14 @@ namespace tavrel {
 class X11ReconfigurationReports final : public ReconfigurationReports,
                                         private x11::EventThread::Client {
 public:
-    /// Waits for the server at most as long as the options' patience. Without one that has
-    /// RandR 1.2, registering is refused with 1006.
+    /// Waits for the server at most as long as the options' timeout.
     explicit X11ReconfigurationReports(const X11ServerOptions& options = {});
 
+    /// One pair at a time: 1004 while one is registered. 1006 without a server that has
+    /// RandR 1.2.
     ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
-    /// 1001 for a pair that is not registered.
+    /// Blocks until a call on another thread has returned. May be called from inside the
+    /// callback. 1001 for a pair that is not registered.
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
 
 private:
@@ -32,7 +34,19 @@ private:
     void received(x11::Connection& connection, const xcb_generic_event_t& event) override;
     void settled(x11::Connection& connection) override;
 
-    x11::CallbackList callbacks_;
+    struct Registration {
+        DisplayReconfigurationCallback callback;
+        void* userInfo;
+
+        friend bool operator==(const Registration&, const Registration&) = default;
+    };
+
+    void report(DisplayID display, std::uint32_t flags);
+
+    /// Held while the callback runs, so that removing it blocks until the call has returned;
+    /// recursive, so that the callback may remove itself.
+    std::recursive_mutex mutex_;
+    std::optional<Registration> registered_;
     /// What was reported last; of a server that went away and came back, from before.
     std::optional<x11::Snapshot> reported_;
     bool hasNews_ = false;

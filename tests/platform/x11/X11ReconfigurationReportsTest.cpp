@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
+#include <atomic>
+#include <functional>
+#include <thread>
 
 #include "tests/platform/x11/LiveServerTest.h"
 #include "tests/platform/x11/ReportRecorder.h"
@@ -20,23 +22,37 @@ namespace {
 
 using namespace displayChange;
 using support::VirtualDesktop;
+using support::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using x11::DisplayReport;
 
+/// A callback's user info that does what the test says.
+struct Scripted {
+    static void callback(DisplayID, std::uint32_t, void* self) {
+        static_cast<Scripted*>(self)->act();
+    }
+    std::function<void()> act;
+};
+
 class X11ReconfigurationReportsTest : public LiveServerTest {
 protected:
     X11ReconfigurationReportsTest() {
         other.connect(markerOutput, 0, 1080);
-        EXPECT_TRUE(support::waitUntil([&] { return server.now()->isOnline(marker); }));
-        EXPECT_EQ(reports.registerCallback(&ReportRecorder::callback, &recorder),
-                  serverStatus::success);
+        EXPECT_TRUE(waitUntil([&] { return server.now()->isOnline(marker); }));
+        EXPECT_EQ(addCallback(recorder), serverStatus::success);
         taken();
     }
 
-    bool hasCome(const DisplayReport& report) {
-        return support::waitUntil([&] { return recorder.contains(report); });
+    template <typename UserInfo>
+    ServerStatus addCallback(UserInfo& userInfo) {
+        return reports.registerCallback(&UserInfo::callback, &userInfo);
+    }
+
+    template <typename UserInfo>
+    ServerStatus removeCallback(UserInfo& userInfo) {
+        return reports.removeCallback(&UserInfo::callback, &userInfo);
     }
 
     /// What has been reported of all that other programs have done so far.
@@ -46,7 +62,7 @@ protected:
         std::vector<DisplayReport> all;
         for (const char* mode : {"1280x1024", "1920x1080"}) {
             other.setMode(markerOutput, mode);
-            EXPECT_TRUE(support::waitUntil([&] { return recorder.knows(marker); }));
+            EXPECT_TRUE(waitUntil([&] { return recorder.knows(marker); }));
             for (const DisplayReport& each : recorder.take()) {
                 if (each.display != marker) {
                     all.push_back(each);
@@ -66,51 +82,59 @@ protected:
     const DisplayID marker = idOf(markerOutput);
 };
 
-TEST_F(X11ReconfigurationReportsTest, SaysNothingWhileNothingChanges) {
+TEST_F(X11ReconfigurationReportsTest, NothingIsReportedWhileNothingChanges) {
     EXPECT_THAT(taken(), IsEmpty());
+
     other.run({"--query"});
     EXPECT_THAT(taken(), IsEmpty());
 }
 
-TEST_F(X11ReconfigurationReportsTest, TellsWhenAnotherProgramSwitchesADisplay) {
+TEST_F(X11ReconfigurationReportsTest, ReportsWhatAnotherProgramSwitches) {
     other.switchOff("DUMMY1");
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{middle, disabled}));
+
     other.run({"--output", "DUMMY1", "--mode", "1920x1080", "--pos", "1920x0"});
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{middle, enabled}));
+
     other.switchOff({"DUMMY0", "DUMMY1", "DUMMY2"});
     EXPECT_THAT(taken(),
                 UnorderedElementsAre(DisplayReport{left, disabled}, DisplayReport{middle, disabled},
                                      DisplayReport{right, disabled}));
 }
 
-TEST_F(X11ReconfigurationReportsTest, TellsWhenAnotherProgramRearranges) {
+TEST_F(X11ReconfigurationReportsTest, ReportsWhatAnotherProgramRearranges) {
     other.setMode("DUMMY2", "1280x1024");
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{right, setMode}));
+
     other.setPosition("DUMMY2", 3840, 56);
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{right, moved}));
+
     other.setPrimary("DUMMY1");
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{middle, setMain}));
+
     other.run({"--output", "DUMMY2", "--mode", "1920x1080", "--pos", "0x0"});
     EXPECT_THAT(taken(), UnorderedElementsAre(DisplayReport{left, mirror},
                                               DisplayReport{right, moved | setMode | mirror}));
+
     other.setPosition("DUMMY2", 3840, 0);
     EXPECT_THAT(taken(), UnorderedElementsAre(DisplayReport{left, unMirror},
                                               DisplayReport{right, moved | unMirror}));
 }
 
-TEST_F(X11ReconfigurationReportsTest, TellsOfAMonitorThatAppears) {
+TEST_F(X11ReconfigurationReportsTest, ReportsAMonitorThatAppears) {
     other.run({"--addmode", "DUMMY4", "1920x1080"});
     EXPECT_THAT(taken(), IsEmpty());
 
     other.run({"--output", "DUMMY4", "--mode", "1920x1080", "--pos", "7680x0"});
 
     // Nobody but us made the server look at its connectors since.
-    ASSERT_TRUE(hasCome({idOf("DUMMY4"), add | enabled}));
+    const DisplayReport appeared{idOf("DUMMY4"), add | enabled};
+    ASSERT_TRUE(waitUntil([&] { return recorder.contains(appeared); }));
     EXPECT_TRUE(server.now()->isOnline(idOf("DUMMY4")));
-    EXPECT_THAT(taken(), ElementsAre(DisplayReport{idOf("DUMMY4"), add | enabled}));
+    EXPECT_THAT(taken(), ElementsAre(appeared));
 }
 
-TEST_F(X11ReconfigurationReportsTest, TellsOfOurOwnChangesAsOfAnyOther) {
+TEST_F(X11ReconfigurationReportsTest, ReportsOurOwnChangesAsAnyOther) {
     ASSERT_EQ(server.setDisplayEnabled(right, false), serverStatus::success);
     EXPECT_THAT(taken(), ElementsAre(DisplayReport{right, disabled}));
 
@@ -122,36 +146,99 @@ TEST_F(X11ReconfigurationReportsTest, TellsOfOurOwnChangesAsOfAnyOther) {
     EXPECT_THAT(taken(), IsEmpty()) << "nothing was going to change";
 }
 
-TEST_F(X11ReconfigurationReportsTest, ARemovedCallbackHearsNoMore) {
-    EXPECT_EQ(reports.removeCallback(&ReportRecorder::callback, &recorder), serverStatus::success);
-    EXPECT_EQ(reports.removeCallback(&ReportRecorder::callback, &recorder),
-              serverStatus::illegalArgument);
+TEST_F(X11ReconfigurationReportsTest, ARemovedCallbackIsNotCalledAnyMore) {
     ReportRecorder second;
-    ASSERT_EQ(reports.registerCallback(&ReportRecorder::callback, &second), serverStatus::success);
+
+    EXPECT_EQ(removeCallback(recorder), serverStatus::success);
+    EXPECT_EQ(removeCallback(recorder), serverStatus::illegalArgument);
+    ASSERT_EQ(addCallback(second), serverStatus::success);
     other.switchOff("DUMMY1");
-    EXPECT_TRUE(support::waitUntil([&] { return second.contains({middle, disabled}); }));
+
+    EXPECT_TRUE(waitUntil([&] { return second.contains({middle, disabled}); }));
     EXPECT_THAT(recorder.take(), IsEmpty());
-    EXPECT_EQ(reports.removeCallback(&ReportRecorder::callback, &second), serverStatus::success);
+    EXPECT_EQ(removeCallback(second), serverStatus::success);
 }
 
-TEST_F(X11ReconfigurationReportsTest, OutlivesTheServer) {
+TEST_F(X11ReconfigurationReportsTest, ASecondCallbackIsRefusedWhileOneIsRegistered) {
+    ReportRecorder second;
+
+    EXPECT_EQ(addCallback(second), serverStatus::cannotComplete);
+    EXPECT_EQ(addCallback(recorder), serverStatus::cannotComplete);
+
+    EXPECT_EQ(removeCallback(second), serverStatus::illegalArgument);
+    other.switchOff("DUMMY1");
+    EXPECT_THAT(taken(), ElementsAre(DisplayReport{middle, disabled}));
+    EXPECT_THAT(second.take(), IsEmpty());
+}
+
+TEST_F(X11ReconfigurationReportsTest, RemovingACallbackBlocksUntilItsCallHasReturned) {
+    std::atomic<bool> entered = false;
+    std::atomic<bool> mayLeave = false;
+    std::atomic<bool> hasReturned = false;
+    Scripted scripted{[&] {
+        entered = true;
+        mayLeave.wait(false);
+        hasReturned = true;
+    }};
+    removeCallback(recorder);
+    ASSERT_EQ(addCallback(scripted), serverStatus::success);
+    other.switchOff("DUMMY1");
+    ASSERT_TRUE(waitUntil([&] { return entered.load(); }));
+
+    std::atomic<bool> removed = false;
+    std::thread remover([&] {
+        EXPECT_EQ(removeCallback(scripted), serverStatus::success);
+        EXPECT_TRUE(hasReturned);
+        removed = true;
+    });
+
+    // Nothing can show that a thread will wait for ever; a moment shows one that does not.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(removed);
+    mayLeave = true;
+    mayLeave.notify_all();
+    remover.join();
+}
+
+TEST_F(X11ReconfigurationReportsTest, ACallbackMayRemoveItself) {
+    std::atomic<int> calls = 0;
+    Scripted scripted;
+    scripted.act = [&] {
+        EXPECT_EQ(removeCallback(scripted), serverStatus::success);
+        ++calls;
+    };
+    removeCallback(recorder);
+    ASSERT_EQ(addCallback(scripted), serverStatus::success);
+
+    other.switchOff({"DUMMY0", "DUMMY1", "DUMMY2"});
+
+    ASSERT_TRUE(waitUntil([&] { return calls == 1; }));
+    ASSERT_EQ(addCallback(recorder), serverStatus::success);
+    taken();
+    EXPECT_EQ(calls, 1) << "not called for the other two displays either";
+}
+
+TEST_F(X11ReconfigurationReportsTest, ACallbackMayBeRemovedWhenTheServerIsGone) {
     desktop.kill();
-    EXPECT_EQ(reports.removeCallback(&ReportRecorder::callback, &recorder), serverStatus::success);
+
+    EXPECT_EQ(removeCallback(recorder), serverStatus::success);
 }
 
-TEST(X11ReconfigurationReportsWithoutServerTest, RefuseTheCallback) {
+TEST(X11ReconfigurationReportsWithoutServerTest, TheCallbackIsRefused) {
     X11ReconfigurationReports reports({.displayName = ":4093"});
     ReportRecorder recorder;
+
     EXPECT_EQ(reports.registerCallback(&ReportRecorder::callback, &recorder),
               serverStatus::notImplemented);
     EXPECT_EQ(reports.removeCallback(&ReportRecorder::callback, &recorder),
               serverStatus::illegalArgument);
 }
 
-TEST(X11ReconfigurationReportsWithoutRandrTest, RefuseTheCallback) {
+TEST(X11ReconfigurationReportsWithoutRandrTest, TheCallbackIsRefused) {
     const VirtualDesktop desktop({.randr = false});
     X11ReconfigurationReports reports({.displayName = desktop.displayName()});
     ReportRecorder recorder;
+
     EXPECT_EQ(reports.registerCallback(&ReportRecorder::callback, &recorder),
               serverStatus::notImplemented);
 }
