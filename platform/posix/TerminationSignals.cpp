@@ -1,10 +1,6 @@
 #include "platform/posix/TerminationSignals.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <cerrno>
 #include <csignal>
 
 namespace tavrel {
@@ -13,15 +9,13 @@ namespace {
 
 constexpr int signals[] = {SIGTERM, SIGINT, SIGHUP};
 
-// A signal handler gets no context, so what it writes to has to be found here.
-std::atomic<int> signalPipe = -1;  // NOLINT(*-avoid-non-const-global-variables)
+// A signal handler gets no context, so what it wakes has to be found here.
+std::atomic<const WakeUp*> woken = nullptr;  // NOLINT(*-avoid-non-const-global-variables)
 
 void noteSignal(int /*signal*/) {
-    const int savedErrno = errno;
-    const char byte = 0;
-    // A full pipe says already what there is to say.
-    [[maybe_unused]] const auto written = write(signalPipe, &byte, 1);
-    errno = savedErrno;
+    if (const WakeUp* wakeUp = woken) {
+        wakeUp->wake();
+    }
 }
 
 void handleSignalsWith(void (*handler)(int)) {
@@ -37,16 +31,13 @@ void handleSignalsWith(void (*handler)(int)) {
 }  // namespace
 
 TerminationSignals::TerminationSignals() {
-    for (const int end : {pipe_.readEnd.number(), pipe_.writeEnd.number()}) {
-        fcntl(end, F_SETFL, O_NONBLOCK);
-    }
-    signalPipe = pipe_.writeEnd.number();
+    woken = &signalArrived_;
     handleSignalsWith(noteSignal);
 }
 
 TerminationSignals::~TerminationSignals() {
     handleSignalsWith(SIG_DFL);
-    signalPipe = -1;
+    woken = nullptr;
 }
 
 }  // namespace tavrel

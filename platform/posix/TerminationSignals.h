@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 
 namespace tavrel {
 
@@ -18,10 +18,10 @@ public:
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
     /// Becomes readable when the first of the signals arrives and stays so.
-    int descriptor() const { return pipe_.readEnd.number(); }
+    int descriptor() const { return signalArrived_.descriptor(); }
 
 private:
-    Pipe pipe_;
+    WakeUp signalArrived_;
 };
 
 }  // namespace tavrel

@@ -1,39 +1,21 @@
 #include "watchdog/application/GuardedSwitch.h"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
-#include <system_error>
 #include <utility>
 
 namespace tavrel::watchdog {
 
-namespace {
-
-std::pair<FileDescriptor, FileDescriptor> socketPairOrThrow() {
-    auto ends = makeSocketPair();
-    if (!ends) {
-        throw std::system_error(errno, std::generic_category(), "socketpair");
-    }
-    return std::move(*ends);
-}
-
-}  // namespace
-
 GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, SupervisorSetup setup)
-    : inner_(inner),
-      supervisor_(inner, std::move(setup)),
-      wake_(socketPairOrThrow()),
-      thread_([this] { work(); }) {}
+    : inner_(inner), supervisor_(inner, std::move(setup)), thread_([this] { work(); }) {}
 
 GuardedSwitch::~GuardedSwitch() {
     {
         const std::lock_guard lock(mutex_);
         isEnding_ = true;
     }
-    wake();
+    wakeUp_.wake();
     thread_.join();
 }
 
@@ -55,7 +37,7 @@ ServerStatus GuardedSwitch::perform(Job job) {
         const std::lock_guard lock(mutex_);
         jobs_.push_back(std::move(job));
     }
-    wake();
+    wakeUp_.wake();
     return status.get();
 }
 
@@ -78,21 +60,11 @@ void GuardedSwitch::work() {
 
 void GuardedSwitch::awaitWork() const {
     std::array<pollfd, 2> sources{
-        pollfd{.fd = wake_.first.number(), .events = POLLIN, .revents = 0},
+        pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0},
         // Negative, and so ignored, while there is no watchdog.
         pollfd{.fd = supervisor_.descriptor(), .events = POLLIN, .revents = 0}};
     poll(sources.data(), sources.size(), -1);
-    if (sources[0].revents != 0) {
-        std::array<char, 64> calls{};
-        [[maybe_unused]] const auto size = read(wake_.first.number(), calls.data(), calls.size());
-    }
-}
-
-void GuardedSwitch::wake() {
-    // If this blocks, the thread has calls enough to wake up by.
-    const char call = 0;
-    while (write(wake_.second.number(), &call, 1) < 0 && errno == EINTR) {
-    }
+    wakeUp_.drain();
 }
 
 }  // namespace tavrel::watchdog

@@ -4,10 +4,9 @@
 #include <future>
 #include <mutex>
 #include <thread>
-#include <utility>
 
 #include "platform/DisplaySwitch.h"
-#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/WakeUp.h"
 #include "watchdog/application/WatchdogSupervisor.h"
 
 namespace tavrel::watchdog {
@@ -41,13 +40,11 @@ private:
     void work();
     /// Blocks until there is something to do: a job, the watchdog's end, or our own.
     void awaitWork() const;
-    void wake();
 
     DisplaySwitch& inner_;
     /// Used by `thread_` only.
     WatchdogSupervisor supervisor_;
-    /// What is written to the second end wakes the thread, which reads from the first.
-    std::pair<FileDescriptor, FileDescriptor> wake_;
+    WakeUp wakeUp_;
     std::mutex mutex_;
     std::deque<Job> jobs_;
     bool isEnding_ = false;

@@ -1,12 +1,9 @@
 #include "platform/x11/connection/EventThread.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 
 #include <array>
-#include <cerrno>
 #include <future>
-#include <system_error>
 #include <utility>
 
 namespace tavrel::x11 {
@@ -18,10 +15,7 @@ constexpr int retryMilliseconds = 1000;
 }  // namespace
 
 EventThread::EventThread(X11ServerOptions options, Client& client)
-    : link_(std::move(options)), client_(client), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (!wake_.isOpen()) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
+    : link_(std::move(options)), client_(client) {
     std::promise<void> started;
     std::future<void> hasStarted = started.get_future();
     thread_ = std::thread([this, &started] {
@@ -38,7 +32,7 @@ EventThread::~EventThread() {
         stopping_ = true;
         tasks_.clear();
     }
-    ::eventfd_write(wake_.number(), 1);
+    wakeUp_.wake();
     thread_.join();
 }
 
@@ -47,7 +41,7 @@ void EventThread::post(Task task) {
         const std::lock_guard lock(mutex_);
         tasks_.push_back(std::move(task));
     }
-    ::eventfd_write(wake_.number(), 1);
+    wakeUp_.wake();
 }
 
 void EventThread::runTasks(Connection* connection) {
@@ -94,15 +88,14 @@ void EventThread::wait(Connection* connection) {
     if (connection != nullptr && (connection->isLost() || connection->hasEvents())) {
         return;
     }
-    std::array<pollfd, 2> sources{{{wake_.number(), POLLIN, 0}, {-1, POLLIN, 0}}};
+    std::array<pollfd, 2> sources{{{wakeUp_.descriptor(), POLLIN, 0}, {-1, POLLIN, 0}}};
     int timeout = connectionsServed_ == 0 ? forever : retryMilliseconds;
     if (connection != nullptr) {
         sources[1].fd = xcb_get_file_descriptor(connection->get());
         timeout = forever;
     }
     ::poll(sources.data(), sources.size(), timeout);
-    eventfd_t ignored = 0;
-    ::eventfd_read(wake_.number(), &ignored);
+    wakeUp_.drain();
 }
 
 }  // namespace tavrel::x11

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/WakeUp.h"
 #include "platform/x11/connection/Connection.h"
 #include "platform/x11/connection/ServerLink.h"
 
@@ -59,8 +59,8 @@ private:
     std::vector<Task> tasks_;
     bool stopping_ = false;
 
-    /// Readable while the thread has something to look at beside its connection.
-    FileDescriptor wake_;
+    /// For what the thread has to look at beside its connection.
+    WakeUp wakeUp_;
     std::thread thread_;
 };
 
