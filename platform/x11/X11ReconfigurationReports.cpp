@@ -42,7 +42,7 @@ void X11ReconfigurationReports::connected(x11::Connection& connection) {
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
                                    XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
                                    XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
-        // Whatever happened before the selection is news too, after an interruption.
+        // What changed while there was no connection is news too.
         hasNews_ = true;
         settled(connection);
     }

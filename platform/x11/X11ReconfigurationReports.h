@@ -10,16 +10,16 @@
 
 namespace tavrel {
 
-/// What RandR notifies of, as reports on displays. They come from a thread and a connection
-/// of this object's own, one after the other. Changes that follow each other faster than
-/// they can be looked at are reported as one.
+/// RandR's events as reports on displays. The callback is called on a thread of this object's
+/// own, one call at a time. Changes that follow each other faster than they can be looked at
+/// are reported as one.
 ///
-/// RandR says nothing of a change before it is made, so no report of a beginning comes from
-/// here. Thread-safe, but not to be destroyed from inside a callback.
+/// RandR sends nothing before a change, so there are no reports of a beginning.
+/// Thread-safe, but not to be destroyed from inside the callback.
 class X11ReconfigurationReports final : public ReconfigurationReports,
                                         private x11::EventThread::Client {
 public:
-    /// Waits for the server at most as long as the options' timeout.
+    /// Blocks at most for the options' timeout.
     explicit X11ReconfigurationReports(const X11ServerOptions& options = {});
 
     /// One pair at a time: 1004 while one is registered. 1006 without a server that has
@@ -47,7 +47,7 @@ private:
     /// recursive, so that the callback may remove itself.
     std::recursive_mutex mutex_;
     std::optional<Registration> registered_;
-    /// What was reported last; of a server that went away and came back, from before.
+    /// What was reported last, also of a server that has gone away since.
     std::optional<x11::Snapshot> reported_;
     bool hasNews_ = false;
     std::atomic<bool> canWatch_ = false;

@@ -13,8 +13,8 @@ namespace tavrel::x11 {
 
 namespace {
 
-/// While it looks up how to prove itself to the server, xcb uses a library that keeps a
-/// file name in memory of the whole process's, so only one thread may connect at a time.
+/// To authenticate, xcb uses a library that keeps a file name in a global variable, so only one
+/// thread may connect at a time.
 xcb_connection_t* connectAlone(const char* displayName, int* screen) {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
@@ -27,7 +27,7 @@ std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options)
     int screen = 0;
     xcb_connection_t* raw = connectAlone(
         options.displayName.has_value() ? options.displayName->c_str() : nullptr, &screen);
-    std::unique_ptr<Connection> connection(new Connection(raw, options.patience, screen));
+    std::unique_ptr<Connection> connection(new Connection(raw, options.timeout, screen));
     if (connection->isLost() || connection->defaultScreen_ >= connection->roots_.size()) {
         return nullptr;
     }
@@ -35,10 +35,8 @@ std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options)
     return connection->isLost() ? nullptr : std::move(connection);
 }
 
-Connection::Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen)
-    : connection_(connection),
-      patience_(patience),
-      defaultScreen_(static_cast<std::size_t>(screen)) {
+Connection::Connection(xcb_connection_t* connection, std::chrono::milliseconds timeout, int screen)
+    : connection_(connection), timeout_(timeout), defaultScreen_(static_cast<std::size_t>(screen)) {
     if (isLost()) {
         return;
     }
@@ -86,7 +84,7 @@ void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error)
     if (isLost()) {
         return nullptr;
     }
-    const auto deadline = std::chrono::steady_clock::now() + patience_;
+    const auto deadline = std::chrono::steady_clock::now() + timeout_;
     xcb_flush(connection_);
     void* reply = nullptr;
     xcb_generic_error_t* refusal = nullptr;
@@ -113,7 +111,7 @@ bool Connection::roundTrip() {
 }
 
 bool Connection::succeeded(xcb_void_cookie_t request) {
-    // Such a request is only known to have gone well once a later one has been answered.
+    // Such a request is known to have succeeded only when a later one has been answered.
     if (!roundTrip()) {
         return false;
     }
@@ -123,7 +121,7 @@ bool Connection::succeeded(xcb_void_cookie_t request) {
 }
 
 XcbReply<xcb_generic_event_t> Connection::nextEvent() {
-    takeIn();
+    drainEvents();
     if (events_.empty()) {
         return nullptr;
     }
@@ -132,13 +130,8 @@ XcbReply<xcb_generic_event_t> Connection::nextEvent() {
     return event;
 }
 
-bool Connection::hasEvents() {
-    takeIn();
-    return !events_.empty();
-}
-
 void Connection::discardEvents() {
-    takeIn();
+    drainEvents();
     events_.clear();
 }
 
@@ -148,11 +141,11 @@ bool Connection::isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t config
 }
 
 Connection::Millimetres Connection::millimetres() {
-    takeIn();
+    drainEvents();
     return millimetres_;
 }
 
-void Connection::takeIn() {
+void Connection::drainEvents() {
     while (!isLost()) {
         XcbReply<xcb_generic_event_t> event(xcb_poll_for_event(connection_));
         if (event == nullptr) {

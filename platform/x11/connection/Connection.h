@@ -14,13 +14,13 @@
 
 namespace tavrel {
 
-/// Which X server, and how long to bear with it.
+/// Which X server, and how long to wait for its answers.
 struct X11ServerOptions {
-    /// As in the DISPLAY variable, which counts where this is absent.
+    /// As in the DISPLAY variable, which is used when this is std::nullopt.
     std::optional<std::string> displayName = std::nullopt;
     /// How long the server may stay silent before it is treated as gone. The default is well
     /// above what a mode change on slow hardware takes while another client holds the server.
-    std::chrono::milliseconds patience{10'000};
+    std::chrono::milliseconds timeout{10'000};
 };
 
 namespace x11 {
@@ -37,12 +37,12 @@ using XcbReply = std::unique_ptr<Reply, XcbFree>;
 
 /// One connection to an X server.
 ///
-/// To be used by one thread at a time. Nothing here ends the process or, once connected,
-/// waits for longer than the options' patience: a server that vanished, or stays silent for
-/// longer than that, makes the connection lost for good.
+/// To be used by one thread at a time. Once connected, nothing here blocks for longer than the
+/// options' timeout: when the server has gone, or stays silent for longer than that, the
+/// connection is lost for good. Nothing here ends the process.
 class Connection {
 public:
-    /// Connects, and blocks until the server has answered. Null when it cannot be reached.
+    /// Blocks until the server has answered. Null when it cannot be reached.
     static std::unique_ptr<Connection> connect(const X11ServerOptions& options);
     ~Connection();
     Connection(const Connection&) = delete;
@@ -62,51 +62,55 @@ public:
     /// The name of the output property that holds the EDID.
     xcb_atom_t edidAtom() const { return edidAtom_; }
 
-    /// Whether it is known to be lost; see `takeIn`.
+    /// Whether the connection is known to be lost; `drainEvents` finds out.
     bool isLost() const { return timedOut_ || xcb_connection_has_error(connection_) != 0; }
 
-    /// Sends what is waiting and returns the reply to the request with this sequence
-    /// number; null when the server answered with an error or the connection is lost.
+    /// Sends all requests made so far and blocks until the one with this sequence number is
+    /// answered. Null when the server answered with an error or the connection is lost.
     template <typename Reply>
     XcbReply<Reply> reply(unsigned int sequence) {
         return XcbReply<Reply>(static_cast<Reply*>(awaitReply(sequence, nullptr)));
     }
 
-    /// Returns once the server has carried out all that was sent; false when it is lost.
+    /// Blocks until the server has carried out all requests made so far. Returns false when
+    /// the connection is lost.
     bool roundTrip();
 
-    /// Whether the server carried out a request that has no reply and was sent checked.
-    /// Takes a round trip.
+    /// Returns whether the server carried out a request that has no reply and was sent
+    /// checked. Takes a round trip.
     bool succeeded(xcb_void_cookie_t request);
 
-    /// Takes in all that has arrived, the end of the connection included. Never waits.
-    void takeIn();
+    /// Reads all events that have arrived, and notices when the connection has ended. Never
+    /// blocks.
+    void drainEvents();
 
-    /// The next event that has arrived, null when there is none just now. Never waits.
+    /// Returns the next event that has arrived, and null when there is none. Never blocks.
     XcbReply<xcb_generic_event_t> nextEvent();
-    bool hasEvents();
-    /// Drops all that have arrived; for those who only ask.
+    /// Whether an event has been read that `nextEvent` has not returned yet.
+    bool hasEvents() const { return !events_.empty(); }
+    /// Drops all events that have arrived, for clients that never look at them.
     void discardEvents();
 
     /// Whether this is asked for these numbers, which stand for a layout, for the first time
     /// since it was asked for others.
     bool isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp);
 
-    /// The screen's pretended size, of which the server tells in events only.
+    /// The physical size the server claims for the screen.
     struct Millimetres {
         int width = 0;
         int height = 0;
     };
+    /// Drains events, since only they tell of a new size.
     Millimetres millimetres();
 
 private:
-    Connection(xcb_connection_t* connection, std::chrono::milliseconds patience, int screen);
+    Connection(xcb_connection_t* connection, std::chrono::milliseconds timeout, int screen);
     void negotiateRandr();
     void noteScreenChange(const xcb_generic_event_t& event);
     void* awaitReply(unsigned int sequence, xcb_generic_error_t** error);
 
     xcb_connection_t* connection_;
-    std::chrono::milliseconds patience_;
+    std::chrono::milliseconds timeout_;
     std::vector<xcb_window_t> roots_;
     std::size_t defaultScreen_ = 0;
     bool hasRandr_ = false;
@@ -119,7 +123,7 @@ private:
     Millimetres millimetres_;
 };
 
-/// What kind of event it is, also when another client sent it.
+/// The number of the event's kind, without the mark that another client sent it.
 constexpr int eventNumber(const xcb_generic_event_t& event) {
     constexpr std::uint8_t sentByClient = 0x80;
     return event.response_type & ~sentByClient;

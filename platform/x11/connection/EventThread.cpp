@@ -10,7 +10,7 @@ namespace tavrel::x11 {
 
 namespace {
 constexpr int forever = -1;
-/// How long to leave a server alone that went away.
+/// How often to look for a server that went away.
 constexpr int retryMilliseconds = 1000;
 }  // namespace
 
@@ -85,8 +85,11 @@ Connection* EventThread::serve() {
 }
 
 void EventThread::wait(Connection* connection) {
-    if (connection != nullptr && (connection->isLost() || connection->hasEvents())) {
-        return;
+    if (connection != nullptr) {
+        connection->drainEvents();
+        if (connection->isLost() || connection->hasEvents()) {
+            return;
+        }
     }
     std::array<pollfd, 2> sources{{{wakeUp_.descriptor(), POLLIN, 0}, {-1, POLLIN, 0}}};
     int timeout = connectionsServed_ == 0 ? forever : retryMilliseconds;

@@ -12,9 +12,9 @@
 
 namespace tavrel::x11 {
 
-/// A thread with a connection of its own that hands on what the server sends, for as long
-/// as it lives. A connection that is lost is made anew once the server is back; where there
-/// was no server from the start, one is looked for only when a task wants it.
+/// A thread with its own connection that passes on the server's events for as long as it lives.
+/// After the connection is lost, it connects again once the server is back. When there was no
+/// server from the start, it looks for one only when a task is posted.
 class EventThread {
 public:
     /// Called on the thread, one call at a time.
@@ -22,26 +22,26 @@ public:
     public:
         virtual ~Client() = default;
 
-        /// There is a new connection.
+        /// Called with each new connection, before any of its events.
         virtual void connected(Connection& connection) = 0;
         virtual void received(Connection& connection, const xcb_generic_event_t& event) = 0;
-        /// All events that had arrived have been handed on.
+        /// Called when all events that had arrived have been passed on.
         virtual void settled(Connection& connection) = 0;
     };
 
-    /// Null when there is no connection just now.
+    /// Called with null while there is no connection.
     using Task = std::function<void(Connection*)>;
 
-    /// Starts the thread and returns once its first attempt to connect has ended. `client`
-    /// must outlive this. Throws std::system_error where no thread can be had.
+    /// Starts the thread and blocks until its first attempt to connect has ended. `client`
+    /// must outlive this. Throws std::system_error when no thread can be started.
     EventThread(X11ServerOptions options, Client& client);
-    /// Drops the tasks that have not begun, and returns when the thread has ended. Not to
-    /// be destroyed on the thread itself.
+    /// Drops the tasks that have not begun, and blocks until the thread has ended. Not to be
+    /// destroyed on the thread itself.
     ~EventThread();
     EventThread(const EventThread&) = delete;
     EventThread& operator=(const EventThread&) = delete;
 
-    /// Runs `task` on the thread soon, in order. From any thread; does not wait.
+    /// Runs `task` on the thread, in the order posted. From any thread. Never blocks.
     void post(Task task);
 
 private:
@@ -59,7 +59,7 @@ private:
     std::vector<Task> tasks_;
     bool stopping_ = false;
 
-    /// For what the thread has to look at beside its connection.
+    /// For tasks, and for the end.
     WakeUp wakeUp_;
     std::thread thread_;
 };

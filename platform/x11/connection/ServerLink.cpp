@@ -14,7 +14,7 @@ ServerLink::ServerLink(X11ServerOptions options) : options_(std::move(options)) 
 
 Connection* ServerLink::connection() {
     if (connection_ != nullptr) {
-        connection_->takeIn();
+        connection_->drainEvents();
         if (!connection_->isLost()) {
             return connection_.get();
         }
@@ -23,7 +23,7 @@ Connection* ServerLink::connection() {
     auto wait = std::chrono::milliseconds::zero();
     if (attemptIsDue()) {
         startAttempt();
-        wait = options_.patience;
+        wait = options_.timeout;
     }
     if (attempt_.valid() && attempt_.wait_for(wait) == std::future_status::ready) {
         connection_ = attempt_.get();
@@ -38,8 +38,8 @@ bool ServerLink::attemptIsDue() const {
 
 void ServerLink::startAttempt() {
     nextAttempt_ = std::chrono::steady_clock::now() + pauseBetweenAttempts;
-    // xcb's own call has no time limit, so it gets a thread that we can leave behind; a
-    // connection nobody waits for any more is closed with the promise that holds it.
+    // xcb's own call has no timeout, so it runs on a thread that we can leave behind; a
+    // connection nobody waits for any more is closed when its promise is destroyed.
     std::promise<std::unique_ptr<Connection>> promise;
     std::future<std::unique_ptr<Connection>> result = promise.get_future();
     try {

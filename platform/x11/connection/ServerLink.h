@@ -11,18 +11,18 @@ namespace tavrel::x11 {
 
 /// Keeps one connection to a server that may be missing, go away and come back.
 ///
-/// To be used by one thread at a time. Cheap while there is no server: a new attempt is
-/// made at most once a second, and never while an earlier one is still waiting for a
-/// server that took the call but does not speak.
+/// To be used by one thread at a time. Cheap while there is no server: a new attempt is made at
+/// most once a second, and never while an earlier one still waits for a server that accepted
+/// the connection but does not answer.
 class ServerLink {
 public:
     explicit ServerLink(X11ServerOptions options);
 
-    /// The connection, made anew if need be; null when there is no server. Waits
-    /// for an attempt at most as long as the patience. Valid until the next call.
+    /// Returns the connection, after connecting anew if needed; null when there is no server.
+    /// Blocks at most for the timeout. Valid until the next call.
     Connection* connection();
 
-    /// How many different ones there have been.
+    /// How many different connections there have been.
     std::uint64_t connectionsMade() const { return connectionsMade_; }
 
 private:

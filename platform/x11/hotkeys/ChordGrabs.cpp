@@ -36,7 +36,7 @@ void ChordGrabs::renew(Connection& connection, bool isNewConnection) {
     if (isNewConnection) {
         held_.clear();
     }
-    // Letting go even for a moment could miss a press.
+    // Only when they differ: a press between ungrabbing and grabbing would be missed.
     if (claimed_.has_value() && held_ != grabsFor(*claimed_, mapping_)) {
         ungrab(connection);
         grab(connection);
@@ -55,7 +55,7 @@ bool ChordGrabs::grab(Connection& connection) {
                                                     XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
         }
     }
-    // Each is asked after, also when one was refused already: xcb keeps the answers.
+    // Asks about each, also after a refusal: xcb keeps an answer until somebody asks for it.
     const auto refused = std::count_if(requests.begin(), requests.end(), [&](auto request) {
         return !connection.succeeded(request);
     });

@@ -18,13 +18,13 @@ public:
     /// the keyboard cannot type the chord, and when the server refuses any part of it, for one
     /// because another client holds that.
     bool claim(Connection& connection, const HotKeyRegistration& hotKey);
-    /// Gives the chord up; when this returns, others can have it. Without a connection the
-    /// server has taken it back already.
+    /// Gives the chord up and blocks until others can have it. Without a connection, the server
+    /// has taken it back already.
     void release(Connection* connection);
 
-    /// To be called with each new connection, and when the keyboard may have changed. Grabs
-    /// the claimed chord anew. What the server refuses then stays claimed, and is tried again
-    /// with the next change.
+    /// Grabs the claimed chord anew. To be called with each new connection, and when the
+    /// keyboard may have changed. A chord that the server refuses now stays claimed, and is
+    /// tried again at the next change.
     void renew(Connection& connection, bool isNewConnection);
 
     /// Whether a key with exactly these modifier bits is the chord.

@@ -15,8 +15,8 @@ public:
     /// `pressed` is called on that thread, once for each press of the claimed chord.
     HotKeyListener(std::function<void()> pressed, const X11ServerOptions& options);
 
-    /// Both wait for the server's answer. Not to be called from inside `pressed`. `claim`
-    /// returns false when the chord is refused; see `ChordGrabs::claim`.
+    /// Both block until the server has answered. Not to be called from inside `pressed`. For
+    /// when `claim` returns false see `ChordGrabs::claim`.
     bool claim(const HotKeyRegistration& hotKey);
     void release();
 

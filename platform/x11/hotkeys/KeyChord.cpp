@@ -19,8 +19,8 @@ constexpr Keysym superRight = 0xffec;
 constexpr std::uint16_t capsLockBit = 1U << 1;
 constexpr std::uint16_t controlBit = 1U << 2;
 
-/// The letter on a US keyboard's key of this virtual key code, as its two keysyms; those
-/// of letters are their characters.
+/// The letter on a US keyboard's key of this virtual key code, as its two keysyms. A letter's
+/// keysym is its character.
 std::initializer_list<Keysym> letterOf(std::uint32_t virtualKeyCode) {
     constexpr std::uint32_t keyW = 13;
     static constexpr std::initializer_list<Keysym> letterW{'w', 'W'};

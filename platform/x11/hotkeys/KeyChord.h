@@ -14,10 +14,10 @@ namespace tavrel::x11 {
 using Keycode = std::uint8_t;
 using Keysym = std::uint32_t;
 
-/// What a server's keyboard has on its keys. Plain data.
+/// What is on the keys of a server's keyboard.
 struct KeyboardMapping {
     Keycode firstKeycode = 8;
-    /// For each key from the first one on, what it carries in each group and level.
+    /// For each key from the first one on, its symbols in all groups and levels.
     std::vector<std::vector<Keysym>> keysyms = {};
     /// The keys that set each of the eight modifier bits, from Shift to Mod5.
     std::array<std::vector<Keycode>, 8> modifierKeys = {};
@@ -36,10 +36,10 @@ struct KeyGrab {
     }
 };
 
-/// All that has to be grabbed for a hot key: each key that carries its letter, with the
-/// modifiers that carry Control, Alt (option) and Super (command), in every combination
-/// with Caps Lock and Num Lock. Empty when this keyboard cannot type it, or the key code or
-/// the modifiers are none we know.
+/// All that has to be grabbed for a hot key: each key that has its letter, with the modifier
+/// bits of Control, Alt (option) and Super (command), in every combination with Caps Lock and
+/// Num Lock. Empty when this keyboard cannot type the chord, and for a key code or modifiers
+/// that we do not know.
 std::set<KeyGrab> grabsFor(const HotKeyRegistration& hotKey, const KeyboardMapping& mapping);
 
 }  // namespace tavrel::x11

@@ -10,15 +10,15 @@ namespace tavrel::x11 {
 
 /// Tells real presses of a key from the repeats of one that is held down.
 ///
-/// A server that can be made to say so sends no releases between repeats. Any other sends
-/// a release and a press with the very same time for each repeat.
+/// A server with detectable repeats sends no releases between them. Any other sends a release
+/// and a press with the same time for each repeat.
 class KeyPressFilter {
 public:
-    /// Whether this is a press of its own.
+    /// Notes a press and returns whether it is a real one.
     bool pressed(Keycode key, std::uint32_t time);
     void released(Keycode key, std::uint32_t time);
 
-    /// Whether the server tells repeats by sending no releases.
+    /// Whether the server sends no releases between repeats. Taken as false before this call.
     void setRepeatsAreDetectable(bool detectable) { repeatsAreDetectable_ = detectable; }
 
 private:

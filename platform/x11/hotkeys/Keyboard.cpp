@@ -64,7 +64,7 @@ bool selectKeyboardEvents(Connection& connection) {
     const auto flags = connection.reply<xcb_xkb_per_client_flags_reply_t>(
         xcb_xkb_per_client_flags(xcb, XCB_XKB_ID_USE_CORE_KBD, detectable, detectable, 0, 0, 0)
             .sequence);
-    // A client that has made itself known like this hears of new mappings only if it asks.
+    // A client that uses the extension gets events about new mappings only if it selects them.
     constexpr std::uint16_t events =
         XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     constexpr std::uint16_t everyPart = 0xFF;

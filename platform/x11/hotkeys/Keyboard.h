@@ -7,12 +7,12 @@
 
 namespace tavrel::x11 {
 
-/// What is on the keys now. Nothing when the connection is lost.
+/// What is on the keys now; std::nullopt when the connection is lost.
 std::optional<KeyboardMapping> readKeyboardMapping(Connection& connection);
 
-/// Makes the server tell this connection of repeats in a way that cannot be mistaken, and
-/// of every change to what is on the keys. Returns whether it will do the former; it tells
-/// of such changes, one way or the other, in any case.
+/// Asks the server for detectable repeats and for events about changes to what is on the keys.
+/// Returns whether it will send no releases between repeats. It sends events about such
+/// changes in any case.
 bool selectKeyboardEvents(Connection& connection);
 
 /// Whether the event says that something about the keys may have changed.

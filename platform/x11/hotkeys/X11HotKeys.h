@@ -13,15 +13,15 @@ namespace x11 {
 class HotKeyListener;
 }
 
-/// A hot key by passive grabs on the root windows of an X server. The presses come in on a
-/// thread and a connection of this object's own and are handed on through the main queue.
+/// A hot key by passive grabs on the root windows of an X server. Presses arrive on a thread
+/// and a connection of this object's own and are passed on through the main queue.
 ///
 /// The chord follows its letter when the keyboard layout changes. When the server goes away
 /// and comes back, a chord still held is claimed anew.
 class X11HotKeys final : public HotKeys {
 public:
-    /// Waits for the server at most as long as the options' timeout. `mainQueue` must
-    /// outlive this. A handle may outlive this, and does nothing then.
+    /// Blocks at most for the options' timeout. `mainQueue` must outlive this. A handle may
+    /// outlive this, and does nothing then.
     explicit X11HotKeys(MainQueue& mainQueue, const X11ServerOptions& options = {});
     ~X11HotKeys() override;
 

@@ -95,7 +95,7 @@ TEST_F(LostServerTest, AServerKilledInTheMiddleOfThingsIsAStatus) {
 
 TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
     X11WindowServer impatient(
-        store, {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+        store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
     ASSERT_EQ(impatient.setDisplayEnabled(middle, false), serverStatus::success);
     ASSERT_TRUE(impatient.now()->isOnline(middle));
     const pid_t process = serverProcess();
@@ -105,7 +105,7 @@ TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
     expectNothingButRefusals(impatient, middle);
     // One that never got to know the server while it spoke.
     X11WindowServer newcomer(
-        store, {.displayName = desktop.displayName(), .patience = std::chrono::milliseconds(200)});
+        store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
     expectNothingButRefusals(newcomer, middle);
     ::kill(process, SIGCONT);
 
