@@ -222,13 +222,12 @@ bool isContradictory(const Snapshot& snapshot) {
 std::optional<Snapshot> readSnapshot(Connection& connection) {
     auto snapshot = readRepeatedly(connection, false);
     if (!snapshot.has_value() || !isContradictory(*snapshot) ||
-        !connection.isNewLayout(snapshot->layoutTimestamp, snapshot->configTimestamp)) {
+        connection.hasProbed(snapshot->layoutTimestamp, snapshot->configTimestamp)) {
         return snapshot;
     }
     auto fresh = readRepeatedly(connection, true);
-    if (fresh.has_value()) {
-        connection.isNewLayout(fresh->layoutTimestamp, fresh->configTimestamp);
-    }
+    const Snapshot& known = fresh.has_value() ? *fresh : *snapshot;
+    connection.noteProbed(known.layoutTimestamp, known.configTimestamp);
     return fresh;
 }
 

@@ -135,11 +135,6 @@ void Connection::discardEvents() {
     events_.clear();
 }
 
-bool Connection::isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) {
-    const std::pair layout(layoutTimestamp, configTimestamp);
-    return std::exchange(layout_, layout) != layout;
-}
-
 Connection::Millimetres Connection::millimetres() {
     drainEvents();
     return millimetres_;

@@ -91,9 +91,14 @@ public:
     /// Drops all events that have arrived, for clients that never look at them.
     void discardEvents();
 
-    /// Whether this is asked for these numbers, which stand for a layout, for the first time
-    /// since it was asked for others.
-    bool isNewLayout(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp);
+    /// Whether the layout with these timestamps is the one for which the server was last made to
+    /// look for monitors.
+    bool hasProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) const {
+        return probedLayout_ == std::pair(layoutTimestamp, configTimestamp);
+    }
+    void noteProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) {
+        probedLayout_ = {layoutTimestamp, configTimestamp};
+    }
 
     /// The physical size the server claims for the screen.
     struct Millimetres {
@@ -119,7 +124,7 @@ private:
     std::uint8_t firstRandrEvent_ = 0;
     xcb_atom_t edidAtom_ = XCB_ATOM_NONE;
     std::deque<XcbReply<xcb_generic_event_t>> events_;
-    std::pair<std::uint32_t, std::uint32_t> layout_;
+    std::pair<std::uint32_t, std::uint32_t> probedLayout_;
     Millimetres millimetres_;
 };
 
