@@ -59,7 +59,7 @@ std::optional<Snapshot> toOutline(const Reply& reply, const Xid* crtcs, const Xi
 
 std::optional<Snapshot> readOutline(Connection& connection, bool probing) {
     xcb_connection_t* xcb = connection.get();
-    if (probing || !connection.hasRandr13()) {
+    if (probing) {
         const auto reply = connection.reply<xcb_randr_get_screen_resources_reply_t>(
             xcb_randr_get_screen_resources(xcb, connection.root()).sequence);
         return reply == nullptr
@@ -149,6 +149,15 @@ bool takeScreen(Connection& connection, unsigned int geometry, unsigned int rang
     return true;
 }
 
+bool takePrimary(Connection& connection, unsigned int request, Snapshot& snapshot) {
+    const auto reply = connection.reply<xcb_randr_get_output_primary_reply_t>(request);
+    if (reply == nullptr) {
+        return false;
+    }
+    snapshot.primary = reply->output;
+    return true;
+}
+
 std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
     std::optional<Snapshot> outline = readOutline(connection, probing);
     if (!outline.has_value()) {
@@ -156,7 +165,6 @@ std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
     }
     Snapshot& snapshot = *outline;
     xcb_connection_t* xcb = connection.get();
-    const bool more = connection.hasRandr13();
 
     // All is asked before the first answer is awaited, so that it takes one round trip.
     struct Asked {
@@ -166,7 +174,7 @@ std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
     std::vector<Asked> crtcs;
     for (const Crtc& crtc : snapshot.crtcs) {
         crtcs.push_back({xcb_randr_get_crtc_info(xcb, crtc.id, snapshot.configTimestamp).sequence,
-                         more ? xcb_randr_get_crtc_transform(xcb, crtc.id).sequence : 0});
+                         xcb_randr_get_crtc_transform(xcb, crtc.id).sequence});
     }
     std::vector<Asked> outputs;
     for (const Output& output : snapshot.outputs) {
@@ -177,8 +185,7 @@ std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
                                            firstBlockInWords, 0, 0)
                  .sequence});
     }
-    const unsigned int primary =
-        more ? xcb_randr_get_output_primary(xcb, connection.root()).sequence : 0;
+    const unsigned int primary = xcb_randr_get_output_primary(xcb, connection.root()).sequence;
     const unsigned int geometry = xcb_get_geometry(xcb, connection.root()).sequence;
     const unsigned int range = xcb_randr_get_screen_size_range(xcb, connection.root()).sequence;
 
@@ -186,16 +193,12 @@ std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
     bool good = true;
     for (std::size_t i = 0; i < crtcs.size(); ++i) {
         good &= takeCrtc(connection, crtcs[i].info, snapshot.crtcs[i]);
-        good &= !more || takeTransform(connection, crtcs[i].further, snapshot.crtcs[i]);
+        good &= takeTransform(connection, crtcs[i].further, snapshot.crtcs[i]);
     }
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         good &= takeOutput(connection, outputs[i].info, outputs[i].further, snapshot.outputs[i]);
     }
-    if (more) {
-        const auto reply = connection.reply<xcb_randr_get_output_primary_reply_t>(primary);
-        good &= reply != nullptr;
-        snapshot.primary = reply != nullptr ? std::optional(reply->output) : std::nullopt;
-    }
+    good &= takePrimary(connection, primary, snapshot);
     good &= takeScreen(connection, geometry, range, snapshot);
     return good ? outline : std::nullopt;
 }

@@ -23,7 +23,7 @@ public:
     explicit X11ReconfigurationReports(const X11ServerOptions& options = {});
 
     /// One pair at a time: 1004 while one is registered. 1006 without a server that has
-    /// RandR 1.2.
+    /// RandR 1.3.
     ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
     /// Blocks until a call on another thread has returned. May be called from inside the
     /// callback. 1001 for a pair that is not registered.

@@ -10,7 +10,7 @@
 
 namespace tavrel {
 
-/// An X server with RandR 1.2 or later as the window server. A display is an output; it is
+/// An X server with RandR 1.3 or later as the window server. A display is an output; it is
 /// online when connected and active when a CRTC drives it with a mode. Both lists name
 /// every connected output. A moment is one snapshot.
 ///

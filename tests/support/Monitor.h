@@ -31,7 +31,7 @@ std::ostream& operator<<(std::ostream& out, const Monitor& monitor);
 
 /// Asks the X server at `displayName`, over a connection of its own that is closed again,
 /// for every output that is connected, in the server's order. The code under test has no
-/// part in it. Throws std::runtime_error when there is no server or no RandR 1.2.
+/// part in it. Throws std::runtime_error when there is no server or no RandR 1.3.
 std::vector<Monitor> readMonitors(const std::string& displayName);
 
 /// The size of the whole X screen, asked likewise.

@@ -62,15 +62,12 @@ void Connection::negotiateRandr() {
     firstRandrEvent_ = extension->first_event;
     const auto version =
         reply<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection_, 1, 3).sequence);
-    if (version == nullptr) {
-        return;
-    }
-    const auto offered = std::pair(version->major_version, version->minor_version);
-    if (offered < std::pair(1U, 2U)) {
+    // The first version with primary outputs, transforms and the quick list of resources.
+    constexpr std::pair oldest(1U, 3U);
+    if (version == nullptr || std::pair(version->major_version, version->minor_version) < oldest) {
         return;
     }
     hasRandr_ = true;
-    hasRandr13_ = offered >= std::pair(1U, 3U);
     xcb_randr_select_input(connection_, root(), XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
     constexpr std::string_view edid = "EDID";
     const auto atom = reply<xcb_intern_atom_reply_t>(

@@ -52,11 +52,8 @@ public:
     /// The root window of the screen the display name selects.
     xcb_window_t root() const { return roots_[defaultScreen_]; }
     const std::vector<xcb_window_t>& roots() const { return roots_; }
-    /// Whether the server has RandR 1.2 or later.
+    /// Whether the server has RandR 1.3 or later.
     bool hasRandr() const { return hasRandr_; }
-    /// Whether the server's RandR knows the primary output, transforms and the quick list
-    /// of resources.
-    bool hasRandr13() const { return hasRandr13_; }
     /// The number RandR's events count from.
     std::uint8_t firstRandrEvent() const { return firstRandrEvent_; }
     /// The name of the output property that holds the EDID.
@@ -119,7 +116,6 @@ private:
     std::vector<xcb_window_t> roots_;
     std::size_t defaultScreen_ = 0;
     bool hasRandr_ = false;
-    bool hasRandr13_ = false;
     bool timedOut_ = false;
     std::uint8_t firstRandrEvent_ = 0;
     xcb_atom_t edidAtom_ = XCB_ATOM_NONE;
