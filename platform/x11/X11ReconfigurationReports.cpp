@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "platform/x11/SnapshotDiff.h"
-#include "platform/x11/SnapshotReader.h"
+#include "platform/x11/snapshot/SnapshotDiff.h"
+#include "platform/x11/snapshot/SnapshotReader.h"
 
 namespace tavrel {
 

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "platform/ReconfigurationReports.h"
-#include "platform/x11/Snapshot.h"
 #include "platform/x11/connection/EventThread.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/x11/DisplayIdentifiers.h"
-#include "platform/x11/LayoutSwitch.h"
-#include "platform/x11/RandrLayoutServer.h"
-#include "platform/x11/Snapshot.h"
+#include "platform/layout/Identity.h"
+#include "platform/x11/crtc/LayoutSwitch.h"
+#include "platform/x11/crtc/RandrLayoutServer.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel {
 

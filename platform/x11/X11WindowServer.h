@@ -5,7 +5,7 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
-#include "platform/x11/RememberedOutputs.h"
+#include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
 
 namespace tavrel {

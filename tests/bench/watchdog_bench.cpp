@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/layout/Identity.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
-#include "platform/x11/DisplayIdentifiers.h"
 #include "platform/x11/X11WindowServer.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualDesktop.h"

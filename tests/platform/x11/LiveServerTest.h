@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/x11/DisplayIdentifiers.h"
+#include "platform/layout/Identity.h"
 #include "platform/x11/X11WindowServer.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/VirtualDesktop.h"

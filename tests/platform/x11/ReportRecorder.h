@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/x11/SnapshotDiff.h"
+#include "platform/x11/snapshot/SnapshotDiff.h"
 
 namespace tavrel {
 

@@ -7,9 +7,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/x11/RandrLayoutServer.h"
+#include "platform/x11/crtc/RandrLayoutServer.h"
 #include "tests/platform/x11/LiveServerTest.h"
-#include "tests/platform/x11/SnapshotBuilder.h"
+#include "tests/platform/x11/snapshot/SnapshotBuilder.h"
 #include "tests/support/WaitUntil.h"
 
 namespace tavrel {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/x11/RememberedOutputs.h"
+#include "platform/layout/RememberedOutputs.h"
 #include "tests/platform/x11/LiveServerTest.h"
 
 namespace tavrel {

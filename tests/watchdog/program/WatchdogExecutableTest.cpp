@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/layout/Identity.h"
 #include "platform/posix/FileDescriptor.h"
-#include "platform/x11/DisplayIdentifiers.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualDesktop.h"

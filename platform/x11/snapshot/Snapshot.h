@@ -1,0 +1,116 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/layout/Area.h"
+#include "platform/layout/Edid.h"
+
+namespace tavrel::x11 {
+
+/// The server's number for one of its resources; 0 stands for none.
+using Xid = std::uint32_t;
+
+/// RandR's rotation and reflection bits; exactly one rotation and any reflections.
+using Rotation = std::uint16_t;
+inline constexpr Rotation upright = 1;
+
+/// What makes a mode this mode. Its number may change with each start of the server.
+struct ModeTimings {
+    int width = 0;
+    int height = 0;
+    std::uint32_t dotClock = 0;
+    int horizontalSyncStart = 0;
+    int horizontalSyncEnd = 0;
+    int horizontalTotal = 0;
+    int horizontalSkew = 0;
+    int verticalSyncStart = 0;
+    int verticalSyncEnd = 0;
+    int verticalTotal = 0;
+    std::uint32_t flags = 0;
+
+    friend bool operator==(const ModeTimings&, const ModeTimings&) = default;
+};
+
+struct Mode {
+    Xid id = 0;
+    ModeTimings timings;
+
+    friend bool operator==(const Mode&, const Mode&) = default;
+};
+
+/// How a CRTC scales the screen to the mode: 16.16 fixed-point numbers, row by row.
+struct Transform {
+    std::array<std::int32_t, 9> matrix{1 << 16, 0, 0, 0, 1 << 16, 0, 0, 0, 1 << 16};
+    std::string filter;
+    std::vector<std::int32_t> parameters;
+
+    bool isIdentity() const { return matrix == Transform().matrix; }
+
+    friend bool operator==(const Transform&, const Transform&) = default;
+};
+
+struct Crtc {
+    Xid id = 0;
+    /// 0 when it is off; then the area is empty.
+    Xid mode = 0;
+    Area area;
+    Rotation rotation = upright;
+    Rotation supportedRotations = upright;
+    bool supportsTransforms = false;
+    /// The one in force; of a CRTC that is off, the one its next mode will get.
+    Transform transform;
+    std::vector<Xid> outputs;
+
+    friend bool operator==(const Crtc&, const Crtc&) = default;
+};
+
+struct Output {
+    Xid id = 0;
+    std::string name;
+    bool connected = false;
+    /// 0 when it is off.
+    Xid crtc = 0;
+    /// The CRTCs that can drive it.
+    std::vector<Xid> crtcs;
+    /// Best first.
+    std::vector<Xid> modes;
+    /// The outputs that can share a CRTC with it.
+    std::vector<Xid> clones;
+    EdidNumbers edid;
+
+    friend bool operator==(const Output&, const Output&) = default;
+};
+
+/// All that RandR says of a screen at one moment. Plain data.
+struct Snapshot {
+    std::vector<Output> outputs;
+    std::vector<Crtc> crtcs;
+    std::vector<Mode> modes;
+    /// Nothing where the server knows no primary output; 0 when none is primary.
+    std::optional<Xid> primary;
+    ScreenSize screen;
+    int minWidth = 0;
+    int minHeight = 0;
+    int maxWidth = 0;
+    int maxHeight = 0;
+    /// The server's times of the last change to the layout, and to outputs and modes.
+    std::uint32_t layoutTimestamp = 0;
+    std::uint32_t configTimestamp = 0;
+
+    /// Null for a number that is not in here.
+    const Output* output(Xid id) const;
+    const Crtc* crtc(Xid id) const;
+    const Mode* mode(Xid id) const;
+
+    /// The CRTC that drives `output` with a mode; null when it is off.
+    const Crtc* activeCrtc(const Output& output) const;
+
+    friend bool operator==(const Snapshot&, const Snapshot&) = default;
+};
+
+}  // namespace tavrel::x11

@@ -1,0 +1,101 @@
+#include "tests/platform/x11/crtc/SwitchFixture.h"
+
+namespace tavrel::x11 {
+namespace {
+
+/// Switching that takes every kind of step: the screen grows or shrinks, the CRTC gets a
+/// transform and a mode, the primary role moves.
+class SwitchFailureTest : public SwitchFixture {
+protected:
+    SwitchFailureTest() {
+        start(SnapshotBuilder().output("A").on(0, 0).output("B").on(1920, 0).primary());
+        Crtc& crtc = server.state.crtcs[1];
+        crtc.supportsTransforms = true;
+    }
+};
+
+TEST_F(SwitchFailureTest, ARefusedStepLeavesAllAsItWas) {
+    const Snapshot whole = server.state;
+    ASSERT_EQ(off("B"), serverStatus::success);
+    const int stepsOff = server.requests;
+    ASSERT_EQ(on("B"), serverStatus::success);
+    const int stepsOn = server.requests - stepsOff;
+    ASSERT_EQ(stepsOff, 3) << "CRTC, screen, role";
+    ASSERT_EQ(stepsOn, 3) << "screen, CRTC, role";
+
+    for (int step = 1; step <= stepsOff; ++step) {
+        server.firstRefusal = server.requests + step;
+        server.refusals = 1;
+        EXPECT_EQ(off("B"), serverStatus::cannotComplete) << "step " << step;
+        EXPECT_EQ(server.state, whole) << "step " << step;
+        EXPECT_TRUE(remembered.all().empty());
+        EXPECT_FALSE(server.isGrabbed);
+    }
+    server.refusals = 0;
+    ASSERT_EQ(off("B"), serverStatus::success);
+    const Snapshot without = server.state;
+    const auto memory = remembered.all();
+    // A display that will not come on as it was gets a second attempt; this refuses both.
+    server.ignoresCrtcs = true;
+    EXPECT_EQ(on("B"), serverStatus::cannotComplete);
+    EXPECT_EQ(server.state, without);
+    EXPECT_EQ(remembered.all(), memory);
+    EXPECT_FALSE(server.isGrabbed);
+}
+
+TEST_F(SwitchFailureTest, WhatWillNotComeOnAsItWasComesOnSomeOtherWay) {
+    ASSERT_EQ(off("B"), serverStatus::success);
+    for (int step = 1; step <= 3; ++step) {
+        server.firstRefusal = server.requests + step;
+        server.refusals = 1;
+        ASSERT_EQ(on("B"), serverStatus::success) << "step " << step;
+        EXPECT_EQ(areaOf(server.state, "B"), (Area{1920, 0, 1920, 1080}));
+        EXPECT_EQ(primaryOf(server.state), "B");
+        ASSERT_EQ(off("B"), serverStatus::success);
+    }
+}
+
+TEST_F(SwitchFailureTest, AServerThatDoesNotDoWhatItSaysIsARefusal) {
+    const Snapshot whole = server.state;
+    server.ignoresCrtcs = true;
+    EXPECT_EQ(off("B"), serverStatus::cannotComplete);
+    EXPECT_EQ(server.state, whole);
+}
+
+TEST_F(SwitchFailureTest, AServerThatIsGoneOffersNoControl) {
+    server.isGone = true;
+    EXPECT_EQ(off("B"), serverStatus::notImplemented);
+    EXPECT_EQ(on("B"), serverStatus::notImplemented);
+}
+
+TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
+    server.lastMinuteChange = [this](Snapshot&) { server.isGone = true; };
+    EXPECT_EQ(off("B"), serverStatus::notImplemented);
+    EXPECT_TRUE(remembered.all().empty());
+    server.isGone = false;
+
+    server.beforeGrab = [this] { server.isGone = true; };
+    EXPECT_EQ(off("B"), serverStatus::notImplemented);
+}
+
+TEST_F(SwitchFailureTest, AMonitorPulledInTheMiddleIsUnknown) {
+    server.lastMinuteChange = [](Snapshot& state) { state.outputs[1].connected = false; };
+    EXPECT_EQ(off("B"), serverStatus::illegalArgument);
+    EXPECT_TRUE(remembered.all().empty());
+}
+
+TEST_F(SwitchFailureTest, NothingIsEverAskedWithoutTheGrab) {
+    expectRoundTrip("A");
+    expectRoundTrip("B");
+    EXPECT_EQ(server.requestsWithoutGrab, 0);
+    EXPECT_EQ(server.grabs, 4);
+    EXPECT_FALSE(server.isGrabbed);
+}
+
+TEST_F(SwitchFailureTest, AStoreThatCannotBeWrittenDoesNotHinderARoundTrip) {
+    store.setWritable(false);
+    expectRoundTrip("B");
+}
+
+}  // namespace
+}  // namespace tavrel::x11
