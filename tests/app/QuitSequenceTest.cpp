@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "app/QuitSequence.h"
-#include "tests/simulated/SimulatedPlatform.h"
 #include "registry/DisplayRegistry.h"
+#include "tests/simulated/SimulatedPlatform.h"
 
 namespace tavrel {
 namespace {

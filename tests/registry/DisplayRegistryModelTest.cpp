@@ -5,10 +5,10 @@
 #include <string>
 #include <tuple>
 
-#include "tests/simulated/SimulatedUserDefaults.h"
-#include "tests/simulated/SimulatedWindowServer.h"
 #include "registry/DisplayRegistry.h"
 #include "registry/StoredFormat.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
+#include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/support/SettableClock.h"
 
 namespace tavrel {

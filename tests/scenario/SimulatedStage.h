@@ -4,8 +4,8 @@
 
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
-#include "tests/simulated/SimulatedPlatform.h"
 #include "tests/scenario/Stage.h"
+#include "tests/simulated/SimulatedPlatform.h"
 
 namespace tavrel::scenario {
 
