@@ -20,7 +20,7 @@ bool isText(const AccessibleElement& element) {
     return element.role == "label" && element.isShowing();
 }
 
-/// The places of the rows' containers, in reading order.
+/// The indices of the rows' containers, in reading order.
 std::vector<std::size_t> rowPlaces(const Elements& elements) {
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -56,7 +56,7 @@ Row readRow(const Elements& elements, std::size_t place) {
     return row;
 }
 
-/// The text that lies directly above the wake button.
+/// The text directly above the wake button.
 std::string readFooter(const Elements& elements) {
     const auto wake =
         std::find_if(elements.begin(), elements.end(), [](const AccessibleElement& each) {

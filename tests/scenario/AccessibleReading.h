@@ -8,11 +8,10 @@
 
 namespace tavrel::scenario {
 
-/// What the application's window says, put together from what it tells assistive
-/// technology.
+/// What the application's window shows, as it describes it to assistive technology.
 Window readWindow(const std::vector<support::AccessibleElement>& elements);
 
-/// The switch of a row; nothing while the row is busy or not there.
+/// The switch of a row; std::nullopt when the row is busy or not there.
 std::optional<support::AccessibleElement> findSwitch(
     const std::vector<support::AccessibleElement>& elements, Display display);
 

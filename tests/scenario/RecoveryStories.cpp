@@ -32,7 +32,7 @@ const std::vector<Scenario>& recoveryStories() {
          {
              windowSays("Found 3 displays"),
              otherProgramSwitchesOff({first, second}),
-             // Flipping one row twice takes longer than any check that could interfere.
+             // Two flips take longer than any check that could interfere.
              userPressesRefresh(),
              windowShowsOff(first),
              userFlips(first),

@@ -30,7 +30,7 @@ std::optional<std::string> play(const Scenario& scenario, Stage& stage) {
                 step.act(stage);
             }
             if (step.holds && !stage.await([&] { return step.holds(stage); })) {
-                return failure(scenario, i, "this never came to hold", stage);
+                return failure(scenario, i, "this did not happen in time", stage);
             }
         } catch (const std::exception& error) {
             return failure(scenario, i, error.what(), stage);

@@ -9,26 +9,27 @@
 
 namespace tavrel::scenario {
 
-/// One sentence of a story: something that is done, or something that comes to hold.
+/// One step of a story: an action, or an expectation that is waited for.
 struct Step {
+    /// The step in words, for failures.
     std::string told;
     /// Does it; null for an expectation.
     std::function<void(Stage&)> act;
-    /// Whether what is seen now is what is expected; null for an act.
+    /// Whether the expectation is met now; null for an action.
     std::function<bool(Stage&)> holds;
 };
 
-/// A story that can be played on any stage: its name tells it in one line.
+/// A story that can be played on any stage; its name tells it in one line.
 struct Scenario {
-    /// Letters and digits only, so that test runners can show it.
+    /// Letters and digits only, because it becomes part of a test's name.
     std::string name;
     /// How many displays there are, all external and on.
     std::size_t displays = 3;
     std::vector<Step> steps;
 };
 
-/// Plays the steps in order, awaiting each expectation. Returns nothing when all came to
-/// hold, else what was expected and what was seen instead.
+/// Plays the steps in order and waits for each expectation. Returns std::nullopt when all were
+/// met, else what was expected and what was seen instead.
 std::optional<std::string> play(const Scenario& scenario, Stage& stage);
 
 }  // namespace tavrel::scenario

@@ -3,51 +3,52 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tests/scenario/SimulatedStage.h"
 #include "tests/scenario/Steps.h"
 
 namespace tavrel::scenario {
 namespace {
 
-using ::testing::HasSubstr;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Optional;
 
-TEST(Scenario, ThatComesTrueReportsNothing) {
+std::optional<std::string> playWithTwoDisplays(std::vector<Step> steps) {
     SimulatedStage stage(2);
-    EXPECT_EQ(play({"Good", 2, {userFlips(first), serverHasOff({first})}}, stage), std::nullopt);
+    return play({"Story", 2, std::move(steps)}, stage);
 }
 
-TEST(Scenario, TellsWhichExpectationNeverHeldAndWhatWasSeenInstead) {
-    SimulatedStage stage(2);
+TEST(Scenario, PassesWhenItsExpectationsAreMet) {
+    EXPECT_EQ(playWithTwoDisplays({userFlips(first), serverHasOff({first})}), std::nullopt);
+}
+
+TEST(Scenario, FailsWithTheExpectationThatWasNotMetAndWhatWasSeenInstead) {
     const auto failure =
-        play({"Bad", 2, {userFlips(first), serverHasOff({second}), serverHasOn({first})}}, stage);
-    ASSERT_TRUE(failure);
-    EXPECT_THAT(*failure, HasSubstr("Bad, step 2 of 3, the server has 2 off"));
-    EXPECT_THAT(*failure, HasSubstr("server: [off] [on ]"));
-    EXPECT_THAT(*failure, HasSubstr("\"External Display is off\""));
+        playWithTwoDisplays({userFlips(first), serverHasOff({second}), serverHasOn({first})});
+
+    EXPECT_THAT(failure, Optional(AllOf(HasSubstr("Story, step 2 of 3, the server has 2 off"),
+                                        HasSubstr("server: [off] [on ]"),
+                                        HasSubstr("\"External Display is off\""))));
 }
 
-TEST(Scenario, FailsWhenItsServerIsNotAsAtFirst) {
-    SimulatedStage stage(2);
-    EXPECT_TRUE(
-        play({"Moved", 2, {userFlips(first), serverHasOff({first}), serverIsAsAtFirst()}}, stage));
+TEST(Scenario, FailsWhenTheServerIsNotAsAtFirst) {
+    EXPECT_NE(playWithTwoDisplays({userFlips(first), serverHasOff({first}), serverIsAsAtFirst()}),
+              std::nullopt);
 }
 
-TEST(Scenario, FailsWhenARowIsNotAsTold) {
+TEST(Scenario, FailsWhenTheWindowIsNotAsExpected) {
     for (const Step& wrong : {windowShowsOff(first), windowShowsLocked(first), windowShowsOn(third),
                               windowLists({"External Display"}), windowSays("Found 2 displays")}) {
-        SimulatedStage stage(2);
-        EXPECT_TRUE(play({"Wrong", 2, {wrong}}, stage)) << wrong.told;
+        EXPECT_NE(playWithTwoDisplays({wrong}), std::nullopt) << wrong.told;
     }
 }
 
-TEST(Scenario, PlaysQuittingAndTheHotKey) {
-    SimulatedStage stage(2);
-    EXPECT_EQ(play({"HotKey",
-                    2,
-                    {userFlips(first), windowShowsOff(first), userPressesHotKey(),
-                     windowSays("Both displays are on"), userFlips(first), serverHasOff({first}),
-                     userQuits(), serverIsAsAtFirst()}},
-                   stage),
+TEST(Scenario, PlaysTheHotKeyAndQuitting) {
+    EXPECT_EQ(playWithTwoDisplays({userFlips(first), windowShowsOff(first), userPressesHotKey(),
+                                   windowSays("Both displays are on"), userFlips(first),
+                                   serverHasOff({first}), userQuits(), serverIsAsAtFirst()}),
               std::nullopt);
 }
 

@@ -8,7 +8,7 @@ namespace tavrel::scenario {
 
 namespace {
 
-/// Ascending like the rows of external displays; the exact numbers mean nothing.
+/// Ascending like the rows of external displays; otherwise arbitrary.
 DisplayID identifierOf(Display display) {
     return 100 + static_cast<DisplayID>(display);
 }
@@ -72,7 +72,7 @@ void SimulatedStage::killApplication() {
 }
 
 void SimulatedStage::crashApplication() {
-    throw std::logic_error("nobody survives the application on this stage");
+    throw std::logic_error("there is no watchdog on this stage");
 }
 
 void SimulatedStage::switchElsewhere(const std::vector<Display>& displays, bool on) {

@@ -9,8 +9,8 @@
 
 namespace tavrel::scenario {
 
-/// The core on a simulated system, with the window's rules in place of a window. Time
-/// moves only while something is awaited.
+/// The core on a simulated system, with the window's rules instead of a window. Time moves
+/// only in `await`.
 class SimulatedStage : public Stage {
 public:
     explicit SimulatedStage(std::size_t displays, std::uint64_t seed = 1);

@@ -12,25 +12,25 @@ struct Row {
     std::string name;
     std::string explanation;
     bool isBusy = false;
-    /// The switch's position and whether it may be used; both false while busy.
+    /// The position of the switch and whether it may be used; both false while busy.
     bool isOn = false;
     bool isSwitchEnabled = false;
-    /// The reason shown under a switch that may not be used; else empty.
+    /// The text under a switch that may not be used; else empty.
     std::string lockText;
 };
 
-/// What the application's window says.
+/// What the application's window shows.
 struct Window {
     std::vector<Row> rows;
     /// The line above the wake button: the error if there is one, else the status.
     std::string footer;
 };
 
-/// What the window server itself says of one display.
+/// What the window server itself says about one display.
 struct ServerDisplay {
     bool isOn = false;
-    /// Mode, refresh, position, rotation and whether it is primary, as far as this server
-    /// has such things; empty for a display that is off.
+    /// Mode, refresh rate, position, rotation and whether it is primary, as far as this server
+    /// knows them; empty for a display that is off.
     std::string place;
     friend bool operator==(const ServerDisplay&, const ServerDisplay&) = default;
 };
@@ -38,13 +38,13 @@ struct ServerDisplay {
 std::ostream& operator<<(std::ostream& out, const Window& window);
 std::ostream& operator<<(std::ostream& out, const std::vector<ServerDisplay>& displays);
 
-/// A display of the story, named by its place in the window's list: 0 is the first row.
+/// A display of the story, by its place in the window's list: 0 is the first row.
 using Display = std::size_t;
 
 /// Where a scenario is played: the application and a window server, real or simulated.
 ///
-/// A stage is set anew for each scenario, with all displays on and the application running.
-/// Acts return when they are done, not when their consequences are: those are awaited.
+/// Each scenario gets a new stage, with all displays on and the application running. Actions
+/// return when they are done; `await` waits for their consequences.
 class Stage {
 public:
     virtual ~Stage() = default;
@@ -57,12 +57,12 @@ public:
     virtual void pressHotKey() = 0;
     /// Starts the application again after it has ended.
     virtual void startApplication() = 0;
-    /// Returns when the application has ended.
+    /// Blocks until the application has ended.
     virtual void quitApplication() = 0;
-    /// Ends the application, and all it has started, without a chance to clean up.
+    /// Kills the application and every process it has started.
     virtual void killApplication() = 0;
-    /// The same to the application alone: what it has started lives on. Only on stages
-    /// where it starts something.
+    /// Kills the application alone: the processes it has started live on. Throws on a stage
+    /// where there are none.
     virtual void crashApplication() = 0;
 
     // ---- What another program does, all in one change.
@@ -70,12 +70,12 @@ public:
 
     // ---- What can be seen.
     virtual Window window() = 0;
-    /// In the order of the window's list as it was at the beginning.
+    /// In the order of the window's list at the beginning.
     virtual std::vector<ServerDisplay> server() = 0;
-    /// The same, as it was when the stage was set.
+    /// The same, as it was at the beginning.
     virtual const std::vector<ServerDisplay>& serverAtFirst() const = 0;
 
-    /// Lets things happen until `condition` holds; false when it never does.
+    /// Blocks until `condition` holds. Returns false when it does not before the timeout.
     virtual bool await(const std::function<bool()>& condition) = 0;
 };
 

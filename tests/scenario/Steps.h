@@ -5,14 +5,14 @@
 
 #include "tests/scenario/Scenario.h"
 
-/// The vocabulary stories are told in.
+/// The steps that stories are made of.
 namespace tavrel::scenario {
 
 inline constexpr Display first = 0;
 inline constexpr Display second = 1;
 inline constexpr Display third = 2;
 
-// ---- Acts.
+// ---- Actions.
 Step userFlips(Display display);
 Step userPressesRefresh();
 Step userPressesWake();
@@ -24,20 +24,20 @@ Step applicationStarts();
 Step otherProgramSwitchesOff(std::vector<Display> displays);
 Step otherProgramSwitchesOn(std::vector<Display> displays);
 
-// ---- Expectations: of the window…
+// ---- Expectations of the window.
 Step windowLists(std::vector<std::string> names);
 /// On, with a switch that may be used.
 Step windowShowsOn(Display display);
 /// Off, with a switch that may be used.
 Step windowShowsOff(Display display);
-/// On, with a switch that may not be used and says why.
+/// On, with a switch that may not be used and a text that says why.
 Step windowShowsLocked(Display display);
 Step windowSays(std::string footer);
 
-// ---- … and of the window server.
+// ---- Expectations of the window server.
 Step serverHasOn(std::vector<Display> displays);
 Step serverHasOff(std::vector<Display> displays);
-/// Every display is where and as it was when the story began.
+/// Every display is as it was, and where it was, when the story began.
 Step serverIsAsAtFirst();
 
 }  // namespace tavrel::scenario

@@ -90,7 +90,7 @@ const std::vector<Scenario>& switchingStories() {
              windowSays("External Display 3 is off"),
              windowShowsLocked(second),
              userFlips(second),
-             // An answered refresh proves that the flip before it was not just slow.
+             // After a refresh, the flip before it cannot have been merely slow.
              userPressesRefresh(),
              windowSays("Found 3 displays"),
              windowShowsLocked(second),

@@ -41,7 +41,7 @@ bool showsAll(const AccessibleWindow& accessible, std::size_t displays) {
                         [](const Row& row) { return row.isBusy; });
 }
 
-/// Whether all of it lies on one monitor that shows something.
+/// Whether it lies completely on one monitor that is on.
 bool isVisible(const Bounds& bounds, const std::vector<Monitor>& monitors) {
     return std::any_of(monitors.begin(), monitors.end(), [&](const Monitor& each) {
         return each.on && Bounds{each.x, each.y, each.width, each.height}.contains(bounds);
@@ -123,7 +123,7 @@ void VirtualDesktopStage::crashApplication() {
 
 void VirtualDesktopStage::click(const std::function<std::optional<AccessibleElement>()>& find) {
     std::optional<AccessibleElement> target;
-    // The window may be on its way to another monitor: it is clicked where it stays.
+    // The window may be moving to another monitor: wait until it has stopped.
     const bool found = waitUntil([&] {
         const std::optional<AccessibleElement> before = std::exchange(target, find());
         return target && before && target->bounds == before->bounds &&

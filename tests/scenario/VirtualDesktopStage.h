@@ -12,8 +12,8 @@
 
 namespace tavrel::scenario {
 
-/// The built application on a real X server, used with a real pointer and keyboard, read
-/// over AT-SPI, and checked against what the server says.
+/// The built application on a real X server, operated by pointer and keyboard and read over
+/// AT-SPI. The server is asked itself what is on.
 class VirtualDesktopStage : public Stage {
 public:
     /// Throws std::runtime_error when the application does not come up.
@@ -36,7 +36,7 @@ public:
     const std::vector<ServerDisplay>& serverAtFirst() const override { return serverAtFirst_; }
     bool await(const std::function<bool()>& condition) override;
 
-    /// The names the server gives the displays, in the order of the window's list.
+    /// The server's names of the displays, in the order of the window's list.
     const std::vector<std::string>& outputs() const { return outputs_; }
     support::VirtualDesktop& desktop() { return desktop_; }
     const support::UserHome& home() const { return home_; }
@@ -57,9 +57,9 @@ private:
     std::unique_ptr<support::AccessibleWindow> accessible_;
 };
 
-/// Which outputs the rows of the window stand for, with so many monitors: the application
-/// numbers displays its own way, so it is watched switching each of them off, in a
-/// rehearsal on another desktop. The numbering is the same on every desktop.
+/// Finds out which output each row of the window stands for, with this many monitors: the
+/// application numbers displays in its own way, so this has it switch off one after the other
+/// on a desktop of its own. The numbering is the same on every desktop.
 std::vector<std::string> learnOutputs(std::size_t displays, const std::string& program);
 
 }  // namespace tavrel::scenario
