@@ -9,7 +9,7 @@ namespace tavrel::support {
 
 namespace {
 
-/// A session without any activatable service, so that nothing else is ever started in it.
+/// A session without activatable services, so that it starts no other program.
 std::string sessionConfiguration(const std::filesystem::path& socket) {
     return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
@@ -74,7 +74,7 @@ bool answers(const std::string& address) {
     }
 }
 
-/// Asks the session where the accessibility bus is; empty when it does not know yet.
+/// The address of the accessibility bus; empty while the session does not know it.
 std::string askForAccessibilityBus(const std::string& sessionAddress) {
     try {
         const DBus session(sessionAddress);

@@ -9,12 +9,12 @@
 
 namespace tavrel::support {
 
-/// A D-Bus session with nothing on it but the accessibility service, told that assistive
-/// technology is in use, so that programs started in it describe their windows.
+/// A D-Bus session with the accessibility service and nothing else. Assistive technology is
+/// switched on, so that programs started in it describe their windows.
 class AccessibilityBus {
 public:
-    /// Keeps its files in `folder`, which outlives it. Returns when both buses answer.
-    /// Throws std::runtime_error when one does not.
+    /// Keeps its files in `folder`, which must outlive it. Blocks until both buses answer;
+    /// throws std::runtime_error when one does not.
     AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
                      Janitor& janitor);
 

@@ -21,7 +21,7 @@ AccessibleWindow::AccessibleWindow(const std::string& busAddress, pid_t process)
     : bus_(busAddress), process_(process) {}
 
 std::vector<AccessibleElement> AccessibleWindow::elements() const {
-    // A walk that meets an element just as it goes is made again.
+    // An element may disappear during the walk: then walk again.
     std::vector<AccessibleElement> found;
     const auto walk = [&] {
         try {

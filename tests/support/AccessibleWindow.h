@@ -20,8 +20,7 @@ struct AccessibleElement {
     /// The toolkit-independent name of what it is: "label", "check box", "push button".
     std::string role;
     Bounds bounds;
-    /// Its place in the list it came with, and its container's there; the first element
-    /// is its own.
+    /// The index of its container in the list of elements; the first one is its own container.
     std::size_t parent = 0;
 
     bool isChecked() const { return has(4); }
@@ -38,26 +37,26 @@ private:
     bool has(unsigned state) const { return (states >> state & 1U) != 0; }
 };
 
-/// A program's window as a screen reader meets it, over AT-SPI. It asks the program anew
-/// each time and keeps nothing.
+/// A program's window as a screen reader reads it, over AT-SPI. Each call asks the program
+/// again.
 class AccessibleWindow {
 public:
-    /// `busAddress` is the accessibility bus's. Throws DBusError when it is not there.
+    /// `busAddress` is the accessibility bus's. Throws DBusError when there is no such bus.
     AccessibleWindow(const std::string& busAddress, pid_t process);
 
-    /// Everything the program shows, containers before what they hold, in reading order.
-    /// Empty while the program has not introduced itself or has gone.
+    /// Everything the program shows, containers before their contents, in reading order. Empty
+    /// while the program has not registered, or when it has ended.
     std::vector<AccessibleElement> elements() const;
 
-    /// The first element with this name.
+    /// The first element with this name; std::nullopt when there is none.
     std::optional<AccessibleElement> find(const std::string& name) const;
 
-    /// Does what a press of the element does, without pointer or keyboard. Returns whether
-    /// the program took it. Throws DBusError when the element has gone or has no action.
+    /// Does what a press of the element does, without pointer or keyboard. Returns whether the
+    /// program accepted it. Throws DBusError when the element is gone or has no action.
     bool act(const AccessibleElement& element) const;
 
-    /// Awaits the element that `find` looks for and acts on it. One that goes between the
-    /// look and the press has not been pressed and is looked for again.
+    /// Waits for the element that `find` looks for and acts on it. Looks again when the element
+    /// disappears before it is pressed.
     bool actOn(const std::function<std::optional<AccessibleElement>()>& find) const;
 
 private:

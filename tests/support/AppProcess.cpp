@@ -10,7 +10,7 @@ namespace tavrel::support {
 
 namespace {
 
-/// Each run keeps what it prints in a folder of its own, since several may share a home.
+/// Each run has its own folder for its output, because several may share a home.
 std::filesystem::path newOutputFolder(const UserHome& home) {
     std::string pattern = (home.path() / "output-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
@@ -29,7 +29,7 @@ Environment environmentOn(const VirtualDesktop* desktop, const UserHome& home) {
     environment["XDG_CONFIG_HOME"] = home.configFolder().string();
     environment["XDG_CACHE_HOME"] = (home.path() / "cache").string();
     environment["XDG_RUNTIME_DIR"] = runtime.string();
-    // No bus is a bus that cannot be reached: left out, one would be looked for elsewhere.
+    // An address that cannot be reached: without one, the program would look for a bus.
     environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (runtime / "no-bus").string();
     environment["QT_QPA_PLATFORM"] = "xcb";
     if (desktop != nullptr) {

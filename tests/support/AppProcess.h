@@ -11,8 +11,8 @@ namespace tavrel::support {
 
 class VirtualDesktop;
 
-/// A user's home folder, fresh and empty: what the application keeps between runs. It is
-/// removed, and what runs in it ends, also when this process dies.
+/// A new, empty home folder: what the application keeps between runs. It is removed, and
+/// programs that run in it end, also when this process dies.
 class UserHome {
 public:
     std::filesystem::path path() const { return folder_.path(); }
@@ -20,7 +20,7 @@ public:
     /// The file behind the application's store.
     std::filesystem::path defaultsFile() const { return configFolder() / "tavrel/defaults.json"; }
 
-    /// Makes this text, whole, the application's store.
+    /// Replaces the content of the application's store.
     void plantDefaults(const std::string& text) const { writeFile(defaultsFile(), text); }
 
     Janitor& janitor() const { return janitor_; }
@@ -30,20 +30,20 @@ private:
     mutable Janitor janitor_{folder_.path()};
 };
 
-/// A graphical program running on a virtual desktop in an environment of its own. Ends
-/// with this object at the latest.
+/// A graphical program running on a virtual desktop in its own environment. The destructor ends
+/// it.
 class AppProcess {
 public:
     struct Options {
         std::string program;
         std::vector<std::string> arguments = {};
-        /// Added to, or put in place of, what the desktop and the home imply.
+        /// Added to what the desktop and the home imply, or replacing it.
         Environment environment = {};
     };
 
     /// Throws std::runtime_error when it cannot be started. `home` must outlive it.
     AppProcess(const VirtualDesktop& desktop, const UserHome& home, const Options& options);
-    /// Without any X server to open its window on.
+    /// Runs the program without an X server.
     AppProcess(const UserHome& home, const Options& options);
     ~AppProcess();
     AppProcess(const AppProcess&) = delete;

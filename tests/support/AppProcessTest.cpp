@@ -16,7 +16,7 @@
 namespace tavrel::support {
 namespace {
 
-/// A toolkit's window on a desktop, read and used in every way the harness offers.
+/// A toolkit's window on a desktop, read and operated in every way this folder offers.
 class AppProcessTest : public testing::Test {
 protected:
     AppProcessTest() {
@@ -25,6 +25,10 @@ protected:
 
     AccessibleElement element(const std::string& name) const {
         return accessible.find(name).value_or(AccessibleElement{});
+    }
+
+    std::optional<AppWindow> window() const {
+        return AppWindow::find(desktop.displayName(), app.pid());
     }
 
     VirtualDesktop desktop{{.monitors = 1, .accessibility = true}};
@@ -48,58 +52,62 @@ TEST_F(AppProcessTest, ReadsTextsAndStatesOverTheAccessibilityBus) {
 
 TEST_F(AppProcessTest, ActsWithoutPointerOrKeyboard) {
     EXPECT_TRUE(accessible.act(element("Tick me")));
+
     EXPECT_TRUE(waitUntil([&] { return element("Tick me").isChecked(); }));
 }
 
 TEST_F(AppProcessTest, ClicksWhereTheElementIs) {
     const Bounds bounds = element("Press me").bounds;
+
     Pointer(desktop.displayName()).click(bounds.centreX(), bounds.centreY());
+
     EXPECT_TRUE(waitUntil([&] { return accessible.find("pressed").has_value(); }));
 }
 
 TEST_F(AppProcessTest, TypesIntoTheFocusedWindow) {
-    const auto window = AppWindow::find(desktop.displayName(), app.pid());
-    ASSERT_TRUE(window);
-    window->focus();
+    window().value().focus();
     const Keyboard keyboard(desktop.displayName());
+
     ASSERT_TRUE(waitUntil([&] {
         keyboard.tap(key::tab);
         return waitUntil([&] { return element("Tick me").isFocused(); },
                          std::chrono::milliseconds(300));
     }));
     keyboard.tap(key::space);
+
     EXPECT_TRUE(waitUntil([&] { return element("Tick me").isChecked(); }));
 }
 
 TEST_F(AppProcessTest, KnowsTheWindowsSizeAndItsLimits) {
-    const auto window = AppWindow::find(desktop.displayName(), app.pid());
-    ASSERT_TRUE(window);
-    EXPECT_EQ(window->fixedSize(), (Bounds{0, 0, 300, 200}));
-    EXPECT_TRUE(window->refusesMaximising());
-    EXPECT_EQ(window->bounds().width, 300);
-    EXPECT_TRUE((Bounds{0, 0, 1920, 1080}).contains(window->bounds()));
+    EXPECT_EQ(window().value().fixedSize(), (Bounds{0, 0, 300, 200}));
+    EXPECT_TRUE(window().value().refusesMaximising());
+    EXPECT_EQ(window().value().bounds().width, 300);
+    EXPECT_TRUE((Bounds{0, 0, 1920, 1080}).contains(window().value().bounds()));
 }
 
 TEST_F(AppProcessTest, TakesPicturesOfTheScreen) {
     const auto file = home.path() / "screen.png";
+    const Bounds bounds = window().value().bounds();
+
     saveScreenshot(desktop.displayName(), file);
+
     const QImage picture(QString::fromStdString(file.string()));
     EXPECT_EQ(picture.size(), QSize(1920, 1080));
-    const auto window = AppWindow::find(desktop.displayName(), app.pid());
-    ASSERT_TRUE(window);
-    const Bounds bounds = window->bounds();
     EXPECT_NE(picture.pixel(bounds.x + 5, bounds.y + 5),
               picture.pixel(bounds.x + bounds.width + 5, bounds.y + 5));
 }
 
 TEST_F(AppProcessTest, ClosesTheWindowAsAWindowManagerDoes) {
-    AppWindow::find(desktop.displayName(), app.pid())->close();
+    window().value().close();
+
     EXPECT_EQ(app.process().waitForEnd(), (ChildProcess::Ending{0, std::nullopt}));
 }
 
 TEST_F(AppProcessTest, TellsHowTheProgramEnded) {
     EXPECT_TRUE(app.process().isRunning());
+
     app.process().signal(SIGKILL);
+
     EXPECT_EQ(app.process().waitForEnd(), (ChildProcess::Ending{std::nullopt, SIGKILL}));
     EXPECT_THAT(app.process().livingGroup(), testing::IsEmpty());
 }

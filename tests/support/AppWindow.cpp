@@ -22,7 +22,7 @@ xcb_atom_t atom(const XConnection& connection, const std::string& name) {
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
-/// A property's 32-bit values; none when it is absent.
+/// The 32-bit values of a property; empty when it is absent.
 std::vector<std::uint32_t> property(const XConnection& connection, xcb_window_t window,
                                     const std::string& name) {
     const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
@@ -96,8 +96,8 @@ std::optional<Bounds> AppWindow::fixedSize() const {
 }
 
 bool AppWindow::refusesMaximising() const {
-    // _MOTIF_WM_HINTS: flags (1: the functions are given), functions. Function 1 stands
-    // for all but those named, 16 for maximising.
+    // _MOTIF_WM_HINTS: flags (1: the functions are given), functions. Function 1 means
+    // all but those listed, 16 maximising.
     const auto hints = property(XConnection(displayName_), window_, "_MOTIF_WM_HINTS");
     if (hints.size() < 2 || (hints[0] & 1U) == 0) {
         return false;

@@ -26,24 +26,24 @@ struct Bounds {
 
 std::ostream& operator<<(std::ostream& out, const Bounds& bounds);
 
-/// What the X server, and a window manager if there were one, know of a program's window.
+/// What the X server, and a window manager if there were one, know about a program's window.
 class AppWindow {
 public:
-    /// The visible top-level window of the process; nothing while it has none.
+    /// The visible top-level window of the process; std::nullopt while it has none.
     static std::optional<AppWindow> find(const std::string& displayName, pid_t process);
 
     xcb_window_t id() const { return window_; }
-    /// Where it is now. Throws std::runtime_error when it has gone.
+    /// Where it is now. Throws std::runtime_error when it is gone.
     Bounds bounds() const;
 
-    /// The one size it asks window managers to hold it at; nothing if it allows several.
+    /// The only size it asks window managers to allow; std::nullopt when it allows several.
     std::optional<Bounds> fixedSize() const;
     /// Whether it asks window managers to offer no maximising.
     bool refusesMaximising() const;
 
     /// Asks it to close as a window manager's close button does.
     void close() const;
-    /// Directs the keyboard to it as a window manager does.
+    /// Gives it the keyboard focus as a window manager does.
     void focus() const;
 
 private:

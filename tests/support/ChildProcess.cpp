@@ -32,8 +32,8 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return result;
 }
 
-/// All that the new process needs, laid out before the fork: between fork and exec only
-/// async-signal-safe calls are allowed, since this process may have other threads.
+/// Everything the new process needs, prepared before the fork: between fork and exec only
+/// async-signal-safe calls are allowed, because this process may have other threads.
 struct Launch {
     std::vector<std::string> arguments;
     std::vector<std::string> variables;
@@ -135,13 +135,13 @@ void ChildProcess::signal(int number) const {
 }
 
 std::optional<ChildProcess::Ending> ChildProcess::waitForEnd(
-    std::chrono::milliseconds bound) const {
+    std::chrono::milliseconds timeout) const {
     if (ending_) {
         return ending_;
     }
     siginfo_t info{};
-    // The ended process is left unreaped, so that its number, which is also its group's,
-    // cannot be given to anyone else while this object may still send signals to it.
+    // The process is not reaped yet, so that its number, which is also its group's, is not
+    // used again while this object may still send signals to it.
     const bool ended = waitUntil(
         [&] {
             info = {};
@@ -149,7 +149,7 @@ std::optional<ChildProcess::Ending> ChildProcess::waitForEnd(
                        0 ||
                    info.si_pid == pid_;
         },
-        bound);
+        timeout);
     if (!ended) {
         return std::nullopt;
     }
@@ -159,13 +159,13 @@ std::optional<ChildProcess::Ending> ChildProcess::waitForEnd(
     return Ending{std::nullopt, info.si_status};
 }
 
-void ChildProcess::stop(std::chrono::milliseconds patience) {
+void ChildProcess::stop(std::chrono::milliseconds timeout) {
     if (ending_) {
         return;
     }
     if (isRunning()) {
         ::kill(pid_, SIGTERM);
-        waitForEnd(patience);
+        waitForEnd(timeout);
     }
     killFamily();
 }
@@ -174,7 +174,7 @@ void ChildProcess::killFamily() {
     if (ending_) {
         return;
     }
-    // All are halted before the first dies, so that none can act on another's death.
+    // All are stopped before the first is killed, so that none can react to another's end.
     std::vector<pid_t> family;
     std::size_t halted = 0;
     do {

@@ -16,22 +16,22 @@ namespace tavrel::support {
 /// The environment a program is started with, whole: nothing is inherited.
 using Environment = std::map<std::string, std::string>;
 
-/// What every program needs to run at all (PATH, locale, the sanitizers' settings), taken
-/// from this process, and nothing that would tie it to this user's desktop.
+/// What every program needs to run (PATH, locale, settings of the sanitizers), taken from this
+/// process, without anything that belongs to this user's desktop.
 Environment bareEnvironment();
 
-/// A started program, the leader of a process group of its own. It gets SIGTERM when the
-/// thread that started it dies, and it and its group are gone when this object is.
+/// A running program, the leader of its own process group. It gets SIGTERM when the thread that
+/// started it ends; the destructor ends it and its group.
 class ChildProcess {
 public:
     struct Options {
         /// The program (looked up in PATH unless it holds a slash) and its arguments.
         std::vector<std::string> command;
         Environment environment = bareEnvironment();
-        /// Where its output goes; nowhere when empty.
+        /// Files for its output, which is discarded where they are empty.
         std::filesystem::path standardOutput;
         std::filesystem::path standardError;
-        /// A descriptor of ours that becomes the program's descriptor 3; -1 for none.
+        /// A descriptor of this process that becomes the program's descriptor 3; -1 for none.
         int descriptorThree = -1;
     };
 
@@ -54,18 +54,18 @@ public:
     /// Sends a signal to the program itself. Does nothing once it has ended.
     void signal(int number) const;
 
-    /// Kills it and all that was started from it, as if in one moment, and returns when
-    /// they have gone.
+    /// Kills it and every process started from it, at once, and blocks until they are gone.
     void killFamily();
 
-    /// Waits for its end; nothing when it still runs after `bound`.
-    std::optional<Ending> waitForEnd(std::chrono::milliseconds bound = generousBound) const;
+    /// Blocks until it has ended. std::nullopt when it still runs after `timeout`.
+    std::optional<Ending> waitForEnd(std::chrono::milliseconds timeout = defaultTimeout) const;
 
-    /// Asks it to end, insists after `patience`, and returns when its family has gone.
-    void stop(std::chrono::milliseconds patience = std::chrono::seconds(10));
+    /// Asks it to end, kills it after `timeout`, and blocks until every process started from it
+    /// is gone too.
+    void stop(std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
-    /// The processes of its group that still run: itself, and what it started unless that
-    /// chose a group of its own.
+    /// The running processes of its group: itself, and those it started that did not choose
+    /// another group.
     std::vector<pid_t> livingGroup() const;
 
 private:
@@ -76,8 +76,8 @@ private:
 
 std::ostream& operator<<(std::ostream& out, const ChildProcess::Ending& ending);
 
-/// Runs a program to its end and returns its standard output. Throws std::runtime_error
-/// with its standard error when it fails or outlasts the bound.
+/// Runs a program to its end and returns its standard output. Throws std::runtime_error with
+/// its standard error when it fails or does not end in time.
 std::string runToEnd(std::vector<std::string> command, Environment environment);
 
 }  // namespace tavrel::support

@@ -10,8 +10,8 @@ extern "C" {
 
 namespace tavrel {
 
-/// For the child of a death test: a process that aborts would otherwise take the counts
-/// of the lines it ran with it. Does nothing but in a build that counts them.
+/// For the child of a death test: keeps the coverage of a process that aborts, which would
+/// otherwise be lost. Does nothing in a build without coverage.
 inline void keepCoverageOnAbort() {
 #if defined(TAVREL_COVERAGE)
     std::signal(SIGABRT, [](int) { __gcov_dump(); });

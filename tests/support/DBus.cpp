@@ -39,7 +39,7 @@ Variant DBus::call(const std::string& service, const std::string& object, const 
     GError* error = nullptr;
     Variant result(g_dbus_connection_call_sync(
         connection_, service.c_str(), object.c_str(), interface, method, arguments, nullptr,
-        G_DBUS_CALL_FLAGS_NONE, static_cast<int>(generousBound.count()), nullptr, &error));
+        G_DBUS_CALL_FLAGS_NONE, static_cast<int>(defaultTimeout.count()), nullptr, &error));
     if (!result) {
         raise(std::string(method), error);
     }

@@ -13,7 +13,7 @@ struct VariantUnref {
 };
 using Variant = std::unique_ptr<GVariant, VariantUnref>;
 
-/// A message bus or the program asked did not answer, or answered with an error.
+/// A message bus, or the program that was asked, did not answer or answered with an error.
 class DBusError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -33,7 +33,7 @@ void pause(long milliseconds) {
     ::nanosleep(&time, nullptr);
 }
 
-/// Asks a process group to end, and insists after about three seconds.
+/// Asks a process group to end, and kills it after about three seconds.
 void endGroup(pid_t leader) {
     ::kill(-leader, SIGTERM);
     for (int round = 0; round < 300 && ::kill(-leader, 0) == 0; ++round) {
@@ -42,8 +42,8 @@ void endGroup(pid_t leader) {
     ::kill(-leader, SIGKILL);
 }
 
-/// The address of a display's socket, assembled by hand since the formatting functions
-/// are not async-signal-safe.
+/// The address of a display's socket. Built by hand, because the formatting functions are not
+/// async-signal-safe.
 sockaddr_un socketAddress(int displayNumber) {
     constexpr char prefix[] = "/tmp/.X11-unix/X";
     sockaddr_un address{};
@@ -64,7 +64,7 @@ sockaddr_un socketAddress(int displayNumber) {
 void removeDisplayFiles(int displayNumber) {
     const sockaddr_un address = socketAddress(displayNumber);
     const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    // The number may have become another server's meanwhile.
+    // Another server may have taken the number meanwhile.
     const bool abandoned =
         ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
         errno == ECONNREFUSED;
@@ -74,7 +74,7 @@ void removeDisplayFiles(int displayNumber) {
     }
 }
 
-/// Takes a group out of the first `count` messages; returns how many are left.
+/// Removes a group from the first `count` messages. Returns how many are left.
 std::size_t Janitor::forget(std::span<Message> entrusted, std::size_t count, pid_t leader) {
     const auto end = entrusted.begin() + static_cast<std::ptrdiff_t>(count);
     const auto rest = std::remove_if(entrusted.begin(), end, [&](const Message& each) {
@@ -83,19 +83,19 @@ std::size_t Janitor::forget(std::span<Message> entrusted, std::size_t count, pid
     return static_cast<std::size_t>(rest - entrusted.begin());
 }
 
-/// The janitor's whole life. It was forked from a process with other threads, so only
-/// async-signal-safe calls may be made here.
+/// What the janitor's process runs. It was forked from a process with other threads, so only
+/// async-signal-safe calls are allowed here.
 void Janitor::serve(int pipe, const char* folder) {
     ::setsid();
     ::prctl(PR_SET_NAME, "test-janitor");
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
-        // Nothing may end it before its duty is done.
+        // No signal may end it before it has cleaned up.
         ::signal(number, SIG_IGN);
     }
     ::dup2(pipe, 0);
     ::close_range(1, ~0U, 0);
 
-    // More at once than any test has; what does not fit is not remembered.
+    // More than any test needs; what does not fit is ignored.
     std::array<Message, 32> entrusted{};
     std::size_t count = 0;
     Message message{};

@@ -9,24 +9,24 @@
 
 namespace tavrel::support {
 
-/// A small process that outlives this one if this one dies without cleaning up (a crash, a
-/// SIGKILL, a test runner's time limit) and then ends what was entrusted to it.
+/// A small process that cleans up when this one dies without doing so (a crash, SIGKILL, the
+/// timeout of a test runner).
 ///
-/// It holds nothing open but its end of a pipe, so it keeps no test runner waiting.
+/// It keeps nothing open but its end of a pipe, so no test runner waits for it.
 class Janitor {
 public:
-    /// From now on `folder` is removed should this process die. Throws std::system_error.
+    /// From now on, removes `folder` when this process dies. Throws std::system_error.
     explicit Janitor(const std::filesystem::path& folder);
-    /// Dismisses it: whoever made it has cleaned up.
+    /// Ends it: this process has cleaned up itself.
     ~Janitor();
     Janitor(const Janitor&) = delete;
     Janitor& operator=(const Janitor&) = delete;
 
-    /// Also end the process group that this process leads.
+    /// From now on, also ends the process group of this leader.
     void watchGroup(pid_t leader);
-    /// The group has ended and its number may become somebody else's.
+    /// The group has ended: its number may be used again.
     void forgetGroup(pid_t leader);
-    /// Also remove what the X server with this number leaves behind when it is killed.
+    /// From now on, also removes the files of the X server with this number.
     void watchDisplay(int number);
 
 private:
@@ -39,7 +39,7 @@ private:
     pid_t pid_ = -1;
 };
 
-/// Removes the socket of a display if no server listens there any more. Async-signal-safe.
+/// Removes the socket of a display if no server listens there. Async-signal-safe.
 void removeDisplayFiles(int displayNumber);
 
 }  // namespace tavrel::support

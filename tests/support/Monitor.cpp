@@ -27,7 +27,7 @@ public:
         if (extension == nullptr || extension->present == 0) {
             throw std::runtime_error("the X server has no RandR");
         }
-        // Nothing changes between our questions; the grab ends with the connection.
+        // Nothing may change between two questions; the grab ends with the connection.
         xcb_grab_server(connection_.get());
         resources_.reset(xcb_randr_get_screen_resources_current_reply(
             connection_.get(),

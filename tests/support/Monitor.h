@@ -11,7 +11,7 @@ namespace tavrel::support {
 struct Monitor {
     std::string name;
     bool connected = false;
-    /// Whether it drives a part of the screen. When not, all that follows is empty.
+    /// Whether it shows a part of the screen. When not, all that follows is empty.
     bool on = false;
     int x = 0;
     int y = 0;
@@ -29,12 +29,12 @@ struct Monitor {
 /// "DUMMY1 on 1920x1080@59.96 +1920+0 primary".
 std::ostream& operator<<(std::ostream& out, const Monitor& monitor);
 
-/// Asks the X server at `displayName`, over a connection of its own that is closed again,
-/// for every output that is connected, in the server's order. The code under test has no
-/// part in it. Throws std::runtime_error when there is no server or no RandR 1.3.
+/// Asks the X server at `displayName`, over its own connection and without the code under test,
+/// for every connected output, in the server's order. Throws std::runtime_error when there is
+/// no server or no RandR 1.3.
 std::vector<Monitor> readMonitors(const std::string& displayName);
 
-/// The size of the whole X screen, asked likewise.
+/// The size of the whole X screen, asked for in the same way.
 struct ScreenSize {
     int width = 0;
     int height = 0;

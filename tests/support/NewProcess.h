@@ -11,8 +11,8 @@
 namespace tavrel::support {
 
 /// Runs the current test again in a new process of this executable, and calls `body` only
-/// there. For what is kept for the life of a process. What fails in `body` is in the output,
-/// and fails this test too.
+/// there: for state that lasts as long as a process. Failures in `body` are printed, and fail
+/// this test too.
 inline void inNewProcess(const std::function<void()>& body) {
     constexpr const char* variable = "TAVREL_TEST_NEW_PROCESS";
     // A process that does not come to run the test ends with another status.

@@ -43,7 +43,7 @@ void OtherClient::showSameAs(const std::string& output, const std::string& origi
 void OtherClient::connect(const std::string& output, int x, int y, const std::string& mode) const {
     run({"--addmode", output, mode});
     run({"--output", output, "--mode", mode, "--pos", std::to_string(x) + "x" + std::to_string(y)});
-    // Listing the outputs makes the server look at its connectors anew.
+    // Listing the outputs makes the server check its connectors again.
     run({"--query"});
 }
 

@@ -5,9 +5,8 @@
 
 namespace tavrel::support {
 
-/// Another program at the same X server: it changes the layout by running xrandr, which
-/// nobody here wrote. Every call returns when xrandr has ended and throws
-/// std::runtime_error when it failed.
+/// Another program at the same X server, which changes the layout by running xrandr. Every call
+/// blocks until xrandr has ended and throws std::runtime_error when it failed.
 class OtherClient {
 public:
     explicit OtherClient(std::string displayName);
@@ -21,8 +20,8 @@ public:
     void setPosition(const std::string& output, int x, int y) const;
     void setPrimary(const std::string& output) const;
     void showSameAs(const std::string& output, const std::string& original) const;
-    /// A monitor appears: a further output of the dummy driver gets its first mode, shows
-    /// it at this place, and counts as connected from now on, also when switched off.
+    /// Connects a monitor: another output of the dummy driver gets its first mode, shows it at
+    /// this place, and counts as connected from now on, also when switched off.
     void connect(const std::string& output, int x, int y,
                  const std::string& mode = "1920x1080") const;
     void run(std::vector<std::string> arguments) const;

@@ -6,8 +6,8 @@
 
 namespace tavrel::support {
 
-/// A hand on the mouse of an X server: what it does is indistinguishable from a device.
-/// Every call returns once the server has taken it.
+/// The mouse of an X server; programs cannot tell it from a real one. Every call blocks until
+/// the server has handled it.
 class Pointer {
 public:
     /// Throws std::runtime_error when there is no server or it has no XTEST.

@@ -16,7 +16,7 @@ std::vector<ListedProcess> runningProcesses() {
         const std::string name = entry.path().filename().string();
         pid_t pid = 0;
         const auto parsed = std::from_chars(name.data(), name.data() + name.size(), pid);
-        // "123 (any name) S 1 123 …"; a process that has gone meanwhile reads as empty.
+        // "123 (any name) S 1 123 …"; empty for a process that has ended meanwhile.
         const std::string stat =
             parsed.ptr == name.data() + name.size() ? readFile(entry.path() / "stat") : "";
         const auto nameEnd = stat.rfind(')');

@@ -13,11 +13,10 @@ struct ListedProcess {
     pid_t group;
 };
 
-/// All processes that run just now; ended ones that nobody has reaped do not.
+/// All processes that run now, without ended ones that have not been reaped.
 std::vector<ListedProcess> runningProcesses();
 
-/// The running process itself, what it started, what those started, and so on, and all
-/// that is in its process group.
+/// The process itself if it runs, its descendants, and all of its process group.
 std::vector<pid_t> familyOf(pid_t process);
 
 }  // namespace tavrel::support

@@ -3,7 +3,7 @@
 #include <QApplication>
 #include "ui/paint/Theme.h"
 
-/// Runs tests of widgets, on no real screen unless the environment names one.
+/// Runs tests of widgets, without a real screen unless the environment names one.
 int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -1,7 +1,7 @@
 #include "tests/support/SessionManager.h"
 
 #include <X11/SM/SMlib.h>
-// In this order: the second does not stand on its own.
+// In this order: the second header needs the first.
 #include <X11/ICE/ICEutil.h>
 #include <poll.h>
 
@@ -16,7 +16,7 @@ namespace tavrel::support {
 
 namespace {
 
-/// How long one wait for news lasts, so that an end or a log-out is noticed.
+/// How long one wait for messages lasts, so that the end or a log-out is noticed.
 constexpr int pollMilliseconds = 20;
 
 /// Frees what the session-management library hands out with malloc.
@@ -26,14 +26,14 @@ void release(void* memory) {
 
 }  // namespace
 
-/// All of the session-management library is used on one thread, as it asks for.
+/// Uses the session-management library on one thread only, as it requires.
 class SessionManager::Impl {
 public:
     Impl() {
-        // A program that just ends is nothing to end the tests for, as the default has it.
+        // By default, the library ends this process when a program just closes its connection.
         IceSetIOErrorHandler([](IceConn) {});
         std::array<char, 256> error{};
-        // The library takes its own name as a plain char pointer.
+        // The library takes the name as a non-const pointer.
         std::string vendor = "tests";
         std::string version = "1";
         SmsInitialize(vendor.data(), version.data(), newClient, this, anybody, error.size(),

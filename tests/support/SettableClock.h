@@ -4,7 +4,7 @@
 
 namespace tavrel {
 
-/// A time of day that stands still until a test sets it.
+/// A time of day that only changes when a test sets it.
 struct SettableClock : WallClock {
     explicit SettableClock(double secondsSinceReferenceDate = 800'000'000)
         : time{secondsSinceReferenceDate} {}

@@ -9,13 +9,12 @@
 
 namespace tavrel::support {
 
-/// Counts how often anybody has switched a CRTC on since it was made, as the X server
-/// tells it.
+/// Counts how often a CRTC has been switched on, by any program, since this was created.
 class SwitchCount {
 public:
     explicit SwitchCount(const std::string& displayName);
 
-    /// How many CRTCs have come on so far. To be asked when things have settled.
+    /// How many have been switched on so far. To be called when the layout has settled.
     int switchedOn();
 
 private:

@@ -24,7 +24,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string readFile(const std::filesystem::path& file) {
-    // Not by a stream's buffer: that throws when a file under /proc loses its process.
+    // Not through a stream's buffer: it throws when the process of a file under /proc ends.
     std::string content;
     std::ifstream in(file, std::ios::binary);
     std::array<char, 4096> part{};

@@ -5,10 +5,10 @@
 
 namespace tavrel::support {
 
-/// A new folder that only its owner can read, removed with all it holds on destruction.
+/// A new folder that only its owner can read. The destructor removes it with its content.
 class TemporaryFolder {
 public:
-    /// Throws std::system_error when it cannot be made.
+    /// Throws std::system_error when it cannot be created.
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -23,7 +23,7 @@ private:
 /// The whole content of a file; empty when it cannot be read.
 std::string readFile(const std::filesystem::path& file);
 
-/// Writes a file anew, making the folders above it. Throws std::runtime_error.
+/// Writes or replaces a file, and creates the folders above it. Throws std::runtime_error.
 void writeFile(const std::filesystem::path& file, const std::string& content);
 
 }  // namespace tavrel::support

@@ -17,8 +17,8 @@ namespace tavrel::support {
 
 namespace {
 
-/// The driver is named and every device left out, so that the server touches no hardware,
-/// asks no system service and starts as an ordinary user too. The screens never blank.
+/// It names the driver and no device, so that the server touches no hardware, asks no system
+/// service and starts as an ordinary user too. The screens never blank.
 constexpr const char* configuration = R"(
 Section "ServerFlags"
     Option "AutoAddDevices" "off"
@@ -63,14 +63,14 @@ std::string serverProgram() {
     return std::filesystem::exists(unwrapped) ? unwrapped : "Xorg";
 }
 
-/// The number the server writes once it takes connections; nothing if it ends first or
-/// stays silent.
+/// The number the server writes when it accepts connections; std::nullopt when it ends first or
+/// writes nothing.
 std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
     std::string text;
     while (text.empty() || text.back() != '\n') {
         pollfd ready{pipe.number(), POLLIN, 0};
         char character = 0;
-        if (::poll(&ready, 1, static_cast<int>(generousBound.count())) <= 0 ||
+        if (::poll(&ready, 1, static_cast<int>(defaultTimeout.count())) <= 0 ||
             ::read(pipe.number(), &character, 1) != 1) {
             return std::nullopt;
         }
@@ -84,7 +84,7 @@ std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
 }  // namespace
 
 VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()) {
-    // Servers that look for a free number at the same moment can trip over each other.
+    // Servers that look for a free number at the same time can disturb each other.
     constexpr int attempts = 3;
     for (int attempt = 1; displayName_.empty(); ++attempt) {
         try {
@@ -175,6 +175,12 @@ std::string VirtualDesktop::accessibilityBusAddress() const {
     return bus_ ? bus_->accessibilityAddress() : "";
 }
 
+int VirtualDesktop::monitorsOn() const {
+    const std::vector<Monitor> all = monitors();
+    return static_cast<int>(
+        std::count_if(all.begin(), all.end(), [](const Monitor& each) { return each.on; }));
+}
+
 Monitor VirtualDesktop::monitor(const std::string& name) const {
     const std::vector<Monitor> all = monitors();
     const auto found = std::find_if(all.begin(), all.end(),
@@ -186,7 +192,7 @@ Monitor VirtualDesktop::monitor(const std::string& name) const {
 
 std::vector<Monitor> VirtualDesktop::monitors() const {
     if (server_ == nullptr) {
-        // Its number may be another server's by now.
+        // Another server may have taken its number by now.
         throw std::runtime_error("the X server has been killed");
     }
     return readMonitors(displayName_);

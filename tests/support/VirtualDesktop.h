@@ -14,24 +14,24 @@ namespace tavrel::support {
 class AccessibilityBus;
 class ChildProcess;
 
-/// A real X server of the test's own, without hardware: Xorg with the dummy driver on a
-/// free display number. Nothing of it is left when it is destroyed, nor when the process
-/// dies. Use it on the thread that made it.
+/// A real X server for one test, without hardware: Xorg with the dummy driver on a free display
+/// number. It leaves nothing behind, also when this process dies. Use it on the thread that
+/// created it.
 class VirtualDesktop {
 public:
     struct Options {
-        /// 1920×1080 each, side by side, DUMMY0 leftmost and primary; 1 to 16.
+        /// 1 to 16, each 1920×1080, side by side, DUMMY0 leftmost and primary.
         int monitors = 3;
         /// Without it the server offers no RandR and there is one fixed screen.
         bool randr = true;
-        /// Also run a private D-Bus session with assistive technology switched on.
+        /// Also runs a private D-Bus session with assistive technology switched on.
         bool accessibility = false;
         /// Further arguments for the server.
         std::vector<std::string> serverArguments = {};
     };
 
-    /// Returns when the server answers and shows the monitors. Throws std::runtime_error,
-    /// with the server's own words, when it does not come up.
+    /// Blocks until the server answers and shows the monitors. Throws std::runtime_error with
+    /// the server's own messages when it does not start.
     VirtualDesktop() : VirtualDesktop(Options{}) {}
     explicit VirtualDesktop(const Options& options);
     ~VirtualDesktop();
@@ -45,16 +45,18 @@ public:
     /// The address of the bus assistive technology uses; empty without `accessibility`.
     std::string accessibilityBusAddress() const;
 
-    /// What the X server itself says of its connected outputs.
+    /// The connected outputs, as the X server itself describes them.
     std::vector<Monitor> monitors() const;
-    /// The one of that name; an unconnected one when there is none.
+    /// How many of them are on.
+    int monitorsOn() const;
+    /// The output with this name; an unconnected one when there is none.
     Monitor monitor(const std::string& name) const;
     ScreenSize screenSize() const { return readScreenSize(displayName_); }
 
     /// Another program at this server.
     OtherClient otherClient() const { return OtherClient(displayName_); }
 
-    /// Kills the server outright and returns when it is gone; its clients lose it.
+    /// Kills the server and blocks until it is gone; its clients lose their connection.
     void kill();
 
 private:

@@ -16,8 +16,7 @@
 namespace tavrel::support {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::Field;
+using testing::ElementsAre;
 
 Monitor fullHd(const std::string& name, int x, bool primary) {
     Monitor monitor;
@@ -40,11 +39,13 @@ std::vector<Monitor> withoutRefresh(std::vector<Monitor> monitors) {
 
 TEST(VirtualDesktop, ShowsThreeMonitorsSideBySide) {
     const VirtualDesktop desktop;
+
     EXPECT_THAT(withoutRefresh(desktop.monitors()),
                 ElementsAre(fullHd("DUMMY0", 0, true), fullHd("DUMMY1", 1920, false),
                             fullHd("DUMMY2", 3840, false)));
     EXPECT_NEAR(desktop.monitor("DUMMY1").refresh, 60, 0.1);
     EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
+    EXPECT_EQ(desktop.monitorsOn(), 3);
 }
 
 TEST(VirtualDesktop, LetsAnotherClientChangeTheLayout) {
@@ -67,17 +68,18 @@ TEST(VirtualDesktop, LetsAnotherClientChangeTheLayout) {
     EXPECT_FALSE(desktop.monitor("DUMMY0").primary);
 
     client.switchOff({"DUMMY0", "DUMMY1", "DUMMY2"});
-    EXPECT_THAT(desktop.monitors(),
-                ElementsAre(Field(&Monitor::on, false), Field(&Monitor::on, false),
-                            Field(&Monitor::on, false)));
+    EXPECT_EQ(desktop.monitors().size(), 3U);
+    EXPECT_EQ(desktop.monitorsOn(), 0);
 }
 
 TEST(VirtualDesktop, ConnectsAFurtherMonitorThatStaysConnectedWhenOff) {
     const VirtualDesktop desktop({.monitors = 1});
     ASSERT_EQ(desktop.monitors().size(), 1U);
+
     desktop.otherClient().connect("DUMMY5", 0, 1080);
     EXPECT_TRUE(desktop.monitor("DUMMY5").on);
     EXPECT_EQ(desktop.monitor("DUMMY5").y, 1080);
+
     desktop.otherClient().switchOff("DUMMY5");
     EXPECT_TRUE(desktop.monitor("DUMMY5").connected);
     EXPECT_FALSE(desktop.monitor("DUMMY5").on);
@@ -86,6 +88,7 @@ TEST(VirtualDesktop, ConnectsAFurtherMonitorThatStaysConnectedWhenOff) {
 TEST(VirtualDesktop, CanComeWithoutRandR) {
     const VirtualDesktop desktop({.randr = false});
     const XConnection connection(desktop.displayName());
+
     EXPECT_THROW(desktop.monitors(), std::runtime_error);
 }
 
@@ -96,8 +99,10 @@ TEST(VirtualDesktop, ReportsAServerThatRefusesItsArguments) {
 TEST(VirtualDesktop, TellsProgramsThatAssistiveTechnologyIsInUse) {
     const VirtualDesktop desktop({.monitors = 1, .accessibility = true});
     const DBus session(desktop.sessionBusAddress());
+
     const Variant enabled =
         session.property("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Status", "IsEnabled");
+
     EXPECT_TRUE(g_variant_get_boolean(enabled.get()));
 }
 
@@ -114,25 +119,28 @@ bool serverAnswers(const std::string& displayName) {
     }
 }
 
-/// A socket without a server; one with a server may be another desktop's by now.
+/// Whether there is a socket without a server. One with a server may be another desktop's.
 bool hasStaleSocket(const std::string& displayName) {
     return !serverAnswers(displayName) && std::filesystem::exists(socketFile(displayName));
 }
 
-TEST(VirtualDesktop, LeavesNothingBehind) {
+TEST(VirtualDesktop, LeavesNoSocketBehind) {
     std::string displayName;
     {
         const VirtualDesktop desktop({.monitors = 1, .accessibility = true});
         displayName = desktop.displayName();
         ASSERT_TRUE(std::filesystem::exists(socketFile(displayName)));
     }
+
     EXPECT_FALSE(hasStaleSocket(displayName));
 }
 
 TEST(VirtualDesktop, CanBeKilledUnderItsClients) {
     VirtualDesktop desktop;
     const XConnection client(desktop.displayName());
+
     desktop.kill();
+
     EXPECT_THROW(client.roundTrip(), std::runtime_error);
     EXPECT_THROW(desktop.monitors(), std::runtime_error);
 }
@@ -143,7 +151,7 @@ bool isRunning(pid_t pid) {
                        [&](const ListedProcess& each) { return each.pid == pid; });
 }
 
-TEST(VirtualDesktop, IsTakenDownWithAllThatRunsOnItWhenItsProcessIsKilled) {
+TEST(VirtualDesktop, IsCleanedUpWithItsProgramsWhenItsProcessIsKilled) {
     const TemporaryFolder folder;
     ChildProcess::Options options;
     options.command = {DOOMED_DESKTOP, TEST_WINDOW};

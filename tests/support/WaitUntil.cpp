@@ -4,10 +4,10 @@
 
 namespace tavrel::support {
 
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound) {
-    const auto giveUp = std::chrono::steady_clock::now() + bound;
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() >= giveUp) {
+        if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -5,13 +5,13 @@
 
 namespace tavrel::support {
 
-/// How long anything on a virtual desktop may take before a test gives up. Far above
-/// what a loaded machine needs, so that reaching it means "never".
-inline constexpr std::chrono::milliseconds generousBound{30'000};
+/// How long anything may take before a test fails. Far more than a loaded machine needs, so
+/// that reaching it means "never".
+inline constexpr std::chrono::milliseconds defaultTimeout{30'000};
 
-/// Asks `condition` again and again until it holds or `bound` has passed. Returns
-/// whether it came to hold.
+/// Blocks until `condition` holds, asking it every few milliseconds. Returns false when it does
+/// not before the timeout.
 bool waitUntil(const std::function<bool()>& condition,
-               std::chrono::milliseconds bound = generousBound);
+               std::chrono::milliseconds timeout = defaultTimeout);
 
 }  // namespace tavrel::support

@@ -6,8 +6,8 @@
 #include "tests/support/AppProcess.h"
 #include "tests/support/VirtualDesktop.h"
 
-/// Starts a desktop with a program on it, prints where its traces are, and waits to be
-/// killed.
+/// Starts a desktop with a program on it, prints what must be gone after its end, and waits to
+/// be killed.
 int main(int argc, char** argv) {
     if (argc != 2) {
         return 2;

@@ -6,7 +6,7 @@
 #include <QWidget>
 #include <cstdio>
 
-/// A window with one of each thing tests look for. Its button switches its label over.
+/// A window with one control of each kind that tests look for. Its button changes its label.
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QWidget window;
