@@ -123,7 +123,7 @@ TEST_P(WatchdogRoundsTest, noScreenIsLostAndNoProcessLeftOver) {
         } else {
             killBoth();
         }
-        lost += 3 - run.monitorsOn();
+        lost += 3 - run.desktop.monitorsOn();
     }
     using Milliseconds = std::chrono::duration<double, std::milli>;
     std::cout << rounds << " rounds: " << applicationKills << " times the application was killed, "

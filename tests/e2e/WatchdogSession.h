@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <csignal>
 #include <optional>
 #include <string>
@@ -60,12 +59,6 @@ public:
             }
         }
         session->application().process().waitForEnd();
-    }
-
-    int monitorsOn() const {
-        const auto monitors = desktop.monitors();
-        return static_cast<int>(std::count_if(monitors.begin(), monitors.end(),
-                                              [](const auto& each) { return each.on; }));
     }
 
     bool allComeBackAsTheyWere() const {

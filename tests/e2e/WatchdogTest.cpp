@@ -21,7 +21,7 @@ protected:
     void switchTwoOff() {
         ASSERT_TRUE(run.flipAndAwait(1, "off"));
         ASSERT_TRUE(run.flipAndAwait(3, "off"));
-        ASSERT_EQ(run.monitorsOn(), 1);
+        ASSERT_EQ(run.desktop.monitorsOn(), 1);
     }
 
     WatchdogSession run;
@@ -86,7 +86,7 @@ TEST_F(WatchdogTest, killedDuringASwitchOffItIsReplacedAndTheSwitchRefused) {
     EXPECT_NE(run.guard(), first);
 
     EXPECT_TRUE(run.flipAndAwait(1, "off"));
-    EXPECT_EQ(run.monitorsOn(), 2);
+    EXPECT_EQ(run.desktop.monitorsOn(), 2);
 }
 
 TEST_F(WatchdogTest, killedDuringASwitchOnItIsReplacedAndTheNextSwitchesOn) {
@@ -97,7 +97,7 @@ TEST_F(WatchdogTest, killedDuringASwitchOnItIsReplacedAndTheNextSwitchesOn) {
     EXPECT_TRUE(run.session->says("Waking External Display 1…"));
     ::kill(first, SIGKILL);
     EXPECT_TRUE(run.session->says("External Display 1 is on"));
-    EXPECT_EQ(run.monitorsOn(), 2);
+    EXPECT_EQ(run.desktop.monitorsOn(), 2);
     EXPECT_NE(run.guard(), first);
 
     ::kill(run.application(), SIGKILL);
@@ -123,7 +123,7 @@ TEST_F(WatchdogTest, killedBothTheNextStartListsWhatIsOffAndWakesItOnRequest) {
     switchTwoOff();
     run.killBoth();
     EXPECT_TRUE(run.nothingIsLeftRunning());
-    EXPECT_EQ(run.monitorsOn(), 1);
+    EXPECT_EQ(run.desktop.monitorsOn(), 1);
 
     run.start();
     ASSERT_TRUE(run.isUp);
@@ -145,11 +145,11 @@ TEST_F(WatchdogTest, killedBothWithNothingUsableLeftTheNextStartBringsItBackByIt
             run.desktop.otherClient().switchOff(monitor.name);
         }
     }
-    EXPECT_EQ(run.monitorsOn(), 0);
+    EXPECT_EQ(run.desktop.monitorsOn(), 0);
 
     run.session.emplace(run.desktop, run.home);
     EXPECT_TRUE(run.session->says("Lost display recovered automatically"));
-    EXPECT_EQ(run.monitorsOn(), 3);
+    EXPECT_EQ(run.desktop.monitorsOn(), 3);
 }
 
 }  // namespace
