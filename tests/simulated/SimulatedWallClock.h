@@ -11,14 +11,14 @@ public:
     explicit SimulatedWallClock(const SimulatedScheduler& scheduler) : scheduler_(scheduler) {}
 
     WallTime now() override {
-        return start_ + std::chrono::duration<double>(scheduler_.now()).count() + offset_;
+        return start + std::chrono::duration<double>(scheduler_.now()).count() + offset_;
     }
 
     /// Moves the clock by `seconds`, backwards when negative, and not monotonic time.
     void step(double seconds) { offset_ += seconds; }
 
 private:
-    static constexpr WallTime start_{800'000'000};
+    static constexpr WallTime start{800'000'000};
     const SimulatedScheduler& scheduler_;
     double offset_ = 0;
 };
