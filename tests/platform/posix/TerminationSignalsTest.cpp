@@ -2,27 +2,25 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 
 #include <cerrno>
 #include <csignal>
 #include <optional>
 
+#include "tests/platform/posix/IsReadable.h"
+
 namespace tavrel {
 namespace {
-
-bool isReadable(int descriptor) {
-    pollfd each{descriptor, POLLIN, 0};
-    return ::poll(&each, 1, 0) == 1 && each.revents == POLLIN;
-}
 
 class TerminationSignalsTest : public testing::TestWithParam<int> {};
 
 TEST_P(TerminationSignalsTest, MakesTheDescriptorReadableForGood) {
     const TerminationSignals signals;
     EXPECT_FALSE(isReadable(signals.descriptor()));
+
     ::raise(GetParam());
     EXPECT_TRUE(isReadable(signals.descriptor()));
+
     ::raise(GetParam());
     EXPECT_TRUE(isReadable(signals.descriptor()));
 }
@@ -37,19 +35,22 @@ TEST_P(TerminationSignalsTest, GivesTheDefaultEffectBack) {
         testing::KilledBySignal(GetParam()), "");
 }
 
-TEST_P(TerminationSignalsTest, NeverBlocksHoweverManyComeAndLeavesErrnoAsItWas) {
+TEST_P(TerminationSignalsTest, NeverBlocksHoweverManyArriveAndLeavesErrnoAsItWas) {
     const TerminationSignals signals;
     errno = ENOENT;
-    // Above what a pipe holds, so that the last ones cannot be written.
+
+    // More than a pipe holds, so that the last ones cannot be written.
     for (int i = 0; i < 100'000; ++i) {
         ::raise(GetParam());
     }
+
     EXPECT_EQ(errno, ENOENT);
     EXPECT_TRUE(isReadable(signals.descriptor()));
 }
 
 TEST_P(TerminationSignalsTest, IsNotInheritedByStartedPrograms) {
     const TerminationSignals signals;
+
     EXPECT_NE(::fcntl(signals.descriptor(), F_GETFD) & FD_CLOEXEC, 0);
 }
 

@@ -5,26 +5,23 @@
 
 #include <thread>
 
+#include "tests/platform/posix/IsReadable.h"
+
 namespace tavrel {
 namespace {
 
-bool isReadable(const WakeUp& wakeUp) {
-    pollfd each{wakeUp.descriptor(), POLLIN, 0};
-    return ::poll(&each, 1, 0) == 1 && each.revents == POLLIN;
-}
-
 TEST(WakeUpTest, IsReadableFromAWakeUntilItIsDrained) {
     const WakeUp wakeUp;
-    EXPECT_FALSE(isReadable(wakeUp));
+    EXPECT_FALSE(isReadable(wakeUp.descriptor()));
 
     wakeUp.wake();
-    EXPECT_TRUE(isReadable(wakeUp));
+    EXPECT_TRUE(isReadable(wakeUp.descriptor()));
 
     wakeUp.drain();
-    EXPECT_FALSE(isReadable(wakeUp));
+    EXPECT_FALSE(isReadable(wakeUp.descriptor()));
 
     wakeUp.wake();
-    EXPECT_TRUE(isReadable(wakeUp)) << "a second time";
+    EXPECT_TRUE(isReadable(wakeUp.descriptor())) << "a second time";
 }
 
 TEST(WakeUpTest, ADrainTakesManyWakesTogether) {
@@ -35,7 +32,7 @@ TEST(WakeUpTest, ADrainTakesManyWakesTogether) {
 
     wakeUp.drain();
 
-    EXPECT_FALSE(isReadable(wakeUp));
+    EXPECT_FALSE(isReadable(wakeUp.descriptor()));
 }
 
 TEST(WakeUpTest, DrainingWhatWasNeverWokenDoesNotBlock) {
@@ -43,7 +40,7 @@ TEST(WakeUpTest, DrainingWhatWasNeverWokenDoesNotBlock) {
 
     wakeUp.drain();
 
-    EXPECT_FALSE(isReadable(wakeUp));
+    EXPECT_FALSE(isReadable(wakeUp.descriptor()));
 }
 
 TEST(WakeUpTest, EndsAnotherThreadsWait) {

@@ -61,6 +61,7 @@ TEST(KeyChordTest, FindsTheModifiersWhereverTheyAre) {
     mapping.modifierKeys[4] = {keyAlt};
     mapping.modifierKeys[5] = {keySuper};
     mapping.modifierKeys[7] = {keyNumLock};
+
     constexpr std::uint16_t chord = control | mod2 | mod3;
     EXPECT_THAT(
         grabsFor(wakeChord, mapping),
@@ -68,18 +69,20 @@ TEST(KeyChordTest, FindsTheModifiersWhereverTheyAre) {
                              KeyGrab{keyW, chord | mod5}, KeyGrab{keyW, chord | lock | mod5}));
 }
 
-TEST(KeyChordTest, DoesWithoutANumLock) {
+TEST(KeyChordTest, NeedsNoNumLock) {
     KeyboardMapping mapping = usual();
     mapping.modifierKeys[4].clear();
+
     constexpr std::uint16_t chord = control | mod1 | mod4;
     EXPECT_THAT(grabsFor(wakeChord, mapping),
                 UnorderedElementsAre(KeyGrab{keyW, chord}, KeyGrab{keyW, chord | lock}));
 }
 
-TEST(KeyChordTest, FollowsTheLetter) {
+TEST(KeyChordTest, FollowsTheLetterToAnotherKey) {
     KeyboardMapping mapping = usual();
     keysymsOf(mapping, keyW) = {'v', 'V'};
     keysymsOf(mapping, keyComma) = {'w', 'W'};
+
     const auto grabs = grabsFor(wakeChord, mapping);
     EXPECT_EQ(grabs.size(), 4U);
     for (const KeyGrab& grab : grabs) {
@@ -87,15 +90,17 @@ TEST(KeyChordTest, FollowsTheLetter) {
     }
 }
 
-TEST(KeyChordTest, TakesEveryKeyThatCarriesTheLetterInAnyGroup) {
+TEST(KeyChordTest, TakesEveryKeyThatHasTheLetterInAnyGroup) {
     KeyboardMapping mapping = usual();
     keysymsOf(mapping, keyComma) = {',', '<', 'w', 'W'};
+
     EXPECT_EQ(grabsFor(wakeChord, mapping).size(), 8U);
 }
 
-TEST(KeyChordTest, MetaStandsInForAMissingAlt) {
+TEST(KeyChordTest, UsesMetaWhereThereIsNoAlt) {
     KeyboardMapping mapping = usual();
     keysymsOf(mapping, keyAlt) = {0xffe7};
+
     EXPECT_EQ(grabsFor(wakeChord, mapping).count({keyW, control | mod1 | mod4}), 1U);
 }
 
@@ -103,6 +108,7 @@ TEST(KeyChordTest, CannotBeTypedWithoutTheLetterOrAModifier) {
     for (const Keycode missing : {keyW, keyAlt, keySuper}) {
         KeyboardMapping mapping = usual();
         keysymsOf(mapping, missing).clear();
+
         EXPECT_THAT(grabsFor(wakeChord, mapping), IsEmpty()) << int{missing};
     }
     EXPECT_THAT(grabsFor(wakeChord, KeyboardMapping()), IsEmpty());
@@ -111,16 +117,20 @@ TEST(KeyChordTest, CannotBeTypedWithoutTheLetterOrAModifier) {
 TEST(KeyChordTest, UsesOnlyTheModifiersAskedFor) {
     HotKeyRegistration bare = wakeChord;
     bare.modifiers = hotKeyModifier::control;
+
     EXPECT_EQ(grabsFor(bare, usual()).count({keyW, control}), 1U);
     EXPECT_EQ(grabsFor(bare, usual()).size(), 4U);
 }
 
-TEST(KeyChordTest, KnowsNoOtherKeysOrModifiers) {
+TEST(KeyChordTest, IsEmptyForOtherKeysAndModifiers) {
     HotKeyRegistration strange = wakeChord;
     strange.keyCode = 14;
+
     EXPECT_THAT(grabsFor(strange, usual()), IsEmpty());
+
     strange = wakeChord;
     strange.modifiers |= 0x200;
+
     EXPECT_THAT(grabsFor(strange, usual()), IsEmpty());
 }
 
