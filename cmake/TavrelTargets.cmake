@@ -14,7 +14,7 @@ target_compile_options(tavrel_options INTERFACE
   -Wold-style-cast -Woverloaded-virtual -Wextra-semi)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # False alarms of GCC 12 on "text" + std::to_string(…) when optimising (GCC bug 105651).
-  target_compile_options(tavrel_options INTERFACE -Wno-restrict)
+  target_compile_options(tavrel_options INTERFACE -Wno-restrict -Wno-stringop-overflow)
 endif()
 if(TAVREL_WARNINGS_AS_ERRORS)
   target_compile_options(tavrel_options INTERFACE -Werror)
@@ -57,7 +57,8 @@ function(tavrel_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE tavrel_options tavrel_test_options ${arg_LINK})
-  tavrel_use_precompiled(${name} tavrel_test_precompiled tavrel_test_precompiled_widgets ${arg_LINK})
+  tavrel_use_precompiled(${name} tavrel_test_precompiled tavrel_test_precompiled_widgets
+    ${arg_LINK})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
