@@ -36,19 +36,19 @@ std::string listOf(const std::vector<std::string>& ids) {
 class DisplayRegistryTest : public testing::Test {
 protected:
     std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online) {
-        return DisplayRegistry::merge(online, store_, *server_.now(), clock_);
+        return DisplayRegistry::merge(online, userDefaults, *server.now(), clock);
     }
-    std::vector<StoredDisplay> stored() { return DisplayRegistry::knownDisplays(store_); }
-    void store(std::string_view text) { store_.setData(DisplayRegistry::storageKey, text); }
+    std::vector<StoredDisplay> stored() { return DisplayRegistry::knownDisplays(userDefaults); }
+    void store(std::string_view text) { userDefaults.setData(DisplayRegistry::storageKey, text); }
 
     void setBuiltIn(DisplayID id, bool builtIn = true) {
-        server_.connect({.id = id, .builtIn = builtIn});
+        server.connect({.id = id, .builtIn = builtIn});
     }
 
-    SimulatedUserDefaults store_;
-    SimulatedWindowServer server_;
-    SettableClock clock_;
-    const WallTime start_ = clock_.time;
+    SimulatedUserDefaults userDefaults;
+    SimulatedWindowServer server;
+    SettableClock clock;
+    const WallTime startTime = clock.time;
 };
 
 TEST_F(DisplayRegistryTest, IsEmptyWithoutAStoredValue) {
@@ -57,8 +57,8 @@ TEST_F(DisplayRegistryTest, IsEmptyWithoutAStoredValue) {
 
 TEST_F(DisplayRegistryTest, FirstMergeStoresEveryOnlineDisplayAndReturnsTheBuiltInFirst) {
     setBuiltIn(7);
-    const StoredDisplay panel{7, true, start_};
-    const StoredDisplay monitor{3, false, start_};
+    const StoredDisplay panel{7, true, startTime};
+    const StoredDisplay monitor{3, false, startTime};
 
     EXPECT_THAT(merge({3, 7}), ElementsAre(panel, monitor));
     EXPECT_THAT(stored(), UnorderedElementsAre(panel, monitor));
@@ -68,20 +68,20 @@ TEST_F(DisplayRegistryTest, MergeAsksTheClockOnceForAllRecords) {
     struct RunningClock : WallClock {
         WallTime now() override { return {time += 1}; }
         double time = 0;
-    } clock;
+    } runningClock;
 
-    EXPECT_THAT(DisplayRegistry::merge({1, 2, 3}, store_, *server_.now(), clock),
+    EXPECT_THAT(DisplayRegistry::merge({1, 2, 3}, userDefaults, *server.now(), runningClock),
                 ElementsAre(StoredDisplay{1, false, {1}}, StoredDisplay{2, false, {1}},
                             StoredDisplay{3, false, {1}}));
 }
 
 TEST_F(DisplayRegistryTest, StoresUnderItsKeyInTheDocumentedForm) {
     setBuiltIn(1);
-    clock_.time = {786'000'000.25};
+    clock.time = {786'000'000.25};
 
     merge({1});
 
-    EXPECT_EQ(store_.data("TavrelKnownDisplays"),
+    EXPECT_EQ(userDefaults.data("TavrelKnownDisplays"),
               R"([{"id":1,"isBuiltIn":true,"lastSeenAt":786000000.25}])");
 }
 
@@ -97,15 +97,15 @@ TEST_F(DisplayRegistryTest, ReadingWritesNothing) {
 
     stored();
 
-    EXPECT_EQ(store_.writes(), 1U);
-    EXPECT_EQ(store_.data(DisplayRegistry::storageKey), "not a list");
+    EXPECT_EQ(userDefaults.writes(), 1U);
+    EXPECT_EQ(userDefaults.data(DisplayRegistry::storageKey), "not a list");
 }
 
 TEST_F(DisplayRegistryTest, OfflineDisplaySeenExactly30DaysAgoIsKeptWithItsTime) {
     merge({1});
-    clock_.time = start_ + 2'592'000;
-    const StoredDisplay remembered{1, false, start_};
-    const StoredDisplay online{2, false, clock_.time};
+    clock.time = startTime + 2'592'000;
+    const StoredDisplay remembered{1, false, startTime};
+    const StoredDisplay online{2, false, clock.time};
 
     EXPECT_THAT(merge({2}), ElementsAre(remembered, online));
     EXPECT_THAT(stored(), UnorderedElementsAre(remembered, online));
@@ -113,8 +113,8 @@ TEST_F(DisplayRegistryTest, OfflineDisplaySeenExactly30DaysAgoIsKeptWithItsTime)
 
 TEST_F(DisplayRegistryTest, OfflineDisplaySeenLongerAgoIsDroppedFromResultAndStore) {
     merge({1});
-    clock_.time = {std::nextafter((start_ + 2'592'000).sinceReferenceDate, infinity)};
-    const StoredDisplay online{2, false, clock_.time};
+    clock.time = {std::nextafter((startTime + 2'592'000).sinceReferenceDate, infinity)};
+    const StoredDisplay online{2, false, clock.time};
 
     EXPECT_THAT(merge({2}), ElementsAre(online));
     EXPECT_THAT(stored(), ElementsAre(online));
@@ -122,17 +122,17 @@ TEST_F(DisplayRegistryTest, OfflineDisplaySeenLongerAgoIsDroppedFromResultAndSto
 
 TEST_F(DisplayRegistryTest, OnlineDisplayIsKeptAndRefreshedHoweverOldItsRecord) {
     merge({1});
-    clock_.time = start_ + 400 * day;
+    clock.time = startTime + 400 * day;
 
-    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock_.time}));
+    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock.time}));
 }
 
 TEST_F(DisplayRegistryTest, RecordFromTheFutureKeepsItsTimeUntilTheDisplayIsOnline) {
     merge({1});
-    clock_.time = start_ + -365 * day;
+    clock.time = startTime + -365 * day;
 
-    EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, false, start_}));
-    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock_.time}));
+    EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, false, startTime}));
+    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, clock.time}));
 }
 
 TEST_F(DisplayRegistryTest, BuiltInAnswerIsRenewedOnlineAndKeptOffline) {
@@ -140,17 +140,17 @@ TEST_F(DisplayRegistryTest, BuiltInAnswerIsRenewedOnlineAndKeptOffline) {
     merge({1});
     setBuiltIn(1, false);
 
-    EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, true, start_}));
-    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, start_}));
+    EXPECT_THAT(merge({}), ElementsAre(StoredDisplay{1, true, startTime}));
+    EXPECT_THAT(merge({1}), ElementsAre(StoredDisplay{1, false, startTime}));
 }
 
 TEST_F(DisplayRegistryTest, OfflineDisplaysAreNotAskedAbout) {
     merge({1, 2});
-    const auto before = server_.queries();
+    const auto before = server.queries();
 
     merge({2});
 
-    EXPECT_EQ(server_.queries(), before + 1);
+    EXPECT_EQ(server.queries(), before + 1);
 }
 
 TEST_F(DisplayRegistryTest, ResultIsOrderedBuiltInFirstThenByUnsignedIdentifier) {
@@ -174,17 +174,17 @@ TEST_F(DisplayRegistryTest, ComparesBuiltInBeforeIdentifier) {
 }
 
 TEST_F(DisplayRegistryTest, RepeatedOnlineIdentifierIsOneRecord) {
-    EXPECT_THAT(merge({4, 4, 4}), ElementsAre(StoredDisplay{4, false, start_}));
-    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{4, false, start_}));
+    EXPECT_THAT(merge({4, 4, 4}), ElementsAre(StoredDisplay{4, false, startTime}));
+    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{4, false, startTime}));
 }
 
 TEST_F(DisplayRegistryTest, AnyIdentifierCanBeOnlineAlsoZero) {
-    EXPECT_THAT(merge({0, 4294967295}), ElementsAre(StoredDisplay{0, false, start_},
-                                                    StoredDisplay{4294967295, false, start_}));
+    EXPECT_THAT(merge({0, 4294967295}), ElementsAre(StoredDisplay{0, false, startTime},
+                                                    StoredDisplay{4294967295, false, startTime}));
 }
 
 TEST_F(DisplayRegistryTest, MalformedValueIsEmptyAndTheNextMergeReplacesIt) {
-    const StoredDisplay online{5, false, start_};
+    const StoredDisplay online{5, false, startTime};
     for (const std::string_view text :
          {"not JSON", R"([{"id":1,"isBuiltIn":true}])",
           R"([{"id":1,"isBuiltIn":true,"lastSeenAt":800000000},{"id":2,"isBuiltIn":true}])"}) {
@@ -198,30 +198,30 @@ TEST_F(DisplayRegistryTest, MalformedValueIsEmptyAndTheNextMergeReplacesIt) {
 
 TEST_F(DisplayRegistryTest, NothingOnlineAndNothingStoredStoresAnEmptyList) {
     EXPECT_THAT(merge({}), IsEmpty());
-    EXPECT_EQ(store_.data(DisplayRegistry::storageKey), "[]");
+    EXPECT_EQ(userDefaults.data(DisplayRegistry::storageKey), "[]");
 }
 
 TEST_F(DisplayRegistryTest, TimeThatCannotBeEncodedLeavesTheStoreAndGivesTheResult) {
     merge({1});
-    const auto before = store_.data(DisplayRegistry::storageKey);
-    const std::size_t writes = store_.writes();
+    const auto before = userDefaults.data(DisplayRegistry::storageKey);
+    const std::size_t writes = userDefaults.writes();
 
-    clock_.time = {infinity};
+    clock.time = {infinity};
     EXPECT_THAT(merge({2}), ElementsAre(StoredDisplay{2, false, {infinity}}));
-    clock_.time = {std::nan("")};
+    clock.time = {std::nan("")};
     EXPECT_THAT(merge({2}), ElementsAre(testing::Field(&StoredDisplay::id, 2)));
 
-    EXPECT_EQ(store_.data(DisplayRegistry::storageKey), before);
-    EXPECT_EQ(store_.writes(), writes);
+    EXPECT_EQ(userDefaults.data(DisplayRegistry::storageKey), before);
+    EXPECT_EQ(userDefaults.writes(), writes);
 }
 
 TEST_F(DisplayRegistryTest, StoreThatRefusesToWriteGivesTheResultAllTheSame) {
     merge({1});
-    store_.setWritable(false);
+    userDefaults.setWritable(false);
 
-    EXPECT_THAT(merge({2}),
-                ElementsAre(StoredDisplay{1, false, start_}, StoredDisplay{2, false, start_}));
-    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{1, false, start_}));
+    EXPECT_THAT(merge({2}), ElementsAre(StoredDisplay{1, false, startTime},
+                                        StoredDisplay{2, false, startTime}));
+    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{1, false, startTime}));
 }
 
 TEST_F(DisplayRegistryTest, OfTwoMergesAtOnceTheLastWriterWins) {
@@ -238,11 +238,11 @@ TEST_F(DisplayRegistryTest, OfTwoMergesAtOnceTheLastWriterWins) {
 
         UserDefaults& inner;
         std::function<void()> other;
-    } store(store_, [&] { merge({1, 2}); });
+    } store(userDefaults, [&] { merge({1, 2}); });
 
-    DisplayRegistry::merge({3}, store, *server_.now(), clock_);
+    DisplayRegistry::merge({3}, store, *server.now(), clock);
 
-    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{3, false, start_}));
+    EXPECT_THAT(stored(), ElementsAre(StoredDisplay{3, false, startTime}));
 }
 
 TEST_F(DisplayRegistryTest, ReadingAcceptsARepeatedIdentifier) {

@@ -32,12 +32,12 @@ TEST_F(DamagedDefaultsTest, FileThatIsNoObjectIsEmptyAndIsKeptBesideByTheNextWri
         std::filesystem::remove(beside(".damaged"));
         write(damage);
 
-        EXPECT_EQ(store_.data("key"), std::nullopt);
+        EXPECT_EQ(store.data("key"), std::nullopt);
         EXPECT_EQ(contents(), damage);
 
-        EXPECT_TRUE(store_.setData("other", "new"));
-        EXPECT_EQ(store_.data("other"), "new");
-        EXPECT_EQ(store_.data("key"), std::nullopt);
+        EXPECT_TRUE(store.setData("other", "new"));
+        EXPECT_EQ(store.data("other"), "new");
+        EXPECT_EQ(store.data("key"), std::nullopt);
         EXPECT_EQ(support::readFile(beside(".damaged")), damage);
     }
 }
@@ -45,10 +45,10 @@ TEST_F(DamagedDefaultsTest, FileThatIsNoObjectIsEmptyAndIsKeptBesideByTheNextWri
 TEST_F(DamagedDefaultsTest, EachDamagedFileIsKept) {
     for (const std::string damage : {"first", "second", "third"}) {
         write(damage);
-        EXPECT_TRUE(store_.setData("key", "value"));
+        EXPECT_TRUE(store.setData("key", "value"));
     }
 
-    EXPECT_EQ(names().size(), fileAndLock_.size() + 3);
+    EXPECT_EQ(names().size(), fileAndLock.size() + 3);
     EXPECT_EQ(support::readFile(beside(".damaged")), "first");
     EXPECT_EQ(support::readFile(beside(".damaged-2")), "second");
     EXPECT_EQ(support::readFile(beside(".damaged-3")), "third");
@@ -57,29 +57,29 @@ TEST_F(DamagedDefaultsTest, EachDamagedFileIsKept) {
 TEST_F(DamagedDefaultsTest, RefusedValueLeavesADamagedFileWhereItIs) {
     write("damaged");
 
-    EXPECT_FALSE(store_.setData("key", "\xff"));
+    EXPECT_FALSE(store.setData("key", "\xff"));
     EXPECT_EQ(contents(), "damaged");
-    EXPECT_EQ(names(), fileAndLock_);
+    EXPECT_EQ(names(), fileAndLock);
 }
 
 TEST_F(DamagedDefaultsTest, FolderInPlaceOfTheFileIsMovedAside) {
-    std::filesystem::create_directories(path_ / "inside");
+    std::filesystem::create_directories(path / "inside");
 
-    EXPECT_EQ(store_.data("key"), std::nullopt);
+    EXPECT_EQ(store.data("key"), std::nullopt);
 
-    EXPECT_TRUE(store_.setData("key", "value"));
-    EXPECT_EQ(store_.data("key"), "value");
+    EXPECT_TRUE(store.setData("key", "value"));
+    EXPECT_EQ(store.data("key"), "value");
     EXPECT_TRUE(std::filesystem::is_directory(beside(".damaged/inside")));
 }
 
 TEST_F(DamagedDefaultsTest, PipeInPlaceOfTheFileBlocksNoOne) {
-    std::filesystem::create_directories(path_.parent_path());
-    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+    std::filesystem::create_directories(path.parent_path());
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
 
-    EXPECT_EQ(store_.data("key"), std::nullopt);
+    EXPECT_EQ(store.data("key"), std::nullopt);
 
-    EXPECT_TRUE(store_.setData("key", "value"));
-    EXPECT_EQ(store_.data("key"), "value");
+    EXPECT_TRUE(store.setData("key", "value"));
+    EXPECT_EQ(store.data("key"), "value");
 }
 
 }  // namespace

@@ -21,33 +21,33 @@ protected:
     /// Makes a file whose value "old" the store has read and now answers from memory.
     void rememberOld() {
         write(oldText);
-        EXPECT_EQ(counted_.data("key"), "old");
-        EXPECT_EQ(counted_.data("key"), "old");
-        ASSERT_EQ(reads_, 1);
+        EXPECT_EQ(counted.data("key"), "old");
+        EXPECT_EQ(counted.data("key"), "old");
+        ASSERT_EQ(reads, 1);
     }
 
     AtomicFile::Version version() const {
-        return AtomicFile::versionOf(AtomicFile::openForReading(path_)).value();
+        return AtomicFile::versionOf(AtomicFile::openForReading(path)).value();
     }
 
-    int reads_ = 0;
-    system_clock::time_point now_ = system_clock::now() + 1h;
-    FileUserDefaults counted_{path_, [this] {
-                                  ++reads_;
-                                  return now_;
-                              }};
+    int reads = 0;
+    system_clock::time_point now = system_clock::now() + 1h;
+    FileUserDefaults counted{path, [this] {
+                                 ++reads;
+                                 return now;
+                             }};
 };
 
 TEST_F(DefaultsInMemoryTest, UnchangedFileIsReadOnceForAllKeys) {
     write(R"({"key":"value","other":"text","number":1})");
 
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(counted_.data("key"), "value");
-        EXPECT_EQ(counted_.data("other"), "text");
-        EXPECT_EQ(counted_.data("number"), std::nullopt);
-        EXPECT_EQ(counted_.data("missing"), std::nullopt);
+        EXPECT_EQ(counted.data("key"), "value");
+        EXPECT_EQ(counted.data("other"), "text");
+        EXPECT_EQ(counted.data("number"), std::nullopt);
+        EXPECT_EQ(counted.data("missing"), std::nullopt);
     }
-    EXPECT_EQ(reads_, 1);
+    EXPECT_EQ(reads, 1);
 }
 
 TEST_F(DefaultsInMemoryTest, UnchangedDamagedFileIsReadOnce) {
@@ -55,38 +55,38 @@ TEST_F(DefaultsInMemoryTest, UnchangedDamagedFileIsReadOnce) {
     tooLong.resize(17'000'000, ' ');
     for (const std::string& damage : {std::string("damaged"), tooLong}) {
         write(damage);
-        reads_ = 0;
+        reads = 0;
 
-        EXPECT_EQ(counted_.data("key"), std::nullopt);
-        EXPECT_EQ(counted_.data("key"), std::nullopt);
-        EXPECT_EQ(reads_, 1);
+        EXPECT_EQ(counted.data("key"), std::nullopt);
+        EXPECT_EQ(counted.data("key"), std::nullopt);
+        EXPECT_EQ(reads, 1);
     }
 }
 
 TEST_F(DefaultsInMemoryTest, WriteOfItsOwnIsSeen) {
     rememberOld();
 
-    EXPECT_TRUE(counted_.setData("key", "new"));
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_TRUE(counted.setData("key", "new"));
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, WriteByAnotherStoreIsSeen) {
     rememberOld();
 
-    EXPECT_TRUE(store_.setData("key", "new"));
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_TRUE(store.setData("key", "new"));
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, ReplacedFileIsReadAgainAndOnce) {
     rememberOld();
-    const auto other = folder_.path() / "other.json";
+    const auto other = folder.path() / "other.json";
     support::writeFile(other, newText);
 
-    std::filesystem::rename(other, path_);
+    std::filesystem::rename(other, path);
 
-    EXPECT_EQ(counted_.data("key"), "new");
-    EXPECT_EQ(counted_.data("key"), "new");
-    EXPECT_EQ(reads_, 2);
+    EXPECT_EQ(counted.data("key"), "new");
+    EXPECT_EQ(counted.data("key"), "new");
+    EXPECT_EQ(reads, 2);
 }
 
 TEST_F(DefaultsInMemoryTest, EditInPlaceToTheSameLengthIsSeen) {
@@ -101,69 +101,69 @@ TEST_F(DefaultsInMemoryTest, EditInPlaceToTheSameLengthIsSeen) {
 
     EXPECT_EQ(version().inode, before.inode);
     EXPECT_EQ(version().size, before.size);
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, EditThatPutsTheTimeOfModificationBackIsSeen) {
     rememberOld();
     const AtomicFile::Version before = version();
-    const auto modified = std::filesystem::last_write_time(path_);
+    const auto modified = std::filesystem::last_write_time(path);
 
     do {
         write(newText);
-        std::filesystem::last_write_time(path_, modified);
+        std::filesystem::last_write_time(path, modified);
     } while (version().changed == before.changed);
 
     EXPECT_EQ(version().modified, before.modified);
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, RemovedFileIsEmptyUntilItIsBack) {
     rememberOld();
 
-    std::filesystem::remove(path_);
-    EXPECT_EQ(counted_.data("key"), std::nullopt);
+    std::filesystem::remove(path);
+    EXPECT_EQ(counted.data("key"), std::nullopt);
 
     write(newText);
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, RemovedFolderIsSeen) {
     rememberOld();
 
-    std::filesystem::remove_all(path_.parent_path());
+    std::filesystem::remove_all(path.parent_path());
 
-    EXPECT_EQ(counted_.data("key"), std::nullopt);
+    EXPECT_EQ(counted.data("key"), std::nullopt);
 }
 
 TEST_F(DefaultsInMemoryTest, FolderInPlaceOfTheFileIsSeen) {
     rememberOld();
 
-    std::filesystem::remove(path_);
-    std::filesystem::create_directory(path_);
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
 
-    EXPECT_EQ(counted_.data("key"), std::nullopt);
+    EXPECT_EQ(counted.data("key"), std::nullopt);
 }
 
 TEST_F(DefaultsInMemoryTest, LinkThatLeadsElsewhereNowIsSeen) {
-    const auto target = [&](const char* name) { return folder_.path() / name; };
+    const auto target = [&](const char* name) { return folder.path() / name; };
     support::writeFile(target("first"), oldText);
     support::writeFile(target("second"), newText);
-    std::filesystem::create_directories(path_.parent_path());
-    std::filesystem::create_symlink(target("first"), path_);
-    EXPECT_EQ(counted_.data("key"), "old");
+    std::filesystem::create_directories(path.parent_path());
+    std::filesystem::create_symlink(target("first"), path);
+    EXPECT_EQ(counted.data("key"), "old");
 
-    std::filesystem::remove(path_);
-    std::filesystem::create_symlink(target("second"), path_);
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink(target("second"), path);
 
-    EXPECT_EQ(counted_.data("key"), "new");
+    EXPECT_EQ(counted.data("key"), "new");
 }
 
 TEST_F(DefaultsInMemoryTest, LossOfTheRightToReadIsSeen) {
     rememberOld();
     const auto lost = [&] {
-        const bool hadValue = becomeOrdinaryUser() && counted_.data("key") == "old";
-        return hadValue && chmod(path_.c_str(), 0) == 0 && !counted_.data("key") ? 0 : 1;
+        const bool hadValue = becomeOrdinaryUser() && counted.data("key") == "old";
+        return hadValue && chmod(path.c_str(), 0) == 0 && !counted.data("key") ? 0 : 1;
     };
 
     EXPECT_EQ(ForkedProcess(lost).wait(), 0);
@@ -175,28 +175,28 @@ TEST_F(DefaultsInMemoryTest, FileIsReadEachTimeUntilItsLastChangeIsThreeSecondsO
         std::chrono::duration_cast<system_clock::duration>(version().changed));
 
     for (const std::chrono::microseconds later : {-1'000'000us, 0us, 2'999'999us}) {
-        reads_ = 0;
-        now_ = changed + later;
-        counted_.data("key");
-        counted_.data("key");
-        EXPECT_EQ(reads_, 2) << later.count();
+        reads = 0;
+        now = changed + later;
+        counted.data("key");
+        counted.data("key");
+        EXPECT_EQ(reads, 2) << later.count();
     }
 
-    reads_ = 0;
-    now_ = changed + 3s + 1us;
-    counted_.data("key");
-    counted_.data("key");
-    EXPECT_EQ(reads_, 1);
+    reads = 0;
+    now = changed + 3s + 1us;
+    counted.data("key");
+    counted.data("key");
+    EXPECT_EQ(reads, 1);
 }
 
 TEST_F(DefaultsInMemoryTest, FileModifiedInTheFutureIsReadEachTime) {
     write(oldText);
-    std::filesystem::last_write_time(path_, std::filesystem::file_time_type::clock::now() + 2h);
+    std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() + 2h);
 
-    counted_.data("key");
-    counted_.data("key");
+    counted.data("key");
+    counted.data("key");
 
-    EXPECT_EQ(reads_, 2);
+    EXPECT_EQ(reads, 2);
 }
 
 }  // namespace

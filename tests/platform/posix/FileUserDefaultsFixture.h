@@ -18,16 +18,14 @@ protected:
     using Names = std::set<std::string>;
 
     /// Makes the store's file by hand.
-    void write(const std::string& text) { support::writeFile(path_, text); }
-    std::string contents() const { return support::readFile(path_); }
-    std::filesystem::path beside(const std::string& suffix) const {
-        return path_.string() + suffix;
-    }
+    void write(const std::string& text) { support::writeFile(path, text); }
+    std::string contents() const { return support::readFile(path); }
+    std::filesystem::path beside(const std::string& suffix) const { return path.string() + suffix; }
 
     /// What is in the store's folder.
     Names names() const {
         Names names;
-        for (const auto& entry : std::filesystem::directory_iterator(path_.parent_path())) {
+        for (const auto& entry : std::filesystem::directory_iterator(path.parent_path())) {
             names.insert(entry.path().filename().string());
         }
         return names;
@@ -39,19 +37,19 @@ protected:
         if (geteuid() != 0) {
             return true;
         }
-        for (const auto& path : {folder_.path(), path_.parent_path().parent_path(),
-                                 path_.parent_path(), path_, beside(".lock")}) {
-            if (std::filesystem::exists(path) && chown(path.c_str(), nobody, nobody) != 0) {
+        for (const auto& each : {folder.path(), path.parent_path().parent_path(),
+                                 path.parent_path(), path, beside(".lock")}) {
+            if (std::filesystem::exists(each) && chown(each.c_str(), nobody, nobody) != 0) {
                 return false;
             }
         }
         return setgid(nobody) == 0 && setuid(nobody) == 0;
     }
 
-    const Names fileAndLock_{"defaults.json", "defaults.json.lock"};
-    support::TemporaryFolder folder_;
-    const std::filesystem::path path_ = folder_.path() / "config" / "tavrel" / "defaults.json";
-    FileUserDefaults store_{path_};
+    const Names fileAndLock{"defaults.json", "defaults.json.lock"};
+    support::TemporaryFolder folder;
+    const std::filesystem::path path = folder.path() / "config" / "tavrel" / "defaults.json";
+    FileUserDefaults store{path};
 };
 
 }  // namespace tavrel

@@ -20,16 +20,16 @@ protected:
     template <class Prepare>
     Outcome storeAfter(Prepare prepare, const std::string& value) {
         ForkedProcess child([&] {
-            return !prepare() ? unprepared : store_.setData("key", value) ? stored : refused;
+            return !prepare() ? unprepared : store.setData("key", value) ? stored : refused;
         });
         return static_cast<Outcome>(child.wait());
     }
 
-    /// The outcome of storing a new value while `path` has the rights `mode`.
-    Outcome storeWithMode(mode_t mode, const std::filesystem::path& path) {
+    /// The outcome of storing a new value while `changed` has the rights `mode`.
+    Outcome storeWithMode(mode_t mode, const std::filesystem::path& changed) {
         const Outcome outcome = storeAfter(
-            [&] { return becomeOrdinaryUser() && chmod(path.c_str(), mode) == 0; }, "new");
-        chmod(path.c_str(), 0700);
+            [&] { return becomeOrdinaryUser() && chmod(changed.c_str(), mode) == 0; }, "new");
+        chmod(changed.c_str(), 0700);
         return outcome;
     }
 
@@ -46,50 +46,50 @@ protected:
 };
 
 TEST_F(RefusedWritesTest, ReadOnlyFolderKeepsTheOldValueAndNothingElse) {
-    store_.setData("key", "old");
+    store.setData("key", "old");
 
-    EXPECT_EQ(storeWithMode(0500, path_.parent_path()), refused);
-    EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_EQ(names(), fileAndLock_);
+    EXPECT_EQ(storeWithMode(0500, path.parent_path()), refused);
+    EXPECT_EQ(store.data("key"), "old");
+    EXPECT_EQ(names(), fileAndLock);
 }
 
 TEST_F(RefusedWritesTest, ReadOnlyFolderWithoutALockFileRefuses) {
     write(R"({"key":"old"})");
 
-    EXPECT_EQ(storeWithMode(0500, path_.parent_path()), refused);
-    EXPECT_EQ(store_.data("key"), "old");
+    EXPECT_EQ(storeWithMode(0500, path.parent_path()), refused);
+    EXPECT_EQ(store.data("key"), "old");
     EXPECT_EQ(names(), Names{"defaults.json"});
 }
 
 TEST_F(RefusedWritesTest, FileInPlaceOfTheFolderRefuses) {
-    support::writeFile(path_.parent_path(), "a file where a folder should be");
+    support::writeFile(path.parent_path(), "a file where a folder should be");
 
-    EXPECT_FALSE(store_.setData("key", "value"));
-    EXPECT_EQ(store_.data("key"), std::nullopt);
-    EXPECT_EQ(support::readFile(path_.parent_path()), "a file where a folder should be");
+    EXPECT_FALSE(store.setData("key", "value"));
+    EXPECT_EQ(store.data("key"), std::nullopt);
+    EXPECT_EQ(support::readFile(path.parent_path()), "a file where a folder should be");
 }
 
 TEST_F(RefusedWritesTest, FolderThatMayNotBeMadeRefuses) {
-    EXPECT_EQ(storeWithMode(0500, folder_.path()), refused);
-    EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
+    EXPECT_EQ(storeWithMode(0500, folder.path()), refused);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 TEST_F(RefusedWritesTest, FileThatMayNotBeReadIsNotOverwritten) {
-    store_.setData("key", "old");
+    store.setData("key", "old");
 
-    EXPECT_EQ(storeWithMode(0000, path_), refused);
-    EXPECT_EQ(store_.data("key"), "old");
+    EXPECT_EQ(storeWithMode(0000, path), refused);
+    EXPECT_EQ(store.data("key"), "old");
 }
 
 TEST_F(RefusedWritesTest, FullDiskKeepsTheOldValueAndNothingElse) {
-    store_.setData("key", "old");
+    store.setData("key", "old");
 
     EXPECT_EQ(storeOnFullDisk(1000, std::string(5000, 'x')), refused);
-    EXPECT_EQ(store_.data("key"), "old");
-    EXPECT_EQ(names(), fileAndLock_);
+    EXPECT_EQ(store.data("key"), "old");
+    EXPECT_EQ(names(), fileAndLock);
 
     EXPECT_EQ(storeOnFullDisk(1000, "short"), stored);
-    EXPECT_EQ(store_.data("key"), "short");
+    EXPECT_EQ(store.data("key"), "short");
 }
 
 TEST_F(RefusedWritesTest, DamagedFileStaysInPlaceWhileTheDiskIsFull) {
@@ -97,7 +97,7 @@ TEST_F(RefusedWritesTest, DamagedFileStaysInPlaceWhileTheDiskIsFull) {
 
     EXPECT_EQ(storeOnFullDisk(2, "new"), refused);
     EXPECT_EQ(contents(), "damaged");
-    EXPECT_EQ(names(), fileAndLock_);
+    EXPECT_EQ(names(), fileAndLock);
 }
 
 }  // namespace

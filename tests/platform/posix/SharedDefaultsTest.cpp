@@ -24,9 +24,10 @@ class SharedDefaultsTest : public FileUserDefaultsTest {
 protected:
     /// Counts up under a key of its own. Returns whether no one else changed the value.
     bool countUp(const std::string& key) {
-        FileUserDefaults store(path_);
+        FileUserDefaults ownStore(path);
         for (int i = 1; i <= writesEach; ++i) {
-            if (!store.setData(key, std::to_string(i)) || store.data(key) != std::to_string(i)) {
+            if (!ownStore.setData(key, std::to_string(i)) ||
+                ownStore.data(key) != std::to_string(i)) {
                 return false;
             }
         }
@@ -36,9 +37,10 @@ protected:
     /// Writes long texts under a key shared with others. Returns whether each text read was
     /// whole.
     bool writeLongTexts(const std::string& key, char letter) {
-        FileUserDefaults store(path_);
+        FileUserDefaults ownStore(path);
         for (int i = 0; i < writesEach; ++i) {
-            if (!store.setData(key, longText(letter)) || !isWhole(store.data(key).value_or(""))) {
+            if (!ownStore.setData(key, longText(letter)) ||
+                !isWhole(ownStore.data(key).value_or(""))) {
                 return false;
             }
         }
@@ -54,7 +56,7 @@ TEST_F(SharedDefaultsTest, TwoProcessesWritingDifferentKeysLoseNone) {
     EXPECT_EQ(first.wait(), 0);
     EXPECT_EQ(second.wait(), 0);
     for (const std::string key : {"first", "second", "third"}) {
-        EXPECT_EQ(store_.data(key), std::to_string(writesEach)) << key;
+        EXPECT_EQ(store.data(key), std::to_string(writesEach)) << key;
     }
 }
 
@@ -65,8 +67,8 @@ TEST_F(SharedDefaultsTest, ThreadsOfOneStoreWritingDifferentKeysLoseNone) {
     for (int t = 0; t < threadCount; ++t) {
         threads.emplace_back([this, key = "key " + std::to_string(t)] {
             for (int i = 1; i <= writesEach; ++i) {
-                EXPECT_TRUE(store_.setData(key, std::to_string(i)));
-                EXPECT_EQ(store_.data(key), std::to_string(i));
+                EXPECT_TRUE(store.setData(key, std::to_string(i)));
+                EXPECT_EQ(store.data(key), std::to_string(i));
             }
         });
     }
@@ -75,7 +77,7 @@ TEST_F(SharedDefaultsTest, ThreadsOfOneStoreWritingDifferentKeysLoseNone) {
     }
 
     for (int t = 0; t < threadCount; ++t) {
-        EXPECT_EQ(store_.data("key " + std::to_string(t)), std::to_string(writesEach));
+        EXPECT_EQ(store.data("key " + std::to_string(t)), std::to_string(writesEach));
     }
 }
 
@@ -86,17 +88,17 @@ TEST_F(SharedDefaultsTest, ProcessesAndThreadsWritingOneKeyNeverTearIt) {
     EXPECT_TRUE(writeLongTexts("shared", 'm'));
     thread.join();
     EXPECT_EQ(child.wait(), 0);
-    EXPECT_TRUE(isWhole(store_.data("shared").value_or("")));
+    EXPECT_TRUE(isWhole(store.data("shared").value_or("")));
 }
 
 TEST_F(SharedDefaultsTest, KilledWriterLeavesAWholeValueAndNoLock) {
-    store_.setData("other", "untouched");
+    store.setData("other", "untouched");
     for (int round = 0; round < 10; ++round) {
-        store_.setData("key", longText('0'));
+        store.setData("key", longText('0'));
         ForkedProcess writer([&] {
-            FileUserDefaults store(path_);
+            FileUserDefaults ownStore(path);
             for (char letter = 'a';; letter = letter == 'z' ? 'a' : static_cast<char>(letter + 1)) {
-                store.setData("key", longText(letter));
+                ownStore.setData("key", longText(letter));
             }
             return 0;
         });
@@ -104,19 +106,19 @@ TEST_F(SharedDefaultsTest, KilledWriterLeavesAWholeValueAndNoLock) {
         // Killed after one change more in each round.
         std::string last = longText('0');
         for (int seen = 0; seen <= round;) {
-            const std::string now = store_.data("key").value_or("");
+            const std::string now = store.data("key").value_or("");
             ASSERT_TRUE(isWhole(now));
             seen += now == last ? 0 : 1;
             last = now;
         }
         writer.kill();
 
-        EXPECT_TRUE(isWhole(store_.data("key").value_or("")));
-        EXPECT_EQ(store_.data("other"), "untouched");
+        EXPECT_TRUE(isWhole(store.data("key").value_or("")));
+        EXPECT_EQ(store.data("other"), "untouched");
     }
 
-    EXPECT_TRUE(store_.setData("key", "again"));
-    EXPECT_EQ(names(), fileAndLock_);
+    EXPECT_TRUE(store.setData("key", "again"));
+    EXPECT_EQ(names(), fileAndLock);
 }
 
 }  // namespace

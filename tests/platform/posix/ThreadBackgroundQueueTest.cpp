@@ -34,23 +34,23 @@ protected:
         return ranOn.get_future().get();
     }
 
-    /// Blocks until every thread there can be runs a job. Each job waits for `release_` and
+    /// Blocks until every thread there can be runs a job. Each job waits for `release` and
     /// then calls `last`.
     void occupyAllThreads(ThreadBackgroundQueue& queue, const Task& last = {}) {
         for (std::ptrdiff_t i = 0; i < maxThreads; ++i) {
             queue.async([this, last] {
-                allRunning_.count_down();
-                release_.wait();
+                allRunning.count_down();
+                release.wait();
                 if (last) {
                     last();
                 }
             });
         }
-        allRunning_.wait();
+        allRunning.wait();
     }
 
-    std::latch allRunning_{maxThreads};
-    std::latch release_{1};
+    std::latch allRunning{maxThreads};
+    std::latch release{1};
 };
 
 TEST_F(ThreadBackgroundQueueTest, RunsAJobOnAnotherThread) {
@@ -65,7 +65,7 @@ TEST_F(ThreadBackgroundQueueTest, JobsThatBlockDoNotBlockOthers) {
     // Would never return if the jobs did not all run at once.
     occupyAllThreads(queue);
 
-    release_.count_down();
+    release.count_down();
 }
 
 TEST_F(ThreadBackgroundQueueTest, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
@@ -79,7 +79,7 @@ TEST_F(ThreadBackgroundQueueTest, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
     });
 
     EXPECT_FALSE(lastRan);
-    release_.count_down();
+    release.count_down();
     last.wait();
 }
 
@@ -170,7 +170,7 @@ TEST_F(ThreadBackgroundQueueTest, EndDropsJobsThatHaveNotStartedAndThoseAddedMea
     // The running jobs go on only once the end has begun to drop the waiting ones.
     const auto onDrop = [&] {
         addJob();
-        release_.count_down();
+        release.count_down();
     };
     ending.async([held = std::make_shared<OnDestruction>(onDrop)] {});
 
