@@ -16,7 +16,7 @@ class CheckLayersTest(unittest.TestCase):
         self.tree = pathlib.Path(folder.name)
         # Without a fault, so that each test's own is the only one.
         self.write("platform/DisplayID.h", "#pragma once", "#include <cstdint>")
-        self.write("controller/Refresh.h", "#pragma once", "#include <nlohmann/json.hpp>")
+        self.write("controller/Refresh.h", "#pragma once", "#include <optional>")
         self.write("ui/View.cpp", "#include <QWidget>", '#include "controller/Refresh.h"')
 
     def write(self, path, *lines):
