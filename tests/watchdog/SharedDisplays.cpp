@@ -45,15 +45,14 @@ ServerStatus SharedDisplays::setDisplayEnabled(DisplayID display, bool enabled) 
     if (display == 0 || display > last) {
         return serverStatus::illegalArgument;
     }
-    springIf(Trap::before);
+    crashIfSetTo(CrashPoint::before);
     state_->isOff[display] = !enabled;
-    ++state_->changes;
-    springIf(Trap::after);
+    crashIfSetTo(CrashPoint::after);
     return serverStatus::success;
 }
 
-void SharedDisplays::springIf(Trap trap) {
-    if (state_->trap.compare_exchange_strong(trap, Trap::none)) {
+void SharedDisplays::crashIfSetTo(CrashPoint point) {
+    if (state_->crashPoint.compare_exchange_strong(point, CrashPoint::none)) {
         kill(getpid(), SIGKILL);
     }
 }

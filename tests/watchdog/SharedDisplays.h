@@ -7,7 +7,7 @@
 
 namespace tavrel::watchdog {
 
-/// Four displays, 1 to 4, that all processes that open the same file see and switch.
+/// Four displays, 1 to 4, shared by all processes that open the same file.
 class SharedDisplays : public DisplaySwitch {
 public:
     /// The environment variable that tells programs started by a test which file it is.
@@ -24,12 +24,10 @@ public:
 
     bool isOn(DisplayID display) const { return !state_->isOff[display]; }
     int onCount() const;
-    /// How many changes have been made, by whomever.
-    int changes() const { return state_->changes; }
 
-    /// The next process to switch dies of SIGKILL at this point of it.
-    enum class Trap { none, before, after };
-    void setTrap(Trap trap) { state_->trap = trap; }
+    /// The next process to switch a display dies of SIGKILL before or after doing so.
+    enum class CrashPoint { none, before, after };
+    void setCrashPoint(CrashPoint point) { state_->crashPoint = point; }
 
     bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
@@ -38,10 +36,9 @@ private:
     /// All zero at first, as a new file is.
     struct State {
         std::atomic<bool> isOff[last + 1];
-        std::atomic<int> changes;
-        std::atomic<Trap> trap;
+        std::atomic<CrashPoint> crashPoint;
     };
-    void springIf(Trap trap);
+    void crashIfSetTo(CrashPoint point);
 
     State* state_;
 };

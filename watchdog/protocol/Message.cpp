@@ -68,7 +68,7 @@ MessageBytes encode(const Message& message) {
     return bytes;
 }
 
-std::variant<Message, MessageError> decode(std::span<const std::uint8_t> bytes) {
+Decoded decode(std::span<const std::uint8_t> bytes) {
     if (bytes.size() != messageSize) {
         return MessageError::wrongLength;
     }
@@ -95,8 +95,7 @@ std::variant<Message, MessageError> decode(std::span<const std::uint8_t> bytes) 
     return message;
 }
 
-std::optional<std::variant<Message, MessageError>> MessageReader::add(
-    std::span<const std::uint8_t> bytes) {
+std::optional<Decoded> MessageReader::add(std::span<const std::uint8_t> bytes) {
     if (error_) {
         return *error_;
     }
@@ -106,7 +105,7 @@ std::optional<std::variant<Message, MessageError>> MessageReader::add(
         return std::nullopt;
     }
     size_ = 0;
-    auto result = decode(bytes_);
+    const Decoded result = decode(bytes_);
     if (const auto* error = std::get_if<MessageError>(&result)) {
         error_ = *error;
     }

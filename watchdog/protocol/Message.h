@@ -57,11 +57,13 @@ enum class MessageError {
     impossibleField,
 };
 
+using Decoded = std::variant<Message, MessageError>;
+
 MessageBytes encode(const Message& message);
 
 /// The message that `encode` turns into exactly these bytes. All other bytes are errors, so
 /// that no two sequences of bytes mean the same.
-std::variant<Message, MessageError> decode(std::span<const std::uint8_t> bytes);
+Decoded decode(std::span<const std::uint8_t> bytes);
 
 /// Cuts a stream of bytes into messages. Never holds more than one message.
 class MessageReader {
@@ -74,7 +76,7 @@ public:
     /// later call returns that error again.
     ///
     /// REQUIRES: `bytes.size() <= missing()`.
-    std::optional<std::variant<Message, MessageError>> add(std::span<const std::uint8_t> bytes);
+    std::optional<Decoded> add(std::span<const std::uint8_t> bytes);
 
 private:
     MessageBytes bytes_{};

@@ -7,33 +7,37 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(CrashLoopDetectorTest, twoAreNeverTooMany) {
-    CrashLoopDetector deaths;
-    EXPECT_FALSE(deaths.add(1s));
-    EXPECT_FALSE(deaths.add(1s));
+TEST(CrashLoopDetectorTest, TwoCrashesAreNeverTooMany) {
+    CrashLoopDetector detector;
+
+    EXPECT_FALSE(detector.add(1s));
+    EXPECT_FALSE(detector.add(1s));
 }
 
-TEST(CrashLoopDetectorTest, threeWithinTenSecondsAre) {
-    CrashLoopDetector deaths;
-    deaths.add(5s);
-    deaths.add(9s);
-    EXPECT_TRUE(deaths.add(15s));
+TEST(CrashLoopDetectorTest, ThreeCrashesWithinTenSecondsAreTooMany) {
+    CrashLoopDetector detector;
+    detector.add(5s);
+    detector.add(9s);
+
+    EXPECT_TRUE(detector.add(15s));
 }
 
-TEST(CrashLoopDetectorTest, threeInMoreThanTenSecondsAreNot) {
-    CrashLoopDetector deaths;
-    deaths.add(5s);
-    deaths.add(14s);
-    EXPECT_FALSE(deaths.add(15s + 1ns));
+TEST(CrashLoopDetectorTest, ThreeCrashesInMoreThanTenSecondsAreNotTooMany) {
+    CrashLoopDetector detector;
+    detector.add(5s);
+    detector.add(14s);
+
+    EXPECT_FALSE(detector.add(15s + 1ns));
 }
 
-TEST(CrashLoopDetectorTest, itIsTheLatestThreeThatCount) {
-    CrashLoopDetector deaths;
+TEST(CrashLoopDetectorTest, OnlyTheLatestThreeCrashesCount) {
+    CrashLoopDetector detector;
     for (int i = 0; i < 20; ++i) {
-        EXPECT_FALSE(deaths.add(i * 6s)) << i;
+        EXPECT_FALSE(detector.add(i * 6s)) << i;
     }
-    deaths.add(119s);
-    EXPECT_TRUE(deaths.add(120s));
+    detector.add(119s);
+
+    EXPECT_TRUE(detector.add(120s));
 }
 
 }  // namespace

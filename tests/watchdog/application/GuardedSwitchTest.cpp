@@ -1,9 +1,9 @@
 #include "watchdog/application/GuardedSwitch.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,8 +20,6 @@ namespace tavrel::watchdog {
 namespace {
 
 using namespace std::chrono_literals;
-using support::waitUntil;
-using testing::ElementsAre;
 
 constexpr DisplayID displayCount = 8;
 
@@ -31,135 +29,154 @@ protected:
         for (DisplayID id = 1; id <= displayCount; ++id) {
             server.connect({.id = id});
         }
-        lifecycle.emplace(displays, SupervisorSetup{.startWatchdog = [this] { return start(); },
-                                                    .now = [this] { return now.load(); }});
+        guarded.emplace(displays, SupervisorSetup{.startWatchdog = [this] { return start(); },
+                                                  .now = [this] { return now.load(); }});
     }
 
-    std::unique_ptr<RunningWatchdog> start() {
-        auto guard = std::make_unique<ThreadWatchdog>(
-            displays, [this](DisplayID, bool) { return decideFate ? decideFate() : Fate::lives; });
-        // Each death a minute after the last, or guards would be given up.
-        now = now.load() + 1min;
-        {
-            const std::lock_guard lock(mutex);
-            latest = guard->lifeline();
+    /// The application ends without a goodbye.
+    void endWithoutGoodbye() { guarded.reset(); }
+
+    void killWatchdog() {
+        const std::lock_guard lock(mutex);
+        latest->kill();
+    }
+
+    /// Runs `body` on a thread for each display, all at once.
+    static void forEachDisplayAtOnce(const std::function<void(DisplayID)>& body) {
+        std::vector<std::thread> threads;
+        threads.reserve(displayCount);
+        for (DisplayID display = 1; display <= displayCount; ++display) {
+            threads.emplace_back(body, display);
         }
-        ++starts;
-        return guard;
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
     }
 
     bool isOn(DisplayID display) const { return server.find(display)->enabled; }
 
     SimulatedWindowServer server;
     SerialSwitch displays{server};
-    std::function<Fate()> decideFate;
+    std::function<Outcome()> decideOutcome;
+    std::atomic<int> starts = 0;
     std::atomic<std::chrono::nanoseconds> now = std::chrono::nanoseconds(1min);
     std::mutex mutex;
-    /// Of the guard that was started last.
-    std::shared_ptr<Lifeline> latest;
-    std::atomic<int> starts = 0;
-    std::optional<GuardedSwitch> lifecycle;
+    /// Of the watchdog that was started last.
+    std::shared_ptr<KillSwitch> latest;
+    /// Last, because it uses all the others.
+    std::optional<GuardedSwitch> guarded;
+
+private:
+    std::unique_ptr<RunningWatchdog> start() {
+        auto started = std::make_unique<ThreadWatchdog>(displays, [this](DisplayID, bool) {
+            return decideOutcome ? decideOutcome() : Outcome::succeeds;
+        });
+        // Each crash a minute after the last, or watchdogs would be given up.
+        now = now.load() + 1min;
+        {
+            const std::lock_guard lock(mutex);
+            latest = started->killSwitch();
+        }
+        ++starts;
+        return started;
+    }
 };
 
-TEST_F(GuardedSwitchTest, itAnswersAsTheOneWithoutAGuardWould) {
-    EXPECT_TRUE(lifecycle->canSwitch());
-    EXPECT_EQ(lifecycle->setDisplayEnabled(1, false), 0);
-    EXPECT_EQ(lifecycle->setDisplayEnabled(99, false), 1001);
+TEST_F(GuardedSwitchTest, AnswersWhatTheSwitchWithoutAWatchdogWould) {
+    EXPECT_TRUE(guarded->canSwitch());
+    EXPECT_EQ(guarded->setDisplayEnabled(1, false), 0);
+    EXPECT_EQ(guarded->setDisplayEnabled(99, false), 1001);
+
     server.setCanControl(false);
-    EXPECT_FALSE(lifecycle->canSwitch());
+
+    EXPECT_FALSE(guarded->canSwitch());
 }
 
-TEST_F(GuardedSwitchTest, withoutAGoodbyeWhatIsOffComesBack) {
-    lifecycle->setDisplayEnabled(1, false);
-    lifecycle->setDisplayEnabled(2, false);
-    lifecycle.reset();
+TEST_F(GuardedSwitchTest, WithoutAGoodbyeWhatIsOffComesBack) {
+    guarded->setDisplayEnabled(1, false);
+    guarded->setDisplayEnabled(2, false);
+
+    endWithoutGoodbye();
+
     EXPECT_TRUE(isOn(1));
     EXPECT_TRUE(isOn(2));
 }
 
-TEST_F(GuardedSwitchTest, afterAGoodbyeWhatIsOffStaysOff) {
-    lifecycle->setDisplayEnabled(1, false);
-    lifecycle->goodbye();
-    lifecycle->goodbye();
-    lifecycle.reset();
+TEST_F(GuardedSwitchTest, AfterAGoodbyeWhatIsOffStaysOff) {
+    guarded->setDisplayEnabled(1, false);
+
+    guarded->goodbye();
+    guarded->goodbye();
+    guarded.reset();
+
     EXPECT_FALSE(isOn(1));
 }
 
-TEST_F(GuardedSwitchTest, aGuardThatDiesIdleIsReplacedWithoutBeingAskedForAnything) {
-    lifecycle->setDisplayEnabled(1, false);
-    {
-        const std::lock_guard lock(mutex);
-        latest->cut();
-    }
-    ASSERT_TRUE(waitUntil([&] { return starts == 2; }));
-    lifecycle.reset();
+TEST_F(GuardedSwitchTest, AWatchdogThatDiesIdleIsReplacedWithoutARequest) {
+    guarded->setDisplayEnabled(1, false);
+
+    killWatchdog();
+
+    ASSERT_TRUE(support::waitUntil([&] { return starts == 2; }));
+    endWithoutGoodbye();
     EXPECT_TRUE(isOn(1));
 }
 
-TEST_F(GuardedSwitchTest, requestsFromManyThreadsEachGetTheirOwnAnswerOneChangeAtATime) {
-    constexpr int threadCount = 8;
+TEST_F(GuardedSwitchTest, RequestsFromManyThreadsGetTheirOwnAnswersOneChangeAtATime) {
     constexpr int rounds = 200;
     std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads;
-    threads.reserve(threadCount);
-    for (int t = 0; t < threadCount; ++t) {
-        threads.emplace_back([&, t] {
-            for (int round = 0; round < rounds; ++round) {
-                // Half of them ask for displays that are not there, so that answers differ.
-                const DisplayID display = static_cast<DisplayID>(t) + 1 + (t % 2 == 0 ? 0 : 100);
-                const ServerStatus expected = t % 2 == 0 ? 0 : 1001;
-                wrong += lifecycle->setDisplayEnabled(display, round % 2 != 0) != expected ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+
+    forEachDisplayAtOnce([&](DisplayID display) {
+        for (int round = 0; round < rounds; ++round) {
+            // Half of them ask for displays that are not there, so that answers differ.
+            const bool isThere = display % 2 != 0;
+            const ServerStatus status =
+                guarded->setDisplayEnabled(isThere ? display : display + 100, round % 2 != 0);
+            wrong += status != (isThere ? 0 : 1001) ? 1 : 0;
+        }
+    });
+
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(displays.overlaps(), 0);
-    EXPECT_EQ(server.takeChanges().size(), threadCount * rounds);
+    EXPECT_EQ(server.takeChanges().size(), displayCount * rounds);
 }
 
-/// Guards die at random under several threads' requests; every status must be true.
-TEST_F(GuardedSwitchTest, everyStatusIsTrueHoweverOftenGuardsDie) {
+TEST_F(GuardedSwitchTest, EveryStatusIsTrueHoweverOftenWatchdogsCrash) {
     std::mt19937 random(20'240'401);
-    int deaths = 0;
-    decideFate = [&] {
+    int crashes = 0;
+    decideOutcome = [&] {
         const auto drawn = random() % 6;
-        deaths += drawn < 2 ? 1 : 0;
-        return drawn == 0 ? Fate::diesBefore : drawn == 1 ? Fate::diesAfter : Fate::lives;
+        crashes += drawn < 2 ? 1 : 0;
+        return drawn == 0   ? Outcome::crashesBefore
+               : drawn == 1 ? Outcome::crashesAfter
+                            : Outcome::succeeds;
     };
     std::atomic<int> untrue = 0;
     std::atomic<int> refused = 0;
-    std::vector<std::thread> threads;
-    threads.reserve(displayCount);
-    for (DisplayID display = 1; display <= displayCount; ++display) {
-        threads.emplace_back([&, display] {
-            bool isOnNow = true;
-            for (int round = 0; round < 60; ++round) {
-                const ServerStatus status = lifecycle->setDisplayEnabled(display, !isOnNow);
-                if (status == serverStatus::success) {
-                    isOnNow = !isOnNow;
-                } else if (status == serverStatus::cannotComplete && isOnNow) {
-                    ++refused;
-                } else {
-                    ++untrue;
-                }
+
+    forEachDisplayAtOnce([&](DisplayID display) {
+        bool isOnNow = true;
+        for (int round = 0; round < 60; ++round) {
+            const ServerStatus status = guarded->setDisplayEnabled(display, !isOnNow);
+            if (status == serverStatus::success) {
+                isOnNow = !isOnNow;
+            } else if (status == serverStatus::cannotComplete && isOnNow) {
+                ++refused;
+            } else {
+                ++untrue;
             }
-            // Known to be off only if the last answer said so.
-            untrue += displays.isOn(server, display) == isOnNow ? 0 : 1;
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+        }
+        // Known to be off only if the last answer said so.
+        untrue += displays.isOn(server, display) == isOnNow ? 0 : 1;
+    });
+
     EXPECT_EQ(untrue, 0);
     EXPECT_GT(refused, 0);
-    EXPECT_GT(deaths, 50);
+    EXPECT_GT(crashes, 50);
     EXPECT_EQ(displays.overlaps(), 0);
-    // The last guard must be let live, or its duty would be nobody's.
-    decideFate = {};
-    lifecycle.reset();
+    // The last watchdog must not crash: nobody would switch on what is off.
+    decideOutcome = {};
+    endWithoutGoodbye();
     for (DisplayID display = 1; display <= displayCount; ++display) {
         EXPECT_TRUE(isOn(display)) << display;
     }

@@ -4,8 +4,8 @@
 
 #include <csignal>
 #include <optional>
-#include <random>
-#include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
@@ -14,7 +14,7 @@
 #include "tests/watchdog/SharedDisplays.h"
 #include "watchdog/protocol/MessageSocket.h"
 
-/// Real processes that really die: an application and its guard, with displays in a file.
+/// Real processes that really die: an application and its watchdog, with displays in a file.
 namespace tavrel::watchdog {
 namespace {
 
@@ -23,16 +23,16 @@ using support::TemporaryFolder;
 using support::waitUntil;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Trap = SharedDisplays::Trap;
+using CrashPoint = SharedDisplays::CrashPoint;
 
 class OrphanTest : public testing::Test {
 protected:
-    void startApplication(const std::string& guard = STUB_WATCHDOG) {
+    void startApplication(const std::string& program = STUB_WATCHDOG) {
         auto ends = makeSocketPair();
         ASSERT_TRUE(ends.has_value());
         orders_.emplace(std::move(ends->first));
         ChildProcess::Options options;
-        options.command = {STUB_APPLICATION, guard};
+        options.command = {STUB_APPLICATION, program};
         options.environment = environment();
         options.descriptorThree = ends->second.number();
         application.emplace(options);
@@ -57,15 +57,15 @@ protected:
 
     void endInput() { shutdown(orders_->number(), SHUT_WR); }
 
-    std::vector<pid_t> guards() const { return processesOf(STUB_WATCHDOG, entry()); }
+    std::vector<pid_t> watchdogs() const { return processesOf(STUB_WATCHDOG, entry()); }
 
-    /// The one guard there is, after a moment in which it may still be replaced; 0 when it
-    /// is none or stays `former`.
-    pid_t guard(pid_t former = 0) const {
+    /// The one watchdog that runs, awaited; 0 if there never is exactly one, or none but
+    /// `former`.
+    pid_t watchdog(pid_t former = 0) const {
         pid_t found = 0;
-        // Decided by one look: in the next one another may be there, or none.
+        // Taken from one look: at the next one there may be another, or none.
         waitUntil([&] {
-            const std::vector<pid_t> now = guards();
+            const std::vector<pid_t> now = watchdogs();
             found = now.size() == 1 && now[0] != former ? now[0] : 0;
             return found != 0;
         });
@@ -73,11 +73,9 @@ protected:
         return found;
     }
 
-    bool allComeOn() {
-        return waitUntil([&] { return displays.onCount() == SharedDisplays::last; });
-    }
-    bool guardsEnd() const {
-        return waitUntil([&] { return guards().empty(); });
+    void expectNoDisplayOffAndNoWatchdog() const {
+        EXPECT_TRUE(waitUntil([&] { return displays.onCount() == SharedDisplays::last; }));
+        EXPECT_TRUE(waitUntil([&] { return watchdogs().empty(); }));
     }
 
     TemporaryFolder folder;
@@ -97,33 +95,38 @@ private:
     std::optional<FileDescriptor> orders_;
 };
 
-TEST_F(OrphanTest, aKilledApplicationLeavesNoDisplayOffAndNoGuard) {
+TEST_F(OrphanTest, AKilledApplicationLeavesNoDisplayOffAndNoWatchdog) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
     EXPECT_EQ(tell("off 3"), 0);
     EXPECT_EQ(displays.onCount(), 2);
+
     application->signal(SIGKILL);
-    EXPECT_TRUE(allComeOn());
-    EXPECT_TRUE(guardsEnd());
+
+    expectNoDisplayOffAndNoWatchdog();
 }
 
-TEST_F(OrphanTest, neitherDoesOneThatCrashes) {
+TEST_F(OrphanTest, AnApplicationThatCrashesLeavesNoDisplayOffAndNoWatchdog) {
     for (const char* crash : {"abort", "segv"}) {
+        SCOPED_TRACE(crash);
         startApplication();
         EXPECT_EQ(tell("off 2"), 0);
+
         tellOnly(crash);
-        EXPECT_TRUE(allComeOn()) << crash;
-        EXPECT_TRUE(guardsEnd());
+
+        expectNoDisplayOffAndNoWatchdog();
         ASSERT_TRUE(application->waitForEnd().has_value());
         EXPECT_NE(application->waitForEnd(), (ChildProcess::Ending{.exitStatus = 0, .signal = {}}));
     }
 }
 
-TEST_F(OrphanTest, afterAGoodbyeDisplaysStayAsTheyAreAndTheGuardHasEnded) {
+TEST_F(OrphanTest, AfterAGoodbyeDisplaysStayAsTheyAreAndTheWatchdogHasEnded) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
+
     EXPECT_EQ(tell("goodbye"), 0);
-    EXPECT_THAT(guards(), IsEmpty());
+
+    EXPECT_THAT(watchdogs(), IsEmpty());
     EXPECT_EQ(tell("off 2"), 0);
     endInput();
     EXPECT_EQ(application->waitForEnd(),
@@ -131,77 +134,87 @@ TEST_F(OrphanTest, afterAGoodbyeDisplaysStayAsTheyAreAndTheGuardHasEnded) {
     EXPECT_EQ(displays.onCount(), 2);
 }
 
-TEST_F(OrphanTest, anEndWithoutGoodbyeOrCrashBringsThemBackToo) {
+TEST_F(OrphanTest, AnExitWithoutAGoodbyeWaitsUntilTheWatchdogHasSwitchedDisplaysOn) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
+
     endInput();
+
     ASSERT_TRUE(application->waitForEnd().has_value());
-    EXPECT_EQ(displays.onCount(), SharedDisplays::last) << "the guard is waited for";
-    EXPECT_THAT(guards(), IsEmpty());
+    EXPECT_EQ(displays.onCount(), SharedDisplays::last);
+    EXPECT_THAT(watchdogs(), IsEmpty());
 }
 
-TEST_F(OrphanTest, aKilledGuardIsReplacedAtOnceAndTheNewOneKnowsWhatIsOff) {
+TEST_F(OrphanTest, AKilledWatchdogIsReplacedAtOnceByOneThatKnowsWhatIsOff) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
-    const pid_t first = guard();
+    const pid_t first = watchdog();
+
     kill(first, SIGKILL);
-    ASSERT_NE(guard(first), 0);
+
+    ASSERT_NE(watchdog(first), 0);
     EXPECT_EQ(displays.onCount(), 3);
     // Answers only once the replacement is complete.
     EXPECT_EQ(tell("off 9"), 1001);
     application->signal(SIGKILL);
-    EXPECT_TRUE(allComeOn());
-    EXPECT_TRUE(guardsEnd());
+    expectNoDisplayOffAndNoWatchdog();
 }
 
-TEST_F(OrphanTest, aGuardThatDiesOverASwitchOnIsFollowedByOneThatMakesIt) {
+TEST_F(OrphanTest, ASwitchOnDuringWhichTheWatchdogCrashesIsMadeByTheNext) {
     startApplication();
-    for (const Trap trap : {Trap::before, Trap::after}) {
+    for (const CrashPoint point : {CrashPoint::before, CrashPoint::after}) {
         EXPECT_EQ(tell("off 1"), 0);
-        displays.setTrap(trap);
+        displays.setCrashPoint(point);
+
         EXPECT_EQ(tell("on 1"), 0);
+
         EXPECT_TRUE(displays.isOn(1));
-        EXPECT_THAT(guards(), SizeIs(1));
+        EXPECT_THAT(watchdogs(), SizeIs(1));
     }
 }
 
-TEST_F(OrphanTest, aGuardThatDiesOverASwitchOffIsFollowedByOneThatTakesItBack) {
+TEST_F(OrphanTest, ASwitchOffDuringWhichTheWatchdogCrashesIsUndoneByTheNext) {
     startApplication();
-    for (const Trap trap : {Trap::before, Trap::after}) {
-        displays.setTrap(trap);
+    for (const CrashPoint point : {CrashPoint::before, CrashPoint::after}) {
+        displays.setCrashPoint(point);
+
         EXPECT_EQ(tell("off 1"), 1004);
+
         EXPECT_TRUE(displays.isOn(1));
-        EXPECT_THAT(guards(), SizeIs(1));
+        EXPECT_THAT(watchdogs(), SizeIs(1));
     }
 }
 
-TEST_F(OrphanTest, whereGuardsCannotLiveTheApplicationSwitchesItself) {
-    for (const char* noGuard : {"/bin/true", "/nonexistent/guard", "/dev/null"}) {
-        startApplication(noGuard);
-        // `true` may die under the first one; then it is refused and taken back.
+TEST_F(OrphanTest, WhereNoWatchdogCanRunTheApplicationSwitchesItself) {
+    for (const char* noWatchdog : {"/bin/true", "/nonexistent/watchdog", "/dev/null"}) {
+        startApplication(noWatchdog);
+
+        // `true` may end during the first one; then that is refused and undone.
         int status = tell("off 1");
         if (status == 1004) {
             status = tell("off 1");
         }
-        EXPECT_EQ(status, 0) << noGuard;
+
+        EXPECT_EQ(status, 0) << noWatchdog;
         EXPECT_FALSE(displays.isOn(1));
         EXPECT_EQ(tell("on 1"), 0);
     }
 }
 
-TEST_F(OrphanTest, theGuardIsOutOfReachOfSignalsToTheApplicationsGroupAndOfRequestsToEnd) {
+TEST_F(OrphanTest, SignalsToTheApplicationsGroupAndRequestsToEndDoNotReachTheWatchdog) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
-    const pid_t first = guard();
+    const pid_t first = watchdog();
     EXPECT_EQ(getsid(first), first);
+
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         kill(first, signal);
     }
+
     EXPECT_EQ(tell("off 2"), 0);
-    EXPECT_EQ(guard(), first);
+    EXPECT_EQ(watchdog(), first);
     kill(-application->pid(), SIGKILL);
-    EXPECT_TRUE(allComeOn());
-    EXPECT_TRUE(guardsEnd());
+    expectNoDisplayOffAndNoWatchdog();
 }
 
 }  // namespace

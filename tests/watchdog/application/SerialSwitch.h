@@ -9,8 +9,8 @@
 
 namespace tavrel::watchdog {
 
-/// Makes a simulated server fit for several threads and watches that its changes are made
-/// one at a time.
+/// Lets several threads use a simulated server, and counts changes that are not made one at a
+/// time.
 class SerialSwitch : public DisplaySwitch {
 public:
     explicit SerialSwitch(DisplaySwitch& inner) : inner_(inner) {}
@@ -18,7 +18,7 @@ public:
     bool canSwitch() override { return inner_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         overlaps_ += ++running_ > 1 ? 1 : 0;
-        // Gives others their chance to come in between.
+        // Gives other threads a chance to come in between.
         std::this_thread::yield();
         ServerStatus status = serverStatus::failure;
         {
@@ -29,7 +29,7 @@ public:
         return status;
     }
 
-    /// Whether `server`, which is the one behind this, has the display on just now.
+    /// Whether the display is on now; `server` is the one behind this.
     bool isOn(const SimulatedWindowServer& server, DisplayID display) {
         const std::lock_guard lock(mutex_);
         return server.find(display)->enabled;

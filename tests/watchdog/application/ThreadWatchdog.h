@@ -15,42 +15,42 @@
 
 namespace tavrel::watchdog {
 
-/// How far a guard gets with a switch.
-enum class Fate {
-    lives,
+/// What becomes of a watchdog's switch.
+enum class Outcome {
+    succeeds,
     /// The server refuses with 1004.
     isRefused,
-    diesBefore,
-    diesAfter,
+    crashesBefore,
+    crashesAfter,
 };
 
-/// The thread by which a guard's life hangs. May outlive it.
-class Lifeline {
+/// Kills a `ThreadWatchdog`, from any thread. May outlive it.
+class KillSwitch {
 public:
-    explicit Lifeline(const MessageSocket& socket) : socket_(dup(socket.descriptor())) {}
+    explicit KillSwitch(const MessageSocket& socket) : socket_(dup(socket.descriptor())) {}
 
-    /// From any thread: what a SIGKILL would be.
-    void cut() {
-        isCut_ = true;
+    /// What a SIGKILL is to a process.
+    void kill() {
+        isKilled_ = true;
         shutdown(socket_.number(), SHUT_RDWR);
     }
-    bool isCut() const { return isCut_; }
+    bool isKilled() const { return isKilled_; }
 
 private:
     FileDescriptor socket_;
-    std::atomic<bool> isCut_ = false;
+    std::atomic<bool> isKilled_ = false;
 };
 
-/// A guard on a thread of this process. Since a thread cannot be killed, a dead one's
-/// connection is cut and nothing it does has an effect any more.
+/// A watchdog on a thread of this process. Since a thread cannot be killed, the connection
+/// of a dead one is shut down and nothing it does has an effect any more.
 class ThreadWatchdog : public RunningWatchdog, private DisplaySwitch {
 public:
-    using DecideFate = std::function<Fate(DisplayID, bool enabled)>;
+    using DecideOutcome = std::function<Outcome(DisplayID, bool enabled)>;
 
-    /// `displays` must outlive it. `decideFate` is asked on the guard's thread at each
-    /// switch; without it the guard lives.
-    explicit ThreadWatchdog(DisplaySwitch& displays, DecideFate decideFate = {})
-        : ThreadWatchdog(displays, std::move(decideFate), makeSocketPair()) {}
+    /// `displays` must outlive it. `decideOutcome` is asked on the watchdog's thread at each
+    /// switch; without it every switch succeeds.
+    explicit ThreadWatchdog(DisplaySwitch& displays, DecideOutcome decideOutcome = {})
+        : ThreadWatchdog(displays, std::move(decideOutcome), makeSocketPair()) {}
     ~ThreadWatchdog() override {
         isAbandoned_ = true;
         link_.reset();
@@ -60,47 +60,46 @@ public:
     ThreadWatchdog& operator=(const ThreadWatchdog&) = delete;
 
     MessageSocket& link() override { return *link_; }
+    void kill() override { killSwitch_->kill(); }
 
-    void kill() override { lifeline_->cut(); }
-
-    std::shared_ptr<Lifeline> lifeline() const { return lifeline_; }
+    std::shared_ptr<KillSwitch> killSwitch() const { return killSwitch_; }
 
 private:
     using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
-    ThreadWatchdog(DisplaySwitch& displays, DecideFate decideFate, Ends ends)
+    ThreadWatchdog(DisplaySwitch& displays, DecideOutcome decideOutcome, Ends ends)
         : displays_(displays),
-          decideFate_(std::move(decideFate)),
+          decideOutcome_(std::move(decideOutcome)),
           link_(std::in_place, std::move(ends.value().first)),
           theirs_(std::move(ends.value().second)),
-          lifeline_(std::make_shared<Lifeline>(theirs_)),
+          killSwitch_(std::make_shared<KillSwitch>(theirs_)),
           thread_([this] { WatchdogService(*this, theirs_, [](auto) {}).run(); }) {}
 
     bool canSwitch() override { return displays_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
-        // What was done before the link was closed comes before what that leads to here; a
-        // race detector sees it by this only.
+        // Tells a race detector that what follows from closing the link comes after it.
         [[maybe_unused]] const bool isAbandoned = isAbandoned_;
-        const Fate fate =
-            decideFate_ && !lifeline_->isCut() ? decideFate_(display, enabled) : Fate::lives;
-        if (fate == Fate::diesBefore) {
-            lifeline_->cut();
+        const Outcome outcome = decideOutcome_ && !killSwitch_->isKilled()
+                                    ? decideOutcome_(display, enabled)
+                                    : Outcome::succeeds;
+        if (outcome == Outcome::crashesBefore) {
+            kill();
         }
-        if (lifeline_->isCut() || fate == Fate::isRefused) {
+        if (killSwitch_->isKilled() || outcome == Outcome::isRefused) {
             return serverStatus::cannotComplete;
         }
         const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
-        if (fate == Fate::diesAfter) {
-            lifeline_->cut();
+        if (outcome == Outcome::crashesAfter) {
+            kill();
         }
         return status;
     }
 
     DisplaySwitch& displays_;
-    DecideFate decideFate_;
+    DecideOutcome decideOutcome_;
     std::atomic<bool> isAbandoned_ = false;
     std::optional<MessageSocket> link_;
     MessageSocket theirs_;
-    std::shared_ptr<Lifeline> lifeline_;
+    std::shared_ptr<KillSwitch> killSwitch_;
     std::thread thread_;
 };
 

@@ -22,7 +22,7 @@ using testing::Pair;
 
 using Kind = Message::Kind;
 
-/// A guard that only says what it was told to, whatever is asked.
+/// A watchdog that only says what it was told to, whatever is asked.
 class PuppetWatchdog : public RunningWatchdog {
 public:
     PuppetWatchdog(const std::vector<Message>& says, int& killed)
@@ -57,57 +57,37 @@ protected:
         }
     }
 
-    WatchdogSupervisor& keeper() {
-        if (!keeper_) {
-            keeper_.emplace(inner, SupervisorSetup{.startWatchdog = [this] { return start(); },
-                                                   .now = [this] { return now; },
-                                                   .answerTimeout = answerTimeout});
+    /// Made at the first call.
+    WatchdogSupervisor& supervisor() {
+        if (!supervisor_) {
+            supervisor_.emplace(inner, SupervisorSetup{.startWatchdog = [this] { return start(); },
+                                                       .now = [this] { return now; },
+                                                       .answerTimeout = answerTimeout});
         }
-        return *keeper_;
+        return *supervisor_;
+    }
+
+    ServerStatus switchOff(DisplayID display) {
+        return supervisor().setDisplayEnabled(display, false);
+    }
+    ServerStatus switchOn(DisplayID display) {
+        return supervisor().setDisplayEnabled(display, true);
     }
 
     /// The application ends without a goodbye.
-    void endWithoutGoodbye() { keeper_.reset(); }
+    void endWithoutGoodbye() { supervisor_.reset(); }
 
-    std::unique_ptr<RunningWatchdog> start() {
-        ++starts;
-        if (starts <= failingStarts) {
-            return nullptr;
-        }
-        if (puppetSays) {
-            auto made = std::make_unique<PuppetWatchdog>(*std::exchange(puppetSays, std::nullopt),
-                                                         puppetsKilled);
-            puppet = made.get();
-            return made;
-        }
-        auto guard = std::make_unique<ThreadWatchdog>(
-            displays, [this](DisplayID display, bool enabled) { return fate(display, enabled); });
-        latest = guard->lifeline();
-        return guard;
-    }
-
-    /// On a guard's thread, while the keeper waits for it.
-    Fate fate(DisplayID display, bool enabled) {
-        asked.emplace_back(display, enabled);
-        if (fates.empty()) {
-            return Fate::lives;
-        }
-        const Fate next = fates.front();
-        fates.pop_front();
-        return next;
-    }
-
-    /// The one at work dies while nothing is asked of it, and the keeper gets to see it.
-    void killIdleGuard() {
-        latest->cut();
-        keeper().replaceIfDead();
+    /// The watchdog dies while nothing is asked of it, and the supervisor notices.
+    void killIdleWatchdog() {
+        latest->kill();
+        supervisor().replaceIfDead();
     }
 
     bool isOn(DisplayID display) const { return server.find(display)->enabled; }
-    bool isInProcess() { return keeper().descriptor() < 0; }
+    bool isInProcess() { return supervisor().descriptor() < 0; }
 
     SimulatedWindowServer server;
-    /// What guards change, and what this process does.
+    /// What watchdogs change, and what this process does.
     SerialSwitch displays{server};
     struct Inner : SerialSwitch {
         using SerialSwitch::SerialSwitch;
@@ -122,222 +102,280 @@ protected:
     std::chrono::milliseconds answerTimeout = 30s;
     int starts = 0;
     int failingStarts = 0;
-    /// What the next guard to be started says instead of being one.
+    /// What the next watchdog to be started says instead of serving.
     std::optional<std::vector<Message>> puppetSays;
     int puppetsKilled = 0;
     /// Not owned; the one started last.
     PuppetWatchdog* puppet = nullptr;
-    std::deque<Fate> fates;
-    std::vector<std::pair<DisplayID, bool>> asked;
-    /// Of the guard that was started last.
-    std::shared_ptr<Lifeline> latest;
+    /// Of the next requests; later ones succeed.
+    std::deque<Outcome> outcomes;
+    /// What watchdogs were asked for.
+    std::vector<std::pair<DisplayID, bool>> requests;
 
 private:
-    std::optional<WatchdogSupervisor> keeper_;
+    std::unique_ptr<RunningWatchdog> start() {
+        ++starts;
+        if (starts <= failingStarts) {
+            return nullptr;
+        }
+        if (puppetSays) {
+            auto made = std::make_unique<PuppetWatchdog>(*std::exchange(puppetSays, std::nullopt),
+                                                         puppetsKilled);
+            puppet = made.get();
+            return made;
+        }
+        auto started = std::make_unique<ThreadWatchdog>(
+            displays,
+            [this](DisplayID display, bool enabled) { return outcomeOf(display, enabled); });
+        latest = started->killSwitch();
+        return started;
+    }
+
+    /// On a watchdog's thread, while the supervisor waits for it.
+    Outcome outcomeOf(DisplayID display, bool enabled) {
+        requests.emplace_back(display, enabled);
+        if (outcomes.empty()) {
+            return Outcome::succeeds;
+        }
+        const Outcome next = outcomes.front();
+        outcomes.pop_front();
+        return next;
+    }
+
+    /// Of the watchdog that was started last.
+    std::shared_ptr<KillSwitch> latest;
+    std::optional<WatchdogSupervisor> supervisor_;
 };
 
-TEST_F(WatchdogSupervisorTest, theGuardSwitchesAndItsStatusComesBack) {
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
-    EXPECT_EQ(keeper().setDisplayEnabled(9, false), 1001);
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
-    EXPECT_THAT(asked, ElementsAre(Pair(1, false), Pair(9, false), Pair(1, true)));
+TEST_F(WatchdogSupervisorTest, TheWatchdogSwitchesAndItsStatusIsReturned) {
+    EXPECT_EQ(switchOff(1), 0);
+    EXPECT_EQ(switchOff(9), 1001);
+    EXPECT_EQ(switchOn(1), 0);
+
+    EXPECT_THAT(requests, ElementsAre(Pair(1, false), Pair(9, false), Pair(1, true)));
     EXPECT_THAT(inner.changes, IsEmpty());
     EXPECT_EQ(starts, 1);
 }
 
-TEST_F(WatchdogSupervisorTest, theGuardBringsBackWhatIsOffWhenTheApplicationIsGone) {
-    keeper().setDisplayEnabled(1, false);
-    keeper().setDisplayEnabled(2, false);
+TEST_F(WatchdogSupervisorTest, TheWatchdogBringsBackWhatIsOffWhenTheApplicationIsGone) {
+    switchOff(1);
+    switchOff(2);
+
     endWithoutGoodbye();
+
     EXPECT_TRUE(isOn(1));
     EXPECT_TRUE(isOn(2));
 }
 
-TEST_F(WatchdogSupervisorTest, afterAGoodbyeTheGuardChangesNothingAndThisProcessSwitches) {
-    keeper().setDisplayEnabled(1, false);
-    keeper().goodbye();
+TEST_F(WatchdogSupervisorTest, AfterAGoodbyeTheWatchdogChangesNothingAndThisProcessSwitches) {
+    switchOff(1);
+
+    supervisor().goodbye();
+
     EXPECT_FALSE(isOn(1));
     EXPECT_TRUE(isInProcess());
-    keeper().goodbye();
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    supervisor().goodbye();
+    EXPECT_EQ(switchOn(1), 0);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
     EXPECT_EQ(starts, 1);
 }
 
-TEST_F(WatchdogSupervisorTest, aGuardThatDiesIdleIsReplacedByOneThatKnowsWhatIsOff) {
-    keeper().setDisplayEnabled(1, false);
-    keeper().setDisplayEnabled(2, false);
-    keeper().setDisplayEnabled(2, true);
-    killIdleGuard();
+TEST_F(WatchdogSupervisorTest, AWatchdogThatDiesIdleIsReplacedByOneThatKnowsWhatIsOff) {
+    switchOff(1);
+    switchOff(2);
+    switchOn(2);
+
+    killIdleWatchdog();
+
     EXPECT_EQ(starts, 2);
-    EXPECT_FALSE(isOn(1)) << "a guard's death is no reason to change the layout";
+    EXPECT_FALSE(isOn(1)) << "the end of a watchdog is no reason to change the layout";
     server.takeChanges();
     endWithoutGoodbye();
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true)));
 }
 
-TEST_F(WatchdogSupervisorTest, aLivingGuardIsLeftAloneWhenLookedAfter) {
-    keeper().setDisplayEnabled(1, false);
-    keeper().replaceIfDead();
+TEST_F(WatchdogSupervisorTest, ARunningWatchdogIsNotReplaced) {
+    switchOff(1);
+
+    supervisor().replaceIfDead();
+
     EXPECT_EQ(starts, 1);
 }
 
-TEST_F(WatchdogSupervisorTest, aSwitchOnThatKilledItsGuardIsCarriedOutByTheNext) {
-    keeper().setDisplayEnabled(1, false);
-    for (const Fate fate : {Fate::diesBefore, Fate::diesAfter}) {
+TEST_F(WatchdogSupervisorTest, ASwitchOnDuringWhichTheWatchdogCrashesIsMadeByTheNext) {
+    switchOff(1);
+    for (const Outcome outcome : {Outcome::crashesBefore, Outcome::crashesAfter}) {
         now += 1min;
-        fates = {fate};
-        EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+        outcomes = {outcome};
+
+        EXPECT_EQ(switchOn(1), 0);
+
         EXPECT_TRUE(isOn(1));
     }
     EXPECT_EQ(starts, 3);
     EXPECT_THAT(inner.changes, IsEmpty());
 }
 
-TEST_F(WatchdogSupervisorTest, aSwitchOffThatKilledItsGuardIsTakenBackAndRefused) {
-    for (const Fate fate : {Fate::diesBefore, Fate::diesAfter}) {
+TEST_F(WatchdogSupervisorTest, ASwitchOffDuringWhichTheWatchdogCrashesIsUndoneAndRefused) {
+    for (const Outcome outcome : {Outcome::crashesBefore, Outcome::crashesAfter}) {
         now += 1min;
-        asked.clear();
-        fates = {fate};
-        EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+        requests.clear();
+        outcomes = {outcome};
+
+        EXPECT_EQ(switchOff(1), 1004);
+
         EXPECT_TRUE(isOn(1)) << "after a refusal the layout is as it was";
-        EXPECT_THAT(asked, ElementsAre(Pair(1, false), Pair(1, true)));
+        EXPECT_THAT(requests, ElementsAre(Pair(1, false), Pair(1, true)));
     }
     EXPECT_THAT(inner.changes, IsEmpty());
 }
 
-TEST_F(WatchdogSupervisorTest, anOffOfUnknownEffectThatCannotBeTakenBackStaysRemembered) {
-    fates = {Fate::diesAfter, Fate::isRefused};
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+TEST_F(WatchdogSupervisorTest, AFailedSwitchOffThatCannotBeUndoneIsRemembered) {
+    outcomes = {Outcome::crashesAfter, Outcome::isRefused};
+
+    EXPECT_EQ(switchOff(1), 1004);
+
     EXPECT_FALSE(isOn(1));
-    killIdleGuard();
+    killIdleWatchdog();
     EXPECT_FALSE(isOn(1));
     endWithoutGoodbye();
     EXPECT_TRUE(isOn(1));
 }
 
-TEST_F(WatchdogSupervisorTest, anOffThatWasRefusedIsForgotten) {
-    fates = {Fate::isRefused};
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
-    killIdleGuard();
+TEST_F(WatchdogSupervisorTest, ASwitchOffThatWasRefusedIsForgotten) {
+    outcomes = {Outcome::isRefused};
+
+    EXPECT_EQ(switchOff(1), 1004);
+
+    killIdleWatchdog();
     endWithoutGoodbye();
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(WatchdogSupervisorTest, aSecondOffThatIsRefusedDoesNotForgetTheFirst) {
-    fates = {Fate::lives, Fate::isRefused};
-    keeper().setDisplayEnabled(1, false);
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
-    killIdleGuard();
-    endWithoutGoodbye();
-    EXPECT_TRUE(isOn(1));
+TEST_F(WatchdogSupervisorTest, AfterARefusalOfAnyKindADisplayThatIsOffIsRemembered) {
+    for (const bool enabled : {false, true}) {
+        outcomes = {Outcome::succeeds, Outcome::isRefused};
+        switchOff(1);
+
+        EXPECT_EQ(supervisor().setDisplayEnabled(1, enabled), 1004);
+
+        killIdleWatchdog();
+        endWithoutGoodbye();
+        EXPECT_TRUE(isOn(1)) << enabled;
+    }
 }
 
-TEST_F(WatchdogSupervisorTest, anOnThatIsRefusedForgetsNothing) {
-    fates = {Fate::lives, Fate::isRefused};
-    keeper().setDisplayEnabled(1, false);
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 1004);
-    killIdleGuard();
-    endWithoutGoodbye();
-    EXPECT_TRUE(isOn(1));
-}
-
-TEST_F(WatchdogSupervisorTest, afterThreeDeathsWithinTenSecondsThisProcessSwitches) {
-    keeper().setDisplayEnabled(2, false);
+TEST_F(WatchdogSupervisorTest, AfterThreeCrashesWithinTenSecondsThisProcessSwitches) {
+    switchOff(2);
     for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(isInProcess()) << i;
         now += 4s;
-        killIdleGuard();
+        killIdleWatchdog();
     }
+
     EXPECT_TRUE(isInProcess());
-    EXPECT_EQ(starts, 3);
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
-    EXPECT_EQ(keeper().setDisplayEnabled(2, true), 0);
+    EXPECT_EQ(switchOff(1), 0);
+    EXPECT_EQ(switchOn(2), 0);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false), Pair(2, true)));
-    keeper().replaceIfDead();
+    supervisor().replaceIfDead();
     EXPECT_EQ(starts, 3);
 }
 
-TEST_F(WatchdogSupervisorTest, deathsFurtherApartAreAllReplaced) {
-    keeper();
+TEST_F(WatchdogSupervisorTest, WatchdogsThatCrashNowAndThenAreAllReplaced) {
+    supervisor();
     for (int i = 0; i < 12; ++i) {
         now += 5001ms;
-        killIdleGuard();
+        killIdleWatchdog();
         EXPECT_FALSE(isInProcess()) << i;
     }
     EXPECT_EQ(starts, 13);
 }
 
-TEST_F(WatchdogSupervisorTest, aSwitchOnThatKillsEveryGuardIsMadeHereInTheEnd) {
-    keeper().setDisplayEnabled(1, false);
-    fates = {Fate::diesBefore, Fate::diesBefore, Fate::diesBefore};
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+TEST_F(WatchdogSupervisorTest, ASwitchOnThatCrashesEveryWatchdogIsMadeInThisProcess) {
+    switchOff(1);
+    outcomes = {Outcome::crashesBefore, Outcome::crashesBefore, Outcome::crashesBefore};
+
+    EXPECT_EQ(switchOn(1), 0);
+
     EXPECT_TRUE(isOn(1));
     EXPECT_TRUE(isInProcess());
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
 }
 
-TEST_F(WatchdogSupervisorTest, aSwitchOffThatKillsEveryGuardNeverReachesThisProcess) {
-    keeper();
-    fates = {Fate::diesAfter, Fate::diesBefore, Fate::diesBefore};
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 1004);
+TEST_F(WatchdogSupervisorTest, ASwitchOffThatCrashesEveryWatchdogIsNeverMadeInThisProcess) {
+    outcomes = {Outcome::crashesAfter, Outcome::crashesBefore, Outcome::crashesBefore};
+
+    EXPECT_EQ(switchOff(1), 1004);
+
     EXPECT_TRUE(isOn(1));
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
 }
 
-TEST_F(WatchdogSupervisorTest, aGuardThatCannotBeStartedCountsAsDead) {
+TEST_F(WatchdogSupervisorTest, AWatchdogThatCannotBeStartedCountsAsACrash) {
     failingStarts = 2;
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+
+    EXPECT_EQ(switchOff(1), 0);
+
     EXPECT_THAT(inner.changes, IsEmpty());
     EXPECT_EQ(starts, 3);
-    killIdleGuard();
-    EXPECT_TRUE(isInProcess()) << "the third death";
+    killIdleWatchdog();
+    EXPECT_TRUE(isInProcess()) << "the third crash";
 }
 
-TEST_F(WatchdogSupervisorTest, whereNoGuardCanBeStartedThisProcessSwitches) {
+TEST_F(WatchdogSupervisorTest, WhereNoWatchdogCanBeStartedThisProcessSwitches) {
     failingStarts = 1000;
-    EXPECT_EQ(keeper().setDisplayEnabled(1, false), 0);
+
+    EXPECT_EQ(switchOff(1), 0);
+
     EXPECT_FALSE(isOn(1));
     EXPECT_EQ(starts, 3);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, false)));
 }
 
-TEST_F(WatchdogSupervisorTest, anAnswerToAnotherRequestIsNoAnswer) {
+TEST_F(WatchdogSupervisorTest, AnAnswerToAnotherRequestIsNoAnswer) {
     puppetSays = {{.kind = Kind::ready}, {.kind = Kind::answer, .id = 77, .status = 0}};
-    keeper();
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+    supervisor();
+
+    EXPECT_EQ(switchOn(1), 0);
+
     EXPECT_EQ(puppetsKilled, 1);
     EXPECT_EQ(starts, 2);
-    EXPECT_THAT(asked, ElementsAre(Pair(1, true)));
+    EXPECT_THAT(requests, ElementsAre(Pair(1, true)));
 }
 
-TEST_F(WatchdogSupervisorTest, aGuardThatStaysSilentIsReplacedWhenPatienceEnds) {
+TEST_F(WatchdogSupervisorTest, AWatchdogThatDoesNotAnswerInTimeIsReplaced) {
     puppetSays = {{.kind = Kind::ready}};
     answerTimeout = 20ms;
-    EXPECT_EQ(keeper().setDisplayEnabled(1, true), 0);
+
+    EXPECT_EQ(switchOn(1), 0);
+
     EXPECT_EQ(puppetsKilled, 1) << "or it might still switch one day";
     EXPECT_EQ(starts, 2);
 }
 
-TEST_F(WatchdogSupervisorTest, aGuardThatTalksUnaskedIsReplaced) {
+TEST_F(WatchdogSupervisorTest, AWatchdogThatSpeaksUnaskedIsReplaced) {
     for (const Message& message : {Message{.kind = Kind::answer, .id = 1},
                                    Message{.kind = Kind::goodbye}, Message{.kind = Kind::ready}}) {
         SCOPED_TRACE(static_cast<int>(message.kind));
         const int startsBefore = starts;
         endWithoutGoodbye();
         puppetSays = {{.kind = Kind::ready}, message};
-        keeper().replaceIfDead();
+
+        supervisor().replaceIfDead();
+
         EXPECT_EQ(starts, startsBefore + 2);
     }
     EXPECT_EQ(puppetsKilled, 3);
 }
 
-TEST_F(WatchdogSupervisorTest, aGuardMaySayOnceThatItIsReady) {
+TEST_F(WatchdogSupervisorTest, AWatchdogMaySayOnceThatItIsReady) {
     puppetSays = {{.kind = Kind::ready}};
-    keeper().replaceIfDead();
+    supervisor().replaceIfDead();
     EXPECT_EQ(starts, 1);
+
     puppet->say({.kind = Kind::ready});
-    keeper().replaceIfDead();
+    supervisor().replaceIfDead();
+
     EXPECT_EQ(starts, 2);
 }
 

@@ -16,8 +16,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     SharedDisplays displays = SharedDisplays::ofEnvironment();
-    GuardedSwitch lifecycle(displays,
-                            {.startWatchdog = [&] { return WatchdogProcess::start(argv[1]); }});
+    GuardedSwitch guarded(displays,
+                          {.startWatchdog = [&] { return WatchdogProcess::start(argv[1]); }});
     __gnu_cxx::stdio_filebuf<char> input(3, std::ios::in);
     __gnu_cxx::stdio_filebuf<char> output(3, std::ios::out);
     std::istream orders(&input);
@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
     while (orders >> verb) {
         tavrel::ServerStatus status = 0;
         if (verb == "goodbye") {
-            lifecycle.goodbye();
+            guarded.goodbye();
         } else if (verb == "abort") {
             std::abort();
         } else if (verb == "segv") {
@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
         } else {
             tavrel::DisplayID display = 0;
             orders >> display;
-            status = lifecycle.setDisplayEnabled(display, verb == "on");
+            status = guarded.setDisplayEnabled(display, verb == "on");
         }
         answers << status << std::endl;
     }

@@ -7,7 +7,7 @@
 
 namespace tavrel::watchdog {
 
-/// The other side of a conversation, written down beforehand; it goes when all is said.
+/// The other side of a conversation, which says what it was given, and is then gone.
 class ScriptedChannel : public MessageChannel {
 public:
     explicit ScriptedChannel(std::deque<Received> said) : said_(std::move(said)) {}

@@ -8,12 +8,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,7 +23,7 @@
 #include "tests/support/VirtualDesktop.h"
 #include "watchdog/application/WatchdogProcess.h"
 
-/// The guard as it is shipped, spoken to as the application does, at a real X server.
+/// The watchdog as it is installed, spoken to as the application does, at a real X server.
 namespace tavrel::watchdog {
 namespace {
 
@@ -36,25 +35,23 @@ using testing::StartsWith;
 using testing::UnorderedElementsAre;
 using Kind = Message::Kind;
 
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds answerTimeout{30};
 
-/// Starts guards with an environment that leads nowhere but to a given X server.
+/// Starts watchdogs in an environment with nothing but the given X server.
 class WatchdogExecutableTest : public testing::Test {
 protected:
+    /// Returns when it is ready.
     void startWatchdog(const std::string& displayName) {
         setenv("DISPLAY", displayName.c_str(), 1);
         setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-        guard = WatchdogProcess::start(TAVREL_WATCHDOG);
-        ASSERT_NE(guard, nullptr);
-    }
-
-    void awaitReady() const {
-        EXPECT_EQ(guard->link().receive(patience), Received(Message{.kind = Kind::ready}));
+        watchdog = WatchdogProcess::start(TAVREL_WATCHDOG);
+        ASSERT_NE(watchdog, nullptr);
+        EXPECT_EQ(watchdog->link().receive(answerTimeout), Received(Message{.kind = Kind::ready}));
     }
 
     ServerStatus ask(Kind kind, const std::string& output) {
-        EXPECT_TRUE(guard->link().send({.kind = kind, .id = ++id, .display = idOf(output)}));
-        const Received received = guard->link().receive(patience);
+        EXPECT_TRUE(watchdog->link().send({.kind = kind, .id = ++id, .display = idOf(output)}));
+        const Received received = watchdog->link().receive(answerTimeout);
         const auto* answer = std::get_if<Message>(&received);
         EXPECT_TRUE(answer != nullptr && answer->kind == Kind::answer && answer->id == id);
         return answer != nullptr ? answer->status : -1;
@@ -63,35 +60,32 @@ protected:
     /// The dummy driver's monitors have no EDID.
     static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
 
-    /// Whether the guard ends, and soon, once its connection does.
+    /// Closes the connection and returns whether the watchdog has ended soon after.
     bool endsWhenAbandoned() {
-        const pid_t pid = guard->pid();
-        guard.reset();
+        const pid_t pid = watchdog->pid();
+        watchdog.reset();
         return kill(pid, 0) != 0;
     }
 
-    std::filesystem::path proc() const { return "/proc/" + std::to_string(guard->pid()); }
+    std::filesystem::path proc() const { return "/proc/" + std::to_string(watchdog->pid()); }
 
     std::map<int, std::string> openDescriptors() const {
         std::map<int, std::string> open;
         for (const auto& entry : std::filesystem::directory_iterator(proc() / "fd")) {
-            std::string target = std::filesystem::read_symlink(entry.path()).string();
-            open[std::stoi(entry.path().filename().string())] = target;
+            open[std::stoi(entry.path().filename().string())] =
+                std::filesystem::read_symlink(entry.path()).string();
         }
         return open;
     }
 
-    std::string textOf(const char* file) const {
-        std::ifstream stream(proc() / file);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string textOf(const char* file) const { return support::readFile(proc() / file); }
 
     support::TemporaryFolder folder;
-    std::unique_ptr<WatchdogProcess> guard;
+    std::unique_ptr<WatchdogProcess> watchdog;
     std::uint32_t id = 0;
 };
 
-TEST_F(WatchdogExecutableTest, itHoldsNothingOfItsParentsButTheConnection) {
+TEST_F(WatchdogExecutableTest, HoldsNothingOfItsParentsButTheConnection) {
     // Two descriptors that are not closed when a program is started, one above all others.
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -100,65 +94,66 @@ TEST_F(WatchdogExecutableTest, itHoldsNothingOfItsParentsButTheConnection) {
     const FileDescriptor readEnd(ends[0]);
 
     startWatchdog("");
-    awaitReady();
+
     EXPECT_THAT(openDescriptors(),
                 UnorderedElementsAre(Pair(0, "/dev/null"), Pair(1, "/dev/null"),
                                      Pair(2, "/dev/null"), Pair(3, StartsWith("socket:"))));
     EXPECT_EQ(std::filesystem::read_symlink(proc() / "cwd"), "/");
-    EXPECT_EQ(getsid(guard->pid()), guard->pid());
-
+    EXPECT_EQ(getsid(watchdog->pid()), watchdog->pid());
     writeEnd.reset();
     highWriteEnd.reset();
     char byte = 0;
-    EXPECT_EQ(read(readEnd.number(), &byte, 1), 0) << "whoever waits for its parent's output ends";
+    EXPECT_EQ(read(readEnd.number(), &byte, 1), 0) << "readers of its parent's output see its end";
 }
 
-TEST_F(WatchdogExecutableTest, itKnowsNoToolkitAndHasOneThread) {
+TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasOneThread) {
     startWatchdog("");
-    awaitReady();
+
     EXPECT_THAT(textOf("maps"), HasSubstr("libxcb"));
     EXPECT_THAT(textOf("maps"), Not(HasSubstr("Qt")));
     EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t1\n"));
 }
 
-TEST_F(WatchdogExecutableTest, withoutAServerEveryRequestIsAnsweredAndItEndsWithItsConnection) {
+TEST_F(WatchdogExecutableTest, WithoutAServerEveryRequestIsAnsweredAndItEndsWithItsConnection) {
     startWatchdog("");
-    awaitReady();
+
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 1006);
     EXPECT_EQ(ask(Kind::switchOn, "DUMMY0"), 1006);
     EXPECT_TRUE(endsWhenAbandoned());
 }
 
-class GuardByHandTest : public testing::TestWithParam<std::vector<std::string>> {};
+class WatchdogStartedByHandTest : public testing::TestWithParam<std::vector<std::string>> {};
 
-TEST_P(GuardByHandTest, isRefusedInOneLine) {
+TEST_P(WatchdogStartedByHandTest, IsRefusedInOneLine) {
     const support::TemporaryFolder output;
     ChildProcess::Options options;
     options.command = {TAVREL_WATCHDOG};
     options.command.insert(options.command.end(), GetParam().begin(), GetParam().end());
     options.standardError = output.path() / "err";
+
     const ChildProcess process(options);
+
     EXPECT_EQ(process.waitForEnd(), (ChildProcess::Ending{.exitStatus = 2, .signal = {}}));
-    std::ifstream stream(options.standardError);
-    const std::string said{std::istreambuf_iterator<char>(stream), {}};
+    const std::string said = support::readFile(options.standardError);
     EXPECT_THAT(said, StartsWith("usage: display-watchdog "));
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Arguments, GuardByHandTest,
-    testing::Values(std::vector<std::string>{}, std::vector<std::string>{""},
-                    std::vector<std::string>{"1"}, std::vector<std::string>{"77"},
-                    std::vector<std::string>{"-1"}, std::vector<std::string>{"3x"},
-                    std::vector<std::string>{"99999999999999999999"},
-                    std::vector<std::string>{"1", "2"}, std::vector<std::string>{"--help"}));
+INSTANTIATE_TEST_SUITE_P(Arguments, WatchdogStartedByHandTest,
+                         testing::ValuesIn(std::vector<std::vector<std::string>>{
+                             {},
+                             {""},
+                             {"1"},
+                             {"77"},
+                             {"-1"},
+                             {"3x"},
+                             {"99999999999999999999"},
+                             {"1", "2"},
+                             {"--help"}}));
 
-class GuardAtServerTest : public WatchdogExecutableTest {
+class WatchdogAtServerTest : public WatchdogExecutableTest {
 protected:
-    GuardAtServerTest() {
-        startWatchdog(desktop.displayName());
-        awaitReady();
-    }
+    WatchdogAtServerTest() { startWatchdog(desktop.displayName()); }
 
     bool isOn(const std::string& output) const { return desktop.monitor(output).on; }
 
@@ -166,70 +161,78 @@ protected:
     const std::vector<support::Monitor> atFirst = desktop.monitors();
 };
 
-TEST_F(GuardAtServerTest, abandonedItBringsBackWhatItSwitchedOffAsItWasAndEnds) {
+TEST_F(WatchdogAtServerTest, WhenAbandonedItBringsBackWhatItSwitchedOffAsItWasAndEnds) {
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 0);
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
     EXPECT_FALSE(isOn("DUMMY0"));
     EXPECT_FALSE(isOn("DUMMY1"));
+
     EXPECT_TRUE(endsWhenAbandoned());
+
     EXPECT_EQ(desktop.monitors(), atFirst);
     EXPECT_EQ(desktop.screenSize(), (support::ScreenSize{5760, 1080}));
 }
 
-TEST_F(GuardAtServerTest, itBringsBackWhatAnotherGuardSwitchedOffAsItWas) {
+TEST_F(WatchdogAtServerTest, BringsBackWhatAnotherWatchdogSwitchedOffAsItWas) {
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 0);
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY2"), 0);
-    guard->kill();
+    watchdog->kill();
     EXPECT_FALSE(isOn("DUMMY0"));
+
     startWatchdog(desktop.displayName());
-    awaitReady();
     for (const char* output : {"DUMMY0", "DUMMY2"}) {
-        guard->link().send({.kind = Kind::alreadyOff, .display = idOf(output)});
+        watchdog->link().send({.kind = Kind::alreadyOff, .display = idOf(output)});
     }
     EXPECT_TRUE(endsWhenAbandoned());
+
     EXPECT_EQ(desktop.monitors(), atFirst);
 }
 
-TEST_F(GuardAtServerTest, afterAGoodbyeItEndsAndChangesNothing) {
+TEST_F(WatchdogAtServerTest, AfterAGoodbyeItEndsAndChangesNothing) {
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
-    guard->link().send({.kind = Kind::goodbye});
+
+    watchdog->link().send({.kind = Kind::goodbye});
+
     EXPECT_TRUE(endsWhenAbandoned());
     EXPECT_FALSE(isOn("DUMMY1"));
 }
 
-TEST_F(GuardAtServerTest, bytesThatAreNoMessageNeverChangeTheLayout) {
+TEST_F(WatchdogAtServerTest, BytesThatAreNotAMessageNeverChangeTheLayout) {
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
     MessageBytes bytes = encode({.kind = Kind::switchOff, .id = 9, .display = idOf("DUMMY2")});
     bytes[4] = 99;
-    ASSERT_EQ(send(guard->link().descriptor(), bytes.data(), bytes.size(), 0),
+
+    ASSERT_EQ(send(watchdog->link().descriptor(), bytes.data(), bytes.size(), 0),
               static_cast<ssize_t>(bytes.size()));
-    guard->link().send({.kind = Kind::switchOff, .id = 10, .display = idOf("DUMMY2")});
-    EXPECT_EQ(guard->link().receive(patience), Received(NoMessage::gone));
+    watchdog->link().send({.kind = Kind::switchOff, .id = 10, .display = idOf("DUMMY2")});
+
+    EXPECT_EQ(watchdog->link().receive(answerTimeout), Received(NoMessage::gone));
     EXPECT_FALSE(isOn("DUMMY1"));
     EXPECT_TRUE(isOn("DUMMY2"));
     EXPECT_TRUE(endsWhenAbandoned());
     EXPECT_EQ(desktop.monitors(), atFirst);
 }
 
-TEST_F(GuardAtServerTest, whenTheServerGoesItAnswersAndEndsAsUsual) {
+TEST_F(WatchdogAtServerTest, WhenTheServerIsGoneItStillAnswersAndEnds) {
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY1"), 0);
+
     desktop.kill();
+
     EXPECT_EQ(ask(Kind::switchOff, "DUMMY2"), 1006);
     EXPECT_TRUE(endsWhenAbandoned());
 }
 
 #ifndef TAVREL_INSTRUMENTED
-TEST_F(GuardAtServerTest, itTakesAtMostTwoMebibytesThatItDoesNotShare) {
+TEST_F(WatchdogAtServerTest, TakesAtMostTwoMebibytesThatItDoesNotShare) {
     for (int round = 0; round < 20; ++round) {
-        for (const char* output : {"DUMMY0", "DUMMY1"}) {
-            ASSERT_EQ(ask(Kind::switchOff, output), 0);
-        }
-        for (const char* output : {"DUMMY0", "DUMMY1"}) {
-            ASSERT_EQ(ask(Kind::switchOn, output), 0);
+        for (const Kind kind : {Kind::switchOff, Kind::switchOn}) {
+            ASSERT_EQ(ask(kind, "DUMMY0"), 0);
+            ASSERT_EQ(ask(kind, "DUMMY1"), 0);
         }
     }
+
     std::map<std::string, long> kibibytes;
-    std::ifstream rollup(proc() / "smaps_rollup");
+    std::istringstream rollup(textOf("smaps_rollup"));
     for (std::string line; std::getline(rollup, line);) {
         const auto colon = line.find(':');
         if (colon != std::string::npos) {

@@ -39,10 +39,10 @@ protected:
         }
     }
 
-    /// Lets a guard hear all this and the end; returns what it said.
+    /// Lets a watchdog hear all this and then the end; returns what it said.
     std::vector<Message> serve(std::deque<Received> said) {
         ScriptedChannel channel(std::move(said));
-        WatchdogService(lifecycle, channel, [this](auto time) { pause(time); }).run();
+        WatchdogService(displays, channel, [this](auto time) { pause(time); }).run();
         hungUp = channel.hungUp();
         return channel.heard();
     }
@@ -51,7 +51,7 @@ protected:
         paused += time;
         ++pauses;
         if (pauses == pausesUntilAccepted) {
-            lifecycle.refuse(1, serverStatus::success);
+            displays.refuse(1, serverStatus::success);
         }
     }
 
@@ -59,104 +59,123 @@ protected:
 
     SimulatedWindowServer server;
     SimulatedScheduler scheduler;
-    ScriptedSwitch lifecycle{server, scheduler};
+    ScriptedSwitch displays{server, scheduler};
     std::chrono::milliseconds paused{0};
     int pauses = 0;
     int pausesUntilAccepted = -1;
     bool hungUp = false;
 };
 
-TEST_F(WatchdogServiceTest, saysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
+TEST_F(WatchdogServiceTest, SaysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
     EXPECT_THAT(serve({off(7, 1), on(3, 1), goodbye}),
                 ElementsAre(ready, answer(7, 0), answer(3, 0)));
+
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)));
 }
 
-TEST_F(WatchdogServiceTest, passesTheServersStatusOnAsItIs) {
-    lifecycle.refuse(2, -17);
+TEST_F(WatchdogServiceTest, PassesTheServersStatusOnAsItIs) {
+    displays.refuse(2, -17);
+
     EXPECT_THAT(serve({off(1, 9), off(2, 2), goodbye}),
                 ElementsAre(ready, answer(1, 1001), answer(2, -17)));
 }
 
-TEST_F(WatchdogServiceTest, afterAGoodbyeTheDisplaysStayAsTheyAre) {
+TEST_F(WatchdogServiceTest, AfterAGoodbyeTheDisplaysStayAsTheyAre) {
     serve({off(1, 1), goodbye});
+
     EXPECT_FALSE(isOn(1));
 }
 
-TEST_F(WatchdogServiceTest, withoutAGoodbyeItSwitchesOnWhatItSwitchedOffLatestFirst) {
+TEST_F(WatchdogServiceTest, WithoutAGoodbyeSwitchesOnWhatItSwitchedOffLatestFirst) {
     serve({off(1, 1), off(2, 3)});
+
     EXPECT_THAT(server.takeChanges(),
                 ElementsAre(Pair(1, false), Pair(3, false), Pair(3, true), Pair(1, true)));
     EXPECT_EQ(pauses, 0);
 }
 
-TEST_F(WatchdogServiceTest, whatWasSwitchedOnAgainIsNotTouched) {
+TEST_F(WatchdogServiceTest, WhatWasSwitchedOnAgainIsNotSwitchedOnTwice) {
     serve({off(1, 1), on(2, 1)});
+
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)));
 }
 
-TEST_F(WatchdogServiceTest, whatCouldNotBeSwitchedOnStaysItsDuty) {
+TEST_F(WatchdogServiceTest, WhatCouldNotBeSwitchedOnWhenAskedIsSwitchedOnAtTheEnd) {
     server.switchFromOutside(1, false);
-    lifecycle.refuse(1, serverStatus::cannotComplete);
+    displays.refuse(1, serverStatus::cannotComplete);
     pausesUntilAccepted = 1;
+
     EXPECT_THAT(serve({alreadyOff(1), on(1, 1)}), ElementsAre(ready, answer(1, 1004)));
+
     EXPECT_TRUE(isOn(1));
 }
 
-TEST_F(WatchdogServiceTest, whatCouldNotBeSwitchedOffIsNotSwitchedOn) {
-    lifecycle.refuse(1, serverStatus::cannotComplete);
+TEST_F(WatchdogServiceTest, WhatCouldNotBeSwitchedOffIsNotSwitchedOn) {
+    displays.refuse(1, serverStatus::cannotComplete);
+
     serve({off(1, 1)});
+
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(WatchdogServiceTest, aDisplayThatAnotherSwitchedOffIsNotItsBusiness) {
+TEST_F(WatchdogServiceTest, ADisplayThatAnotherProgramSwitchedOffStaysOff) {
     server.switchFromOutside(2, false);
+
     serve({off(1, 1)});
+
     EXPECT_TRUE(isOn(1));
     EXPECT_FALSE(isOn(2));
 }
 
-TEST_F(WatchdogServiceTest, whatItWasToldIsOffIsItsDutyToo) {
+TEST_F(WatchdogServiceTest, WhatItWasToldIsOffIsSwitchedOnToo) {
     server.switchFromOutside(2, false);
+
     EXPECT_THAT(serve({alreadyOff(2)}), ElementsAre(ready));
+
     EXPECT_TRUE(isOn(2));
 }
 
-TEST_F(WatchdogServiceTest, aServerThatRefusesAtFirstIsAskedAgain) {
+TEST_F(WatchdogServiceTest, AServerThatRefusesAtFirstIsAskedAgain) {
     server.switchFromOutside(1, false);
-    lifecycle.refuse(1, serverStatus::cannotComplete);
+    displays.refuse(1, serverStatus::cannotComplete);
     pausesUntilAccepted = 3;
+
     serve({alreadyOff(1), alreadyOff(2)});
+
     EXPECT_TRUE(isOn(1));
     EXPECT_EQ(pauses, 3);
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(2, true), Pair(1, true)));
 }
 
-TEST_F(WatchdogServiceTest, aServerThatAlwaysRefusesIsLeftAloneAfterAFewSeconds) {
+TEST_F(WatchdogServiceTest, AServerThatAlwaysRefusesIsGivenUpAfterAFewSeconds) {
     server.switchFromOutside(1, false);
-    lifecycle.refuse(1, serverStatus::notImplemented);
+    displays.refuse(1, serverStatus::notImplemented);
+
     serve({off(1, 2), alreadyOff(1)});
+
     EXPECT_TRUE(isOn(2)) << "the others must not wait for it";
     EXPECT_EQ(paused, (WatchdogService::attempts - 1) * WatchdogService::retryInterval);
     EXPECT_LE(paused, std::chrono::seconds(5));
 }
 
-TEST_F(WatchdogServiceTest,
-       whatIsNoMessageEndsTheConversationAndChangesNothingUntilTheOtherIsGone) {
+TEST_F(WatchdogServiceTest, WhatIsNotAMessageEndsTheConversationWithoutAChange) {
     EXPECT_THAT(serve({NoMessage::malformed, off(1, 1)}), ElementsAre(ready));
-    EXPECT_TRUE(hungUp);
+
+    EXPECT_TRUE(hungUp) << "it waits until the other side is gone";
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-TEST_F(WatchdogServiceTest, itsDutyIsDoneAlsoAfterWhatIsNoMessage) {
+TEST_F(WatchdogServiceTest, WhatIsOffIsSwitchedOnAlsoAfterWhatIsNotAMessage) {
     serve({off(1, 1), NoMessage::malformed});
+
     EXPECT_TRUE(hungUp);
     EXPECT_TRUE(isOn(1));
 }
 
-TEST_F(WatchdogServiceTest, whatOnlyAGuardMaySayEndsTheConversationToo) {
+TEST_F(WatchdogServiceTest, WhatOnlyAWatchdogMaySayEndsTheConversationToo) {
     for (const Message& message : {ready, answer(1, 0)}) {
         EXPECT_THAT(serve({message, off(1, 1)}), ElementsAre(ready));
+
         EXPECT_TRUE(hungUp);
         EXPECT_THAT(server.takeChanges(), IsEmpty());
     }

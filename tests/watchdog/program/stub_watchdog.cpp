@@ -5,7 +5,7 @@
 #include "watchdog/program/WatchdogService.h"
 #include "watchdog/protocol/MessageSocket.h"
 
-/// A guard in a process of its own, for displays that are in a file.
+/// A watchdog in a process of its own, for displays that are in a file.
 int main() {
     using namespace tavrel::watchdog;
     SharedDisplays displays = SharedDisplays::ofEnvironment();

@@ -33,65 +33,74 @@ private:
         : ours(std::move(ends.value().first)), theirs(std::move(ends.value().second)) {}
 };
 
-TEST_F(MessageSocketTest, whatIsSentArrivesInOrder) {
+TEST_F(MessageSocketTest, WhatIsSentArrivesInOrder) {
     const Message first{.kind = Kind::switchOff, .id = 1, .display = 2};
     const Message second{.kind = Kind::goodbye};
+
     EXPECT_TRUE(theirs->send(first));
     EXPECT_TRUE(theirs->send(second));
+
     EXPECT_EQ(ours.receive(), Received(first));
     EXPECT_EQ(ours.receive(), Received(second));
 }
 
-TEST_F(MessageSocketTest, whatWasSentBeforeTheEndStillArrives) {
+TEST_F(MessageSocketTest, WhatWasSentBeforeTheEndStillArrives) {
     theirs->send({.kind = Kind::goodbye});
     theirs.reset();
+
     EXPECT_EQ(ours.receive(), Received(Message{.kind = Kind::goodbye}));
     EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
     EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
 }
 
-TEST_F(MessageSocketTest, theEndOfAPeerThatDidNotReadAllIsAnEndLikeAnyOther) {
+TEST_F(MessageSocketTest, APeerThatEndsWithoutReadingEverythingIsGone) {
     ours.send({.kind = Kind::ready});
     theirs.reset();
+
     EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
 }
 
-TEST_F(MessageSocketTest, sendingToAPeerThatIsGoneFailsWithoutASignal) {
+TEST_F(MessageSocketTest, SendingToAPeerThatIsGoneFailsWithoutASignal) {
     theirs.reset();
+
     EXPECT_FALSE(ours.send({.kind = Kind::ready}));
 }
 
-TEST_F(MessageSocketTest, anEndInTheMiddleOfAMessageIsAnEndWithoutIt) {
+TEST_F(MessageSocketTest, APeerThatEndsInTheMiddleOfAMessageIsGone) {
     const MessageBytes bytes = encode({.kind = Kind::goodbye});
     sendRaw(std::span(bytes).first(7));
     theirs.reset();
+
     EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
 }
 
-TEST_F(MessageSocketTest, whatIsNoMessageIsMalformedForGood) {
+TEST_F(MessageSocketTest, AfterWhatIsNotAMessageEverythingIsMalformed) {
     MessageBytes bytes = encode({.kind = Kind::goodbye});
     bytes[4] = 9;
     sendRaw(bytes);
     theirs->send({.kind = Kind::goodbye});
+
     EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
     EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
 }
 
-TEST_F(MessageSocketTest, patienceEnds) {
+TEST_F(MessageSocketTest, ReceivingEndsAtItsTimeout) {
     EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut));
     EXPECT_EQ(ours.receive(20ms), Received(NoMessage::timedOut));
 }
 
-TEST_F(MessageSocketTest, halfAMessageIsKeptUntilTheOtherHalfComes) {
+TEST_F(MessageSocketTest, HalfAMessageIsKeptUntilTheOtherHalfArrives) {
     const MessageBytes bytes = encode({.kind = Kind::goodbye});
     sendRaw(std::span(bytes).first(13));
     EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut));
+
     sendRaw(std::span(bytes).subspan(13));
+
     EXPECT_EQ(ours.receive(0ms), Received(Message{.kind = Kind::goodbye}));
 }
 
-TEST_F(MessageSocketTest, hangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) {
-    // More than is ever on its way, so that it has to be read for the sender to go on.
+TEST_F(MessageSocketTest, HangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) {
+    // More than fits into the connection, so that it has to be read for the sender to go on.
     const std::vector<std::uint8_t> noise(1'000'000, 0x55);
     std::optional<Received> seen;
     std::thread other([&] {
@@ -99,13 +108,15 @@ TEST_F(MessageSocketTest, hangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) 
         sendRaw(noise);
         theirs.reset();
     });
+
     ours.hangUp();
+
     other.join();
     EXPECT_EQ(seen, Received(NoMessage::gone));
     EXPECT_FALSE(theirs.has_value());
 }
 
-TEST_F(MessageSocketTest, programsThatAreStartedGetNeitherEnd) {
+TEST_F(MessageSocketTest, StartedProgramsInheritNeitherEnd) {
     for (const int descriptor : {ours.descriptor(), theirs->descriptor()}) {
         EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     }
