@@ -45,7 +45,7 @@ public:
             IceSetHostBasedAuthProc(listeners_[index], anybody);
         }
         char* list = IceComposeNetworkIdList(listenCount_, listeners_);
-        address_ = list;
+        address = list;
         release(list);
         thread_ = std::thread([this] { serve(); });
     }
@@ -62,9 +62,9 @@ public:
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    std::string address_;
-    std::atomic<bool> hasClient_ = false;
-    std::atomic<bool> loggingOut_ = false;
+    std::string address;
+    std::atomic<bool> hasClient = false;
+    std::atomic<bool> loggingOut = false;
 
 private:
     static Bool anybody(char* /*host*/) { return True; }
@@ -121,7 +121,7 @@ private:
             return;
         }
         SmsSaveComplete(client);
-        impl.hasClient_ = true;
+        impl.hasClient = true;
     }
 
     static void closed(SmsConn client, SmPointer self, int count, char** reasons) {
@@ -154,7 +154,7 @@ private:
             }
             poll(sources.data(), sources.size(), pollMilliseconds);
             handle(sources);
-            if (loggingOut_ && !askedToSave_) {
+            if (loggingOut && !askedToSave_) {
                 askedToSave_ = true;
                 for (SmsConn client : clients_) {
                     SmsSaveYourself(client, SmSaveBoth, True, SmInteractStyleNone, False);
@@ -200,15 +200,15 @@ SessionManager::SessionManager() : impl_(std::make_unique<Impl>()) {}
 SessionManager::~SessionManager() = default;
 
 const std::string& SessionManager::address() const {
-    return impl_->address_;
+    return impl_->address;
 }
 
 bool SessionManager::hasClient() const {
-    return impl_->hasClient_;
+    return impl_->hasClient;
 }
 
 void SessionManager::logOut() {
-    impl_->loggingOut_ = true;
+    impl_->loggingOut = true;
 }
 
 }  // namespace tavrel::support
