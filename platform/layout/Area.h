@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
+namespace tavrel::layout {
 
-namespace tavrel::x11 {
-
-/// A part of the X screen, in pixels from its top left corner.
+/// A part of the desktop, in pixels from its top left corner.
 struct Area {
     int x = 0;
     int y = 0;
@@ -21,18 +19,4 @@ constexpr bool overlap(const Area& a, const Area& b) {
     return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
 }
 
-/// The size of the X screen, in pixels and in the millimetres the server pretends.
-struct ScreenSize {
-    int width = 0;
-    int height = 0;
-    int widthInMillimetres = 0;
-    int heightInMillimetres = 0;
-
-    constexpr bool hasPixelsOf(const ScreenSize& other) const {
-        return width == other.width && height == other.height;
-    }
-
-    friend constexpr bool operator==(const ScreenSize&, const ScreenSize&) = default;
-};
-
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

@@ -3,21 +3,37 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstddef>
+#include <numeric>
 #include <set>
-#include <string>
-#include <vector>
+#include <utility>
 
-namespace tavrel::x11 {
+namespace tavrel::layout {
 
 namespace {
 
-/// What tells one monitor at one connector from all others.
-std::string identity(const Output& output) {
-    return output.name + '/' + std::to_string(output.edid.vendor) + '/' +
-           std::to_string(output.edid.product) + '/' + std::to_string(output.edid.serial);
+std::string toText(const Identity& identity) {
+    return identity.connector + '/' + std::to_string(identity.edid.vendor) + '/' +
+           std::to_string(identity.edid.product) + '/' + std::to_string(identity.edid.serial);
 }
 
 }  // namespace
+
+EdidNumbers parseEdid(const std::vector<std::uint8_t>& bytes) {
+    constexpr std::size_t blockSize = 128;
+    constexpr std::array<std::uint8_t, 8> header{0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
+    if (bytes.size() < blockSize || !std::equal(header.begin(), header.end(), bytes.begin())) {
+        return {};
+    }
+    const unsigned sum = std::accumulate(bytes.begin(), bytes.begin() + blockSize, 0U);
+    if (sum % 256 != 0) {
+        return {};
+    }
+    const auto byte = [&bytes](std::size_t at) { return std::uint32_t{bytes[at]}; };
+    return {.vendor = byte(8) << 8 | byte(9),
+            .product = byte(11) << 8 | byte(10),
+            .serial = byte(15) << 24 | byte(14) << 16 | byte(13) << 8 | byte(12)};
+}
 
 std::uint32_t stableHash(std::string_view bytes) {
     std::uint32_t hash = 2166136261U;
@@ -27,35 +43,26 @@ std::uint32_t stableHash(std::string_view bytes) {
     return hash;
 }
 
-std::map<Xid, DisplayID> displayIdentifiers(const Snapshot& snapshot, const IdentifierHash& hash) {
-    std::vector<std::pair<std::string, Xid>> byIdentity;
-    byIdentity.reserve(snapshot.outputs.size());
-    for (const Output& output : snapshot.outputs) {
-        byIdentity.emplace_back(identity(output), output.id);
+std::vector<DisplayID> displayIdentifiers(const std::vector<Identity>& outputs,
+                                          const IdentityHash& hash) {
+    std::vector<std::pair<std::string, std::size_t>> byIdentity;
+    byIdentity.reserve(outputs.size());
+    for (const Identity& output : outputs) {
+        byIdentity.emplace_back(toText(output), byIdentity.size());
     }
     // The order decides who gives way when two collide, so it must not be the server's.
     std::sort(byIdentity.begin(), byIdentity.end());
 
-    std::map<Xid, DisplayID> identifiers;
+    std::vector<DisplayID> identifiers(outputs.size());
     std::set<DisplayID> taken{0};
-    for (const auto& [key, output] : byIdentity) {
-        DisplayID identifier = hash(key);
+    for (const auto& [text, index] : byIdentity) {
+        DisplayID identifier = hash(text);
         while (!taken.insert(identifier).second) {
             ++identifier;
         }
-        identifiers.emplace(output, identifier);
+        identifiers[index] = identifier;
     }
     return identifiers;
-}
-
-const Output* connectedOutput(const Snapshot& snapshot, DisplayID display) {
-    for (const auto& [output, identifier] : displayIdentifiers(snapshot)) {
-        if (identifier == display) {
-            const Output* found = snapshot.output(output);
-            return found->connected ? found : nullptr;
-        }
-    }
-    return nullptr;
 }
 
 bool isBuiltInConnector(std::string_view name) {
@@ -71,4 +78,4 @@ bool isBuiltInConnector(std::string_view name) {
     });
 }
 
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

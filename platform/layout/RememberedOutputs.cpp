@@ -1,37 +1,47 @@
 #include "platform/layout/RememberedOutputs.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <utility>
 
 #include "platform/UserDefaults.h"
 
-namespace tavrel::x11 {
+namespace tavrel::layout {
 
 namespace {
 constexpr std::ptrdiff_t most = 64;
 }
 
+const RememberedOutput* find(const Memory& memory, DisplayID display) {
+    const auto found = std::find_if(memory.begin(), memory.end(),
+                                    [&](const auto& each) { return each.display == display; });
+    return found == memory.end() ? nullptr : &*found;
+}
+
+void forget(Memory& memory, DisplayID display) {
+    std::erase_if(memory, [&](const auto& each) { return each.display == display; });
+}
+
 RememberedOutputs::RememberedOutputs(UserDefaults& store) : store_(store) {}
 
-std::vector<RememberedOutput> RememberedOutputs::all() const {
+Memory RememberedOutputs::all() const {
     if (unsaved_.has_value()) {
         return *unsaved_;
     }
     const std::optional<std::string> bytes = store_.data(rememberedOutputsKey);
-    return bytes.has_value() ? decodeRemembered(*bytes).value_or(std::vector<RememberedOutput>{})
-                             : std::vector<RememberedOutput>{};
+    return bytes.has_value() ? decodeMemory(*bytes).value_or(Memory{}) : Memory{};
 }
 
-void RememberedOutputs::replace(std::vector<RememberedOutput> remembered) {
-    if (std::ssize(remembered) > most) {
-        remembered.erase(remembered.begin(), remembered.end() - most);
+void RememberedOutputs::replace(Memory memory) {
+    if (std::ssize(memory) > most) {
+        memory.erase(memory.begin(), memory.end() - most);
     }
-    if (store_.setData(rememberedOutputsKey, encodeRemembered(remembered))) {
+    if (store_.setData(rememberedOutputsKey, encodeMemory(memory))) {
         unsaved_.reset();
     } else {
-        unsaved_ = std::move(remembered);
+        unsaved_ = std::move(memory);
     }
 }
 
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

@@ -1,19 +1,52 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/DisplayID.h"
-#include "platform/layout/RememberedOutput.h"
+#include "platform/layout/Layout.h"
 
 namespace tavrel {
 class UserDefaults;
 }
 
-namespace tavrel::x11 {
+namespace tavrel::layout {
 
-/// The key of the persistent store that holds them.
+/// How a display was set up when it was switched off; all that it takes to bring it back
+/// as it was.
+struct RememberedOutput {
+    DisplayID display = 0;
+    Mode mode = {};
+    Area area = {};
+    Rotation rotation = rotate0;
+    /// The displays that showed (part of) the same picture.
+    std::vector<DisplayID> mirrors = {};
+    /// Whether it was primary, and if so, only in place of one that was off.
+    bool primary = false;
+    bool primaryOnLoan = false;
+    /// A JSON object with what the window server knows beyond that, and reads itself. Its
+    /// members must not be called like those above.
+    std::string notes = "{}";
+
+    friend bool operator==(const RememberedOutput&, const RememberedOutput&) = default;
+};
+
+/// Latest last; of each display at most one.
+using Memory = std::vector<RememberedOutput>;
+
+/// Null when nothing is remembered of the display.
+const RememberedOutput* find(const Memory& memory, DisplayID display);
+void forget(Memory& memory, DisplayID display);
+
+/// The stored form, a JSON array. Persistent: do not change the meaning of a member.
+std::string encodeMemory(const Memory& memory);
+
+/// std::nullopt unless the bytes are, whole, what `encodeMemory` writes or version 0.1 wrote.
+std::optional<Memory> decodeMemory(std::string_view bytes);
+
+/// The key of the persistent store that holds the memory.
 inline constexpr std::string_view rememberedOutputsKey = "TavrelRememberedOutputs";
 
 /// The displays that were switched off here, as they were.
@@ -25,16 +58,16 @@ class RememberedOutputs {
 public:
     explicit RememberedOutputs(UserDefaults& store);
 
-    /// Latest last. Nothing is remembered where the store holds anything malformed.
-    std::vector<RememberedOutput> all() const;
+    /// Empty where the store holds anything malformed.
+    Memory all() const;
 
     /// Makes these all there are. Of very many, the first are given up.
-    void replace(std::vector<RememberedOutput> remembered);
+    void replace(Memory memory);
 
 private:
     UserDefaults& store_;
     /// Set while the store is behind because it could not be written.
-    std::optional<std::vector<RememberedOutput>> unsaved_;
+    std::optional<Memory> unsaved_;
 };
 
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

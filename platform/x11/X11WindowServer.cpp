@@ -1,14 +1,13 @@
 #include "platform/x11/X11WindowServer.h"
 
-#include <map>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "platform/layout/Identity.h"
+#include "platform/layout/Layout.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
 #include "platform/x11/crtc/RandrLayoutServer.h"
-#include "platform/x11/snapshot/Snapshot.h"
+#include "platform/x11/snapshot/SnapshotLayout.h"
 
 namespace tavrel {
 
@@ -37,45 +36,43 @@ private:
 /// What one snapshot says.
 class SnapshotMoment : public DisplayMoment {
 public:
-    explicit SnapshotMoment(x11::Snapshot snapshot) : snapshot_(std::move(snapshot)) {
-        const auto identifiers = x11::displayIdentifiers(snapshot_);
-        for (const x11::Output& output : snapshot_.outputs) {
-            if (output.connected) {
-                connected_.push_back(identifiers.at(output.id));
-                outputs_.emplace(connected_.back(), &output);
+    explicit SnapshotMoment(const x11::Snapshot& snapshot) : layout_(x11::layoutOf(snapshot)) {}
+
+    DisplayList allDisplays() override { return onlineDisplays(); }
+    /// In the server's order.
+    DisplayList onlineDisplays() override {
+        std::vector<DisplayID> connected;
+        for (const layout::Output& output : layout_.outputs) {
+            if (output.isConnected) {
+                connected.push_back(output.display);
             }
         }
+        return connected;
     }
-
-    DisplayList allDisplays() override { return connected_; }
-    DisplayList onlineDisplays() override { return connected_; }
     bool isBuiltIn(DisplayID display) override {
-        const x11::Output* output = find(display);
-        return output != nullptr && x11::isBuiltInConnector(output->name);
+        const layout::Output* output = find(display);
+        return output != nullptr && layout::isBuiltInConnector(output->identity.connector);
     }
     bool isOnline(DisplayID display) override { return find(display) != nullptr; }
     bool isActive(DisplayID display) override {
-        const x11::Output* output = find(display);
-        return output != nullptr && snapshot_.activeCrtc(*output) != nullptr;
+        const layout::Output* output = find(display);
+        return output != nullptr && output->shown.has_value();
     }
     std::uint32_t vendorNumber(DisplayID display) override { return edid(display).vendor; }
     std::uint32_t modelNumber(DisplayID display) override { return edid(display).product; }
     std::uint32_t serialNumber(DisplayID display) override { return edid(display).serial; }
 
 private:
-    const x11::Output* find(DisplayID display) const {
-        const auto found = outputs_.find(display);
-        return found == outputs_.end() ? nullptr : found->second;
+    const layout::Output* find(DisplayID display) const {
+        const layout::Output* output = layout_.output(display);
+        return output != nullptr && output->isConnected ? output : nullptr;
     }
-    x11::EdidNumbers edid(DisplayID display) const {
-        const x11::Output* output = find(display);
-        return output == nullptr ? x11::EdidNumbers{} : output->edid;
+    layout::EdidNumbers edid(DisplayID display) const {
+        const layout::Output* output = find(display);
+        return output == nullptr ? layout::EdidNumbers{} : output->identity.edid;
     }
 
-    const x11::Snapshot snapshot_;
-    /// In the server's order.
-    std::vector<DisplayID> connected_;
-    std::map<DisplayID, const x11::Output*> outputs_;
+    const layout::Layout layout_;
 };
 
 }  // namespace
@@ -113,7 +110,7 @@ std::unique_ptr<DisplayMoment> X11WindowServer::now() {
     }
     if (connection != nullptr) {
         if (auto snapshot = x11::RandrLayoutServer(*connection).read()) {
-            return std::make_unique<SnapshotMoment>(*std::move(snapshot));
+            return std::make_unique<SnapshotMoment>(*snapshot);
         }
     }
     return std::make_unique<SilentMoment>(std::nullopt);

@@ -37,7 +37,7 @@ private:
 
     std::mutex changeMutex_;
     x11::ServerLink changeLink_;
-    x11::RememberedOutputs remembered_;
+    layout::RememberedOutputs remembered_;
 };
 
 }  // namespace tavrel

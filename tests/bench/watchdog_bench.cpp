@@ -99,7 +99,7 @@ Milliseconds compareOnServer() {
     watchdog::GuardedSwitch guarded(server, {.startWatchdog = [] {
                                         return watchdog::WatchdogProcess::start(TAVREL_WATCHDOG);
                                     }});
-    const DisplayID display = x11::stableHash("DUMMY1/0/0/0");
+    const DisplayID display = layout::stableHash("DUMMY1/0/0/0");
     const Milliseconds overhead = compare("X server", server, guarded, display, 200);
     guarded.goodbye();
     return overhead;

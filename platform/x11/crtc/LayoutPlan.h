@@ -7,6 +7,8 @@
 
 namespace tavrel::x11 {
 
+class LayoutServer;
+
 /// What a CRTC is to show. Off when `mode` is 0; then the rest is as the server shows it
 /// for a CRTC that is off.
 struct CrtcSetting {
@@ -14,11 +16,14 @@ struct CrtcSetting {
     Xid mode = 0;
     int x = 0;
     int y = 0;
-    Rotation rotation = upright;
+    layout::Rotation rotation = layout::rotate0;
     std::vector<Xid> outputs = {};
 
     friend bool operator==(const CrtcSetting&, const CrtcSetting&) = default;
 };
+
+/// What the CRTC shows now.
+CrtcSetting settingOf(const Crtc& crtc);
 
 struct CrtcTransform {
     Xid crtc = 0;
@@ -30,21 +35,21 @@ struct CrtcTransform {
 /// The requests that change a layout, to be made in the order of the members. What is
 /// absent stays as it is.
 struct LayoutPlan {
-    std::optional<ScreenSize> screenBefore;
-    std::optional<CrtcTransform> transform;
-    std::optional<CrtcSetting> crtc;
-    std::optional<ScreenSize> screenAfter;
-    std::optional<Xid> primary;
+    std::optional<ScreenSize> screenBefore = {};
+    std::optional<CrtcTransform> transform = {};
+    std::optional<CrtcSetting> crtc = {};
+    std::optional<ScreenSize> screenAfter = {};
+    std::optional<Xid> primary = {};
 
     bool isEmpty() const { return *this == LayoutPlan(); }
 
     friend bool operator==(const LayoutPlan&, const LayoutPlan&) = default;
 };
 
-/// What the CRTC shows now.
-CrtcSetting settingOf(const Crtc& crtc);
-
-/// Whether `now` is what `plan` makes of `before`, with nothing else changed in between.
-bool isCarriedOut(const LayoutPlan& plan, const Snapshot& before, const Snapshot& now);
+/// Carries out `plan`, which was made for the layout `before`, and checks that the server
+/// now shows just that, with nothing else changed in between. When it does not, or refused a
+/// request on the way, puts the layout back as it was and returns false. The server is to be
+/// grabbed meanwhile.
+bool applyPlan(LayoutServer& server, const Snapshot& before, const LayoutPlan& plan);
 
 }  // namespace tavrel::x11

@@ -1,14 +1,18 @@
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "platform/DisplayID.h"
-#include "platform/layout/RememberedOutput.h"
+#include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/crtc/LayoutPlan.h"
 #include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
+
+enum class Wanted {
+    off,
+    on,
+    /// On, but not as it was: the server has refused that.
+    onAnew
+};
 
 /// What one switch comes to.
 struct LayoutDecision {
@@ -18,16 +22,15 @@ struct LayoutDecision {
     LayoutPlan plan = {};
     /// What is to be remembered once the plan has been carried out; the same as before
     /// when the plan is empty.
-    std::vector<RememberedOutput> remembered = {};
+    layout::Memory memory = {};
 };
 
-/// Decides how `display` is taken out of the layout, or brought back into it, given what is
-/// remembered of displays switched off before. Pure: asks no server.
+/// Turns what the layout's policy says of `display` into what the server is to be told, given
+/// what is remembered of displays switched off before. Pure: asks no server.
 ///
 /// The rest of the layout stays where it is, and no active CRTC is ever left outside the
-/// screen. A display comes back as it was as long as its mode, its place and a CRTC are
-/// still there, else with its preferred mode, right of the rightmost one.
-LayoutDecision decideSwitch(const Snapshot& snapshot, DisplayID display, bool enabled,
-                            const std::vector<RememberedOutput>& remembered);
+/// screen.
+LayoutDecision decideSwitch(const Snapshot& snapshot, DisplayID display, Wanted wanted,
+                            const layout::Memory& memory);
 
 }  // namespace tavrel::x11

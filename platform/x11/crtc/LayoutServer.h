@@ -13,7 +13,7 @@ class LayoutServer {
 public:
     virtual ~LayoutServer() = default;
 
-    /// Nothing when the server is gone or answers with errors.
+    /// std::nullopt when the server is gone or answers with errors.
     virtual std::optional<Snapshot> read() = 0;
 
     /// Until it is given back, the server serves nobody else.

@@ -12,7 +12,7 @@ namespace tavrel::x11 {
 ///
 /// Returns 0 or a status; after any other than 0, the layout and what is remembered are as
 /// they were.
-ServerStatus switchDisplay(LayoutServer& server, RememberedOutputs& remembered, DisplayID display,
-                           bool enabled);
+ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& remembered,
+                           DisplayID display, bool enabled);
 
 }  // namespace tavrel::x11

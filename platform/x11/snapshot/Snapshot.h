@@ -8,37 +8,32 @@
 #include <vector>
 
 #include "platform/layout/Area.h"
-#include "platform/layout/Edid.h"
+#include "platform/layout/Identity.h"
+#include "platform/layout/Layout.h"
 
 namespace tavrel::x11 {
 
 /// The server's number for one of its resources; 0 stands for none.
 using Xid = std::uint32_t;
 
-/// RandR's rotation and reflection bits; exactly one rotation and any reflections.
-using Rotation = std::uint16_t;
-inline constexpr Rotation upright = 1;
-
-/// What makes a mode this mode. Its number may change with each start of the server.
-struct ModeTimings {
+/// The size of the X screen, in pixels and in the millimetres the server pretends.
+struct ScreenSize {
     int width = 0;
     int height = 0;
-    std::uint32_t dotClock = 0;
-    int horizontalSyncStart = 0;
-    int horizontalSyncEnd = 0;
-    int horizontalTotal = 0;
-    int horizontalSkew = 0;
-    int verticalSyncStart = 0;
-    int verticalSyncEnd = 0;
-    int verticalTotal = 0;
-    std::uint32_t flags = 0;
+    int widthInMillimetres = 0;
+    int heightInMillimetres = 0;
 
-    friend bool operator==(const ModeTimings&, const ModeTimings&) = default;
+    constexpr bool hasPixelsOf(const ScreenSize& other) const {
+        return width == other.width && height == other.height;
+    }
+
+    friend constexpr bool operator==(const ScreenSize&, const ScreenSize&) = default;
 };
 
+/// A mode and its number, which may change with each start of the server.
 struct Mode {
     Xid id = 0;
-    ModeTimings timings;
+    layout::Mode description;
 
     friend bool operator==(const Mode&, const Mode&) = default;
 };
@@ -58,9 +53,9 @@ struct Crtc {
     Xid id = 0;
     /// 0 when it is off; then the area is empty.
     Xid mode = 0;
-    Area area;
-    Rotation rotation = upright;
-    Rotation supportedRotations = upright;
+    layout::Area area;
+    layout::Rotation rotation = layout::rotate0;
+    layout::Rotation supportedRotations = layout::rotate0;
     bool supportsTransforms = false;
     /// The one in force; of a CRTC that is off, the one its next mode will get.
     Transform transform;
@@ -81,7 +76,7 @@ struct Output {
     std::vector<Xid> modes;
     /// The outputs that can share a CRTC with it.
     std::vector<Xid> clones;
-    EdidNumbers edid;
+    layout::EdidNumbers edid;
 
     friend bool operator==(const Output&, const Output&) = default;
 };
@@ -91,7 +86,7 @@ struct Snapshot {
     std::vector<Output> outputs;
     std::vector<Crtc> crtcs;
     std::vector<Mode> modes;
-    /// Nothing where the server knows no primary output; 0 when none is primary.
+    /// std::nullopt where the server knows no primary output; 0 when none is primary.
     std::optional<Xid> primary;
     ScreenSize screen;
     int minWidth = 0;

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
+#include <optional>
 #include <utility>
 
-#include "platform/layout/Identity.h"
+#include "platform/x11/snapshot/SnapshotLayout.h"
 
 namespace tavrel::x11 {
 
@@ -15,40 +15,26 @@ namespace {
 struct State {
     bool connected = false;
     bool primary = false;
-    bool active = false;
     bool mirrored = false;
-    Area area = {};
-    ModeTimings mode = {};
-    Rotation rotation = upright;
+    std::optional<layout::Shown> shown = {};
 };
 
-State stateOf(const Snapshot& snapshot, const Output& output) {
-    State state{.connected = true, .primary = snapshot.primary == output.id};
-    const Crtc* crtc = snapshot.activeCrtc(output);
-    if (crtc == nullptr) {
-        return state;
-    }
-    state.active = true;
-    state.area = crtc->area;
-    state.rotation = crtc->rotation;
-    if (const Mode* mode = snapshot.mode(crtc->mode); mode != nullptr) {
-        state.mode = mode->timings;
-    }
-    state.mirrored =
-        std::any_of(snapshot.outputs.begin(), snapshot.outputs.end(), [&](const Output& other) {
-            const Crtc* driving = snapshot.activeCrtc(other);
-            return other.id != output.id && driving != nullptr &&
-                   overlap(driving->area, crtc->area);
-        });
-    return state;
+bool isMirrored(const layout::Layout& layout, const layout::Output& output) {
+    return std::any_of(layout.outputs.begin(), layout.outputs.end(), [&](const auto& other) {
+        return other.display != output.display && other.shown.has_value() &&
+               output.shown.has_value() && overlap(other.shown->area, output.shown->area);
+    });
 }
 
 std::map<DisplayID, State> statesIn(const Snapshot& snapshot) {
-    const auto identifiers = displayIdentifiers(snapshot);
+    const layout::Layout layout = layoutOf(snapshot);
     std::map<DisplayID, State> states;
-    for (const Output& output : snapshot.outputs) {
-        if (output.connected) {
-            states.emplace(identifiers.at(output.id), stateOf(snapshot, output));
+    for (const layout::Output& output : layout.outputs) {
+        if (output.isConnected) {
+            states.emplace(output.display, State{.connected = true,
+                                                 .primary = layout.primary == output.display,
+                                                 .mirrored = isMirrored(layout, output),
+                                                 .shown = output.shown});
         }
     }
     return states;
@@ -59,20 +45,24 @@ std::uint32_t turn(bool before, bool after, std::uint32_t gained, std::uint32_t 
     return before == after ? 0 : after ? gained : lost;
 }
 
+std::uint32_t flagsBetween(const layout::Shown& before, const layout::Shown& after) {
+    const bool sameMode = before.mode == after.mode && before.rotation == after.rotation &&
+                          before.area.width == after.area.width &&
+                          before.area.height == after.area.height;
+    const bool samePlace = before.area.x == after.area.x && before.area.y == after.area.y;
+    return (sameMode ? 0 : displayChange::setMode) | (samePlace ? 0 : displayChange::moved);
+}
+
 std::uint32_t flagsBetween(const State& before, const State& after) {
     using namespace displayChange;
-    std::uint32_t flags = turn(before.connected, after.connected, add, remove) |
-                          turn(before.active, after.active, enabled, disabled) |
-                          turn(before.mirrored, after.mirrored, mirror, unMirror) |
-                          turn(before.primary, after.primary, setMain, 0);
-    if (before.active && after.active) {
-        const bool sameMode = before.mode == after.mode && before.rotation == after.rotation &&
-                              before.area.width == after.area.width &&
-                              before.area.height == after.area.height;
-        const bool samePlace = before.area.x == after.area.x && before.area.y == after.area.y;
-        flags |= (sameMode ? 0 : setMode) | (samePlace ? 0 : moved);
-    }
-    return flags;
+    const std::uint32_t flags =
+        turn(before.connected, after.connected, add, remove) |
+        turn(before.shown.has_value(), after.shown.has_value(), enabled, disabled) |
+        turn(before.mirrored, after.mirrored, mirror, unMirror) |
+        turn(before.primary, after.primary, setMain, 0);
+    return before.shown.has_value() && after.shown.has_value()
+               ? flags | flagsBetween(*before.shown, *after.shown)
+               : flags;
 }
 
 }  // namespace

@@ -15,18 +15,22 @@ std::vector<Number> list(const Number* first, int count) {
     return {first, first + std::max(count, 0)};
 }
 
-ModeTimings toTimings(const xcb_randr_mode_info_t& info) {
+// Ours are RandR's numbers.
+static_assert(layout::rotate0 == XCB_RANDR_ROTATION_ROTATE_0);
+static_assert(layout::rotate90 == XCB_RANDR_ROTATION_ROTATE_90);
+static_assert(layout::rotate180 == XCB_RANDR_ROTATION_ROTATE_180);
+static_assert(layout::rotate270 == XCB_RANDR_ROTATION_ROTATE_270);
+static_assert(layout::reflectX == XCB_RANDR_ROTATION_REFLECT_X);
+static_assert(layout::reflectY == XCB_RANDR_ROTATION_REFLECT_Y);
+
+/// The timings are stored by users: their order must never change.
+layout::Mode toMode(const xcb_randr_mode_info_t& info) {
     return {.width = info.width,
             .height = info.height,
-            .dotClock = info.dot_clock,
-            .horizontalSyncStart = info.hsync_start,
-            .horizontalSyncEnd = info.hsync_end,
-            .horizontalTotal = info.htotal,
-            .horizontalSkew = info.hskew,
-            .verticalSyncStart = info.vsync_start,
-            .verticalSyncEnd = info.vsync_end,
-            .verticalTotal = info.vtotal,
-            .flags = info.mode_flags};
+            .refreshMillihertz =
+                layout::refreshMillihertz(info.dot_clock, std::int64_t{info.htotal} * info.vtotal),
+            .timings = {info.dot_clock, info.hsync_start, info.hsync_end, info.htotal, info.hskew,
+                        info.vsync_start, info.vsync_end, info.vtotal, info.mode_flags}};
 }
 
 Transform toTransform(const xcb_render_transform_t& from, const char* filter, int filterLength,
@@ -52,7 +56,7 @@ std::optional<Snapshot> toOutline(const Reply& reply, const Xid* crtcs, const Xi
     }
     std::transform(modes, modes + reply.num_modes, std::back_inserter(outline.modes),
                    [](const xcb_randr_mode_info_t& mode) {
-                       return Mode{.id = mode.id, .timings = toTimings(mode)};
+                       return Mode{.id = mode.id, .description = toMode(mode)};
                    });
     return outline;
 }
@@ -127,8 +131,9 @@ bool takeOutput(Connection& connection, unsigned int info, unsigned int edid, Ou
     output.clones = list(xcb_randr_get_output_info_clones(reply.get()), reply->num_clones);
     constexpr int bitsInByte = 8;
     if (property->format == bitsInByte) {
-        output.edid = parseEdid(list(xcb_randr_get_output_property_data(property.get()),
-                                     xcb_randr_get_output_property_data_length(property.get())));
+        output.edid =
+            layout::parseEdid(list(xcb_randr_get_output_property_data(property.get()),
+                                   xcb_randr_get_output_property_data_length(property.get())));
     }
     return true;
 }

@@ -7,8 +7,8 @@
 
 namespace tavrel::x11 {
 
-/// All that RandR says of the connection's screen. Nothing when the connection is lost, or
-/// the server answers with errors time after time.
+/// All that RandR says of the connection's screen. std::nullopt when the connection is
+/// lost, or the server answers with errors time after time.
 ///
 /// The server is not made to look for monitors anew, which can take long, unless what it
 /// says contradicts itself: an output that drives a CRTC and counts as disconnected may be

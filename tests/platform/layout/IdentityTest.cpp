@@ -3,18 +3,70 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <set>
+#include <numeric>
+#include <string_view>
+#include <utility>
 
-#include "tests/platform/x11/snapshot/SnapshotBuilder.h"
-
-namespace tavrel::x11 {
+namespace tavrel::layout {
 namespace {
+
+std::vector<std::uint8_t> edidWith(const std::vector<std::uint8_t>& identification) {
+    std::vector<std::uint8_t> bytes{0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
+    bytes.reserve(128);
+    bytes.insert(bytes.end(), identification.begin(), identification.end());
+    bytes.resize(127);
+    const unsigned sum = std::accumulate(bytes.begin(), bytes.end(), 0U);
+    bytes.push_back(static_cast<std::uint8_t>(256 - sum % 256));
+    return bytes;
+}
+
+const std::vector<std::uint8_t> monitorBytes{0x1E, 0x6D, 0x34, 0x12, 0x78, 0x56, 0x34, 0xF2};
+
+TEST(EdidTest, HoldsVendorProductAndSerial) {
+    EXPECT_EQ(parseEdid(edidWith(monitorBytes)),
+              (EdidNumbers{.vendor = 0x1E6D, .product = 0x1234, .serial = 0xF2345678}));
+}
+
+TEST(EdidTest, FurtherBlocksMakeNoDifference) {
+    std::vector<std::uint8_t> bytes = edidWith(monitorBytes);
+    bytes.resize(256, 7);
+    EXPECT_EQ(parseEdid(bytes).serial, 0xF2345678);
+}
+
+TEST(EdidTest, SaysNothingWhenThereIsNone) {
+    EXPECT_EQ(parseEdid({}), EdidNumbers());
+}
+
+TEST(EdidTest, SaysNothingWhenItIsCutShort) {
+    std::vector<std::uint8_t> bytes = edidWith(monitorBytes);
+    bytes.pop_back();
+    EXPECT_EQ(parseEdid(bytes), EdidNumbers());
+}
+
+TEST(EdidTest, SaysNothingWhenAnyByteIsDamaged) {
+    const std::vector<std::uint8_t> intact = edidWith(monitorBytes);
+    for (std::size_t i = 0; i < intact.size(); ++i) {
+        std::vector<std::uint8_t> bytes = intact;
+        bytes[i] ^= 0x10;
+        EXPECT_EQ(parseEdid(bytes), EdidNumbers()) << "byte " << i;
+    }
+}
+
+TEST(EdidTest, SaysNothingWhenTheHeaderIsAnother) {
+    std::vector<std::uint8_t> bytes = edidWith(monitorBytes);
+    std::swap(bytes[0], bytes[1]);
+    EXPECT_EQ(parseEdid(bytes), EdidNumbers());
+}
 
 constexpr EdidNumbers someone{.vendor = 1, .product = 2, .serial = 3};
 constexpr EdidNumbers other{.vendor = 1, .product = 2, .serial = 4};
 
-DisplayID idIn(const Snapshot& snapshot, const std::string& name, const IdentifierHash& hash) {
-    return displayIdentifiers(snapshot, hash).at(outputNamed(snapshot, name).id);
+DisplayID numberOf(const std::string& connector, const std::vector<Identity>& outputs,
+                   const IdentityHash& hash = stableHash) {
+    const auto found = std::find_if(outputs.begin(), outputs.end(), [&](const Identity& each) {
+        return each.connector == connector;
+    });
+    return displayIdentifiers(outputs, hash).at(static_cast<std::size_t>(found - outputs.begin()));
 }
 
 TEST(StableHashTest, GivesTheNumbersItAlwaysGave) {
@@ -25,85 +77,41 @@ TEST(StableHashTest, GivesTheNumbersItAlwaysGave) {
 }
 
 TEST(DisplayIdentifiersTest, AMonitorKeepsItsNumber) {
-    const Snapshot snapshot = SnapshotBuilder().output("DP-1").edid(someone).build();
-    EXPECT_EQ(displayNamed(snapshot, "DP-1"), stableHash("DP-1/1/2/3"));
+    EXPECT_EQ(numberOf("DP-1", {{"DP-1", someone}}), stableHash("DP-1/1/2/3"));
+    EXPECT_EQ(numberOf("DP-1", {{"DP-9", {}}, {"DP-1", someone}}), stableHash("DP-1/1/2/3"));
 }
 
 TEST(DisplayIdentifiersTest, ConnectorAndMonitorBothCount) {
-    const Snapshot snapshot = SnapshotBuilder()
-                                  .output("DP-1")
-                                  .edid(someone)
-                                  .output("DP-2")
-                                  .edid(someone)
-                                  .output("DP-3")
-                                  .build();
-    Snapshot swapped = snapshot;
-    swapped.outputs[0].edid = other;
-    EXPECT_NE(displayNamed(snapshot, "DP-1"), displayNamed(snapshot, "DP-2"))
-        << "twins differ by connector";
-    EXPECT_NE(displayNamed(snapshot, "DP-1"), displayNamed(swapped, "DP-1"));
-    EXPECT_EQ(displayNamed(snapshot, "DP-2"), displayNamed(swapped, "DP-2"));
-}
+    const std::vector<Identity> twins{{"DP-1", someone}, {"DP-2", someone}};
+    const std::vector<Identity> swapped{{"DP-1", other}, {"DP-2", someone}};
 
-TEST(DisplayIdentifiersTest, NothingElseOfItCounts) {
-    const Snapshot off = SnapshotBuilder().output("DP-1").edid(someone).build();
-    Snapshot on = SnapshotBuilder()
-                      .output("DP-9")
-                      .output("DP-1")
-                      .edid(someone)
-                      .modes({mode::huge})
-                      .on(500, 500, mode::huge)
-                      .build();
-    EXPECT_EQ(displayNamed(off, "DP-1"), displayNamed(on, "DP-1"));
+    EXPECT_NE(numberOf("DP-1", twins), numberOf("DP-2", twins)) << "twins differ by connector";
+    EXPECT_NE(numberOf("DP-1", twins), numberOf("DP-1", swapped));
+    EXPECT_EQ(numberOf("DP-2", twins), numberOf("DP-2", swapped));
 }
 
 TEST(DisplayIdentifiersTest, CollisionsAreResolvedTheSameWayInWhateverOrderTheyAreListed) {
     const auto alike = [](std::string_view) { return 7U; };
-    Snapshot snapshot = SnapshotBuilder()
-                            .output("B")
-                            .output("A")
-                            .edid(other)
-                            .output("D")
-                            .edid(someone)
-                            .output("C")
-                            .build();
-    const auto byXid = [](const Output& a, const Output& b) { return a.id < b.id; };
-    std::sort(snapshot.outputs.begin(), snapshot.outputs.end(), byXid);
-    do {
-        EXPECT_EQ(idIn(snapshot, "A", alike), 7U);
-        EXPECT_EQ(idIn(snapshot, "B", alike), 8U);
-        EXPECT_EQ(idIn(snapshot, "C", alike), 9U);
-        EXPECT_EQ(idIn(snapshot, "D", alike), 10U);
-    } while (std::next_permutation(snapshot.outputs.begin(), snapshot.outputs.end(), byXid));
-}
+    std::vector<Identity> outputs{{"A", other}, {"B", {}}, {"C", {}}, {"D", someone}};
+    const auto byConnector = [](const Identity& a, const Identity& b) {
+        return a.connector < b.connector;
+    };
 
-TEST(DisplayIdentifiersTest, ACollisionDoesNotDependOnTheServersNumbers) {
-    const auto alike = [](std::string_view) { return 7U; };
-    Snapshot snapshot = SnapshotBuilder().output("A").output("B").build();
-    const DisplayID before = idIn(snapshot, "B", alike);
-    std::swap(snapshot.outputs[0].id, snapshot.outputs[1].id);
-    EXPECT_EQ(idIn(snapshot, "B", alike), before);
+    do {
+        EXPECT_EQ(numberOf("A", outputs, alike), 7U);
+        EXPECT_EQ(numberOf("B", outputs, alike), 8U);
+        EXPECT_EQ(numberOf("C", outputs, alike), 9U);
+        EXPECT_EQ(numberOf("D", outputs, alike), 10U);
+    } while (std::next_permutation(outputs.begin(), outputs.end(), byConnector));
 }
 
 TEST(DisplayIdentifiersTest, NoneIsZero) {
-    const Snapshot snapshot = SnapshotBuilder().output("A").output("B").output("C").build();
+    const std::vector<Identity> outputs{{"A", {}}, {"B", {}}, {"C", {}}};
     const auto zero = [](std::string_view) { return 0U; };
     const auto last = [](std::string_view) { return 0xFFFFFFFFU; };
-    for (const IdentifierHash& hash : {IdentifierHash(zero), IdentifierHash(last)}) {
-        std::set<DisplayID> numbers;
-        for (const auto& [output, number] : displayIdentifiers(snapshot, hash)) {
-            EXPECT_NE(number, 0U);
-            numbers.insert(number);
-        }
-        EXPECT_EQ(numbers.size(), 3U);
-    }
-}
 
-TEST(DisplayIdentifiersTest, OnlyConnectedOutputsAreDisplays) {
-    const Snapshot snapshot = SnapshotBuilder().output("A").output("B").disconnected().build();
-    EXPECT_EQ(connectedOutput(snapshot, displayNamed(snapshot, "A")), &snapshot.outputs[0]);
-    EXPECT_EQ(connectedOutput(snapshot, displayNamed(snapshot, "B")), nullptr);
-    EXPECT_EQ(connectedOutput(snapshot, 0), nullptr);
+    EXPECT_THAT(displayIdentifiers(outputs, zero), testing::ElementsAre(1U, 2U, 3U));
+    EXPECT_THAT(displayIdentifiers(outputs, last), testing::ElementsAre(0xFFFFFFFFU, 1U, 2U));
 }
 
 TEST(BuiltInConnectorTest, PanelsAreWiredToTheMachine) {
@@ -121,4 +129,4 @@ TEST(BuiltInConnectorTest, EverythingElseIsNot) {
 }
 
 }  // namespace
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

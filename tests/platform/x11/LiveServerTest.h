@@ -20,7 +20,9 @@ protected:
         : desktop(options), server(store, {.displayName = desktop.displayName()}) {}
 
     /// The dummy driver's monitors have no EDID.
-    static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
+    static DisplayID idOf(const std::string& output) {
+        return layout::stableHash(output + "/0/0/0");
+    }
 
     std::vector<DisplayID> displayList() {
         return server.now()->allDisplays().value_or(std::vector<DisplayID>{});

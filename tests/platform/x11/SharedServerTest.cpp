@@ -83,7 +83,8 @@ TEST_F(SharedServerTest, ManyThreadsMaySwitchAndAsk) {
     const std::vector<support::Monitor> before = desktop.monitors();
     X11WindowServer second(store, {.displayName = desktop.displayName()});
     std::vector<std::thread> threads;
-    for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
+    // One stays on: the last would be refused.
+    for (const char* name : {"DUMMY0", "DUMMY1"}) {
         threads.emplace_back([&, display = idOf(name)] {
             for (int i = 0; i < 20; ++i) {
                 EXPECT_EQ(server.setDisplayEnabled(display, false), serverStatus::success);

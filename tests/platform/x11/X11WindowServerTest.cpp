@@ -99,17 +99,32 @@ TEST_F(X11WindowServerTest, GrowsAndShrinksTheScreenWithWhatIsOn) {
     EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
 }
 
-TEST_F(X11WindowServerTest, SwitchesOffEvenTheLastAndAllOnAgain) {
-    const std::vector<Monitor> before = desktop.monitors();
-    for (const char* name : {"DUMMY1", "DUMMY0", "DUMMY2"}) {
+TEST_F(X11WindowServerTest, RefusesToSwitchOffTheLast) {
+    for (const char* name : {"DUMMY1", "DUMMY0"}) {
         ASSERT_EQ(server.setDisplayEnabled(idOf(name), false), serverStatus::success);
     }
-    for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
-        EXPECT_FALSE(desktop.monitor(name).on);
+    const std::vector<Monitor> before = desktop.monitors();
+    const auto stored = store.data(layout::rememberedOutputsKey);
+
+    EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY2"), false), serverStatus::cannotComplete);
+
+    EXPECT_TRUE(desktop.monitor("DUMMY2").on);
+    EXPECT_EQ(desktop.monitors(), before);
+    EXPECT_EQ(store.data(layout::rememberedOutputsKey), stored);
+}
+
+TEST_F(X11WindowServerTest, SwitchesAllOnAgainWithTheLastGoneFromOutside) {
+    const std::vector<Monitor> before = desktop.monitors();
+    for (const char* name : {"DUMMY1", "DUMMY0"}) {
+        ASSERT_EQ(server.setDisplayEnabled(idOf(name), false), serverStatus::success);
     }
-    for (const char* name : {"DUMMY2", "DUMMY0", "DUMMY1"}) {
+    other.switchOff("DUMMY2");
+
+    // The last one is not remembered, so it comes on at the right of the others.
+    for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
         ASSERT_EQ(server.setDisplayEnabled(idOf(name), true), serverStatus::success);
     }
+
     EXPECT_EQ(desktop.monitors(), before);
     EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
 }
@@ -146,9 +161,9 @@ TEST_F(X11WindowServerTest, NothingHappensToWhatIsAsItShouldBe) {
     EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
     EXPECT_EQ(desktop.monitors(), before);
     ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
-    const auto stored = store.data(x11::rememberedOutputsKey);
+    const auto stored = store.data(layout::rememberedOutputsKey);
     EXPECT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
-    EXPECT_EQ(store.data(x11::rememberedOutputsKey), stored);
+    EXPECT_EQ(store.data(layout::rememberedOutputsKey), stored);
     ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
     EXPECT_EQ(desktop.monitors(), before);
 }

@@ -58,7 +58,9 @@ protected:
     }
 
     /// The dummy driver's monitors have no EDID.
-    static DisplayID idOf(const std::string& output) { return x11::stableHash(output + "/0/0/0"); }
+    static DisplayID idOf(const std::string& output) {
+        return layout::stableHash(output + "/0/0/0");
+    }
 
     /// Closes the connection and returns whether the watchdog has ended soon after.
     bool endsWhenAbandoned() {

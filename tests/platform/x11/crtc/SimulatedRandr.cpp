@@ -1,7 +1,6 @@
 #include "tests/platform/x11/crtc/SimulatedRandr.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 namespace tavrel::x11 {
@@ -77,15 +76,14 @@ bool SimulatedRandr::setTransform(const CrtcTransform& wanted) {
     return true;
 }
 
-Area SimulatedRandr::areaOf(const CrtcSetting& setting) const {
+layout::Area SimulatedRandr::areaOf(const CrtcSetting& setting) const {
     const Mode* mode = state.mode(setting.mode);
     if (mode == nullptr) {
         return {};
     }
-    constexpr Rotation sideways = 2 | 8;
-    int width = mode->timings.width;
-    int height = mode->timings.height;
-    if ((setting.rotation & sideways) != 0) {
+    int width = mode->description.width;
+    int height = mode->description.height;
+    if (layout::isSideways(setting.rotation)) {
         std::swap(width, height);
     }
     const auto pending = pendingTransforms_.find(setting.crtc);
@@ -96,11 +94,10 @@ Area SimulatedRandr::areaOf(const CrtcSetting& setting) const {
             static_cast<int>(height * scale(4))};
 }
 
-bool SimulatedRandr::isShowable(const CrtcSetting& setting, const Area& area) const {
-    constexpr Rotation turns = 0xF;
+bool SimulatedRandr::isShowable(const CrtcSetting& setting, const layout::Area& area) const {
     const Crtc& crtc = *state.crtc(setting.crtc);
-    const bool turnable = std::has_single_bit(static_cast<Rotation>(setting.rotation & turns)) &&
-                          (setting.rotation & ~crtc.supportedRotations) == 0;
+    const bool turnable =
+        layout::isRotation(setting.rotation) && (setting.rotation & ~crtc.supportedRotations) == 0;
     const bool inside = area.x >= 0 && area.y >= 0 && area.right() <= state.screen.width &&
                         area.bottom() <= state.screen.height;
     const bool drivable = std::all_of(setting.outputs.begin(), setting.outputs.end(), [&](Xid id) {
@@ -118,7 +115,7 @@ bool SimulatedRandr::isShowable(const CrtcSetting& setting, const Area& area) co
 
 bool SimulatedRandr::setCrtc(const CrtcSetting& setting, std::uint32_t configTimestamp) {
     Crtc* crtc = find(state.crtcs, setting.crtc);
-    const Area area = areaOf(setting);
+    const layout::Area area = areaOf(setting);
     if (!takes() || crtc == nullptr || configTimestamp != state.configTimestamp ||
         (setting.mode == 0 ? !setting.outputs.empty() : !isShowable(setting, area))) {
         return false;
@@ -133,8 +130,8 @@ bool SimulatedRandr::setCrtc(const CrtcSetting& setting, std::uint32_t configTim
         find(state.outputs, id)->crtc = setting.crtc;
     }
     crtc->mode = setting.mode;
-    crtc->area = setting.mode == 0 ? Area{} : area;
-    crtc->rotation = setting.mode == 0 ? upright : setting.rotation;
+    crtc->area = setting.mode == 0 ? layout::Area{} : area;
+    crtc->rotation = setting.mode == 0 ? layout::rotate0 : setting.rotation;
     crtc->outputs = setting.outputs;
     if (const auto pending = pendingTransforms_.find(crtc->id);
         pending != pendingTransforms_.end()) {

@@ -46,8 +46,8 @@ public:
 
 private:
     bool takes();
-    bool isShowable(const CrtcSetting& setting, const Area& area) const;
-    Area areaOf(const CrtcSetting& setting) const;
+    bool isShowable(const CrtcSetting& setting, const layout::Area& area) const;
+    layout::Area areaOf(const CrtcSetting& setting) const;
 
     std::map<Xid, Transform> pendingTransforms_;
 };

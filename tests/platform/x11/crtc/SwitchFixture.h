@@ -12,6 +12,8 @@
 
 namespace tavrel::x11 {
 
+using layout::Area;
+
 /// Switches displays of a simulated server, one built by the test.
 class SwitchFixture : public testing::Test {
 protected:
@@ -29,9 +31,17 @@ protected:
         EXPECT_EQ(server.state, before);
     }
 
+    /// Another program switches it off.
+    void offFromOutside(const std::string& name) {
+        const Xid crtc = outputNamed(server.state, name).crtc;
+        server.grab();
+        ASSERT_TRUE(server.setCrtc({.crtc = crtc}, server.state.configTimestamp));
+        server.ungrab();
+    }
+
     SimulatedRandr server{SnapshotBuilder().build()};
     SimulatedUserDefaults store;
-    RememberedOutputs remembered{store};
+    layout::RememberedOutputs remembered{store};
 
 private:
     ServerStatus switchTo(const std::string& name, bool enabled) {

@@ -1,3 +1,4 @@
+#include "platform/x11/crtc/CrtcNotes.h"
 #include "tests/platform/x11/crtc/SwitchFixture.h"
 
 namespace tavrel::x11 {
@@ -28,38 +29,21 @@ TEST_F(SwitchOffTest, KeepsAScreenLargerThanItsMonitors) {
 }
 
 TEST_F(SwitchOffTest, NeverShrinksBelowTheServersLeast) {
-    SnapshotBuilder builder = threeInARow();
-    Snapshot snapshot = builder.build();
-    snapshot.minWidth = 4000;
-    server = SimulatedRandr(snapshot);
+    start(threeInARow());
+    server.state.minWidth = 4000;
+
     ASSERT_EQ(off("C"), serverStatus::success);
     EXPECT_EQ(server.state.screen.width, 4000);
     ASSERT_EQ(off("B"), serverStatus::success);
     EXPECT_EQ(server.state.screen.width, 4000);
 }
 
-TEST_F(SwitchOffTest, KeepsTheScreenWhenNothingIsOnAnyMore) {
-    start(SnapshotBuilder().output("A").on(0, 0));
-    ASSERT_EQ(off("A"), serverStatus::success);
-    EXPECT_EQ(server.state.screen, (ScreenSize{1920, 1080, 480, 270}));
-}
+TEST_F(SwitchOffTest, HandsOnThePrimaryRole) {
+    start(SnapshotBuilder().output("A").on(1920, 0).output("B").on(0, 500));
 
-TEST_F(SwitchOffTest, HandsThePrimaryRoleToTheOneNearestTheOrigin) {
-    start(SnapshotBuilder().output("A").on(3840, 0).output("B").on(1920, 0).output("C").on(0, 500));
     ASSERT_EQ(off("A"), serverStatus::success);
-    EXPECT_EQ(primaryOf(server.state), "C");
-}
 
-TEST_F(SwitchOffTest, LeavesThePrimaryRoleOfOthersAlone) {
-    start(threeInARow());
-    ASSERT_EQ(off("B"), serverStatus::success);
-    EXPECT_EQ(primaryOf(server.state), "A");
-}
-
-TEST_F(SwitchOffTest, KeepsThePrimaryRoleWhenNobodyElseIsOn) {
-    start(SnapshotBuilder().output("A").on(0, 0).output("B"));
-    ASSERT_EQ(off("A"), serverStatus::success);
-    EXPECT_EQ(primaryOf(server.state), "A");
+    EXPECT_EQ(primaryOf(server.state), "B");
 }
 
 TEST_F(SwitchOffTest, WorksWithoutAnyNotionOfAPrimary) {
@@ -77,23 +61,52 @@ TEST_F(SwitchOffTest, OfACloneKeepsTheOtherRunning) {
 }
 
 TEST_F(SwitchOffTest, OfWhatIsOffAlreadyDoesNothing) {
-    start(SnapshotBuilder().output("A").on(0, 0).output("B").on(1920, 0));
+    start(threeInARow());
     ASSERT_EQ(off("B"), serverStatus::success);
     const Snapshot before = server.state;
     const auto memory = remembered.all();
     const int requests = server.requests;
+
     EXPECT_EQ(off("B"), serverStatus::success);
+
     EXPECT_EQ(server.state, before);
     EXPECT_EQ(remembered.all(), memory);
     EXPECT_EQ(server.requests, requests);
 }
 
-TEST_F(SwitchOffTest, OfTheLastOneIsNotRefusedHere) {
-    start(SnapshotBuilder().output("A").on(0, 0));
-    EXPECT_EQ(off("A"), serverStatus::success);
-    EXPECT_EQ(areaOf(server.state, "A"), std::nullopt);
-    EXPECT_EQ(on("A"), serverStatus::success);
+TEST_F(SwitchOffTest, OfTheLastOneIsRefusedAndNothingIsStored) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B"));
+    const Snapshot before = server.state;
+
+    EXPECT_EQ(off("A"), serverStatus::cannotComplete);
+
+    EXPECT_EQ(server.state, before);
+    EXPECT_EQ(server.requests, 0);
+    EXPECT_EQ(server.grabs, 0);
+    EXPECT_EQ(store.writes(), 0U);
+}
+
+TEST_F(SwitchOffTest, OfOneThatBecomesTheLastAtTheLastMomentIsRefused) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").on(1920, 0));
+    server.lastMinuteChange = [](Snapshot& state) {
+        state.crtcs[1].mode = 0;
+        state.crtcs[1].area = {};
+        state.crtcs[1].outputs.clear();
+        state.outputs[1].crtc = 0;
+    };
+
+    EXPECT_EQ(off("A"), serverStatus::cannotComplete);
+
     EXPECT_EQ(areaOf(server.state, "A"), (Area{0, 0, 1920, 1080}));
+    EXPECT_EQ(server.requests, 0);
+    EXPECT_TRUE(remembered.all().empty());
+    EXPECT_FALSE(server.isGrabbed);
+}
+
+TEST_F(SwitchOffTest, OfTheLastOneBesideAnUnpluggedOneIsRefused) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").on(1920, 0).disconnected());
+
+    EXPECT_EQ(off("A"), serverStatus::cannotComplete);
 }
 
 TEST_F(SwitchOffTest, OfADisconnectedMonitorIsRefusedAsUnknown) {
@@ -105,19 +118,21 @@ TEST_F(SwitchOffTest, OfADisconnectedMonitorIsRefusedAsUnknown) {
 
 TEST_F(SwitchOffTest, StoresWhatItWasBeforeItGoes) {
     start(threeInARow());
-    std::optional<bool> storedInTime;
     const DisplayID display = displayNamed(server.state, "B");
+    const Xid crtc = outputNamed(server.state, "B").crtc;
+    std::optional<bool> storedInTime;
     server.beforeGrab = [&] { storedInTime = remembered.all().size() == 1; };
+
     ASSERT_EQ(off("B"), serverStatus::success);
+
     EXPECT_EQ(storedInTime, true);
-    ASSERT_EQ(remembered.all().size(), 1U);
-    const RememberedOutput was = remembered.all().front();
-    EXPECT_EQ(was.display, display);
-    EXPECT_EQ(was.area, (Area{1920, 0, 1920, 1080}));
-    EXPECT_EQ(was.mode, server.state.mode(mode::fullHd)->timings);
-    EXPECT_EQ(was.rotation, upright);
-    EXPECT_FALSE(was.primary);
-    EXPECT_EQ(was.screen, (ScreenSize{5760, 1080, 1440, 270}));
+    const layout::RememberedOutput expected{
+        .display = display,
+        .mode = server.state.mode(mode::fullHd)->description,
+        .area = {1920, 0, 1920, 1080},
+        .notes = encodeNotes(
+            {.modeHint = mode::fullHd, .crtcHint = crtc, .screen = {5760, 1080, 1440, 270}})};
+    EXPECT_EQ(remembered.all(), layout::Memory{expected});
 }
 
 TEST_F(SwitchOffTest, DecidesByWhatItSeesWithTheServerGrabbed) {

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "platform/x11/crtc/ScreenFit.h"
+#include "platform/x11/snapshot/SnapshotLayout.h"
 
 namespace tavrel::x11 {
 
@@ -12,16 +13,18 @@ namespace {
 
 constexpr Xid firstOutput = 100;
 constexpr Xid firstCrtc = 10;
-constexpr Rotation allTurns = 0x3F;
-constexpr Rotation sideways = 2 | 8;
+constexpr layout::Rotation allTurns = 0x3F;
 
 Mode makeMode(Xid id, int width, int height) {
+    const int clock = width * height * 60;
+    const int fullWidth = width + 100;
+    const int fullHeight = height + 40;
     return {.id = id,
-            .timings = {.width = width,
-                        .height = height,
-                        .dotClock = static_cast<std::uint32_t>(width * height * 60),
-                        .horizontalTotal = width + 100,
-                        .verticalTotal = height + 40}};
+            .description = {
+                .width = width,
+                .height = height,
+                .refreshMillihertz = layout::refreshMillihertz(clock, fullWidth * fullHeight),
+                .timings = {clock, 0, 0, fullWidth, 0, 0, 0, fullHeight, 0}}};
 }
 
 }  // namespace
@@ -60,7 +63,7 @@ SnapshotBuilder& SnapshotBuilder::disconnected() {
     return *this;
 }
 
-SnapshotBuilder& SnapshotBuilder::edid(EdidNumbers numbers) {
+SnapshotBuilder& SnapshotBuilder::edid(layout::EdidNumbers numbers) {
     current().edid = numbers;
     return *this;
 }
@@ -85,13 +88,13 @@ SnapshotBuilder& SnapshotBuilder::rotatable() {
     return *this;
 }
 
-SnapshotBuilder& SnapshotBuilder::on(int x, int y, Xid mode, Rotation rotation) {
-    const ModeTimings& timings = snapshot_.mode(mode)->timings;
+SnapshotBuilder& SnapshotBuilder::on(int x, int y, Xid mode, layout::Rotation rotation) {
+    const layout::Mode& shown = snapshot_.mode(mode)->description;
     Crtc& driving = crtc(current().crtcs.front());
     driving.mode = mode;
     driving.rotation = rotation;
-    driving.area = (rotation & sideways) != 0 ? Area{x, y, timings.height, timings.width}
-                                              : Area{x, y, timings.width, timings.height};
+    driving.area = layout::isSideways(rotation) ? layout::Area{x, y, shown.height, shown.width}
+                                                : layout::Area{x, y, shown.width, shown.height};
     driving.outputs = {current().id};
     current().crtc = driving.id;
     return *this;
@@ -131,7 +134,7 @@ SnapshotBuilder& SnapshotBuilder::withoutPrimary() {
 
 Snapshot SnapshotBuilder::build() const {
     Snapshot built = snapshot_;
-    const Area bounds = boundsOfActive(built);
+    const layout::Area bounds = boundsOfActive(built);
     const int width = std::max(bounds.width, built.minWidth);
     const int height = std::max(bounds.height, built.minHeight);
     built.screen = screen_.value_or(ScreenSize{width, height, width / 4, height / 4});
@@ -148,16 +151,17 @@ const Output& outputNamed(const Snapshot& snapshot, const std::string& name) {
 }
 
 DisplayID displayNamed(const Snapshot& snapshot, const std::string& name) {
-    return displayIdentifiers(snapshot).at(outputNamed(snapshot, name).id);
+    for (const layout::Output& output : layoutOf(snapshot).outputs) {
+        if (output.identity.connector == name) {
+            return output.display;
+        }
+    }
+    throw std::out_of_range("no output " + name);
 }
 
-std::optional<Area> areaOf(const Snapshot& snapshot, const std::string& name) {
+std::optional<layout::Area> areaOf(const Snapshot& snapshot, const std::string& name) {
     const Crtc* crtc = snapshot.activeCrtc(outputNamed(snapshot, name));
     return crtc == nullptr ? std::nullopt : std::optional(crtc->area);
-}
-
-void PrintTo(const Area& area, std::ostream* out) {
-    *out << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
 }
 
 void PrintTo(const ScreenSize& size, std::ostream* out) {
@@ -184,3 +188,11 @@ std::string primaryOf(const Snapshot& snapshot) {
 }
 
 }  // namespace tavrel::x11
+
+namespace tavrel::layout {
+
+void PrintTo(const Area& area, std::ostream* out) {
+    *out << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
+}
+
+}  // namespace tavrel::layout

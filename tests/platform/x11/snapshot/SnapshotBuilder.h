@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/layout/Identity.h"
+#include "platform/layout/Layout.h"
 #include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
@@ -18,9 +18,6 @@ inline constexpr Xid small = 1001;   // 1280×1024
 inline constexpr Xid huge = 1002;    // 3840×2160
 }  // namespace mode
 
-inline constexpr Rotation turnedLeft = 2;
-inline constexpr Rotation mirroredX = 16;
-
 /// Builds snapshots for tests. The calls after `output` are about that one.
 ///
 /// Unless said otherwise, an output is connected, off, prefers 1920×1080, and has one CRTC of
@@ -31,13 +28,14 @@ public:
 
     SnapshotBuilder& output(const std::string& name);
     SnapshotBuilder& disconnected();
-    SnapshotBuilder& edid(EdidNumbers numbers);
+    SnapshotBuilder& edid(layout::EdidNumbers numbers);
     /// Best first.
     SnapshotBuilder& modes(std::vector<Xid> modes);
     /// By the names of the outputs whose own they are.
     SnapshotBuilder& crtcsOf(const std::vector<std::string>& names);
     SnapshotBuilder& rotatable();
-    SnapshotBuilder& on(int x, int y, Xid mode = mode::fullHd, Rotation rotation = upright);
+    SnapshotBuilder& on(int x, int y, Xid mode = mode::fullHd,
+                        layout::Rotation rotation = layout::rotate0);
     /// Shares the CRTC of an output that is on; both can be clones from now on.
     SnapshotBuilder& clones(const std::string& other);
     SnapshotBuilder& primary();
@@ -60,10 +58,9 @@ private:
 /// The output of that name, which must be in there.
 const Output& outputNamed(const Snapshot& snapshot, const std::string& name);
 DisplayID displayNamed(const Snapshot& snapshot, const std::string& name);
-/// Where the output of that name is; nothing when it is off.
-std::optional<Area> areaOf(const Snapshot& snapshot, const std::string& name);
+/// Where the output of that name is; std::nullopt when it is off.
+std::optional<layout::Area> areaOf(const Snapshot& snapshot, const std::string& name);
 /// So that a failed comparison can be read.
-void PrintTo(const Area& area, std::ostream* out);
 void PrintTo(const ScreenSize& size, std::ostream* out);
 void PrintTo(const Snapshot& snapshot, std::ostream* out);
 
@@ -71,3 +68,7 @@ void PrintTo(const Snapshot& snapshot, std::ostream* out);
 std::string primaryOf(const Snapshot& snapshot);
 
 }  // namespace tavrel::x11
+
+namespace tavrel::layout {
+void PrintTo(const Area& area, std::ostream* out);
+}  // namespace tavrel::layout

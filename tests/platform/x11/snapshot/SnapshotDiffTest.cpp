@@ -65,7 +65,7 @@ TEST(SnapshotDiffTest, AnotherModeOrRotationIsAMode) {
     const SnapshotBuilder before = pair().on(1920, 0);
     EXPECT_THAT(between(before, pair().on(1920, 0, mode::small)),
                 ElementsAre(report(before, "B", setMode)));
-    EXPECT_THAT(between(before, pair().on(1920, 0, mode::fullHd, turnedLeft)),
+    EXPECT_THAT(between(before, pair().on(1920, 0, mode::fullHd, layout::rotate90)),
                 ElementsAre(report(before, "B", setMode)));
     EXPECT_THAT(between(before, pair().on(1920, 9, mode::small)),
                 ElementsAre(report(before, "B", setMode | moved)));

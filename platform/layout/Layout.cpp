@@ -1,0 +1,42 @@
+#include "platform/layout/Layout.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace tavrel::layout {
+
+int refreshMillihertz(std::int64_t pixelsPerSecond, std::int64_t pixelsPerFrame) {
+    if (pixelsPerFrame <= 0) {
+        return 0;
+    }
+    const std::int64_t exact = pixelsPerSecond * 1000 / pixelsPerFrame;
+    return static_cast<int>(std::min<std::int64_t>(exact, std::numeric_limits<int>::max()));
+}
+
+bool isRotation(Rotation rotation) {
+    constexpr unsigned rotations = rotate0 | rotate90 | rotate180 | rotate270;
+    constexpr unsigned reflections = reflectX | reflectY;
+    return std::has_single_bit(rotation & rotations) &&
+           (rotation & ~(rotations | reflections)) == 0;
+}
+
+bool isSideways(Rotation rotation) {
+    return (rotation & (rotate90 | rotate270)) != 0;
+}
+
+const Output* Layout::output(DisplayID display) const {
+    const auto found = std::find_if(outputs.begin(), outputs.end(), [display](const Output& each) {
+        return each.display == display;
+    });
+    return found == outputs.end() ? nullptr : &*found;
+}
+
+bool Layout::hasRoomFor(const Area& area) const {
+    const auto within = [](int start, int length, int limit) {
+        return start >= 0 && length > 0 && length <= limit && start <= limit - length;
+    };
+    return within(area.x, area.width, maxWidth) && within(area.y, area.height, maxHeight);
+}
+
+}  // namespace tavrel::layout

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/DisplayID.h"
+#include "platform/layout/Area.h"
+#include "platform/layout/Identity.h"
+
+namespace tavrel::layout {
+
+/// A mode that a monitor can show.
+struct Mode {
+    /// In pixels.
+    int width = 0;
+    int height = 0;
+    int refreshMillihertz = 0;
+    /// The window server's own numbers, which tell modes of one size and refresh apart.
+    std::vector<std::int64_t> timings = {};
+
+    friend bool operator==(const Mode&, const Mode&) = default;
+};
+
+/// The refresh rate of a mode with so many pixels a second, and a frame, its borders
+/// included; 0 where these say nothing.
+int refreshMillihertz(std::int64_t pixelsPerSecond, std::int64_t pixelsPerFrame);
+
+/// How the picture is turned (counterclockwise, in degrees) and reflected: exactly one
+/// rotation and any reflections. Stored by users: the numbers must never change.
+using Rotation = std::uint16_t;
+inline constexpr Rotation rotate0 = 1;
+inline constexpr Rotation rotate90 = 2;
+inline constexpr Rotation rotate180 = 4;
+inline constexpr Rotation rotate270 = 8;
+inline constexpr Rotation reflectX = 16;
+inline constexpr Rotation reflectY = 32;
+
+bool isRotation(Rotation rotation);
+/// Whether width and height change places.
+bool isSideways(Rotation rotation);
+
+/// What an output that is on shows.
+struct Shown {
+    Mode mode = {};
+    Area area = {};
+    Rotation rotation = rotate0;
+
+    friend bool operator==(const Shown&, const Shown&) = default;
+};
+
+/// A connector, with its monitor if one is connected.
+struct Output {
+    DisplayID display = 0;
+    Identity identity = {};
+    bool isConnected = false;
+    /// Best first.
+    std::vector<Mode> modes = {};
+    /// std::nullopt when it is off.
+    std::optional<Shown> shown = {};
+};
+
+/// What a window server shows at one moment. Plain data, and the same for each of them: what
+/// only one knows (how it drives its outputs, how it numbers things) is not in here.
+struct Layout {
+    std::vector<Output> outputs = {};
+    /// std::nullopt where the window server knows no primary display; 0 when none is primary.
+    std::optional<DisplayID> primary = {};
+    /// The largest desktop the window server can show.
+    int maxWidth = 0;
+    int maxHeight = 0;
+
+    /// Null when there is no output of that number.
+    const Output* output(DisplayID display) const;
+    /// Whether the area is not empty, and inside the largest desktop.
+    bool hasRoomFor(const Area& area) const;
+};
+
+}  // namespace tavrel::layout

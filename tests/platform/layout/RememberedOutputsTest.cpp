@@ -1,0 +1,216 @@
+#include "platform/layout/RememberedOutputs.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+
+#include "tests/simulated/SimulatedUserDefaults.h"
+
+namespace tavrel::layout {
+namespace {
+
+using Json = nlohmann::json;
+
+RememberedOutput example(DisplayID display = 4000000000U) {
+    return {.display = display,
+            .mode = {.width = 1920,
+                     .height = 1080,
+                     .refreshMillihertz = 59962,
+                     .timings = {4294967295, -1, 0}},
+            .area = {-11, 12, 13, 14},
+            .rotation = rotate90 | reflectX,
+            .mirrors = {15, 16},
+            .primary = true,
+            .primaryOnLoan = true,
+            .notes = R"({"hint":9,"scaling":{"factor":1.5}})"};
+}
+
+TEST(MemoryTest, ReadsBackWhatItWrote) {
+    const Memory some{example(1), example(2), RememberedOutput{}};
+
+    EXPECT_EQ(decodeMemory(encodeMemory(some)), some);
+    EXPECT_EQ(decodeMemory(encodeMemory({})), Memory{});
+}
+
+TEST(MemoryTest, KeepsItsStoredForm) {
+    EXPECT_EQ(encodeMemory({example(7)}),
+              R"([{"area":{"height":14,"width":13,"x":-11,"y":12},"display":7,"hint":9,)"
+              R"("mirrors":[15,16],"mode":{"height":1080,"refresh":59962,)"
+              R"("timings":[4294967295,-1,0],"width":1920},"primary":true,"primaryOnLoan":true,)"
+              R"("rotation":18,"scaling":{"factor":1.5}}])");
+}
+
+/// A record as version 0.1 wrote it.
+constexpr const char* oldRecord =
+    R"([{"area":{"height":1080,"width":1920,"x":1920,"y":0},"crtcHint":63,
+    "display":7,"mirrors":[8],"mode":{"dotClock":173000000,"flags":6,"height":1080,
+    "horizontalSkew":0,"horizontalSyncEnd":2248,"horizontalSyncStart":2048,
+    "horizontalTotal":2576,"verticalSyncEnd":1088,"verticalSyncStart":1083,
+    "verticalTotal":1120,"width":1920},"modeHint":94,"primary":true,"primaryOnLoan":false,
+    "rotation":1,"screen":{"height":1080,"heightInMillimetres":285,"width":3840,
+    "widthInMillimetres":1013},"transform":{"filter":"",
+    "matrix":[65536,0,0,0,65536,0,0,0,65536],"parameters":[]}}])";
+
+TEST(MemoryTest, ReadsWhatVersion01Wrote) {
+    const RememberedOutput expected{
+        .display = 7,
+        .mode = {.width = 1920,
+                 .height = 1080,
+                 .refreshMillihertz = 59962,
+                 .timings = {173000000, 2048, 2248, 2576, 0, 1083, 1088, 1120, 6}},
+        .area = {1920, 0, 1920, 1080},
+        .rotation = rotate0,
+        .mirrors = {8},
+        .primary = true,
+        .primaryOnLoan = false,
+        .notes = R"({"crtcHint":63,"modeHint":94,)"
+                 R"("screen":{"height":1080,"heightInMillimetres":285,"width":3840,)"
+                 R"("widthInMillimetres":1013},"transform":{"filter":"",)"
+                 R"("matrix":[65536,0,0,0,65536,0,0,0,65536],"parameters":[]}})"};
+
+    EXPECT_EQ(decodeMemory(oldRecord), Memory{expected});
+}
+
+TEST(MemoryTest, NotesThatAreNoObjectAreLeftOut) {
+    RememberedOutput output = example();
+    for (const char* notes : {"", "[1]", "{\"a\":"}) {
+        output.notes = notes;
+        EXPECT_EQ(decodeMemory(encodeMemory({output})).value().front().notes, "{}") << notes;
+    }
+}
+
+TEST(MemoryTest, RefusesWhatIsNotAListOfRecords) {
+    for (const char* bytes : {"", "null", "{}", "1", "\"\"", "[1]", "[[]]", "[null]", "[{}]", "[",
+                              "[]]", "[] 1", "\xff", "[\"\xff\"]", "1e999", "[1e999]"}) {
+        EXPECT_EQ(decodeMemory(bytes), std::nullopt) << bytes;
+    }
+    EXPECT_EQ(decodeMemory(std::string(100'000, '[')), std::nullopt);
+}
+
+TEST(MemoryTest, RefusesARotationThatIsNone) {
+    RememberedOutput output = example();
+    output.rotation = 3;
+
+    EXPECT_EQ(decodeMemory(encodeMemory({output})), std::nullopt);
+}
+
+/// Records of today and of version 0.1, without the notes, which are not looked into.
+class DamagedMemoryTest : public testing::TestWithParam<std::string> {
+protected:
+    DamagedMemoryTest() {
+        for (const char* note :
+             {"hint", "scaling", "crtcHint", "modeHint", "screen", "transform"}) {
+            whole[0].erase(note);
+        }
+    }
+
+    Json whole = Json::parse(GetParam());
+};
+
+TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberOfTheWrongKindOrSize) {
+    ASSERT_NE(decodeMemory(whole.dump()), std::nullopt);
+    const std::vector<Json> wrong{
+        nullptr, Json::array(), Json::object(), 1.5, 1e30, 18446744073709551615U, "1"};
+    const Json flat = whole.flatten();
+    for (const auto& [where, value] : flat.items()) {
+        for (const Json& bad : wrong) {
+            Json damaged = whole;
+            damaged[Json::json_pointer(where)] = bad;
+            EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << where << " := " << bad;
+        }
+    }
+}
+
+TEST_P(DamagedMemoryTest, IsRefusedWithAnyNumberTooSmall) {
+    const Json flat = whole.flatten();
+    for (const auto& [where, value] : flat.items()) {
+        // A timing can be any number that the window server has.
+        if (value.is_number() && where.find("timings") == std::string::npos) {
+            Json damaged = whole;
+            damaged[Json::json_pointer(where)] = std::int64_t{-9223372036854775807};
+            EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << where;
+        }
+    }
+}
+
+TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberMissing) {
+    for (const char* path : {"/0", "/0/mode", "/0/area"}) {
+        const Json::json_pointer object(path);
+        for (const auto& [name, value] : whole[object].items()) {
+            Json damaged = whole;
+            damaged[object].erase(name);
+            EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << object << '/' << name;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, DamagedMemoryTest,
+                         testing::Values(encodeMemory({example()}), oldRecord),
+                         [](const auto& of) { return of.index == 0 ? "Today" : "Version01"; });
+
+class RememberedOutputsTest : public testing::Test {
+protected:
+    std::vector<DisplayID> displays() const {
+        std::vector<DisplayID> displays;
+        for (const RememberedOutput& each : remembered.all()) {
+            displays.push_back(each.display);
+        }
+        return displays;
+    }
+
+    SimulatedUserDefaults store;
+    RememberedOutputs remembered{store};
+};
+
+TEST_F(RememberedOutputsTest, AreEmptyAtFirst) {
+    EXPECT_TRUE(displays().empty());
+}
+
+TEST_F(RememberedOutputsTest, AreSharedThroughTheStore) {
+    RememberedOutputs otherProgram(store);
+
+    remembered.replace({example(1)});
+    otherProgram.replace({example(1), example(2)});
+
+    EXPECT_THAT(displays(), testing::ElementsAre(1, 2));
+}
+
+TEST_F(RememberedOutputsTest, AreNoneWhereTheStoreIsMalformed) {
+    store.replaceFromOutside(rememberedOutputsKey, "[1]");
+    EXPECT_TRUE(displays().empty());
+
+    remembered.replace({example(3)});
+
+    EXPECT_THAT(displays(), testing::ElementsAre(3));
+}
+
+TEST_F(RememberedOutputsTest, StayInMemoryWhereTheStoreCannotBeWritten) {
+    remembered.replace({example(1)});
+    store.setWritable(false);
+    remembered.replace({example(1), example(2)});
+    EXPECT_THAT(displays(), testing::ElementsAre(1, 2));
+
+    store.setWritable(true);
+    remembered.replace({example(3)});
+    EXPECT_THAT(displays(), testing::ElementsAre(3));
+
+    store.remove(rememberedOutputsKey);
+    EXPECT_TRUE(displays().empty()) << "the store counts again";
+}
+
+TEST_F(RememberedOutputsTest, GiveUpTheOldestOfVeryMany) {
+    Memory many;
+    for (DisplayID i = 1; i <= 70; ++i) {
+        many.push_back(example(i));
+    }
+
+    remembered.replace(many);
+
+    EXPECT_EQ(displays().size(), 64U);
+    EXPECT_EQ(displays().front(), 7U);
+    EXPECT_EQ(displays().back(), 70U);
+}
+
+}  // namespace
+}  // namespace tavrel::layout
