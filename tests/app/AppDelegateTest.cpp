@@ -41,89 +41,113 @@ protected:
     int posted = 0;
 };
 
-TEST_F(AppDelegateTest, launchInstallsTheHandlerAndRegistersTheChord) {
+TEST_F(AppDelegateTest, LaunchInstallsTheHandlerAndRegistersTheChord) {
     EXPECT_THAT(system.hotKeys.requests(), IsEmpty());
+
     delegate.applicationDidFinishLaunching();
+
     EXPECT_TRUE(system.hotKeys.hasHandler());
     ASSERT_EQ(system.hotKeys.requests().size(), 1U);
     EXPECT_EQ(system.hotKeys.requests().front(), support::wakeChord);
 }
 
-TEST_F(AppDelegateTest, onePressPostsExactlyOneNotification) {
+TEST_F(AppDelegateTest, EachPressPostsExactlyOneNotification) {
     delegate.applicationDidFinishLaunching();
     system.hotKeys.press();
     system.scheduler.settle();
+
     EXPECT_EQ(posted, 1);
+
     system.hotKeys.press();
     system.hotKeys.press();
     system.scheduler.settle();
+
     EXPECT_EQ(posted, 3);
 }
 
-TEST_F(AppDelegateTest, aPressWakesEveryDisplayThroughTheController) {
+TEST_F(AppDelegateTest, APressWakesEveryDisplayThroughTheController) {
     delegate.applicationDidFinishLaunching();
     const auto controller = DisplayController::create(system.platform());
     system.scheduler.settle();
     system.windowServer.takeChanges();
+
     system.hotKeys.press();
     system.scheduler.settle();
+
     EXPECT_THAT(system.windowServer.takeChanges(),
                 ElementsAre(Pair(panel, true), Pair(external, true)));
 }
 
-TEST_F(AppDelegateTest, aChordThatIsTakenIsDoneWithoutSilently) {
+TEST_F(AppDelegateTest, AChordThatCannotBeRegisteredIsNoFailure) {
     system.hotKeys.setAcceptsHotKey(false);
+
     delegate.applicationDidFinishLaunching();
+
     EXPECT_FALSE(system.hotKeys.isRegistered());
     EXPECT_TRUE(system.hotKeys.hasHandler());
+
     delegate.applicationWillTerminate();
+
     EXPECT_FALSE(system.hotKeys.hasHandler());
 }
 
-TEST_F(AppDelegateTest, aHandlerThatIsRefusedIsDoneWithoutSilently) {
+TEST_F(AppDelegateTest, AHandlerThatCannotBeInstalledIsNoFailure) {
     system.hotKeys.setAcceptsHandler(false);
+
     delegate.applicationDidFinishLaunching();
+
     EXPECT_TRUE(system.hotKeys.isRegistered());
+
     delegate.applicationWillTerminate();
+
     EXPECT_FALSE(system.hotKeys.isRegistered());
 }
 
-TEST_F(AppDelegateTest, quittingWithOneDisplayOffEnablesItOnce) {
+TEST_F(AppDelegateTest, QuittingWithOneDisplayOffEnablesItOnce) {
     remember({panel, external});
     system.windowServer.switchFromOutside(external, false);
+
     delegate.applicationWillTerminate();
+
     EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(external, true)));
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
 }
 
-TEST_F(AppDelegateTest, quittingWithAllActiveEnablesNone) {
+TEST_F(AppDelegateTest, QuittingWithAllActiveEnablesNone) {
     remember({panel, external});
+
     delegate.applicationWillTerminate();
+
     EXPECT_THAT(system.windowServer.takeChanges(), IsEmpty());
 }
 
-TEST_F(AppDelegateTest, anOfflineDisplayIsEnabledTooAndItsRefusalIgnored) {
+TEST_F(AppDelegateTest, QuittingEnablesAnOfflineDisplayTooAndIgnoresItsRefusal) {
     remember({panel, external});
     system.windowServer.disconnect(external);
+
     delegate.applicationWillTerminate();
+
     EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(external, true)));
 }
 
-TEST_F(AppDelegateTest, displaysAreEnabledInTheOrderTheyAreStored) {
+TEST_F(AppDelegateTest, QuittingEnablesDisplaysInTheOrderTheyAreStored) {
     system.userDefaults.setData(DisplayRegistry::storageKey,
                                 R"([{"id":5,"isBuiltIn":true,"lastSeenAt":0},)"
                                 R"({"id":9,"isBuiltIn":false,"lastSeenAt":0},)"
                                 R"({"id":1,"isBuiltIn":false,"lastSeenAt":0}])");
     system.windowServer.switchFromOutside(panel, false);
     system.windowServer.switchFromOutside(external, false);
+
     delegate.applicationWillTerminate();
+
     EXPECT_THAT(system.windowServer.takeChanges(),
                 ElementsAre(Pair(panel, true), Pair(9, true), Pair(external, true)));
 }
 
-TEST_F(AppDelegateTest, quittingWithAnEmptyRegistryOnlyReleasesTheHotKey) {
+TEST_F(AppDelegateTest, QuittingWithAnEmptyRegistryOnlyReleasesTheHotKey) {
     delegate.applicationDidFinishLaunching();
     delegate.applicationWillTerminate();
+
     EXPECT_THAT(system.windowServer.takeChanges(), IsEmpty());
     EXPECT_FALSE(system.hotKeys.isRegistered());
     EXPECT_FALSE(system.hotKeys.hasHandler());

@@ -27,7 +27,7 @@ protected:
         window->show();
     }
 
-    /// In the window, or where all windows share one.
+    /// The window's, or the one that all windows share.
     static QMenuBar& menuBar() {
         for (QWidget* each : QApplication::allWidgets()) {
             if (auto* bar = qobject_cast<QMenuBar*>(each)) {
@@ -59,20 +59,22 @@ protected:
     std::optional<MainWindow> window;
 };
 
-TEST_F(MainWindowTest, itsSizeIsFixed) {
+TEST_F(MainWindowTest, TheWindowsSizeIsFixed) {
     EXPECT_EQ(window->size(), QSize(520, 486));
     EXPECT_EQ(window->minimumSize(), window->maximumSize());
+
     window->resize(800, 800);
+
     EXPECT_EQ(window->size(), QSize(520, 486));
     EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
 }
 
-TEST_F(MainWindowTest, theViewFillsIt) {
+TEST_F(MainWindowTest, TheViewFillsTheWindow) {
     EXPECT_EQ(window->findChild<DisplayControlView*>()->geometry(), window->rect());
 }
 
 #ifndef Q_OS_MACOS
-TEST_F(MainWindowTest, theMenuBarLiesInTheStripAboveTheHeaderAndShows) {
+TEST_F(MainWindowTest, TheMenuBarShowsInTheStripAboveTheHeader) {
     EXPECT_EQ(menuBar().geometry(), QRect(0, 0, 520, 28));
     const QImage whole = window->grab().toImage();
     menuBar().hide();
@@ -82,7 +84,7 @@ TEST_F(MainWindowTest, theMenuBarLiesInTheStripAboveTheHeaderAndShows) {
 }
 #endif
 
-TEST_F(MainWindowTest, theDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
+TEST_F(MainWindowTest, TheDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
     EXPECT_THAT(titles(action("Displays").menu()->actions()),
                 ElementsAre("Wake Both Displays", "Refresh Displays"));
     EXPECT_EQ(action("Wake Both Displays").shortcut(),
@@ -90,7 +92,7 @@ TEST_F(MainWindowTest, theDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
     EXPECT_EQ(action("Refresh Displays").shortcut(), QKeySequence(Qt::CTRL | Qt::Key_R));
 }
 
-TEST_F(MainWindowTest, noMenuOffersAnotherWindow) {
+TEST_F(MainWindowTest, NoMenuOffersAnotherWindow) {
 #ifdef Q_OS_MACOS
     EXPECT_THAT(titles(menuBar().actions()), ElementsAre("Displays"));
 #else
@@ -99,20 +101,24 @@ TEST_F(MainWindowTest, noMenuOffersAnotherWindow) {
 #endif
 }
 
-TEST_F(MainWindowTest, wakeBothDisplaysWakesOnceWithoutTheNotification) {
+TEST_F(MainWindowTest, WakeBothDisplaysWakesOnceWithoutTheNotification) {
     system.windowServer.takeChanges();
+
     action("Wake Both Displays").trigger();
+
     EXPECT_EQ(system.scheduler.pendingMainTasks(), 0U);
     system.scheduler.settle();
     EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(5, true)));
 }
 
-TEST_F(MainWindowTest, refreshDisplaysRefreshesAndDoesNothingMoreWhileOneIsRunning) {
+TEST_F(MainWindowTest, RefreshDisplaysIsIgnoredWhileARefreshIsRunning) {
     const std::size_t writes = system.userDefaults.writes();
+
     action("Refresh Displays").trigger();
     EXPECT_TRUE(controller->isRefreshing());
     action("Refresh Displays").trigger();
     system.scheduler.settle();
+
     EXPECT_EQ(system.userDefaults.writes(), writes + 1);
 }
 

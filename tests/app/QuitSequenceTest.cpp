@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A switch that waits at each request until it is let go on.
+/// A switch that blocks at a request until it is released.
 class HeldSwitch : public DisplaySwitch {
 public:
     explicit HeldSwitch(DisplaySwitch& inner) : inner_(inner) {}
@@ -23,12 +23,12 @@ public:
     bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
         started.set_value();
-        letGo.get_future().wait();
+        release.get_future().wait();
         return inner_.setDisplayEnabled(display, enabled);
     }
 
     std::promise<void> started;
-    std::promise<void> letGo;
+    std::promise<void> release;
 
 private:
     DisplaySwitch& inner_;
@@ -47,44 +47,49 @@ protected:
     SimulatedPlatform system;
 };
 
-TEST_F(QuitSequenceTest, itDoesTheWorkOnceHoweverOftenItIsAsked) {
+TEST_F(QuitSequenceTest, DoesItsWorkOnceHoweverOftenItIsRun) {
     SwitchOffGate gate(system.windowServer);
     AppDelegate delegate(system.platform().with(gate), system.hotKeys);
     QuitSequence quit(delegate, gate);
+
     for (int asked = 0; asked < 3; ++asked) {
         system.windowServer.switchFromOutside(external, false);
         quit.run(1h);
     }
+
     EXPECT_EQ(system.windowServer.takeChanges().size(), 1U);
 }
 
-TEST_F(QuitSequenceTest, afterItNothingGoesOffAnyMore) {
+TEST_F(QuitSequenceTest, AfterItNoDisplayCanBeSwitchedOff) {
     SwitchOffGate gate(system.windowServer);
     AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+
     QuitSequence(delegate, gate).run(1h);
+
     EXPECT_EQ(gate.setDisplayEnabled(external, false), 1004);
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
 }
 
-TEST_F(QuitSequenceTest, aSwitchInFlightIsWaitedForAndThenUndone) {
+TEST_F(QuitSequenceTest, ASwitchInFlightIsAwaitedAndThenUndone) {
     HeldSwitch held(system.windowServer);
     SwitchOffGate gate(held);
     std::thread switching([&] { gate.setDisplayEnabled(external, false); });
     held.started.get_future().wait();
-
-    // The delegate's own switches go round the hold.
+    // The delegate's own switches are not held.
     AppDelegate delegate(system.platform(), system.hotKeys);
     QuitSequence quit(delegate, gate);
-    std::thread letGo([&] { held.letGo.set_value(); });
+
+    std::thread releasing([&] { held.release.set_value(); });
     quit.run(1h);
     switching.join();
-    letGo.join();
+    releasing.join();
+
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
 }
 
 using QuitSequenceDeathTest = QuitSequenceTest;
 
-TEST_F(QuitSequenceDeathTest, aServerThatNeverAnswersDoesNotHoldUpTheEndOfTheProcess) {
+TEST_F(QuitSequenceDeathTest, AServerThatNeverAnswersDoesNotKeepTheProcessFromEnding) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
