@@ -12,7 +12,7 @@
 #include "watchdog/protocol/Message.h"
 #include "watchdog/protocol/SwitchedOff.h"
 
-/// What a guard makes of any bytes at all, compared with what it should make of them.
+/// What a watchdog makes of any bytes at all, compared with what it should make of them.
 ///
 /// The first byte of the input says in what pieces the others arrive; they are the stream.
 namespace tavrel::watchdog {
@@ -29,8 +29,8 @@ void require(bool holds, const char* what) {
     }
 }
 
-/// Displays below 2^31 can be switched; writes down every attempt.
-class NotedSwitch : public DisplaySwitch {
+/// Displays below 2^31 can be switched; records every attempt.
+class RecordingSwitch : public DisplaySwitch {
 public:
     static ServerStatus statusFor(DisplayID display) {
         return display >> 31U == 0 ? serverStatus::success : serverStatus::illegalArgument;
@@ -45,7 +45,7 @@ public:
     Changes changes;
 };
 
-/// An application that says these bytes and goes.
+/// An application that sends these bytes and is then gone.
 class ByteChannel : public MessageChannel {
 public:
     ByteChannel(Bytes bytes, std::size_t piece) : rest_(bytes), piece_(piece) {}
@@ -76,7 +76,7 @@ private:
     MessageReader reader_;
 };
 
-/// What a guard ought to do, told as plainly as possible.
+/// What a watchdog should do, written as plainly as possible.
 struct Expectation {
     Changes changes;
     std::vector<Message> sent{{.kind = Kind::ready}};
@@ -95,19 +95,19 @@ struct Expectation {
             if (message->kind == Kind::goodbye) {
                 return;
             }
-            isOver = !heed(*message);
+            isOver = !handle(*message);
         }
-        wake();
+        switchAllOn();
     }
 
-    bool heed(const Message& message) {
+    bool handle(const Message& message) {
         switch (message.kind) {
             case Kind::alreadyOff:
                 off.add(message.display);
                 return true;
             case Kind::switchOff:
             case Kind::switchOn: {
-                const ServerStatus status = NotedSwitch::statusFor(message.display);
+                const ServerStatus status = RecordingSwitch::statusFor(message.display);
                 const bool enabled = message.kind == Kind::switchOn;
                 changes.emplace_back(message.display, enabled);
                 sent.push_back({.kind = Kind::answer, .id = message.id, .status = status});
@@ -124,12 +124,12 @@ struct Expectation {
         return false;
     }
 
-    void wake() {
+    void switchAllOn() {
         for (int attempt = 0; attempt < WatchdogService::attempts; ++attempt) {
             const std::vector<DisplayID> all = off.displays();
             for (auto display = all.rbegin(); display != all.rend(); ++display) {
                 changes.emplace_back(*display, true);
-                if (NotedSwitch::statusFor(*display) == serverStatus::success) {
+                if (RecordingSwitch::statusFor(*display) == serverStatus::success) {
                     off.remove(*display);
                 }
             }
@@ -144,12 +144,12 @@ void check(Bytes input) {
     const std::size_t piece = input.front() % messageSize + 1;
     const Bytes stream = input.subspan(1);
 
-    NotedSwitch lifecycle;
+    RecordingSwitch displays;
     ByteChannel channel(stream, piece);
-    WatchdogService(lifecycle, channel, [](auto) {}).run();
+    WatchdogService(displays, channel, [](auto) {}).run();
 
     const Expectation expected(stream);
-    require(lifecycle.changes == expected.changes, "only what was asked for is changed");
+    require(displays.changes == expected.changes, "only what was asked for is changed");
     require(channel.sent == expected.sent, "each request is answered, and nothing else");
 }
 

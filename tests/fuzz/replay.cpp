@@ -30,8 +30,8 @@ std::vector<Input> readCorpus(const std::filesystem::path& folder) {
     return inputs;
 }
 
-/// One small damage, of the kinds that matter to a reader: a wrong byte, a byte too many or
-/// too few, a part said twice, an end too early.
+/// Damages it in one of the ways that matter to a reader: a wrong byte, a byte too many or too
+/// few, a repeated part, an early end.
 void damage(Input& input, std::mt19937& random) {
     const auto below = [&](std::size_t bound) { return random() % bound; };
     const auto at = [&] {
