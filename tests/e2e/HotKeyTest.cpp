@@ -25,6 +25,11 @@ protected:
         ASSERT_EQ(desktop.monitorsOn(), 2);
     }
 
+    void expectAllWoken() const {
+        EXPECT_TRUE(session->says("Both displays are on"));
+        EXPECT_EQ(desktop.monitorsOn(), 3);
+    }
+
     void pressChord() const {
         Keyboard(desktop.displayName()).chord({key::control, key::alt, key::super, 'w'});
     }
@@ -34,7 +39,7 @@ protected:
     std::optional<Session> session;
 };
 
-TEST_F(HotKeyTest, WakesAllWhileAnotherWindowHasTheFocusWhateverLocksAreOn) {
+TEST_F(HotKeyTest, TheHotKeyWakesAllWhileAnotherWindowHasTheFocusWhateverLocksAreOn) {
     start();
     const support::UserHome otherHome;
     support::AppProcess other(desktop, otherHome, {.program = TEST_WINDOW});
@@ -47,33 +52,37 @@ TEST_F(HotKeyTest, WakesAllWhileAnotherWindowHasTheFocusWhateverLocksAreOn) {
 
     const Keyboard keyboard(desktop.displayName());
     for (const auto lock : {xcb_keysym_t{0}, key::capsLock, key::numLock}) {
+        SCOPED_TRACE(lock);
         if (lock != 0) {
             keyboard.tap(lock);
         }
         switchOneOff();
+
         pressChord();
-        EXPECT_TRUE(session->says("Both displays are on")) << lock;
-        EXPECT_EQ(desktop.monitorsOn(), 3);
+
+        expectAllWoken();
     }
 }
 
-TEST_F(HotKeyTest, WakesAllWhileItsOwnWindowHasTheFocus) {
+TEST_F(HotKeyTest, TheHotKeyWakesAllWhileItsOwnWindowHasTheFocus) {
     start();
     session->topLevel().focus();
     switchOneOff();
+
     pressChord();
-    EXPECT_TRUE(session->says("Both displays are on"));
-    EXPECT_EQ(desktop.monitorsOn(), 3);
+
+    expectAllWoken();
 }
 
-TEST_F(HotKeyTest, AChordThatIsTakenLeavesAllElseWorking) {
+TEST_F(HotKeyTest, WhenAnotherProgramHasTheHotKeyEverythingElseWorks) {
     const support::ChordHolder holder(desktop.displayName());
+
     start();
+
     switchOneOff();
     EXPECT_EQ(session->application().standardError(), "");
     session->act("Wake both displays");
-    EXPECT_TRUE(session->says("Both displays are on"));
-    EXPECT_EQ(desktop.monitorsOn(), 3);
+    expectAllWoken();
 }
 
 }  // namespace

@@ -24,10 +24,8 @@ class RecoveryTest : public testing::Test {
 protected:
     RecoveryTest() { EXPECT_TRUE(session.says("Found 3 displays")); }
 
-    bool allAreOn() const {
-        const auto monitors = desktop.monitors();
-        return std::all_of(monitors.begin(), monitors.end(),
-                           [](const Monitor& each) { return each.on; });
+    bool awaitAllOn() const {
+        return waitUntil([&] { return desktop.monitorsOn() == 3; });
     }
 
     bool isWholeOnAMonitor(const Bounds& window) const {
@@ -43,12 +41,12 @@ protected:
     Session session{desktop, home};
 };
 
-TEST_F(RecoveryTest, AllOffByAnotherClientComeBackAgainAndAgain) {
+TEST_F(RecoveryTest, DisplaysThatAnotherProgramSwitchesOffComeBackAgainAndAgain) {
     milliseconds slowest{0};
     for (int round = 0; round < 20; ++round) {
         desktop.otherClient().switchOff(outputs);
         const auto start = steady_clock::now();
-        ASSERT_TRUE(waitUntil([&] { return allAreOn(); })) << "round " << round;
+        ASSERT_TRUE(awaitAllOn()) << "round " << round;
         slowest = std::max(slowest, duration_cast<milliseconds>(steady_clock::now() - start));
         ASSERT_TRUE(session.says("Lost display recovered automatically")) << session.window();
     }
@@ -56,20 +54,22 @@ TEST_F(RecoveryTest, AllOffByAnotherClientComeBackAgainAndAgain) {
                 static_cast<long long>(slowest.count()));
 }
 
-TEST_F(RecoveryTest, TheyComeBackWhileAMenuIsOpen) {
+TEST_F(RecoveryTest, LostDisplaysComeBackWhileAMenuIsOpen) {
     const auto menu = session.element("Displays");
     support::Pointer(desktop.displayName()).click(menu.bounds.centreX(), menu.bounds.centreY());
     ASSERT_TRUE(waitUntil([&] {
         const auto item = session.accessible().find("Wake Both Displays");
         return item && item->isShowing();
     }));
+
     desktop.otherClient().switchOff(outputs);
-    EXPECT_TRUE(waitUntil([&] { return allAreOn(); }));
+
+    EXPECT_TRUE(awaitAllOn());
 }
 
-TEST_F(RecoveryTest, TheWindowLeavesADisplayThatGoesOffWhole) {
+TEST_F(RecoveryTest, TheWholeWindowMovesFromADisplayThatGoesOff) {
     const support::AppWindow window = session.topLevel();
-    // Wherever it is, that monitor goes off, twice, so that it has to move to each side.
+    // The monitor that shows it goes off, twice, so that it moves to each side.
     for (int round = 0; round < 2; ++round) {
         ASSERT_TRUE(waitUntil([&] { return isWholeOnAMonitor(window.bounds()); }));
         const Bounds bounds = window.bounds();
@@ -85,18 +85,21 @@ TEST_F(RecoveryTest, TheWindowLeavesADisplayThatGoesOffWhole) {
 
 TEST_F(RecoveryTest, TheWindowIsOnAScreenAgainAfterAllWereOff) {
     const support::AppWindow window = session.topLevel();
+
     desktop.otherClient().switchOff(outputs);
-    ASSERT_TRUE(waitUntil([&] { return allAreOn(); }));
+
+    ASSERT_TRUE(awaitAllOn());
     EXPECT_TRUE(waitUntil([&] { return isWholeOnAMonitor(window.bounds()); })) << window.bounds();
 }
 
 TEST_F(RecoveryTest, AMonitorThatAppearsIsListed) {
     desktop.otherClient().connect("DUMMY3", 5760, 0);
+
     EXPECT_TRUE(waitUntil([&] { return session.window().rows.size() == 4; })) << session.window();
     EXPECT_TRUE(session.says("Display setup changed — available screens restored"));
 }
 
-TEST_F(RecoveryTest, ItDoesNotFightAnotherProgramThatLeavesAScreenUsable) {
+TEST_F(RecoveryTest, AnotherProgramThatLeavesAScreenUsableIsNotOpposed) {
     SwitchCount count(desktop.displayName());
     const auto other = desktop.otherClient();
     const int rounds = 150;
@@ -105,7 +108,7 @@ TEST_F(RecoveryTest, ItDoesNotFightAnotherProgramThatLeavesAScreenUsable) {
         other.run({"--output", "DUMMY1", "--auto", "--right-of", "DUMMY0"});
     }
     other.switchOff("DUMMY1");
-    // The application is alive and has seen it all.
+    // Whatever it made of that it has made by now.
     session.act("Refresh displays");
     EXPECT_TRUE(session.says("Found 3 displays"));
     EXPECT_FALSE(desktop.monitor("DUMMY1").on);
@@ -118,16 +121,18 @@ TEST_F(RecoveryTest, ItDoesNotFightAnotherProgramThatLeavesAScreenUsable) {
 TEST_F(RecoveryTest, AStormThatTakesEveryScreenIsAnsweredWithABoundedNumberOfSwitches) {
     SwitchCount count(desktop.displayName());
     int rounds = 0;
+
     for (int attempt = 0; attempt < 200; ++attempt) {
         try {
             desktop.otherClient().switchOff(outputs);
             ++rounds;
         } catch (const std::runtime_error&) {
-            // The application changed the layout while xrandr was thinking about it.
+            // The application changed the layout between what xrandr read and what it set.
         }
     }
+
     EXPECT_GE(rounds, 100);
-    ASSERT_TRUE(waitUntil([&] { return allAreOn(); }));
+    ASSERT_TRUE(awaitAllOn());
     ASSERT_TRUE(session.says("Lost display recovered automatically")) << session.window();
     const int own = count.switchedOn();
     std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", rounds, own,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -15,7 +15,15 @@ namespace tavrel::e2e {
 /// The application under test.
 inline constexpr const char* program = TAVREL_PROGRAM;
 
-/// One run of the application on a desktop, with eyes on it.
+/// How many of the desktop's monitors are on, as the X server tells it.
+inline int monitorsOn(const support::VirtualDesktop& desktop) {
+    const auto monitors = desktop.monitors();
+    return static_cast<int>(
+        std::count_if(monitors.begin(), monitors.end(), [](const auto& each) { return each.on; }));
+}
+
+/// One run of the application on a desktop, used and read like a person with assistive
+/// technology does.
 class Session {
 public:
     Session(const support::VirtualDesktop& desktop, const support::UserHome& home,
@@ -43,6 +51,12 @@ public:
 
     bool says(const std::string& footer) const {
         return support::waitUntil([&] { return window().footer == footer; });
+    }
+
+    /// Whether it exits by itself with this status.
+    bool exitsWith(int status) const {
+        return application_.process().waitForEnd() ==
+               support::ChildProcess::Ending{.exitStatus = status, .signal = std::nullopt};
     }
 
     /// Its window at the server, awaited. Throws std::bad_optional_access without one.

@@ -13,19 +13,21 @@ static void PrintTo(const Scenario& scenario, std::ostream* out) {
 
 namespace {
 
-class RealStory : public testing::TestWithParam<Scenario> {};
+class RealStoryTest : public testing::TestWithParam<Scenario> {};
 
-TEST_P(RealStory, ComesTrue) {
+TEST_P(RealStoryTest, ComesTrue) {
     VirtualDesktopStage stage(GetParam().displays, TAVREL_PROGRAM);
+
     const auto failure = play(GetParam(), stage);
+
     EXPECT_FALSE(failure) << *failure;
 }
 
-INSTANTIATE_TEST_SUITE_P(Switching, RealStory, testing::ValuesIn(switchingStories()),
+INSTANTIATE_TEST_SUITE_P(Switching, RealStoryTest, testing::ValuesIn(switchingStories()),
                          [](const auto& each) { return each.param.name; });
-INSTANTIATE_TEST_SUITE_P(Recovery, RealStory, testing::ValuesIn(recoveryStories()),
+INSTANTIATE_TEST_SUITE_P(Recovery, RealStoryTest, testing::ValuesIn(recoveryStories()),
                          [](const auto& each) { return each.param.name; });
-INSTANTIATE_TEST_SUITE_P(Crash, RealStory, testing::ValuesIn(crashStories()),
+INSTANTIATE_TEST_SUITE_P(Crash, RealStoryTest, testing::ValuesIn(crashStories()),
                          [](const auto& each) { return each.param.name; });
 
 }  // namespace

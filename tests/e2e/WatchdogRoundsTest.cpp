@@ -16,8 +16,8 @@ namespace {
 
 using support::waitUntil;
 
-/// How many desktops there are, which may be used beside each other, and how often
-/// something is killed on each.
+/// How many desktops there are, each in a test of its own, and how often something is killed
+/// on each.
 constexpr int desktops = 4;
 #ifndef TAVREL_INSTRUMENTED
 constexpr int rounds = 50;
@@ -38,24 +38,24 @@ protected:
 
     int draw(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
 
-    /// One or two switches are pressed, without a wait for the outcome of the last one; the
-    /// moment that follows is long enough for anything between "not begun" and "done".
+    /// Presses one or two switches, and does not await the last: a random time later it may be
+    /// anything between not begun and done.
     void switchSomething() {
         const int first = 1 + draw(3);
         if (draw(2) == 0) {
-            EXPECT_TRUE(run.flipAndAwait(first, "off"));
+            EXPECT_TRUE(run.pressAndAwait(first, "off"));
         }
-        run.flip(1 + (first + draw(2)) % 3);
+        run.press(1 + (first + draw(2)) % 3);
         std::this_thread::sleep_for(std::chrono::microseconds(draw(60'000)));
     }
 
     void restart() {
         run.start();
         ASSERT_TRUE(run.isUp);
-        guardKills = 0;
+        watchdogKills = 0;
     }
 
-    /// The application dies; its guard brings everything back.
+    /// The application dies; its watchdog brings everything back.
     void killApplication() {
         const int signals[] = {SIGKILL, SIGSEGV, SIGABRT};
         const auto killed = std::chrono::steady_clock::now();
@@ -67,13 +67,13 @@ protected:
         restart();
     }
 
-    /// The guard dies; the application goes on, with another.
-    void killGuard() {
-        const pid_t victim = run.guard();
+    /// The watchdog dies; the application goes on, with another.
+    void killWatchdog() {
+        const pid_t victim = run.watchdog();
         ::kill(victim, SIGKILL);
-        EXPECT_TRUE(waitUntil([&] { return run.guard() != victim; }));
-        ++guardKills;
-        ++guardKillsInAll;
+        EXPECT_TRUE(waitUntil([&] { return run.watchdog() != victim; }));
+        ++watchdogKills;
+        ++watchdogKillsInAll;
         wakeAll();
     }
 
@@ -87,7 +87,7 @@ protected:
     }
 
     void wakeAll() {
-        // Busy rows are none of the wake's business, so it waits for them.
+        // Waking leaves busy rows alone.
         EXPECT_TRUE(waitUntil([&] {
             const auto rows = run.session->window().rows;
             return rows.size() == 3 && std::none_of(rows.begin(), rows.end(),
@@ -101,24 +101,24 @@ protected:
     WatchdogSession run;
     unsigned seed = 0;
     std::mt19937 random;
-    int guardKills = 0;
+    int watchdogKills = 0;
     int applicationKills = 0;
-    int guardKillsInAll = 0;
+    int watchdogKillsInAll = 0;
     int bothKills = 0;
     int leftOver = 0;
     std::chrono::steady_clock::duration slowest{0};
 };
 
-TEST_P(WatchdogRoundsTest, noScreenIsLostAndNoProcessLeftOver) {
+TEST_P(WatchdogRoundsTest, NoScreenIsLostAndNoProcessLeftOver) {
     int lost = 0;
     for (int round = 0; round < rounds && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         switchSomething();
-        const int fate = draw(10);
-        // A third death within ten seconds would end the guarding of this application.
-        if (fate < 5 && guardKills < 2) {
-            killGuard();
-        } else if (fate < 8) {
+        const int victim = draw(10);
+        // After a third crash within ten seconds this application would have no watchdog.
+        if (victim < 5 && watchdogKills < 2) {
+            killWatchdog();
+        } else if (victim < 8) {
             killApplication();
         } else {
             killBoth();
@@ -127,13 +127,13 @@ TEST_P(WatchdogRoundsTest, noScreenIsLostAndNoProcessLeftOver) {
     }
     using Milliseconds = std::chrono::duration<double, std::milli>;
     std::cout << rounds << " rounds: " << applicationKills << " times the application was killed, "
-              << guardKillsInAll << " times its guard, " << bothKills
+              << watchdogKillsInAll << " times its watchdog, " << bothKills
               << " times both; screens lost: " << lost << ", processes left over: " << leftOver
               << ", slowest return without the application: " << Milliseconds(slowest).count()
               << " ms" << std::endl;
     EXPECT_EQ(lost, 0);
     EXPECT_EQ(leftOver, 0);
-    EXPECT_EQ(applicationKills + guardKillsInAll + bothKills, rounds);
+    EXPECT_EQ(applicationKills + watchdogKillsInAll + bothKills, rounds);
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktop, WatchdogRoundsTest, testing::Range(1, desktops + 1));

@@ -22,37 +22,37 @@ public:
 
     pid_t application() { return session->application().pid(); }
 
-    std::vector<pid_t> guards() const {
-        return watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName());
+    std::vector<pid_t> watchdogs() const {
+        return tavrel::watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName());
     }
 
-    /// The one guard there is; 0 if it never comes to be one.
-    pid_t guard() const {
+    /// The one watchdog that runs, awaited; 0 if there never is exactly one.
+    pid_t watchdog() const {
         std::vector<pid_t> found;
-        support::waitUntil([&] { return (found = guards()).size() == 1; });
+        support::waitUntil([&] { return (found = watchdogs()).size() == 1; });
         return found.size() == 1 ? found.front() : 0;
     }
 
-    /// The application's and its guards', however old.
+    /// How many processes of the application and its watchdogs run.
     std::size_t processes() const {
-        return guards().size() +
-               watchdog::processesOf(program, "DISPLAY=" + desktop.displayName()).size();
+        return watchdogs().size() +
+               tavrel::watchdog::processesOf(program, "DISPLAY=" + desktop.displayName()).size();
     }
 
     /// Presses the switch of the row with this number, counting from 1.
-    void flip(int row) { session->act(nameOf(row) + " power"); }
+    void press(int row) { session->act(nameOf(row) + " power"); }
 
-    /// Switches a display off or on and awaits that it is done.
-    bool flipAndAwait(int row, const std::string& outcome) {
-        flip(row);
+    /// Presses the switch and returns whether the display then becomes "on" or "off".
+    bool pressAndAwait(int row, const std::string& outcome) {
+        press(row);
         return session->says(nameOf(row) + " is " + outcome);
     }
 
     static std::string nameOf(int row) { return "External Display " + std::to_string(row); }
 
-    /// Kills the application and its guard as if in one moment.
+    /// Kills the application and its watchdog as if in one moment.
     void killBoth() {
-        const std::vector<pid_t> both{guard(), application()};
+        const std::vector<pid_t> both{watchdog(), application()};
         for (const int signal : {SIGSTOP, SIGKILL}) {
             for (const pid_t each : both) {
                 ::kill(each, signal);

@@ -6,12 +6,13 @@
 
 #include "tests/e2e/WatchdogSession.h"
 
-/// The application and its guard are killed in every way that leaves something to be done.
+/// The application and its watchdog are killed in every way that leaves something to be done.
 namespace tavrel::e2e {
 namespace {
 
-using support::ChildProcess;
 using support::waitUntil;
+using testing::Contains;
+using testing::IsEmpty;
 using testing::SizeIs;
 
 class WatchdogTest : public testing::Test {
@@ -19,8 +20,8 @@ protected:
     void SetUp() override { ASSERT_TRUE(run.isUp); }
 
     void switchTwoOff() {
-        ASSERT_TRUE(run.flipAndAwait(1, "off"));
-        ASSERT_TRUE(run.flipAndAwait(3, "off"));
+        ASSERT_TRUE(run.pressAndAwait(1, "off"));
+        ASSERT_TRUE(run.pressAndAwait(3, "off"));
         ASSERT_EQ(run.desktop.monitorsOn(), 1);
     }
 
@@ -29,10 +30,12 @@ protected:
 
 class KilledApplicationTest : public WatchdogTest, public testing::WithParamInterface<int> {};
 
-TEST_P(KilledApplicationTest, leavesNoDisplayOffAndNoProcess) {
+TEST_P(KilledApplicationTest, LeavesNoDisplayOffAndNoProcess) {
     switchTwoOff();
+
     const auto killed = std::chrono::steady_clock::now();
     ::kill(run.application(), GetParam());
+
     EXPECT_TRUE(run.allComeBackAsTheyWere());
     const std::chrono::duration<double, std::milli> took =
         std::chrono::steady_clock::now() - killed;
@@ -40,8 +43,7 @@ TEST_P(KilledApplicationTest, leavesNoDisplayOffAndNoProcess) {
 #ifndef TAVREL_INSTRUMENTED
     EXPECT_LE(took, std::chrono::seconds(1));
 #endif
-    const auto ending = run.session->application().process().waitForEnd();
-    ASSERT_TRUE(ending.has_value());
+    EXPECT_TRUE(run.session->application().process().waitForEnd().has_value());
     EXPECT_TRUE(run.nothingIsLeftRunning());
 }
 
@@ -61,65 +63,70 @@ TEST_F(WatchdogTest, KillingAllProcessesNamedAfterTheApplicationLeavesNoDisplayO
         ::kill(each, SIGKILL);
     }
 
-    EXPECT_THAT(named, testing::Contains(run.application()));
+    EXPECT_THAT(named, Contains(run.application()));
     EXPECT_TRUE(run.allComeBackAsTheyWere());
     EXPECT_TRUE(run.nothingIsLeftRunning());
 }
 
-TEST_F(WatchdogTest, quittingLeavesNoGuard) {
+TEST_F(WatchdogTest, QuittingLeavesNoWatchdog) {
     switchTwoOff();
+
     run.session->application().process().signal(SIGTERM);
-    EXPECT_EQ(run.session->application().process().waitForEnd(),
-              (ChildProcess::Ending{0, std::nullopt}));
+
+    EXPECT_TRUE(run.session->exitsWith(0));
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
-    EXPECT_EQ(run.processes(), 0U) << "it waits for its guard";
+    EXPECT_EQ(run.processes(), 0U) << "the application waits for its watchdog";
 }
 
-TEST_F(WatchdogTest, killedDuringASwitchOffItIsReplacedAndTheSwitchRefused) {
-    const pid_t first = run.guard();
+TEST_F(WatchdogTest, WhenKilledDuringASwitchOffItIsReplacedAndTheSwitchRefused) {
+    const pid_t first = run.watchdog();
     ::kill(first, SIGSTOP);
-    run.flip(1);
+    run.press(1);
     EXPECT_TRUE(run.session->says("Turning off External Display 1…"));
+
     ::kill(first, SIGKILL);
+
     EXPECT_TRUE(run.session->says("macOS couldn’t change the desktop display layout (error 1004)"));
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
-    EXPECT_NE(run.guard(), first);
-
-    EXPECT_TRUE(run.flipAndAwait(1, "off"));
+    EXPECT_NE(run.watchdog(), first);
+    EXPECT_TRUE(run.pressAndAwait(1, "off"));
     EXPECT_EQ(run.desktop.monitorsOn(), 2);
 }
 
-TEST_F(WatchdogTest, killedDuringASwitchOnItIsReplacedAndTheNextSwitchesOn) {
+TEST_F(WatchdogTest, WhenKilledDuringASwitchOnItIsReplacedAndTheNextSwitchesOn) {
     switchTwoOff();
-    const pid_t first = run.guard();
+    const pid_t first = run.watchdog();
     ::kill(first, SIGSTOP);
-    run.flip(1);
+    run.press(1);
     EXPECT_TRUE(run.session->says("Waking External Display 1…"));
+
     ::kill(first, SIGKILL);
+
     EXPECT_TRUE(run.session->says("External Display 1 is on"));
     EXPECT_EQ(run.desktop.monitorsOn(), 2);
-    EXPECT_NE(run.guard(), first);
-
+    EXPECT_NE(run.watchdog(), first);
     ::kill(run.application(), SIGKILL);
-    EXPECT_TRUE(run.allComeBackAsTheyWere()) << "the next guard knows what is off";
+    EXPECT_TRUE(run.allComeBackAsTheyWere()) << "the next watchdog knows what is off";
 }
 
-TEST_F(WatchdogTest, killedTimeAndAgainItIsGivenUpAndTheApplicationSwitchesItself) {
-    for (int death = 0; death < 3; ++death) {
-        const pid_t guard = run.guard();
-        ASSERT_NE(guard, 0) << death;
-        ::kill(guard, SIGKILL);
-        waitUntil([&] { return run.guards() != std::vector{guard}; });
+TEST_F(WatchdogTest, WhenKilledAgainAndAgainItIsGivenUpAndTheApplicationSwitchesItself) {
+    for (int crash = 0; crash < 3; ++crash) {
+        const pid_t watchdog = run.watchdog();
+        ASSERT_NE(watchdog, 0) << crash;
+        ::kill(watchdog, SIGKILL);
+        waitUntil([&] { return run.watchdogs() != std::vector{watchdog}; });
     }
-    EXPECT_TRUE(waitUntil([&] { return run.guards().empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return run.watchdogs().empty(); }));
+
     switchTwoOff();
-    EXPECT_THAT(run.guards(), SizeIs(0));
-    EXPECT_TRUE(run.flipAndAwait(1, "on"));
-    EXPECT_TRUE(run.flipAndAwait(3, "on"));
+    EXPECT_THAT(run.watchdogs(), IsEmpty());
+    EXPECT_TRUE(run.pressAndAwait(1, "on"));
+    EXPECT_TRUE(run.pressAndAwait(3, "on"));
+
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
 }
 
-TEST_F(WatchdogTest, killedBothTheNextStartListsWhatIsOffAndWakesItOnRequest) {
+TEST_F(WatchdogTest, WhenBothAreKilledTheNextStartListsWhatIsOffAndWakesItOnRequest) {
     switchTwoOff();
     run.killBoth();
     EXPECT_TRUE(run.nothingIsLeftRunning());
@@ -127,6 +134,7 @@ TEST_F(WatchdogTest, killedBothTheNextStartListsWhatIsOffAndWakesItOnRequest) {
 
     run.start();
     ASSERT_TRUE(run.isUp);
+
     const scenario::Window window = run.session->window();
     ASSERT_THAT(window.rows, SizeIs(3));
     EXPECT_FALSE(window.rows[0].isOn);
@@ -137,7 +145,7 @@ TEST_F(WatchdogTest, killedBothTheNextStartListsWhatIsOffAndWakesItOnRequest) {
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
 }
 
-TEST_F(WatchdogTest, killedBothWithNothingUsableLeftTheNextStartBringsItBackByItself) {
+TEST_F(WatchdogTest, WhenBothAreKilledAndNoScreenIsUsableTheNextStartBringsThemBack) {
     switchTwoOff();
     run.killBoth();
     for (const support::Monitor& monitor : run.desktop.monitors()) {
@@ -148,6 +156,7 @@ TEST_F(WatchdogTest, killedBothWithNothingUsableLeftTheNextStartBringsItBackByIt
     EXPECT_EQ(run.desktop.monitorsOn(), 0);
 
     run.session.emplace(run.desktop, run.home);
+
     EXPECT_TRUE(run.session->says("Lost display recovered automatically"));
     EXPECT_EQ(run.desktop.monitorsOn(), 3);
 }

@@ -11,7 +11,6 @@ namespace {
 
 using support::AccessibleElement;
 using support::Bounds;
-using support::ChildProcess;
 using support::Keyboard;
 using support::waitUntil;
 namespace key = support::key;
@@ -29,7 +28,7 @@ protected:
         return {};
     }
 
-    /// Presses Tab until the control has the focus, each time awaiting that it moves on.
+    /// Presses Tab until the control has the focus, awaiting each time that the focus moves.
     bool tabTo(const Keyboard& keyboard, const std::string& name) const {
         for (int presses = 0; presses < 20; ++presses) {
             const std::string before = focused();
@@ -47,7 +46,7 @@ protected:
     Session session{desktop, home};
 };
 
-TEST_F(WindowTest, IsOfOneSizeAndCannotBeMaximised) {
+TEST_F(WindowTest, HasOneSizeAndCannotBeMaximised) {
     const support::AppWindow window = session.topLevel();
     EXPECT_EQ(window.bounds().width, 520);
     EXPECT_EQ(window.bounds().height, 486);
@@ -57,8 +56,8 @@ TEST_F(WindowTest, IsOfOneSizeAndCannotBeMaximised) {
 
 TEST_F(WindowTest, ClosingItQuitsTheApplication) {
     session.topLevel().close();
-    EXPECT_EQ(session.application().process().waitForEnd(),
-              (ChildProcess::Ending{0, std::nullopt}));
+
+    EXPECT_TRUE(session.exitsWith(0));
     EXPECT_EQ(session.application().standardError(), "");
 }
 
@@ -69,6 +68,7 @@ TEST_F(WindowTest, TellsAssistiveTechnologyEveryTextAndControl) {
             texts.insert(each.name);
         }
     }
+
     for (const char* text : {"Your screens", "External Display 1", "External Display 2",
                              "External Display 3", "Found 3 displays"}) {
         EXPECT_EQ(texts.count(text), 1U) << text;
@@ -104,18 +104,20 @@ TEST_F(WindowTest, CanBeUsedByKeyboardAlone) {
 }
 
 TEST_F(WindowTest, CanBeUsedByAssistiveTechnologyAlone) {
-    const auto act = [&](const char* name) { return session.act(name); };
-    EXPECT_TRUE(act("External Display 1 power"));
+    EXPECT_TRUE(session.act("External Display 1 power"));
     EXPECT_TRUE(session.says("External Display 1 is off"));
     EXPECT_EQ(desktop.monitorsOn(), 2);
-    EXPECT_TRUE(act("External Display 3 power"));
+
+    EXPECT_TRUE(session.act("External Display 3 power"));
     EXPECT_TRUE(session.says("External Display 3 is off"));
     EXPECT_EQ(session.element("Must stay on").role, "label");
     EXPECT_FALSE(session.element("External Display 2 power").isEnabled());
-    EXPECT_TRUE(act("Wake both displays"));
+
+    EXPECT_TRUE(session.act("Wake both displays"));
     EXPECT_TRUE(session.says("Both displays are on"));
     EXPECT_EQ(desktop.monitorsOn(), 3);
-    EXPECT_TRUE(act("Refresh displays"));
+
+    EXPECT_TRUE(session.act("Refresh displays"));
     EXPECT_TRUE(session.says("Found 3 displays"));
 }
 

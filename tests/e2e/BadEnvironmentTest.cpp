@@ -24,7 +24,8 @@ std::string storeWith(const std::string& identifier) {
            R"(,\"isBuiltIn\":false,\"lastSeenAt\":)" + std::to_string(now) + R"(}]"})";
 }
 
-void expectOneLineAndExitOne(AppProcess& application) {
+/// The application says one line about its failure and exits with 1.
+void expectOneLineAndExitOne(const AppProcess& application) {
     EXPECT_EQ(application.process().waitForEnd(), (ChildProcess::Ending{1, std::nullopt}));
     const std::string said = application.standardError();
     EXPECT_THAT(said, testing::EndsWith("\n"));
@@ -33,22 +34,25 @@ void expectOneLineAndExitOne(AppProcess& application) {
     EXPECT_EQ(application.standardOutput(), "");
 }
 
-TEST(BadSurroundings, WithoutAnXServerItSaysSoInOneLineAndExitsWithOne) {
+TEST(BadEnvironmentTest, WithoutAnXServerItSaysSoInOneLineAndExitsWithOne) {
     const UserHome home;
-    AppProcess application(home, {.program = program, .environment = {{"DISPLAY", ":4242"}}});
+    const AppProcess application(home, {.program = program, .environment = {{"DISPLAY", ":4242"}}});
+
     expectOneLineAndExitOne(application);
 }
 
-TEST(BadSurroundings, WithoutADisplayVariableItSaysSoInOneLineAndExitsWithOne) {
+TEST(BadEnvironmentTest, WithoutADisplayVariableItSaysSoInOneLineAndExitsWithOne) {
     const UserHome home;
-    AppProcess application(home, {.program = program});
+    const AppProcess application(home, {.program = program});
+
     expectOneLineAndExitOne(application);
 }
 
-TEST(BadSurroundings, WithoutRandRItOpensAndListsNothing) {
+TEST(BadEnvironmentTest, WithoutRandRItOpensAndListsNothing) {
     const VirtualDesktop desktop({.randr = false, .accessibility = true});
     const UserHome home;
     const Session session(desktop, home);
+
     EXPECT_EQ(session.element("Your screens").role, "label");
     EXPECT_TRUE(waitUntil([&] {
         const auto refresh = session.accessible().find("Refresh displays");
@@ -58,7 +62,7 @@ TEST(BadSurroundings, WithoutRandRItOpensAndListsNothing) {
     EXPECT_FALSE(session.element("Wake both displays").isEnabled());
 }
 
-TEST(BadSurroundings, WithoutRandRASwitchOfARememberedDisplaySaysWhyItCannot) {
+TEST(BadEnvironmentTest, WithoutRandRASwitchOfARememberedDisplaySaysWhyItCannot) {
     const VirtualDesktop desktop({.randr = false, .accessibility = true});
     const UserHome home;
     home.plantDefaults(storeWith("7"));
@@ -66,21 +70,23 @@ TEST(BadSurroundings, WithoutRandRASwitchOfARememberedDisplaySaysWhyItCannot) {
     const auto control = session.element("External Display power");
     ASSERT_TRUE(control.isEnabled());
     ASSERT_FALSE(control.isChecked());
+
     session.accessible().act(control);
+
     EXPECT_TRUE(session.says("This macOS version doesn’t expose display enable/disable control"));
     EXPECT_FALSE(session.element("External Display power").isChecked());
 }
 
-class CorruptStore : public testing::TestWithParam<const char*> {};
+class CorruptStoreTest : public testing::TestWithParam<const char*> {};
 
-TEST_P(CorruptStore, IsAnEmptyRegistry) {
+TEST_P(CorruptStoreTest, CountsAsAnEmptyRegistry) {
     const VirtualDesktop desktop({.monitors = 2, .accessibility = true});
     const UserHome home;
     home.plantDefaults(GetParam());
     const Session session(desktop, home);
+
     EXPECT_TRUE(session.says("Both displays are ready")) << session.window();
     EXPECT_EQ(session.window().rows.size(), 2U);
-    // What was there is replaced by what is there now.
     EXPECT_TRUE(waitUntil([&] {
         const std::string stored = support::readFile(home.defaultsFile());
         return stored.find("isBuiltIn") != std::string::npos &&
@@ -89,7 +95,7 @@ TEST_P(CorruptStore, IsAnEmptyRegistry) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Contents, CorruptStore,
+    Contents, CorruptStoreTest,
     testing::Values("", "not JSON at all", "[1,2,3]", "{\"TavrelKnownDisplays\":[]}",
                     "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":4294967296,\\\"isBuiltIn\\\":false,"
                     "\\\"lastSeenAt\\\":1}]\"}",
@@ -97,12 +103,14 @@ INSTANTIATE_TEST_SUITE_P(
                     "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":5,\\\"isBuiltIn\\\":false,"
                     "\\\"lastSeenAt\\\":1e999}]\"}"));
 
-TEST(BadSurroundings, AServerThatGoesAwayEndsTheApplicationWithoutACrash) {
+TEST(BadEnvironmentTest, AServerThatGoesAwayEndsTheApplicationWithoutACrash) {
     VirtualDesktop desktop({.accessibility = true});
     const UserHome home;
     Session session(desktop, home);
     ASSERT_TRUE(session.says("Found 3 displays"));
+
     desktop.kill();
+
     const auto ending = session.application().process().waitForEnd();
     ASSERT_TRUE(ending);
     EXPECT_EQ(ending->signal, std::nullopt) << *ending;
