@@ -18,8 +18,8 @@
 #include "watchdog/application/GuardedSwitch.h"
 #include "watchdog/application/WatchdogProcess.h"
 
-/// What it costs to have displays switched by a guard: on a real X server, and on displays
-/// that cost nothing, where the cost of the guard is all there is. Fails above the limits.
+/// What it costs to have displays switched by the watchdog: on a real X server, and on displays
+/// that cost nothing, where the watchdog's cost is all there is. Fails above the limits.
 namespace tavrel {
 namespace {
 
@@ -53,29 +53,29 @@ void print(const std::string& what, Timings& timings) {
               << timings.all.size() << " times\n";
 }
 
-void switchOrStop(DisplaySwitch& lifecycle, DisplayID display, bool enabled) {
-    if (lifecycle.setDisplayEnabled(display, enabled) != serverStatus::success) {
+void switchOrStop(DisplaySwitch& displays, DisplayID display, bool enabled) {
+    if (displays.setDisplayEnabled(display, enabled) != serverStatus::success) {
         std::cerr << "a switch failed\n";
         std::exit(EXIT_FAILURE);
     }
 }
 
-/// Switches one display off and on by turns through either; returns the overhead.
+/// Switches one display off and on, in turns through each; returns the overhead.
 Milliseconds compare(const std::string& where, DisplaySwitch& unguarded, DisplaySwitch& guarded,
                      DisplayID display, int rounds) {
     Timings plain;
-    Timings withGuard;
+    Timings viaWatchdog;
     for (int round = 0; round < rounds; ++round) {
         for (const bool enabled : {false, true}) {
             plain.take([&] { switchOrStop(unguarded, display, enabled); });
         }
         for (const bool enabled : {false, true}) {
-            withGuard.take([&] { switchOrStop(guarded, display, enabled); });
+            viaWatchdog.take([&] { switchOrStop(guarded, display, enabled); });
         }
     }
     print(where + ", unguarded switch", plain);
-    print(where + ", guarded switch", withGuard);
-    const Milliseconds overhead = withGuard.median() - plain.median();
+    print(where + ", guarded switch", viaWatchdog);
+    const Milliseconds overhead = viaWatchdog.median() - plain.median();
     std::cout << where << ": overhead in the median " << overhead.count() << " ms (at most "
               << overheadLimit.count() << ")\n";
     return overhead;
@@ -114,7 +114,7 @@ Milliseconds timeToReady() {
             started->link().receive();
         });
     }
-    print("start of a guard until it is ready", starts);
+    print("start of a watchdog until it is ready", starts);
     return starts.median();
 }
 
