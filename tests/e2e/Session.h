@@ -15,13 +15,6 @@ namespace tavrel::e2e {
 /// The application under test.
 inline constexpr const char* program = TAVREL_PROGRAM;
 
-/// How many of the desktop's monitors are on, as the X server tells it.
-inline int monitorsOn(const support::VirtualDesktop& desktop) {
-    const auto monitors = desktop.monitors();
-    return static_cast<int>(
-        std::count_if(monitors.begin(), monitors.end(), [](const auto& each) { return each.on; }));
-}
-
 /// One run of the application on a desktop, used and read like a person with assistive
 /// technology does.
 class Session {
