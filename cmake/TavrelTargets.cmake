@@ -45,7 +45,8 @@ tavrel_precompile(tavrel_precompiled_widgets HEADERS ${TAVREL_STANDARD_HEADERS} 
   <QPainter> <QPainterPath> <QWidget> LINK Qt6::Widgets)
 
 # Tests share most of what they instantiate, so several sources compiled as one take half the
-# time. Only what is not handed out is compiled like this, and only in the preset that most
+# time. Only what is not handed out and not optimised is compiled like this (the optimiser's
+# view of so much at once makes GCC 12 give false alarms), and only in the preset that most
 # people build from nothing.
 function(tavrel_unite_tests target)
   set_target_properties(${target} PROPERTIES
@@ -58,11 +59,6 @@ function(tavrel_library name)
   add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC tavrel_options ${arg_LINK})
   tavrel_use_precompiled(${name} tavrel_precompiled tavrel_precompiled_widgets ${arg_LINK})
-  set(tests_folder ${PROJECT_SOURCE_DIR}/tests)
-  cmake_path(IS_PREFIX tests_folder ${CMAKE_CURRENT_SOURCE_DIR} is_of_tests)
-  if(is_of_tests)
-    tavrel_unite_tests(${name})
-  endif()
 endfunction()
 
 # tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …] [NO_UNITY]): a GoogleTest executable
