@@ -15,7 +15,8 @@ target_compile_options(tavrel_options INTERFACE
   -Wold-style-cast -Woverloaded-virtual -Wextra-semi)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # False alarms of GCC 12 on "text" + std::to_string(…) when optimising (GCC bug 105651).
-  target_compile_options(tavrel_options INTERFACE -Wno-restrict -Wno-stringop-overflow)
+  target_compile_options(tavrel_options INTERFACE -Wno-array-bounds -Wno-restrict
+    -Wno-stringop-overflow)
 endif()
 if(TAVREL_WARNINGS_AS_ERRORS)
   target_compile_options(tavrel_options INTERFACE -Werror)
