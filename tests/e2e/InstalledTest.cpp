@@ -12,7 +12,6 @@
 namespace tavrel::e2e {
 namespace {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 
 class InstalledTest : public testing::Test {

@@ -12,9 +12,9 @@
 namespace tavrel::layout {
 
 /// The displays of the desks that tests build.
-inline constexpr DisplayID A = 1;
-inline constexpr DisplayID B = 2;
-inline constexpr DisplayID C = 3;
+inline constexpr DisplayID monitorA = 1;
+inline constexpr DisplayID monitorB = 2;
+inline constexpr DisplayID monitorC = 3;
 
 inline const Mode fullHd{.width = 1920, .height = 1080, .refreshMillihertz = 60000};
 inline const Mode fast{.width = 1920, .height = 1080, .refreshMillihertz = 144000};
@@ -27,7 +27,7 @@ inline const Mode small{.width = 1280, .height = 1024, .refreshMillihertz = 6000
 class Desk {
 public:
     Desk& monitor(DisplayID display) {
-        const std::string name(1, static_cast<char>('A' + display - A));
+        const std::string name(1, static_cast<char>('A' + display - monitorA));
         layout_.outputs.push_back({.display = display,
                                    .identity = {name, {}},
                                    .isConnected = true,

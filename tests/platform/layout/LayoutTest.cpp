@@ -40,11 +40,11 @@ TEST(LayoutTest, HasRoomUpToItsLargestDesktop) {
 }
 
 TEST(LayoutTest, KnowsItsOutputsByNumber) {
-    const Layout layout = Desk().monitor(A).monitor(B).unplugged();
+    const Layout layout = Desk().monitor(monitorA).monitor(monitorB).unplugged();
 
-    EXPECT_EQ(layout.output(A), &layout.outputs[0]);
-    EXPECT_EQ(layout.output(B), &layout.outputs[1]);
-    EXPECT_EQ(layout.output(C), nullptr);
+    EXPECT_EQ(layout.output(monitorA), &layout.outputs[0]);
+    EXPECT_EQ(layout.output(monitorB), &layout.outputs[1]);
+    EXPECT_EQ(layout.output(monitorC), nullptr);
 }
 
 }  // namespace
