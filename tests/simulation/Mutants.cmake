@@ -29,7 +29,7 @@ function(tavrel_mutant name source from to)
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/mutants)
   add_test(NAME simulation.finds.${name}
     COMMAND mutant-${name} --seed 1 --hours 480 --jobs 1 --expect-violation)
-  set_tests_properties(simulation.finds.${name} PROPERTIES LABELS simulation TIMEOUT 300)
+  set_tests_properties(simulation.finds.${name} PROPERTIES LABELS simulation TIMEOUT 900)
 endfunction()
 
 tavrel_mutant(maskWithoutRemove controller/Watch.cpp
