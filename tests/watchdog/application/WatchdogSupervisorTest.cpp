@@ -79,7 +79,7 @@ protected:
 
     /// The watchdog dies while nothing is asked of it, and the supervisor notices.
     void killIdleWatchdog() {
-        latest->kill();
+        latest_->kill();
         supervisor().replaceIfDead();
     }
 
@@ -127,7 +127,7 @@ private:
         auto started = std::make_unique<ThreadWatchdog>(
             displays,
             [this](DisplayID display, bool enabled) { return outcomeOf(display, enabled); });
-        latest = started->killSwitch();
+        latest_ = started->killSwitch();
         return started;
     }
 
@@ -143,7 +143,7 @@ private:
     }
 
     /// Of the watchdog that was started last.
-    std::shared_ptr<KillSwitch> latest;
+    std::shared_ptr<KillSwitch> latest_;
     std::optional<WatchdogSupervisor> supervisor_;
 };
 
