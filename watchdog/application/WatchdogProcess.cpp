@@ -150,7 +150,7 @@ void WatchdogProcess::kill() {
 std::filesystem::path findWatchdog(const std::filesystem::path& applicationFolder) {
     for (const char* place :
          {"libexec/display-watchdog", TAVREL_INSTALLED_WATCHDOG, "display-watchdog"}) {
-        const std::filesystem::path executable = applicationFolder / place;
+        std::filesystem::path executable = applicationFolder / place;
         std::error_code error;
         if (std::filesystem::is_regular_file(executable, error)) {
             return executable;
