@@ -15,6 +15,9 @@ fail() {
 # How many things to do at once.
 jobs_at_once() { getconf _NPROCESSORS_ONLN; }
 
+# Most tests wait for another process most of the time.
+tests_at_once() { echo $((2 * $(jobs_at_once))); }
+
 # tool NAME: the command of that name in the version our settings are written for, else in
 # the version there is.
 tool() {

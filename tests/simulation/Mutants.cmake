@@ -28,7 +28,8 @@ function(tavrel_mutant name source from to)
   set_target_properties(mutant-${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/mutants)
   add_test(NAME simulation.finds.${name}
-    COMMAND mutant-${name} --seed 1 --hours 480 --jobs 1 --expect-violation)
+    COMMAND mutant-${name} --seed 1 --hours 480 --repeat-every 20 --jobs 1
+      --expect-violation)
   set_tests_properties(simulation.finds.${name} PROPERTIES LABELS simulation TIMEOUT 900)
 endfunction()
 

@@ -104,7 +104,7 @@ void report(std::uint64_t seed, const std::vector<Event>& events, const Outcome&
                 outcome.violation->c_str());
     const auto shrunk =
         shrink(seed, {events.begin(), events.begin() + static_cast<std::ptrdiff_t>(outcome.events)},
-               *outcome.violation, options.expectViolation ? 60 : 400);
+               *outcome.violation, options.expectViolation ? 10 : 400);
     std::printf("  %zu of %zu events are enough:\n", shrunk.size(), outcome.events);
     for (const Event& event : shrunk) {
         std::printf("    %s\n", describe(event).c_str());
