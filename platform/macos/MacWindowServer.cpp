@@ -13,16 +13,10 @@ namespace tavrel {
 
 namespace {
 
-/// What the server answers, to any question, about an identifier it does not know (any
-/// more). As a yes or no it would be a yes.
-constexpr std::uint32_t unknownDisplay = 0xFFFFFFFF;
-
+/// The server answers -1 to any question about an identifier that it does not know (any
+/// more). As a yes or no that would be a yes.
 bool isYes(boolean_t answer) {
-    return answer != 0 && static_cast<std::uint32_t>(answer) != unknownDisplay;
-}
-
-std::uint32_t numberOrZero(std::uint32_t answer) {
-    return answer == unknownDisplay ? 0 : answer;
+    return answer != 0 && static_cast<std::int32_t>(answer) != -1;
 }
 
 class LiveMoment final : public DisplayMoment {
@@ -55,13 +49,11 @@ public:
     bool isOnline(DisplayID display) override { return isYes(CGDisplayIsOnline(display)); }
     bool isActive(DisplayID display) override { return isYes(CGDisplayIsActive(display)); }
     std::uint32_t vendorNumber(DisplayID display) override {
-        return numberOrZero(CGDisplayVendorNumber(display));
+        return CGDisplayVendorNumber(display);
     }
-    std::uint32_t modelNumber(DisplayID display) override {
-        return numberOrZero(CGDisplayModelNumber(display));
-    }
+    std::uint32_t modelNumber(DisplayID display) override { return CGDisplayModelNumber(display); }
     std::uint32_t serialNumber(DisplayID display) override {
-        return numberOrZero(CGDisplaySerialNumber(display));
+        return CGDisplaySerialNumber(display);
     }
 };
 

@@ -1,5 +1,7 @@
 #include "tests/support/AppProcess.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>

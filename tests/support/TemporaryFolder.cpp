@@ -1,5 +1,7 @@
 #include "tests/support/TemporaryFolder.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
 #include <cstdlib>

@@ -116,7 +116,7 @@ TEST_F(MacWindowServerTest, AnswersQuestionsAsTheServerDoes) {
     EXPECT_EQ(moment->serialNumber(monitor), 3U);
 }
 
-TEST_F(MacWindowServerTest, AnswersNoAndZeroForADisplayThatTheServerDoesNotKnow) {
+TEST_F(MacWindowServerTest, SaysNoOfADisplayThatTheServerDoesNotKnowAndPassesItsNumbersOn) {
     disconnect(mac, panel);
     const auto moment = server.now();
 
@@ -124,9 +124,9 @@ TEST_F(MacWindowServerTest, AnswersNoAndZeroForADisplayThatTheServerDoesNotKnow)
         EXPECT_FALSE(moment->isBuiltIn(unknown));
         EXPECT_FALSE(moment->isOnline(unknown));
         EXPECT_FALSE(moment->isActive(unknown));
-        EXPECT_EQ(moment->vendorNumber(unknown), 0U);
-        EXPECT_EQ(moment->modelNumber(unknown), 0U);
-        EXPECT_EQ(moment->serialNumber(unknown), 0U);
+        EXPECT_EQ(moment->vendorNumber(unknown), 0xFFFFFFFF);
+        EXPECT_EQ(moment->modelNumber(unknown), 0xFFFFFFFF);
+        EXPECT_EQ(moment->serialNumber(unknown), 0xFFFFFFFF);
     }
 }
 
