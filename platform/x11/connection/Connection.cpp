@@ -1,6 +1,7 @@
 #include "platform/x11/connection/Connection.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <xcb/randr.h>
 #include <xcb/xcbext.h>
 
@@ -89,7 +90,7 @@ void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error)
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
-            timedOut_ = true;
+            giveUp();
             return nullptr;
         }
         pollfd socket{xcb_get_file_descriptor(connection_), POLLIN, 0};
@@ -101,6 +102,13 @@ void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error)
         XcbFree()(refusal);
     }
     return reply;
+}
+
+void Connection::giveUp() {
+    hasTimedOut_ = true;
+    // The server may have been given to us alone, or be about to: it has to learn that we have
+    // left as soon as it reads on, however long this object is kept.
+    ::shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR);
 }
 
 bool Connection::roundTrip() {

@@ -14,13 +14,18 @@
 
 namespace tavrel {
 
+/// How long a server may stay silent before it is treated as gone. Linux waits up to 10.24 s for
+/// a CRTC that is stuck, once for the change before ours and once for ours, and serves nobody
+/// meanwhile: that long it is slow, not gone. Shorter than the application waits for its watchdog,
+/// so that the watchdog can still answer.
+inline constexpr std::chrono::milliseconds serverPatience{25'000};
+
 /// Which X server, and how long to wait for its answers.
 struct X11ServerOptions {
     /// As in the DISPLAY variable, which is used when this is std::nullopt.
     std::optional<std::string> displayName = std::nullopt;
-    /// How long the server may stay silent before it is treated as gone. The default is well
-    /// above what a mode change on slow hardware takes while another client holds the server.
-    std::chrono::milliseconds timeout{10'000};
+    /// How long the server may take over each answer before the connection is given up.
+    std::chrono::milliseconds timeout = serverPatience;
 };
 
 namespace x11 {
@@ -39,7 +44,8 @@ using XcbReply = std::unique_ptr<Reply, XcbFree>;
 ///
 /// To be used by one thread at a time. Once connected, nothing here blocks for longer than the
 /// options' timeout: when the server has gone, or stays silent for longer than that, the
-/// connection is lost for good. Nothing here ends the process.
+/// connection is lost for good. One that is given up is shut down at once, so that a server that
+/// was only slow doesn't stay grabbed by it. Nothing here ends the process.
 class Connection {
 public:
     /// Blocks until the server has answered. Null when it cannot be reached.
@@ -60,7 +66,10 @@ public:
     xcb_atom_t edidAtom() const { return edidAtom_; }
 
     /// Whether the connection is known to be lost; `drainEvents` finds out.
-    bool isLost() const { return timedOut_ || xcb_connection_has_error(connection_) != 0; }
+    bool isLost() const { return hasTimedOut_ || xcb_connection_has_error(connection_) != 0; }
+
+    /// Whether it was lost because the server stayed silent; it may be there all the same.
+    bool hasTimedOut() const { return hasTimedOut_; }
 
     /// Sends all requests made so far and blocks until the one with this sequence number is
     /// answered. Null when the server answered with an error or the connection is lost.
@@ -110,13 +119,14 @@ private:
     void negotiateRandr();
     void noteScreenChange(const xcb_generic_event_t& event);
     void* awaitReply(unsigned int sequence, xcb_generic_error_t** error);
+    void giveUp();
 
     xcb_connection_t* connection_;
     std::chrono::milliseconds timeout_;
     std::vector<xcb_window_t> roots_;
     std::size_t defaultScreen_ = 0;
     bool hasRandr_ = false;
-    bool timedOut_ = false;
+    bool hasTimedOut_ = false;
     std::uint8_t firstRandrEvent_ = 0;
     xcb_atom_t edidAtom_ = XCB_ATOM_NONE;
     std::deque<XcbReply<xcb_generic_event_t>> events_;

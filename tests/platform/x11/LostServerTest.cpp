@@ -1,16 +1,14 @@
 #include <gmock/gmock.h>
-#include <sys/socket.h>
 
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/platform/x11/LiveServerTest.h"
+#include "tests/platform/x11/ServerProcess.h"
 #include "tests/support/WaitUntil.h"
-#include "tests/support/XConnection.h"
 
 namespace tavrel {
 namespace {
@@ -48,16 +46,6 @@ steady_clock::duration timeOfRefusals(X11WindowServer& server) {
 
 class LostServerTest : public LiveServerTest {
 protected:
-    /// Whoever listens at the socket.
-    pid_t serverProcess() const {
-        const support::XConnection connection(desktop.displayName());
-        ucred listener{};
-        socklen_t size = sizeof listener;
-        ::getsockopt(xcb_get_file_descriptor(connection.get()), SOL_SOCKET, SO_PEERCRED, &listener,
-                     &size);
-        return listener.pid;
-    }
-
     const DisplayID middle = idOf("DUMMY1");
 };
 
@@ -98,16 +86,15 @@ TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
         store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
     ASSERT_EQ(impatient.setDisplayEnabled(middle, false), serverStatus::success);
     ASSERT_TRUE(impatient.now()->isOnline(middle));
-    const pid_t process = serverProcess();
-    ASSERT_GT(process, 0);
-    ::kill(process, SIGSTOP);
+    const ServerProcess process(desktop);
+    process.pause();
     EXPECT_FALSE(impatient.now()->isOnline(middle));
     expectNothingButRefusals(impatient, middle);
     // One that never got to know the server while it spoke.
     X11WindowServer newcomer(
         store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
     expectNothingButRefusals(newcomer, middle);
-    ::kill(process, SIGCONT);
+    process.resume();
 
     for (X11WindowServer* each : {&impatient, &newcomer}) {
         EXPECT_TRUE(support::waitUntil([&] { return each->now()->isOnline(middle); }));
