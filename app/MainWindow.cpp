@@ -29,7 +29,7 @@ const QString refreshDisplays = QStringLiteral("Refresh Displays");
 
 }  // namespace
 
-MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
+MainWindow::MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys)
     : controller_(std::move(controller)) {
     setWindowTitle(QCoreApplication::applicationName());
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
@@ -41,6 +41,8 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     view->setGeometry(rect());
 
 #ifdef Q_OS_MACOS
+    // Here a hot key that was accepted stays ours, so there is nothing to show.
+    static_cast<void>(hotKeys);
     sharedMenuBar_ = std::make_unique<QMenuBar>(nullptr);
     addMenus(*sharedMenuBar_);
 #else
@@ -55,6 +57,10 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller)
     for (QMenu* menu : menuBar->findChildren<QMenu*>()) {
         menu->setFont(menuFont);
     }
+
+    const auto showWhetherHeld = [view, &hotKeys] { view->setWakeShortcutWorks(hotKeys.isHeld()); };
+    heldObserver_ = hotKeys.observeHeld(showWhetherHeld);
+    showWhetherHeld();
 #endif
 }
 

@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include "controller/DisplayController.h"
+#include "platform/HotKeys.h"
 
 class QMenuBar;
 
@@ -14,7 +15,8 @@ namespace tavrel {
 /// in windows, the menu bar in the free strip above the view's header.
 class MainWindow : public QWidget {
 public:
-    explicit MainWindow(std::shared_ptr<DisplayController> controller);
+    /// `hotKeys` must outlive the window.
+    MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys);
     ~MainWindow() override;
 
 private:
@@ -23,6 +25,8 @@ private:
     std::shared_ptr<DisplayController> controller_;
     /// The menu bar that all windows share, where they do; else null.
     std::unique_ptr<QMenuBar> sharedMenuBar_;
+    /// Shows whether the hot key works; null where that is not shown.
+    std::unique_ptr<HotKeys::Handle> heldObserver_;
 };
 
 }  // namespace tavrel

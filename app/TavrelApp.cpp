@@ -41,7 +41,7 @@ int TavrelApp::run(QApplication& application) {
     _appDelegate.applicationDidFinishLaunching();
     _controller = DisplayController::create(composition_.platform());
 
-    MainWindow window(_controller);
+    MainWindow window(_controller, composition_.hotKeys());
     const WindowKeeper windowKeeper(window);
     QApplication::setQuitOnLastWindowClosed(composition_.quitOnLastWindowClosed());
     if (!QApplication::quitOnLastWindowClosed()) {

@@ -32,7 +32,7 @@ inline constexpr std::uint32_t control = 0x1000;
 /// Main thread only, and so are the handles.
 class HotKeys {
 public:
-    /// An event handler or a claimed chord, released when the handle is destroyed.
+    /// An event handler, a claimed chord or an observer, released when the handle is destroyed.
     class Handle {
     public:
         virtual ~Handle() = default;
@@ -44,9 +44,17 @@ public:
     /// it down is one press. Returns null when the system refuses.
     virtual std::unique_ptr<Handle> installEventHandler(Task pressed) = 0;
 
-    /// Claims the chord. Returns null when the system refuses, for example because another
-    /// program holds it.
+    /// Claims the chord. Returns null when the system refuses for good. Where it may be had
+    /// later, for example when another program lets go of it, the handle stands for the claim
+    /// and the system tries on; `isHeld` says how that went.
     virtual std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) = 0;
+
+    /// Whether the registered chord reaches this application now.
+    virtual bool isHeld() const = 0;
+
+    /// Runs `changed` on the main thread each time `isHeld` may have changed by itself. Returns
+    /// null where it never does, because what was accepted stays held.
+    virtual std::unique_ptr<Handle> observeHeld(Task changed) = 0;
 };
 
 }  // namespace tavrel

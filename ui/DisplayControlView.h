@@ -17,9 +17,10 @@ namespace tavrel {
 
 /// The whole content of the window.
 ///
-/// It has no state of its own: it shows the controller's, and each action of the user is
-/// one call of the controller. It is rebuilt once in a turn of the main loop, however many
-/// fields have changed. The strip of `theme::menuBarHeight` points at its top stays free.
+/// It has no state of its own: it shows the controller's and what it is told of the hot key,
+/// and each action of the user is one call of the controller. It is rebuilt once in a turn of the
+/// main loop, however many fields have changed. The strip of `theme::menuBarHeight` points at its
+/// top stays free.
 class DisplayControlView : public QWidget {
     Q_OBJECT
 
@@ -30,6 +31,10 @@ public:
     /// Shares the ownership of `controller`. Main thread only, like all widgets.
     explicit DisplayControlView(std::shared_ptr<DisplayController> controller,
                                 QWidget* parent = nullptr);
+
+    /// Says whether the hot key works, which is shown beside the wake button. It is taken to
+    /// work until this is called.
+    void setWakeShortcutWorks(bool works) { footer_.setWakeShortcutWorks(works); }
 
     QSize sizeHint() const override { return contentSize; }
 

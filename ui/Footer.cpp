@@ -40,6 +40,10 @@ void Footer::update(const std::string& statusMessage,
     focus.setEnabled(*wake_, canWake);
 }
 
+void Footer::setWakeShortcutWorks(bool works) {
+    wake_->setShortcutWorks(works, works ? QString() : texts::wakeShortcutNotHeld.toString());
+}
+
 void Footer::showDot(bool isRefreshing) {
     if (dotIsRefreshing_ == isRefreshing) {
         return;

@@ -22,6 +22,9 @@ public:
     void update(const std::string& statusMessage, const std::optional<std::string>& errorMessage,
                 bool isRefreshing, bool canWake, FocusKeeper& focus);
 
+    /// Whether the hot key that the wake button names does what the button does.
+    void setWakeShortcutWorks(bool works);
+
     int heightForWidth(int width) const;
     /// Fills the bottom of `column`.
     void layOut(const QRect& column);

@@ -11,6 +11,9 @@ inline constexpr QStringView heading = u"Your screens";
 inline constexpr QStringView refreshDisplays = u"Refresh displays";
 inline constexpr QStringView wakeBothDisplays = u"Wake both displays";
 inline constexpr QStringView wakeShortcutHint = u"⌃⌥⌘W";
+inline constexpr QStringView wakeShortcutNotHeld =
+    u"⌃⌥⌘W doesn’t work at the moment: another program is using it, or this keyboard lacks one of "
+    u"its keys";
 
 inline constexpr QStringView mustStayOn = u"Must stay on";
 inline constexpr QStringView atLeastOneMustStayOn = u"At least one display must stay on";

@@ -39,13 +39,20 @@ private:
 
 class HotKey final : public HotKeys::Handle {
 public:
-    explicit HotKey(EventHotKeyRef hotKey) : hotKey_(hotKey) {}
-    ~HotKey() override { UnregisterEventHotKey(hotKey_); }
+    HotKey(EventHotKeyRef hotKey, std::shared_ptr<int> registrations)
+        : hotKey_(hotKey), registrations_(std::move(registrations)) {
+        ++*registrations_;
+    }
+    ~HotKey() override {
+        UnregisterEventHotKey(hotKey_);
+        --*registrations_;
+    }
     HotKey(const HotKey&) = delete;
     HotKey& operator=(const HotKey&) = delete;
 
 private:
     EventHotKeyRef hotKey_;
+    std::shared_ptr<int> registrations_;
 };
 
 }  // namespace
@@ -71,7 +78,15 @@ std::unique_ptr<HotKeys::Handle> MacHotKeys::registerHotKey(const HotKeyRegistra
                             hotKey.options, &registered) != noErr) {
         return nullptr;
     }
-    return std::make_unique<HotKey>(registered);
+    return std::make_unique<HotKey>(registered, registrations_);
+}
+
+bool MacHotKeys::isHeld() const {
+    return *registrations_ > 0;
+}
+
+std::unique_ptr<HotKeys::Handle> MacHotKeys::observeHeld(Task /*changed*/) {
+    return nullptr;
 }
 
 }  // namespace tavrel

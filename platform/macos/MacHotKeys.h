@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "platform/HotKeys.h"
 
 namespace tavrel {
@@ -12,6 +14,14 @@ public:
     /// One at a time: null while the handle of another is held.
     std::unique_ptr<Handle> installEventHandler(Task pressed) override;
     std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) override;
+    /// Whether a registration that was accepted is still there.
+    bool isHeld() const override;
+    /// Always null.
+    std::unique_ptr<Handle> observeHeld(Task changed) override;
+
+private:
+    /// One for each registered chord. Shared with the handles, which may outlive this.
+    std::shared_ptr<int> registrations_ = std::make_shared<int>(0);
 };
 
 }  // namespace tavrel

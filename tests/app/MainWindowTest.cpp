@@ -9,7 +9,10 @@
 
 #include "app/MainWindow.h"
 #include "tests/simulated/SimulatedPlatform.h"
+#include "tests/support/WakeChord.h"
 #include "ui/DisplayControlView.h"
+#include "ui/controls/WakeButton.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {
@@ -23,7 +26,7 @@ protected:
         system.windowServer.connect({.id = 5, .builtIn = true});
         controller = DisplayController::create(system.platform());
         system.scheduler.settle();
-        window.emplace(controller);
+        window.emplace(controller, system.hotKeys);
         window->show();
     }
 
@@ -100,6 +103,31 @@ TEST_F(MainWindowTest, NoMenuOffersAnotherWindow) {
     EXPECT_THAT(titles(action("File").menu()->actions()), ElementsAre("Quit"));
 #endif
 }
+
+#ifndef Q_OS_MACOS
+TEST_F(MainWindowTest, AHotKeyThatIsNotHeldIsDimmedAndExplainedForAsLongAsThatLasts) {
+    auto* wakeButton = window->findChild<WakeButton*>();
+    const auto whatIsShown = [&] {
+        return std::pair(wakeButton->findChild<Label*>()->color(),
+                         wakeButton->toolTip().toStdString());
+    };
+    const std::string explanation =
+        "⌃⌥⌘W doesn’t work at the moment: another program is using it, or this keyboard lacks one "
+        "of its keys";
+    EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.24), explanation)) << "never registered";
+
+    const auto chord = system.hotKeys.registerHotKey(support::wakeChord);
+    window.emplace(controller, system.hotKeys);
+    wakeButton = window->findChild<WakeButton*>();
+    EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.48), std::string()));
+
+    system.hotKeys.setTaken(true);
+    EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.24), explanation));
+
+    system.hotKeys.setTaken(false);
+    EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.48), std::string()));
+}
+#endif
 
 TEST_F(MainWindowTest, WakeBothDisplaysWakesOnceWithoutTheNotification) {
     system.windowServer.takeChanges();

@@ -1,8 +1,9 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <optional>
 
 #include "tests/e2e/Session.h"
+#include "tests/platform/x11/hotkeys/RunXProgram.h"
 #include "tests/support/Keyboard.h"
 
 namespace tavrel::e2e {
@@ -82,6 +83,31 @@ TEST_F(HotKeyTest, WhenAnotherProgramHasTheHotKeyEverythingElseWorks) {
     switchOneOff();
     EXPECT_EQ(session->application().standardError(), "");
     session->act("Wake both displays");
+    expectAllWoken();
+}
+
+TEST_F(HotKeyTest, AHotKeyThatAnotherProgramHadWorksAndIsShownToOnceThatIsGone) {
+    const auto explanation = [&] { return session->element("Wake both displays").description; };
+    std::optional<support::ChordHolder> holder(std::in_place, desktop.displayName());
+    start();
+    switchOneOff();
+    EXPECT_THAT(explanation(), testing::HasSubstr("another program is using it"));
+
+    holder.reset();
+    EXPECT_TRUE(waitUntil([&] { return explanation().empty(); }));
+    pressChord();
+
+    expectAllWoken();
+}
+
+TEST_F(HotKeyTest, TheHotKeyWakesAllOnAKeyboardWithoutLatinLetters) {
+    runXProgram(desktop, {"setxkbmap", "-layout", "ru"});
+    constexpr xcb_keysym_t cyrillicTse = 0x06c3;
+    start();
+    switchOneOff();
+
+    Keyboard(desktop.displayName()).chord({key::control, key::alt, key::super, cyrillicTse});
+
     expectAllWoken();
 }
 

@@ -28,9 +28,25 @@ public:
         return std::make_unique<Claim>([this] { isRegistered_ = false; });
     }
 
-    /// One press of the registered chord. Does nothing unless chord and handler are there.
+    bool isHeld() const override { return isRegistered_ && !isTaken_; }
+
+    std::unique_ptr<Handle> observeHeld(Task changed) override {
+        heldChanged_ = std::move(changed);
+        return std::make_unique<Claim>([this] { heldChanged_ = nullptr; });
+    }
+
+    /// Another program takes the chord, or lets it go.
+    void setTaken(bool isTaken) {
+        isTaken_ = isTaken;
+        if (heldChanged_ != nullptr) {
+            heldChanged_();
+        }
+    }
+
+    /// One press of the registered chord. Does nothing unless the chord is held and a handler
+    /// there.
     void press() {
-        if (isRegistered_ && pressed_ != nullptr) {
+        if (isHeld() && pressed_ != nullptr) {
             pressed_();
         }
     }
@@ -55,9 +71,11 @@ private:
     };
 
     Task pressed_;
+    Task heldChanged_;
     bool acceptsHandler_ = true;
     bool acceptsHotKey_ = true;
     bool isRegistered_ = false;
+    bool isTaken_ = false;
     std::vector<HotKeyRegistration> requests_;
 };
 

@@ -191,6 +191,24 @@ TEST_F(ViewPaintTest, TextsHaveTheDesignedFontsAndColours) {
     expectLook("⌃⌥⌘W", 11.5, QFont::DemiBold, monospaced, theme::white(0.24));
 }
 
+TEST_F(ViewPaintTest, AHotKeyThatDoesNotWorkIsAtHalfStrengthAndExplained) {
+    open({builtInDisplay(true)});
+    EXPECT_EQ(wakeButton().toolTip(), "");
+
+    view->setWakeShortcutWorks(false);
+    EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24));
+    EXPECT_THAT(wakeButton().toolTip().toStdString(), testing::StartsWith("⌃⌥⌘W doesn’t work"));
+    EXPECT_TRUE(wakeButton().isEnabled());
+
+    setDisplays({});
+    EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24)) << "not weaker for being disabled too";
+
+    setDisplays({builtInDisplay(true)});
+    view->setWakeShortcutWorks(true);
+    EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.48));
+    EXPECT_EQ(wakeButton().toolTip(), "");
+}
+
 TEST_F(ViewPaintTest, TheWakeButtonIsFilledAndAtHalfStrengthWhenDisabled) {
     open({builtInDisplay(true)});
     const QPoint inside = faceIn(wakeButton(), *view).center();

@@ -64,8 +64,15 @@ void WakeButton::changeEvent(QEvent* event) {
     Control::changeEvent(event);
 }
 
+void WakeButton::setShortcutWorks(bool works, const QString& explanation) {
+    shortcutWorks_ = works;
+    setToolTip(explanation);
+    colorHint();
+}
+
 void WakeButton::colorHint() {
-    hint_->setColor(theme::white(hintOpacity * (isEnabled() ? 1 : theme::disabledOpacity)));
+    const bool isStrong = isEnabled() && shortcutWorks_;
+    hint_->setColor(theme::white(hintOpacity * (isStrong ? 1 : theme::disabledOpacity)));
 }
 
 }  // namespace tavrel

@@ -16,6 +16,10 @@ public:
 
     static constexpr int faceHeight = 42;
 
+    /// A hot key that does not work is dimmed, and `explanation`, empty for one that works, is
+    /// the button's tooltip.
+    void setShortcutWorks(bool works, const QString& explanation);
+
 protected:
     QPainterPath facePath(const QRectF& face) const override;
     void paintFace(QPainter& painter, const QRectF& face) const override;
@@ -27,6 +31,7 @@ private:
 
     DesignFont labelFont_;
     Label* hint_;
+    bool shortcutWorks_ = true;
 };
 
 }  // namespace tavrel

@@ -95,7 +95,8 @@ void EventThread::wait(Connection* connection) {
     int timeout = connectionsServed_ == 0 ? forever : retryMilliseconds;
     if (connection != nullptr) {
         sources[1].fd = xcb_get_file_descriptor(connection->get());
-        timeout = forever;
+        const auto patience = client_.settlesAgainAfter();
+        timeout = patience.has_value() ? static_cast<int>(patience->count()) : forever;
     }
     ::poll(sources.data(), sources.size(), timeout);
     wakeUp_.drain();

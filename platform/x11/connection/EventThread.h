@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -27,6 +29,11 @@ public:
         virtual void received(Connection& connection, const xcb_generic_event_t& event) = 0;
         /// Called when all events that had arrived have been passed on.
         virtual void settled(Connection& connection) = 0;
+        /// How long to wait for events before `settled` is called without any; std::nullopt to
+        /// wait for as long as it takes.
+        virtual std::optional<std::chrono::milliseconds> settlesAgainAfter() const {
+            return std::nullopt;
+        }
     };
 
     /// Called with null while there is no connection.

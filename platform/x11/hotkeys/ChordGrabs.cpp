@@ -8,15 +8,12 @@
 
 namespace tavrel::x11 {
 
-bool ChordGrabs::claim(Connection& connection, const HotKeyRegistration& hotKey) {
-    if (claimed_.has_value()) {
+bool ChordGrabs::claim(const HotKeyRegistration& hotKey) {
+    if (claimed_.has_value() || !isKnownChord(hotKey)) {
         return false;
     }
     claimed_ = hotKey;
-    if (!grab(connection)) {
-        claimed_.reset();
-    }
-    return claimed_.has_value();
+    return true;
 }
 
 void ChordGrabs::release(Connection* connection) {
@@ -28,24 +25,27 @@ void ChordGrabs::release(Connection* connection) {
 }
 
 void ChordGrabs::renew(Connection& connection, bool isNewConnection) {
-    std::optional<KeyboardMapping> mapping = readKeyboardMapping(connection);
-    if (!mapping.has_value() || (*mapping == mapping_ && !isNewConnection)) {
-        return;
-    }
-    mapping_ = std::move(*mapping);
     if (isNewConnection) {
         held_.clear();
     }
+    if (!claimed_.has_value()) {
+        return;
+    }
+    const std::optional<KeyboardMapping> mapping = readKeyboardMapping(connection);
+    if (!mapping.has_value()) {
+        return;
+    }
+    std::set<KeyGrab> wanted = grabsFor(*claimed_, *mapping);
     // Only when they differ: a press between ungrabbing and grabbing would be missed.
-    if (claimed_.has_value() && held_ != grabsFor(*claimed_, mapping_)) {
+    if (held_ != wanted) {
         ungrab(connection);
-        grab(connection);
+        grab(connection, std::move(wanted));
     }
 }
 
-bool ChordGrabs::grab(Connection& connection) {
+void ChordGrabs::grab(Connection& connection, std::set<KeyGrab> wanted) {
     std::vector<xcb_void_cookie_t> requests;
-    held_ = grabsFor(*claimed_, mapping_);
+    held_ = std::move(wanted);
     for (const KeyGrab& each : held_) {
         for (const xcb_window_t root : connection.roots()) {
             // A window of ours that has the focus must not get the key as well.
@@ -62,10 +62,12 @@ bool ChordGrabs::grab(Connection& connection) {
     if (refused != 0) {
         ungrab(connection);
     }
-    return !held_.empty();
 }
 
 void ChordGrabs::ungrab(Connection& connection) {
+    if (held_.empty()) {
+        return;
+    }
     for (const KeyGrab& each : std::exchange(held_, {})) {
         for (const xcb_window_t root : connection.roots()) {
             xcb_ungrab_key(connection.get(), each.keycode, root, each.modifiers);

@@ -11,21 +11,25 @@
 namespace tavrel::x11 {
 
 /// The one chord claimed at a server. Its keys are grabbed on every root window, so that no
-/// other client, and no window of ours, gets them. To be used by one thread.
+/// other client, and no window of ours, gets them: all of them, or none while one is refused.
+/// To be used by one thread.
 class ChordGrabs {
 public:
-    /// Claims a chord. Returns false, with nothing changed, while one is claimed already, when
-    /// the keyboard cannot type the chord, and when the server refuses any part of it, for one
-    /// because another client holds that.
-    bool claim(Connection& connection, const HotKeyRegistration& hotKey);
+    /// Claims a chord, for which `renew` then tries. Returns false, with nothing changed, while
+    /// one is claimed already, and for a chord that no keyboard has.
+    bool claim(const HotKeyRegistration& hotKey);
     /// Gives the chord up and blocks until others can have it. Without a connection, the server
     /// has taken it back already.
     void release(Connection* connection);
 
-    /// Grabs the claimed chord anew. To be called with each new connection, and when the
-    /// keyboard may have changed. A chord that the server refuses now stays claimed, and is
-    /// tried again at the next change.
+    /// Makes what is grabbed fit the claimed chord and the keyboard. To be called with each new
+    /// connection, when the keyboard may have changed, and again and again while `isMissing`:
+    /// nobody tells us when another client lets go of the chord.
     void renew(Connection& connection, bool isNewConnection);
+
+    bool isHeld() const { return !held_.empty(); }
+    /// Whether there is a chord to try for: claimed, and not held.
+    bool isMissing() const { return claimed_.has_value() && held_.empty(); }
 
     /// Whether a key with exactly these modifier bits is the chord.
     bool holds(Keycode key, std::uint16_t modifiers) const {
@@ -33,10 +37,9 @@ public:
     }
 
 private:
-    bool grab(Connection& connection);
+    void grab(Connection& connection, std::set<KeyGrab> wanted);
     void ungrab(Connection& connection);
 
-    KeyboardMapping mapping_;
     std::optional<HotKeyRegistration> claimed_;
     std::set<KeyGrab> held_;
 };

@@ -8,13 +8,22 @@
 
 namespace tavrel::x11 {
 
-HotKeyListener::HotKeyListener(std::function<void()> pressed, const X11ServerOptions& options)
-    : pressed_(std::move(pressed)), thread_(options, *this) {}
+namespace {
+constexpr std::chrono::milliseconds retryInterval{2000};
+}  // namespace
+
+HotKeyListener::HotKeyListener(Handlers handlers, const X11ServerOptions& options)
+    : handlers_(std::move(handlers)), thread_(options, *this) {}
 
 bool HotKeyListener::claim(const HotKeyRegistration& hotKey) {
     std::promise<bool> claimed;
     thread_.post([&](Connection* connection) {
-        claimed.set_value(connection != nullptr && grabs_.claim(*connection, hotKey));
+        const bool isClaimed = grabs_.claim(hotKey);
+        if (isClaimed && connection != nullptr) {
+            grabs_.renew(*connection, false);
+        }
+        publishHeld();
+        claimed.set_value(isClaimed);
     });
     return claimed.get_future().get();
 }
@@ -23,6 +32,7 @@ void HotKeyListener::release() {
     std::promise<void> released;
     thread_.post([&](Connection* connection) {
         grabs_.release(connection);
+        publishHeld();
         released.set_value();
     });
     released.get_future().wait();
@@ -32,6 +42,7 @@ void HotKeyListener::connected(Connection& connection) {
     filter_ = KeyPressFilter();
     filter_.setRepeatsAreDetectable(selectKeyboardEvents(connection));
     grabs_.renew(connection, true);
+    publishHeld();
 }
 
 void HotKeyListener::received(Connection& connection, const xcb_generic_event_t& event) {
@@ -43,8 +54,19 @@ void HotKeyListener::received(Connection& connection, const xcb_generic_event_t&
 }
 
 void HotKeyListener::settled(Connection& connection) {
-    if (std::exchange(keyboardChanged_, false)) {
+    if (std::exchange(keyboardChanged_, false) || grabs_.isMissing()) {
         grabs_.renew(connection, false);
+        publishHeld();
+    }
+}
+
+std::optional<std::chrono::milliseconds> HotKeyListener::settlesAgainAfter() const {
+    return grabs_.isMissing() ? std::optional(retryInterval) : std::nullopt;
+}
+
+void HotKeyListener::publishHeld() {
+    if (isHeld_.exchange(grabs_.isHeld()) != grabs_.isHeld()) {
+        handlers_.heldChanged();
     }
 }
 
@@ -60,7 +82,7 @@ void HotKeyListener::handleKey(const xcb_generic_event_t& event) {
     constexpr std::uint16_t modifierBits = 0xFF;
     const auto modifiers = static_cast<std::uint16_t>(key.state & modifierBits);
     if (filter_.pressed(key.detail, key.time) && grabs_.holds(key.detail, modifiers)) {
-        pressed_();
+        handlers_.pressed();
     }
 }
 

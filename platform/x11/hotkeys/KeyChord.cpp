@@ -19,21 +19,27 @@ constexpr Keysym superRight = 0xffec;
 constexpr std::uint16_t capsLockBit = 1U << 1;
 constexpr std::uint16_t controlBit = 1U << 2;
 
-/// The letter on a US keyboard's key of this virtual key code, as its two keysyms. A letter's
-/// keysym is its character.
-std::initializer_list<Keysym> letterOf(std::uint32_t virtualKeyCode) {
-    constexpr std::uint32_t keyW = 13;
-    static constexpr std::initializer_list<Keysym> letterW{'w', 'W'};
-    static constexpr std::initializer_list<Keysym> none{};
-    return virtualKeyCode == keyW ? letterW : none;
+/// The one key we know: its virtual key code, what a US keyboard has on it (a letter's keysym
+/// is its character), and the keycode of its place on a PC keyboard, which X servers count
+/// from the kernel's number by adding 8.
+constexpr std::uint32_t virtualKeyW = 13;
+constexpr std::initializer_list<Keysym> letterW{'w', 'W'};
+constexpr Keycode placeOfW = 25;
+
+constexpr std::uint32_t knownModifiers =
+    hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command;
+
+bool hasKey(const KeyboardMapping& mapping, Keycode key) {
+    return key >= mapping.firstKeycode &&
+           static_cast<std::size_t>(key) - mapping.firstKeycode < mapping.keysyms.size();
 }
 
 bool carriesAny(const KeyboardMapping& mapping, Keycode key, std::initializer_list<Keysym> wanted) {
-    const auto index = static_cast<std::size_t>(key) - mapping.firstKeycode;
-    if (key < mapping.firstKeycode || index >= mapping.keysyms.size()) {
+    if (!hasKey(mapping, key)) {
         return false;
     }
-    const std::vector<Keysym>& carried = mapping.keysyms[index];
+    const std::vector<Keysym>& carried =
+        mapping.keysyms[static_cast<std::size_t>(key) - mapping.firstKeycode];
     return std::find_first_of(carried.begin(), carried.end(), wanted.begin(), wanted.end()) !=
            carried.end();
 }
@@ -54,9 +60,6 @@ std::uint16_t modifierOf(const KeyboardMapping& mapping, std::initializer_list<K
 std::optional<std::uint16_t> modifiersOf(const HotKeyRegistration& hotKey,
                                          const KeyboardMapping& mapping) {
     using namespace hotKeyModifier;
-    if ((hotKey.modifiers & ~(control | option | command)) != 0) {
-        return std::nullopt;
-    }
     std::uint16_t modifiers = (hotKey.modifiers & control) != 0 ? controlBit : 0;
     if ((hotKey.modifiers & option) != 0) {
         std::uint16_t alt = modifierOf(mapping, {altLeft, altRight});
@@ -78,20 +81,35 @@ std::optional<std::uint16_t> modifiersOf(const HotKeyRegistration& hotKey,
     return modifiers;
 }
 
+/// The keys that carry W; where none does, the one in its place.
+std::vector<Keycode> keysFor(const KeyboardMapping& mapping) {
+    std::vector<Keycode> keys;
+    for (std::size_t i = 0; i < mapping.keysyms.size(); ++i) {
+        const auto key = static_cast<Keycode>(mapping.firstKeycode + i);
+        if (carriesAny(mapping, key, letterW)) {
+            keys.push_back(key);
+        }
+    }
+    if (keys.empty() && hasKey(mapping, placeOfW)) {
+        keys.push_back(placeOfW);
+    }
+    return keys;
+}
+
 }  // namespace
+
+bool isKnownChord(const HotKeyRegistration& hotKey) {
+    return hotKey.keyCode == virtualKeyW && (hotKey.modifiers & ~knownModifiers) == 0;
+}
 
 std::set<KeyGrab> grabsFor(const HotKeyRegistration& hotKey, const KeyboardMapping& mapping) {
     const std::optional<std::uint16_t> modifiers = modifiersOf(hotKey, mapping);
-    if (!modifiers.has_value()) {
+    if (!isKnownChord(hotKey) || !modifiers.has_value()) {
         return {};
     }
     const std::uint16_t numLockBit = modifierOf(mapping, {numLock});
     std::set<KeyGrab> grabs;
-    for (std::size_t i = 0; i < mapping.keysyms.size(); ++i) {
-        const auto key = static_cast<Keycode>(mapping.firstKeycode + i);
-        if (!carriesAny(mapping, key, letterOf(hotKey.keyCode))) {
-            continue;
-        }
+    for (const Keycode key : keysFor(mapping)) {
         for (const int locks : {0, int{capsLockBit}, int{numLockBit}, capsLockBit | numLockBit}) {
             grabs.insert({key, static_cast<std::uint16_t>(*modifiers | locks)});
         }

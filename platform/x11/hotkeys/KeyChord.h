@@ -36,10 +36,13 @@ struct KeyGrab {
     }
 };
 
+/// Whether some keyboard has this chord: whether we know its key code and its modifiers.
+bool isKnownChord(const HotKeyRegistration& hotKey);
+
 /// All that has to be grabbed for a hot key: each key that has its letter, with the modifier
 /// bits of Control, Alt (option) and Super (command), in every combination with Caps Lock and
-/// Num Lock. Empty when this keyboard cannot type the chord, and for a key code or modifiers
-/// that we do not know.
+/// Num Lock. Where no key has the letter, the key in its place on an ordinary PC keyboard
+/// serves. Empty when a modifier has no key, and for a chord that we do not know.
 std::set<KeyGrab> grabsFor(const HotKeyRegistration& hotKey, const KeyboardMapping& mapping);
 
 }  // namespace tavrel::x11

@@ -7,17 +7,26 @@
 
 namespace tavrel {
 
-class X11HotKeys::HandlerHandle : public Handle {
+class X11HotKeys::TaskHandle : public Handle {
 public:
-    explicit HandlerHandle(const std::shared_ptr<Task>& pressed) : pressed_(pressed) {}
-    ~HandlerHandle() override {
-        if (const auto pressed = pressed_.lock()) {
-            *pressed = nullptr;
+    /// Null while `slot` holds another task.
+    static std::unique_ptr<Handle> install(const std::shared_ptr<Task>& slot, Task task) {
+        if (*slot) {
+            return nullptr;
+        }
+        *slot = std::move(task);
+        return std::make_unique<TaskHandle>(slot);
+    }
+
+    explicit TaskHandle(const std::shared_ptr<Task>& slot) : slot_(slot) {}
+    ~TaskHandle() override {
+        if (const auto slot = slot_.lock()) {
+            *slot = nullptr;
         }
     }
 
 private:
-    std::weak_ptr<Task> pressed_;
+    std::weak_ptr<Task> slot_;
 };
 
 class X11HotKeys::ChordHandle : public Handle {
@@ -35,29 +44,39 @@ private:
 };
 
 X11HotKeys::X11HotKeys(MainQueue& mainQueue, const X11ServerOptions& options) {
-    const auto run = [pressed = std::weak_ptr(pressed_)] {
-        const auto present = pressed.lock();
-        // A copy, since it may end its own registration.
-        if (const Task task = present != nullptr ? *present : nullptr) {
-            task();
-        }
+    const auto runOnMainThread = [&mainQueue](const std::shared_ptr<Task>& slot) {
+        return [&mainQueue, weak = std::weak_ptr(slot)] {
+            mainQueue.async([weak] {
+                const auto present = weak.lock();
+                // A copy, since it may end its own registration.
+                if (const Task task = present != nullptr ? *present : nullptr) {
+                    task();
+                }
+            });
+        };
     };
-    listener_ =
-        std::make_shared<x11::HotKeyListener>([&mainQueue, run] { mainQueue.async(run); }, options);
+    listener_ = std::make_shared<x11::HotKeyListener>(
+        x11::HotKeyListener::Handlers{.pressed = runOnMainThread(pressed_),
+                                      .heldChanged = runOnMainThread(heldChanged_)},
+        options);
 }
 
 X11HotKeys::~X11HotKeys() = default;
 
 std::unique_ptr<HotKeys::Handle> X11HotKeys::installEventHandler(Task pressed) {
-    if (*pressed_) {
-        return nullptr;
-    }
-    *pressed_ = std::move(pressed);
-    return std::make_unique<HandlerHandle>(pressed_);
+    return TaskHandle::install(pressed_, std::move(pressed));
 }
 
 std::unique_ptr<HotKeys::Handle> X11HotKeys::registerHotKey(const HotKeyRegistration& hotKey) {
     return listener_->claim(hotKey) ? std::make_unique<ChordHandle>(listener_) : nullptr;
+}
+
+bool X11HotKeys::isHeld() const {
+    return listener_->isHeld();
+}
+
+std::unique_ptr<HotKeys::Handle> X11HotKeys::observeHeld(Task changed) {
+    return TaskHandle::install(heldChanged_, std::move(changed));
 }
 
 }  // namespace tavrel

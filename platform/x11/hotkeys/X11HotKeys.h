@@ -16,8 +16,11 @@ class HotKeyListener;
 /// A hot key by passive grabs on the root windows of an X server. Presses arrive on a thread
 /// and a connection of this object's own and are passed on through the main queue.
 ///
-/// The chord follows its letter when the keyboard layout changes. When the server goes away
-/// and comes back, a chord still held is claimed anew.
+/// The chord follows its letter when the keyboard layout changes; where no key has the letter,
+/// the key in its usual place serves. A chord that cannot be had, because another program
+/// holds it or the keyboard has no key for a modifier, is tried for again every few seconds
+/// and whenever the keyboard changes. When the server goes away and comes back, the chord is
+/// claimed anew.
 class X11HotKeys final : public HotKeys {
 public:
     /// Blocks at most for the options' timeout. `mainQueue` must outlive this. A handle may
@@ -28,16 +31,19 @@ public:
     /// One at a time: null while the handle of another is held.
     std::unique_ptr<Handle> installEventHandler(Task pressed) override;
     /// One at a time: null while the handle of another is held. Also null for a key code or
-    /// modifiers other than those this application uses, and where the keyboard cannot type
-    /// the chord.
+    /// modifiers other than those this application uses.
     std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& hotKey) override;
+    bool isHeld() const override;
+    /// One at a time: null while the handle of another is held.
+    std::unique_ptr<Handle> observeHeld(Task changed) override;
 
 private:
-    class HandlerHandle;
+    class TaskHandle;
     class ChordHandle;
 
-    /// What a press does; empty without a handler. The main thread's.
+    // What a press and a change of `isHeld` do; empty without a handler. The main thread's.
     std::shared_ptr<Task> pressed_ = std::make_shared<Task>();
+    std::shared_ptr<Task> heldChanged_ = std::make_shared<Task>();
     std::shared_ptr<x11::HotKeyListener> listener_;
 };
 

@@ -54,6 +54,17 @@ TEST_F(MacHotKeysTest, PassOnEveryNumberOfARegistration) {
                 ElementsAre("RegisterEventHotKey(49, 0x100, {0x74657374, 7}, application, 1)"));
 }
 
+TEST_F(MacHotKeysTest, AreHeldForAsLongAsAnAcceptedRegistrationLives) {
+    EXPECT_FALSE(hotKeys.isHeld());
+
+    auto hotKey = hotKeys.registerHotKey(wakeChord);
+    EXPECT_TRUE(hotKeys.isHeld());
+    EXPECT_EQ(hotKeys.observeHeld(count), nullptr);
+
+    hotKey.reset();
+    EXPECT_FALSE(hotKeys.isHeld());
+}
+
 TEST_F(MacHotKeysTest, RunTheTaskOnceForEachPressOfTheirChordAndReportItAsHandled) {
     const auto handler = hotKeys.installEventHandler(count);
     const auto hotKey = hotKeys.registerHotKey(wakeChord);

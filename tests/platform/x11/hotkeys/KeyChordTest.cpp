@@ -104,8 +104,20 @@ TEST(KeyChordTest, UsesMetaWhereThereIsNoAlt) {
     EXPECT_EQ(grabsFor(wakeChord, mapping).count({keyW, control | mod1 | mod4}), 1U);
 }
 
-TEST(KeyChordTest, CannotBeTypedWithoutTheLetterOrAModifier) {
-    for (const Keycode missing : {keyW, keyAlt, keySuper}) {
+TEST(KeyChordTest, UsesTheLettersPlaceWhereNoKeyHasTheLetter) {
+    constexpr Keysym cyrillicTse = 0x06c3;
+    KeyboardMapping mapping = usual();
+    keysymsOf(mapping, keyW) = {cyrillicTse};
+
+    EXPECT_EQ(grabsFor(wakeChord, mapping), grabsFor(wakeChord, usual()));
+
+    mapping.keysyms.resize(static_cast<std::size_t>(keyW) - mapping.firstKeycode);
+
+    EXPECT_THAT(grabsFor(wakeChord, mapping), IsEmpty()) << "the keyboard ends before it";
+}
+
+TEST(KeyChordTest, CannotBeTypedWithoutAModifier) {
+    for (const Keycode missing : {keyAlt, keySuper}) {
         KeyboardMapping mapping = usual();
         keysymsOf(mapping, missing).clear();
 
@@ -122,16 +134,16 @@ TEST(KeyChordTest, UsesOnlyTheModifiersAskedFor) {
     EXPECT_EQ(grabsFor(bare, usual()).size(), 4U);
 }
 
-TEST(KeyChordTest, IsEmptyForOtherKeysAndModifiers) {
-    HotKeyRegistration strange = wakeChord;
-    strange.keyCode = 14;
+TEST(KeyChordTest, IsUnknownWithOtherKeysAndModifiers) {
+    EXPECT_TRUE(isKnownChord(wakeChord));
+    for (const auto change : {+[](HotKeyRegistration& chord) { chord.keyCode = 14; },
+                              +[](HotKeyRegistration& chord) { chord.modifiers |= 0x200; }}) {
+        HotKeyRegistration strange = wakeChord;
+        change(strange);
 
-    EXPECT_THAT(grabsFor(strange, usual()), IsEmpty());
-
-    strange = wakeChord;
-    strange.modifiers |= 0x200;
-
-    EXPECT_THAT(grabsFor(strange, usual()), IsEmpty());
+        EXPECT_FALSE(isKnownChord(strange));
+        EXPECT_THAT(grabsFor(strange, usual()), IsEmpty());
+    }
 }
 
 }  // namespace

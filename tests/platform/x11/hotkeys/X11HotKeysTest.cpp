@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "tests/platform/x11/hotkeys/FocusedWindow.h"
@@ -25,7 +26,9 @@ using support::wakeChord;
 class X11HotKeysTest : public testing::Test {
 protected:
     explicit X11HotKeysTest(const support::VirtualDesktop::Options& options = {.monitors = 1})
-        : desktop(options) {}
+        : desktop(options) {
+        claim();
+    }
 
     void pressChord(xcb_keysym_t letter = 'w') const {
         keyboard.chord({key::control, key::alt, key::super, letter});
@@ -53,18 +56,47 @@ protected:
         return pressesAfter([&] { pressChord(letter); });
     }
 
+    void setLayout(const char* layout, const char* variant = "") const {
+        runXProgram(desktop, {"setxkbmap", "-layout", layout, "-variant", variant});
+    }
+
+    /// The application's next run on this desktop, after `hotKeys.reset()`.
+    void startAgain() {
+        chord.reset();
+        handler.reset();
+        observer.reset();
+        hotKeys = std::make_unique<X11HotKeys>(
+            queue, X11ServerOptions{.displayName = desktop.displayName()});
+        claim();
+    }
+
+    void claim() {
+        handler = hotKeys->installEventHandler([this] { ++presses; });
+        observer = hotKeys->observeHeld([this] { ++heldChanges; });
+        chord = hotKeys->registerHotKey(wakeChord);
+        // What registering itself has changed is none of the changes to count.
+        queue.runAll();
+        heldChanges = 0;
+    }
+
+    static constexpr xcb_keycode_t keyW = 25;
+    /// What a Russian keyboard has there: Cyrillic_tse.
+    static constexpr xcb_keysym_t letterInPlaceOfW = 0x06c3;
+
     support::VirtualDesktop desktop;
     support::Keyboard keyboard{desktop.displayName()};
     ManualMainQueue queue;
     std::unique_ptr<X11HotKeys> hotKeys =
         std::make_unique<X11HotKeys>(queue, X11ServerOptions{.displayName = desktop.displayName()});
     int presses = 0;
-    std::unique_ptr<HotKeys::Handle> handler = hotKeys->installEventHandler([this] { ++presses; });
-    std::unique_ptr<HotKeys::Handle> chord = hotKeys->registerHotKey(wakeChord);
+    int heldChanges = 0;
+    std::unique_ptr<HotKeys::Handle> handler;
+    std::unique_ptr<HotKeys::Handle> observer;
+    std::unique_ptr<HotKeys::Handle> chord;
 };
 
 TEST_F(X11HotKeysTest, OnePressIsOneCall) {
-    ASSERT_NE(chord, nullptr);
+    ASSERT_TRUE(hotKeys->isHeld());
 
     EXPECT_EQ(pressesAfterChord(), 1);
     EXPECT_EQ(pressesAfterChord(), 1);
@@ -160,40 +192,126 @@ TEST_F(X11HotKeysTest, AKeyThatGetsTheLetterTakesPart) {
     EXPECT_EQ(pressesAfterChord('w'), 1);
 }
 
-TEST_F(X11HotKeysTest, AChordThatAnotherProgramHoldsIsRefused) {
-    chord.reset();
-    X11HotKeys otherProgram(queue, {.displayName = desktop.displayName()});
-    auto taken = otherProgram.registerHotKey(wakeChord);
-    ASSERT_NE(taken, nullptr);
+TEST_F(X11HotKeysTest, ALayoutWithoutTheLetterHasTheChordInItsPlace) {
+    setLayout("ru");
+    ASSERT_TRUE(waitUntil([&] { return pressesAfterChord(letterInPlaceOfW) == 1; }));
+    EXPECT_TRUE(hotKeys->isHeld());
 
-    EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
+    setLayout("us");
 
-    taken.reset();
-    chord = hotKeys->registerHotKey(wakeChord);
-    EXPECT_NE(chord, nullptr) << "the refused attempt or the released chord left a grab behind";
+    EXPECT_TRUE(waitUntil([&] { return pressesAfterChord('w') == 1; }));
+}
+
+TEST_F(X11HotKeysTest, AChordClaimedOnALayoutWithoutTheLetterIsHeldAtOnce) {
+    hotKeys.reset();
+    setLayout("ru");
+
+    startAgain();
+
+    EXPECT_TRUE(hotKeys->isHeld());
+    EXPECT_EQ(pressesAfterChord(letterInPlaceOfW), 1);
+}
+
+TEST_F(X11HotKeysTest, AChordThatTheKeyboardCannotTypeIsHeldOnceItCan) {
+    EXPECT_TRUE(hotKeys->isHeld());
+
+    runXProgram(desktop, {"xmodmap", "-e", "clear mod4"});
+    EXPECT_TRUE(queue.runUntil([&] { return heldChanges == 1; }));
+    EXPECT_FALSE(hotKeys->isHeld());
+
+    runXProgram(desktop, {"xmodmap", "-e", "add mod4 = Super_L"});
+    EXPECT_TRUE(queue.runUntil([&] { return heldChanges == 2; }));
+    EXPECT_TRUE(hotKeys->isHeld());
     EXPECT_EQ(pressesAfterChord(), 1);
 }
 
-TEST_F(X11HotKeysTest, AChordOfWhichAnotherProgramHoldsAPartIsRefused) {
+TEST_F(X11HotKeysTest, AChordThatASecondCopyHoldsIsHeldOnceTheCopyIsGone) {
+    hotKeys.reset();
+    std::optional<X11HotKeys> copy(std::in_place, queue,
+                                   X11ServerOptions{.displayName = desktop.displayName()});
+    const auto taken = copy->registerHotKey(wakeChord);
+    ASSERT_TRUE(copy->isHeld());
+
+    startAgain();
+    ASSERT_NE(chord, nullptr);
+    EXPECT_FALSE(hotKeys->isHeld());
+    EXPECT_EQ(pressesAfterChord(), 0);
+
+    copy.reset();
+    EXPECT_TRUE(queue.runUntil([&] { return heldChanges == 1; }));
+    EXPECT_TRUE(hotKeys->isHeld());
+    EXPECT_EQ(pressesAfterChord(), 1);
+}
+
+TEST_F(X11HotKeysTest, AChordLostWithAChangeOfLayoutIsHeldAgainOnceItIsFree) {
+    std::optional<support::XConnection> program(desktop.displayName());
+    setLayout("us", "dvorak");
+    ASSERT_TRUE(waitUntil([&] { return pressesAfterChord('w') == 1; }));
+    // In this layout the letter is on another key.
+    xcb_grab_key(program->get(), 0, program->root(), XCB_MOD_MASK_ANY, keyW, XCB_GRAB_MODE_ASYNC,
+                 XCB_GRAB_MODE_ASYNC);
+    program->roundTrip();
+
+    setLayout("us");
+    EXPECT_TRUE(queue.runUntil([&] { return !hotKeys->isHeld(); }));
+
+    program.reset();
+    EXPECT_TRUE(queue.runUntil([&] { return hotKeys->isHeld(); }));
+    EXPECT_EQ(pressesAfterChord(), 1);
+}
+
+TEST_F(X11HotKeysTest, AChordOfWhichAnotherProgramHoldsAPartIsNotHeld) {
     const support::XConnection program(desktop.displayName());
     chord.reset();
     // With Num Lock only: the last part to be asked for.
     constexpr std::uint16_t modifiers =
         XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_2;
-    constexpr xcb_keycode_t keyW = 25;
     xcb_grab_key(program.get(), 0, program.root(), modifiers, keyW, XCB_GRAB_MODE_ASYNC,
                  XCB_GRAB_MODE_ASYNC);
     program.roundTrip();
 
-    EXPECT_EQ(hotKeys->registerHotKey(wakeChord), nullptr);
+    chord = hotKeys->registerHotKey(wakeChord);
 
+    EXPECT_FALSE(hotKeys->isHeld());
     FocusedWindow window(desktop.displayName());
-    pressChord();
-    EXPECT_TRUE(waitUntil([&] { return window.presses('w') == 1; }))
-        << "what was not refused is still held";
+    // An attempt holds the other parts for a moment.
+    EXPECT_TRUE(waitUntil([&] {
+        pressChord();
+        return window.presses('w') > 0;
+    })) << "what was not refused is still held";
+
+    xcb_ungrab_key(program.get(), keyW, program.root(), modifiers);
+    program.roundTrip();
+    EXPECT_TRUE(queue.runUntil([&] { return hotKeys->isHeld(); }));
 }
 
-TEST_F(X11HotKeysTest, AChordThatTheKeyboardCannotTypeIsRefused) {
+TEST_F(X11HotKeysTest, AChordGivenUpIsNotTriedForAgain) {
+    const support::XConnection program(desktop.displayName());
+    hotKeys.reset();
+    std::optional<support::ChordHolder> holder(std::in_place, desktop.displayName());
+    startAgain();
+    ASSERT_FALSE(hotKeys->isHeld());
+
+    chord.reset();
+    holder.reset();
+    // What makes it look again, were there anything to look for.
+    setLayout("us", "dvorak");
+    setLayout("us");
+    awaitHandingOn();
+
+    EXPECT_FALSE(hotKeys->isHeld());
+    EXPECT_NO_THROW(holder.emplace(desktop.displayName()));
+}
+
+TEST_F(X11HotKeysTest, ASecondObserverIsRefusedWhileOneIsThere) {
+    EXPECT_EQ(hotKeys->observeHeld([] {}), nullptr);
+
+    observer.reset();
+
+    EXPECT_NE(hotKeys->observeHeld([] {}), nullptr);
+}
+
+TEST_F(X11HotKeysTest, AChordThatNoKeyboardHasIsRefused) {
     chord.reset();
     HotKeyRegistration strange = wakeChord;
     strange.keyCode = 200;
@@ -261,16 +379,22 @@ TEST_F(X11HotKeysTest, HandlesMayOutliveTheHotKeys) {
     queue.runAll();
     chord.reset();
     handler.reset();
+    observer.reset();
 
     EXPECT_EQ(presses, 0);
 }
 
-TEST_F(X11HotKeysTest, AChordIsRefusedOnceTheServerIsGone) {
+TEST_F(X11HotKeysTest, AChordClaimedOnceTheServerIsGoneIsNotHeld) {
     chord.reset();
 
     desktop.kill();
 
-    EXPECT_TRUE(waitUntil([&] { return hotKeys->registerHotKey(wakeChord) == nullptr; }));
+    EXPECT_TRUE(waitUntil([&] {
+        chord = hotKeys->registerHotKey(wakeChord);
+        const bool isHeld = hotKeys->isHeld();
+        chord.reset();
+        return !isHeld;
+    }));
 }
 
 TEST_F(X11HotKeysTest, AChordMayBeHeldWhenTheServerGoes) {
@@ -281,11 +405,14 @@ TEST_F(X11HotKeysTest, AChordMayBeHeldWhenTheServerGoes) {
     hotKeys.reset();
 }
 
-TEST(X11HotKeysWithoutServerTest, AChordIsRefusedAndAHandlerInstalled) {
+TEST(X11HotKeysWithoutServerTest, AChordIsNotHeldAndAHandlerInstalled) {
     ManualMainQueue queue;
     X11HotKeys hotKeys(queue, {.displayName = ":4093"});
 
-    EXPECT_EQ(hotKeys.registerHotKey(wakeChord), nullptr);
+    const auto claimed = hotKeys.registerHotKey(wakeChord);
+
+    EXPECT_NE(claimed, nullptr);
+    EXPECT_FALSE(hotKeys.isHeld());
     EXPECT_NE(hotKeys.installEventHandler([] {}), nullptr);
 }
 
@@ -295,7 +422,7 @@ protected:
 };
 
 TEST_F(X11HotKeysWithoutRandrTest, OnePressIsOneCall) {
-    ASSERT_NE(chord, nullptr);
+    ASSERT_TRUE(hotKeys->isHeld());
 
     EXPECT_EQ(pressesAfterChord(), 1);
 }
