@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,20 @@ public:
     /// Replaces the value under `key`, leaving all other keys as they are. Returns
     /// whether it was stored; when not, the old value is still there.
     virtual bool setData(std::string_view key, std::string_view bytes) = 0;
+
+    /// What becomes of a value (std::nullopt: there is none); std::nullopt leaves it as it is.
+    using Change = std::function<std::optional<std::string>(const std::optional<std::string>&)>;
+
+    /// Replaces the value under `key` by what `change` makes of it. Returns as `setData` does,
+    /// and true when `change` left the value as it is.
+    ///
+    /// `change` is called on the calling thread before this returns, more than once if others
+    /// write meanwhile, and must not use the store. A store that processes share lets nobody's
+    /// write to the key come in between, and so overrides this.
+    virtual bool update(std::string_view key, const Change& change) {
+        const std::optional<std::string> bytes = change(data(key));
+        return !bytes || setData(key, *bytes);
+    }
 };
 
 }  // namespace tavrel

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 namespace tavrel::AtomicFile {
 namespace {
@@ -50,6 +51,20 @@ void syncFolder(const std::filesystem::path& folder) {
     if (opened.isOpen()) {
         ::fsync(opened.number());
     }
+}
+
+/// Asks again and again, since the system's own wait for a lock has no time limit.
+bool waitForLock(int file, std::chrono::milliseconds limit) {
+    constexpr std::chrono::milliseconds interval{2};
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        const bool isHeldByOthers = errno == EWOULDBLOCK || errno == EINTR;
+        if (!isHeldByOthers || std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(interval);
+    }
+    return true;
 }
 
 }  // namespace
@@ -128,12 +143,12 @@ bool makeFolder(const std::filesystem::path& folder) {
     return std::filesystem::is_directory(folder, error);
 }
 
-FileDescriptor lock(const std::filesystem::path& path) {
+FileDescriptor lock(const std::filesystem::path& path, std::chrono::milliseconds limit) {
     // Opened anew for each lock: threads that shared an open file would not exclude each
     // other.
     FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerFile));
     if (file.isOpen() && ::fchmod(file.number(), ownerFile) == 0 &&
-        retryOnInterrupt([&] { return ::flock(file.number(), LOCK_EX); }) == 0) {
+        waitForLock(file.number(), limit)) {
         return file;
     }
     return {};

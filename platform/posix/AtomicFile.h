@@ -57,9 +57,10 @@ bool isSettled(const Version& version, std::chrono::system_clock::time_point now
 bool makeFolder(const std::filesystem::path& folder);
 
 /// Locks the file `path`, which is created if missing and never removed; blocks until the
-/// lock is free. It is held as long as the result exists; a result that is not open means
-/// that locking failed. Excludes other threads of this process as well as other processes.
-FileDescriptor lock(const std::filesystem::path& path);
+/// lock is free, but not for longer than `limit`. It is held as long as the result exists; a
+/// result that is not open means that locking failed. Excludes other threads of this process as
+/// well as other processes.
+FileDescriptor lock(const std::filesystem::path& path, std::chrono::milliseconds limit);
 
 /// New contents for a file, on the disk beside it but not yet in its place. The
 /// destructor removes them unless they were put in place.

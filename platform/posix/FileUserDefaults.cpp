@@ -40,6 +40,13 @@ std::map<std::string, std::string, std::less<>> textsIn(const json& object) {
     return texts;
 }
 
+/// std::nullopt when there is no text under `key`.
+std::optional<std::string> textUnder(std::string_view key, const json& object) {
+    const auto found = object.find(std::string(key));
+    const bool isText = found != object.end() && found->is_string();
+    return isText ? std::optional(found->get<std::string>()) : std::nullopt;
+}
+
 /// The text of `object`; std::nullopt when a part of it is not valid UTF-8.
 std::optional<std::string> textOf(const json& object) {
     try {
@@ -74,8 +81,9 @@ bool moveDamagedAside(const std::filesystem::path& target) {
 
 }  // namespace
 
-FileUserDefaults::FileUserDefaults(std::filesystem::path path, Clock clock)
-    : path_(std::move(path)), clock_(std::move(clock)) {}
+FileUserDefaults::FileUserDefaults(std::filesystem::path path, Clock clock,
+                                   std::chrono::milliseconds lockLimit)
+    : path_(std::move(path)), clock_(std::move(clock)), lockLimit_(lockLimit) {}
 
 std::optional<std::string> FileUserDefaults::data(std::string_view key) {
     const std::lock_guard guard(mutex_);
@@ -108,11 +116,15 @@ void FileUserDefaults::readIfChanged() {
 }
 
 bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {
+    return update(key, [&](const auto& /*old*/) { return std::string(bytes); });
+}
+
+bool FileUserDefaults::update(std::string_view key, const Change& change) {
     if (path_.empty() || !AtomicFile::makeFolder(path_.parent_path())) {
         return false;
     }
     const std::filesystem::path target = targetOf(path_);
-    const FileDescriptor lock = AtomicFile::lock(withSuffix(target, ".lock"));
+    const FileDescriptor lock = AtomicFile::lock(withSuffix(target, ".lock"), lockLimit_);
     if (!lock.isOpen()) {
         return false;
     }
@@ -128,7 +140,11 @@ bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {
     if (isDamaged) {
         object = json::object();
     }
-    object[std::string(key)] = std::string(bytes);
+    const auto bytes = change(textUnder(key, object));
+    if (!bytes) {
+        return true;
+    }
+    object[std::string(key)] = *bytes;
     const auto newText = textOf(object);
     if (!newText) {
         return false;

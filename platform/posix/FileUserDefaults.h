@@ -17,7 +17,8 @@ namespace tavrel {
 /// The file is replaced as a whole, so that readers see the old state or the new one and
 /// no mixture, also after a crash or a power failure. Only its owner can read it. Writers
 /// of other keys, in this process or another, are not overwritten: each write holds a lock
-/// file beside it while it reads, changes and replaces. Reading takes no lock.
+/// file beside it while it reads, changes and replaces. A lock that others keep for longer than
+/// a time limit makes the write fail. Reading takes no lock.
 ///
 /// What was read stays in memory. Each `data` checks whether the file has changed since,
 /// whoever changed it, and reads it again only then.
@@ -36,16 +37,23 @@ public:
     /// The file's timestamps are compared with `clock`, which is asked once each time
     /// `data` reads the file.
     explicit FileUserDefaults(std::filesystem::path path,
-                              Clock clock = std::chrono::system_clock::now);
+                              Clock clock = std::chrono::system_clock::now,
+                              std::chrono::milliseconds lockLimit = defaultLockLimit);
+
+    /// Others hold the lock for as long as it takes to write a small file.
+    static constexpr std::chrono::seconds defaultLockLimit{5};
 
     std::optional<std::string> data(std::string_view key) override;
     bool setData(std::string_view key, std::string_view bytes) override;
+    /// Calls `change` once, with the lock held.
+    bool update(std::string_view key, const Change& change) override;
 
 private:
     void readIfChanged();
 
     const std::filesystem::path path_;
     const Clock clock_;
+    const std::chrono::milliseconds lockLimit_;
 
     std::mutex mutex_;
     /// The file's values by key, as last read.

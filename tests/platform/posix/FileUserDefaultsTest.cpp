@@ -41,6 +41,27 @@ TEST_F(FileUserDefaultsTest, KeepsKeysApart) {
     EXPECT_EQ(store.data("three"), std::nullopt);
 }
 
+TEST_F(FileUserDefaultsTest, UpdateMakesTheNewValueOfTheOldOne) {
+    write(R"({"key":"old","number":1})");
+    const auto appendNew = [](const auto& old) { return old.value_or("nothing") + " and new"; };
+
+    EXPECT_TRUE(store.update("key", appendNew));
+    EXPECT_TRUE(store.update("missing", appendNew));
+    EXPECT_TRUE(store.update("number", appendNew));
+
+    EXPECT_EQ(store.data("key"), "old and new");
+    EXPECT_EQ(store.data("missing"), "nothing and new");
+    EXPECT_EQ(store.data("number"), "nothing and new");
+}
+
+TEST_F(FileUserDefaultsTest, UpdateThatChangesNothingWritesNothing) {
+    write(R"({"key":"old"})");
+
+    EXPECT_TRUE(store.update("key", [](const auto&) { return std::nullopt; }));
+
+    EXPECT_EQ(contents(), R"({"key":"old"})");
+}
+
 TEST_F(FileUserDefaultsTest, StoresAnObjectOfKeyToText) {
     store.setData("key", "é");
 
