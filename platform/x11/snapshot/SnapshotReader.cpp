@@ -3,139 +3,57 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "platform/x11/snapshot/Replies.h"
 
 namespace tavrel::x11 {
 
 namespace {
 
-template <typename Number>
-std::vector<Number> list(const Number* first, int count) {
-    return {first, first + std::max(count, 0)};
-}
+/// An answer that is taken whole, awaited.
+class Answer {
+public:
+    Answer(Connection& connection, unsigned int request)
+        : reply_(connection.reply<xcb_generic_reply_t>(request)) {}
 
-// Ours are RandR's numbers.
-static_assert(layout::rotate0 == XCB_RANDR_ROTATION_ROTATE_0);
-static_assert(layout::rotate90 == XCB_RANDR_ROTATION_ROTATE_90);
-static_assert(layout::rotate180 == XCB_RANDR_ROTATION_ROTATE_180);
-static_assert(layout::rotate270 == XCB_RANDR_ROTATION_ROTATE_270);
-static_assert(layout::reflectX == XCB_RANDR_ROTATION_REFLECT_X);
-static_assert(layout::reflectY == XCB_RANDR_ROTATION_REFLECT_Y);
-
-/// The timings are stored by users: their order must never change.
-layout::Mode toMode(const xcb_randr_mode_info_t& info) {
-    return {.width = info.width,
-            .height = info.height,
-            .refreshMillihertz =
-                layout::refreshMillihertz(info.dot_clock, std::int64_t{info.htotal} * info.vtotal),
-            .timings = {info.dot_clock, info.hsync_start, info.hsync_end, info.htotal, info.hskew,
-                        info.vsync_start, info.vsync_end, info.vtotal, info.mode_flags}};
-}
-
-Transform toTransform(const xcb_render_transform_t& from, const char* filter, int filterLength,
-                      const std::int32_t* parameters, int count) {
-    return {.matrix = {from.matrix11, from.matrix12, from.matrix13, from.matrix21, from.matrix22,
-                       from.matrix23, from.matrix31, from.matrix32, from.matrix33},
-            .filter = std::string(filter, static_cast<std::size_t>(std::max(filterLength, 0))),
-            .parameters = list(parameters, count)};
-}
-
-/// Turns the server's list of what there is into a snapshot that holds only the numbers.
-template <typename Reply>
-std::optional<Snapshot> toOutline(const Reply& reply, const Xid* crtcs, const Xid* outputs,
-                                  const xcb_randr_mode_info_t* modes) {
-    Snapshot outline;
-    outline.layoutTimestamp = reply.timestamp;
-    outline.configTimestamp = reply.config_timestamp;
-    for (const Xid id : list(crtcs, reply.num_crtcs)) {
-        outline.crtcs.emplace_back().id = id;
+    /// Empty when it was an error, or the connection is lost.
+    ReplyBytes bytes() const {
+        if (reply_ == nullptr) {
+            return {};
+        }
+        // A reply is this long, and a multiple of four bytes more; xcb has read it all.
+        constexpr std::size_t shortest = 32;
+        constexpr std::size_t unit = 4;
+        return {reinterpret_cast<const std::uint8_t*>(reply_.get()),
+                shortest + unit * reply_->length};
     }
-    for (const Xid id : list(outputs, reply.num_outputs)) {
-        outline.outputs.emplace_back().id = id;
-    }
-    std::transform(modes, modes + reply.num_modes, std::back_inserter(outline.modes),
-                   [](const xcb_randr_mode_info_t& mode) {
-                       return Mode{.id = mode.id, .description = toMode(mode)};
-                   });
-    return outline;
-}
+
+private:
+    XcbReply<xcb_generic_reply_t> reply_;
+};
 
 std::optional<Snapshot> readOutline(Connection& connection, bool probing) {
     xcb_connection_t* xcb = connection.get();
-    if (probing) {
-        const auto reply = connection.reply<xcb_randr_get_screen_resources_reply_t>(
-            xcb_randr_get_screen_resources(xcb, connection.root()).sequence);
-        return reply == nullptr
-                   ? std::nullopt
-                   : toOutline(*reply, xcb_randr_get_screen_resources_crtcs(reply.get()),
-                               xcb_randr_get_screen_resources_outputs(reply.get()),
-                               xcb_randr_get_screen_resources_modes(reply.get()));
-    }
-    const auto reply = connection.reply<xcb_randr_get_screen_resources_current_reply_t>(
-        xcb_randr_get_screen_resources_current(xcb, connection.root()).sequence);
-    return reply == nullptr
-               ? std::nullopt
-               : toOutline(*reply, xcb_randr_get_screen_resources_current_crtcs(reply.get()),
-                           xcb_randr_get_screen_resources_current_outputs(reply.get()),
-                           xcb_randr_get_screen_resources_current_modes(reply.get()));
+    const unsigned int request =
+        probing ? xcb_randr_get_screen_resources(xcb, connection.root()).sequence
+                : xcb_randr_get_screen_resources_current(xcb, connection.root()).sequence;
+    return readResources(Answer(connection, request).bytes());
 }
 
-bool takeCrtc(Connection& connection, unsigned int info, Crtc& crtc) {
-    const auto reply = connection.reply<xcb_randr_get_crtc_info_reply_t>(info);
-    if (reply == nullptr || reply->status != XCB_RANDR_SET_CONFIG_SUCCESS) {
-        return false;
-    }
-    crtc.mode = reply->mode;
-    crtc.rotation = reply->rotation;
-    crtc.supportedRotations = reply->rotations;
-    crtc.outputs = list(xcb_randr_get_crtc_info_outputs(reply.get()), reply->num_outputs);
-    if (crtc.mode != 0) {
-        crtc.area = {reply->x, reply->y, reply->width, reply->height};
-    }
-    return true;
-}
-
-bool takeTransform(Connection& connection, unsigned int request, Crtc& crtc) {
-    const auto owned = connection.reply<xcb_randr_get_crtc_transform_reply_t>(request);
-    const auto* reply = owned.get();
-    if (reply == nullptr) {
-        return false;
-    }
-    crtc.supportsTransforms = reply->has_transforms != 0;
-    crtc.transform =
-        crtc.mode != 0
-            ? toTransform(reply->current_transform,
-                          xcb_randr_get_crtc_transform_current_filter_name(reply),
-                          reply->current_len, xcb_randr_get_crtc_transform_current_params(reply),
-                          reply->current_nparams)
-            : toTransform(reply->pending_transform,
-                          xcb_randr_get_crtc_transform_pending_filter_name(reply),
-                          reply->pending_len, xcb_randr_get_crtc_transform_pending_params(reply),
-                          reply->pending_nparams);
-    return true;
+bool takeCrtc(Connection& connection, unsigned int info, unsigned int transform, Crtc& crtc) {
+    // Both are taken, whatever the first says.
+    const Answer first(connection, info);
+    const Answer second(connection, transform);
+    return readCrtcInfo(first.bytes(), crtc) && readCrtcTransform(second.bytes(), crtc);
 }
 
 bool takeOutput(Connection& connection, unsigned int info, unsigned int edid, Output& output) {
-    const auto reply = connection.reply<xcb_randr_get_output_info_reply_t>(info);
-    const auto property = connection.reply<xcb_randr_get_output_property_reply_t>(edid);
-    if (reply == nullptr || property == nullptr || reply->status != XCB_RANDR_SET_CONFIG_SUCCESS) {
-        return false;
-    }
-    const auto* name = xcb_randr_get_output_info_name(reply.get());
-    output.name.assign(name, name + reply->name_len);
-    output.connected = reply->connection == XCB_RANDR_CONNECTION_CONNECTED;
-    output.crtc = reply->crtc;
-    output.crtcs = list(xcb_randr_get_output_info_crtcs(reply.get()), reply->num_crtcs);
-    output.modes = list(xcb_randr_get_output_info_modes(reply.get()), reply->num_modes);
-    output.clones = list(xcb_randr_get_output_info_clones(reply.get()), reply->num_clones);
-    constexpr int bitsInByte = 8;
-    if (property->format == bitsInByte) {
-        output.edid =
-            layout::parseEdid(list(xcb_randr_get_output_property_data(property.get()),
-                                   xcb_randr_get_output_property_data_length(property.get())));
-    }
-    return true;
+    const Answer first(connection, info);
+    const Answer second(connection, edid);
+    return readOutputInfo(first.bytes(), output) && readOutputEdid(second.bytes(), output);
 }
 
 bool takeScreen(Connection& connection, unsigned int geometry, unsigned int range,
@@ -197,8 +115,7 @@ std::optional<Snapshot> readOnce(Connection& connection, bool probing) {
     // Every answer is taken, also after one that was an error: each waits to be freed.
     bool good = true;
     for (std::size_t i = 0; i < crtcs.size(); ++i) {
-        good &= takeCrtc(connection, crtcs[i].info, snapshot.crtcs[i]);
-        good &= takeTransform(connection, crtcs[i].further, snapshot.crtcs[i]);
+        good &= takeCrtc(connection, crtcs[i].info, crtcs[i].further, snapshot.crtcs[i]);
     }
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         good &= takeOutput(connection, outputs[i].info, outputs[i].further, snapshot.outputs[i]);
