@@ -113,9 +113,12 @@ std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::p
     if (!passed.isOpen() || !setup.isComplete()) {
         return nullptr;
     }
-    std::string program = executable.string();
+    const std::string program = executable.string();
+    // Without its folder, which may be called like the application: who ends everything with
+    // that name in its command line does not mean the one that is to survive it.
+    std::string name = executable.filename().string();
     std::string link = std::to_string(watchdogLink);
-    char* const arguments[] = {program.data(), link.data(), nullptr};
+    char* const arguments[] = {name.data(), link.data(), nullptr};
     pid_t pid = -1;
     if (posix_spawn(&pid, program.c_str(), setup.files(), setup.attributes(), arguments, environ) !=
         0) {

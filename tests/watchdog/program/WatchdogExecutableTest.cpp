@@ -108,6 +108,14 @@ TEST_F(WatchdogExecutableTest, HoldsNothingOfItsParentsButTheConnection) {
     EXPECT_EQ(read(readEnd.number(), &byte, 1), 0) << "readers of its parent's output see its end";
 }
 
+TEST_F(WatchdogExecutableTest, ItsCommandLineNamesNoFolderThatMayBeCalledLikeTheApplication) {
+    startWatchdog("");
+
+    EXPECT_EQ(textOf("cmdline"), (std::string("display-watchdog\0"
+                                              "3\0",
+                                              19)));
+}
+
 TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasOneThread) {
     startWatchdog("");
 
