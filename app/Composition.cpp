@@ -1,6 +1,9 @@
 #include "app/Composition.h"
 
+#include <chrono>
+
 #include <QCoreApplication>
+#include <QTimer>
 
 #include "app/System.h"
 #include "platform/NotificationCenter.h"
@@ -12,6 +15,8 @@
 namespace tavrel {
 
 namespace {
+
+constexpr std::chrono::seconds heartbeatInterval{1};
 
 watchdog::SupervisorSetup supervisorSetup() {
     const auto folder = QCoreApplication::applicationDirPath().toStdString();
@@ -25,7 +30,9 @@ watchdog::SupervisorSetup supervisorSetup() {
 struct Composition::Parts {
     std::unique_ptr<System> system = chooseSystem();
     SystemWallClock wallClock;
-    watchdog::GuardedSwitch guarded{system->displaySwitch(), supervisorSetup()};
+    watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(), supervisorSetup()};
+    /// On the main thread: when that hangs, the watchdog hears nothing any more.
+    QTimer heartbeat;
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
     NotificationCenter notificationCenter{mainQueue};
@@ -33,7 +40,11 @@ struct Composition::Parts {
     std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();
 };
 
-Composition::Composition() : parts_(std::make_unique<Parts>()) {}
+Composition::Composition() : parts_(std::make_unique<Parts>()) {
+    QObject::connect(&parts_->heartbeat, &QTimer::timeout,
+                     [&guarded = parts_->guarded] { guarded.beat(); });
+    parts_->heartbeat.start(heartbeatInterval);
+}
 
 Composition::~Composition() {
     // While the other parts still exist: jobs use them, and so may what a queued task owns.
@@ -63,6 +74,10 @@ HotKeys& Composition::hotKeys() {
 
 SwitchOffGate& Composition::switchOffGate() {
     return parts_->gate;
+}
+
+void Composition::beginToEnd() {
+    parts_->guarded.hurry();
 }
 
 void Composition::endInGoodOrder() {

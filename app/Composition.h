@@ -29,9 +29,12 @@ public:
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();
 
-    /// Tells the watchdog that all displays are as the application wants to leave them, and
-    /// waits for its end. An end without this counts as a crash: the watchdog then switches
-    /// on what is still off.
+    /// The application begins to end: from now on nobody waits long for a watchdog that hangs.
+    void beginToEnd();
+
+    /// Tries once more what could not be switched on, dismisses the watchdog if everything is
+    /// on, and waits for its end. An end without this counts as a crash: the watchdog then
+    /// switches on what is still off.
     void endInGoodOrder();
 
 private:

@@ -16,7 +16,8 @@ public:
 
     /// Only the first call does anything. If the process has not ended `limit` after it,
     /// because the window server keeps it waiting, the process exits with status 1.
-    void run(std::chrono::milliseconds limit = std::chrono::seconds(5));
+    /// The default leaves time for a watchdog that hangs, and for trying again what is refused.
+    void run(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
 private:
     AppDelegate& delegate_;

@@ -35,6 +35,7 @@ TavrelApp::TavrelApp()
 
 int TavrelApp::run(QApplication& application) {
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] {
+        composition_.beginToEnd();
         quitSequence_.run();
         composition_.endInGoodOrder();
     });

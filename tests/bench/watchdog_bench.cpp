@@ -85,7 +85,7 @@ Milliseconds compareOnMemory(const std::filesystem::path& folder) {
     const std::string file = (folder / "displays").string();
     setenv(watchdog::SharedDisplays::variable, file.c_str(), 1);
     watchdog::SharedDisplays displays(file);
-    watchdog::GuardedSwitch guarded(displays, {.startWatchdog = [] {
+    watchdog::GuardedSwitch guarded(displays, displays, {.startWatchdog = [] {
                                         return watchdog::WatchdogProcess::start(STUB_WATCHDOG);
                                     }});
     const Milliseconds overhead = compare("memory", displays, guarded, 1, 5000);
@@ -96,7 +96,7 @@ Milliseconds compareOnMemory(const std::filesystem::path& folder) {
 Milliseconds compareOnServer() {
     FileUserDefaults store(defaultsPath());
     X11WindowServer server(store);
-    watchdog::GuardedSwitch guarded(server, {.startWatchdog = [] {
+    watchdog::GuardedSwitch guarded(server, server, {.startWatchdog = [] {
                                         return watchdog::WatchdogProcess::start(TAVREL_WATCHDOG);
                                     }});
     const DisplayID display = layout::stableHash("DUMMY1/0/0/0");
@@ -111,7 +111,7 @@ Milliseconds timeToReady() {
         std::unique_ptr<watchdog::WatchdogProcess> started;
         starts.take([&] {
             started = watchdog::WatchdogProcess::start(TAVREL_WATCHDOG);
-            started->link().receive();
+            started->link().receive(std::chrono::seconds(10));
         });
     }
     print("start of a watchdog until it is ready", starts);

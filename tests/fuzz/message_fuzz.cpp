@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/watchdog/ReportedDisplays.h"
 #include "watchdog/program/WatchdogService.h"
 #include "watchdog/protocol/Message.h"
 #include "watchdog/protocol/SwitchedOff.h"
@@ -29,11 +31,14 @@ void require(bool holds, const char* what) {
     }
 }
 
-/// Displays below 2^31 can be switched; records every attempt.
+/// Displays below 2^30 can be switched, for those up to 2^31 the server does not answer, and
+/// there are no others; records every attempt.
 class RecordingSwitch : public DisplaySwitch {
 public:
     static ServerStatus statusFor(DisplayID display) {
-        return display >> 31U == 0 ? serverStatus::success : serverStatus::illegalArgument;
+        return display >> 30U == 0   ? serverStatus::success
+               : display >> 31U == 0 ? serverStatus::notImplemented
+                                     : serverStatus::illegalArgument;
     }
 
     bool canSwitch() override { return true; }
@@ -54,7 +59,7 @@ public:
         sent.push_back(message);
         return true;
     }
-    Received receive() override {
+    Received receive(std::chrono::milliseconds /*timeout*/) override {
         while (!rest_.empty()) {
             const std::size_t size = std::min({piece_, rest_.size(), reader_.missing()});
             const auto result = reader_.add(rest_.first(size));
@@ -111,11 +116,15 @@ struct Expectation {
                 const bool enabled = message.kind == Kind::switchOn;
                 changes.emplace_back(message.display, enabled);
                 sent.push_back({.kind = Kind::answer, .id = message.id, .status = status});
-                if (status == serverStatus::success) {
-                    enabled ? off.remove(message.display) : off.add(message.display);
+                if (status == serverStatus::success && enabled) {
+                    off.remove(message.display);
+                } else if (status != serverStatus::illegalArgument && !enabled) {
+                    off.add(message.display);
                 }
                 return true;
             }
+            case Kind::heartbeat:
+                return true;
             case Kind::ready:
             case Kind::answer:
             case Kind::goodbye:
@@ -125,7 +134,7 @@ struct Expectation {
     }
 
     void switchAllOn() {
-        for (int attempt = 0; attempt < WatchdogService::attempts; ++attempt) {
+        for (int attempt = 0; attempt < insistentAttempts; ++attempt) {
             const std::vector<DisplayID> all = off.displays();
             for (auto display = all.rbegin(); display != all.rend(); ++display) {
                 changes.emplace_back(*display, true);
@@ -146,7 +155,8 @@ void check(Bytes input) {
 
     RecordingSwitch displays;
     ByteChannel channel(stream, piece);
-    WatchdogService(displays, channel, [](auto) {}).run();
+    ReportedDisplays silent;
+    WatchdogService(displays, silent, channel, [](auto) {}).run();
 
     const Expectation expected(stream);
     require(displays.changes == expected.changes, "only what was asked for is changed");

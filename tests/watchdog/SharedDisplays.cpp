@@ -7,12 +7,38 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <numeric>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "platform/posix/FileDescriptor.h"
 
 namespace tavrel::watchdog {
+
+class SharedDisplays::Moment : public DisplayMoment {
+public:
+    explicit Moment(const SharedDisplays& displays) : displays_(displays) {}
+
+    std::optional<std::vector<DisplayID>> allDisplays() override { return onlineDisplays(); }
+    std::optional<std::vector<DisplayID>> onlineDisplays() override {
+        std::vector<DisplayID> all(last);
+        std::iota(all.begin(), all.end(), 1);
+        return all;
+    }
+    bool isBuiltIn(DisplayID /*display*/) override { return false; }
+    bool isOnline(DisplayID display) override { return display >= 1 && display <= last; }
+    bool isActive(DisplayID display) override {
+        return isOnline(display) && displays_.isOn(display);
+    }
+    std::uint32_t vendorNumber(DisplayID /*display*/) override { return 0; }
+    std::uint32_t modelNumber(DisplayID /*display*/) override { return 0; }
+    std::uint32_t serialNumber(DisplayID /*display*/) override { return 0; }
+
+private:
+    const SharedDisplays& displays_;
+};
 
 SharedDisplays::SharedDisplays(const std::filesystem::path& path) {
     const FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
@@ -49,6 +75,10 @@ ServerStatus SharedDisplays::setDisplayEnabled(DisplayID display, bool enabled) 
     state_->isOff[display] = !enabled;
     crashIfSetTo(CrashPoint::after);
     return serverStatus::success;
+}
+
+std::unique_ptr<DisplayMoment> SharedDisplays::now() {
+    return std::make_unique<Moment>(*this);
 }
 
 void SharedDisplays::crashIfSetTo(CrashPoint point) {

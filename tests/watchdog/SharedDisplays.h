@@ -2,13 +2,15 @@
 
 #include <atomic>
 #include <filesystem>
+#include <memory>
 
+#include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
 
 namespace tavrel::watchdog {
 
 /// Four displays, 1 to 4, shared by all processes that open the same file.
-class SharedDisplays : public DisplaySwitch {
+class SharedDisplays : public DisplaySwitch, public DisplayQueries {
 public:
     /// The environment variable that tells programs started by a test which file it is.
     static constexpr const char* variable = "TAVREL_TEST_DISPLAYS";
@@ -31,8 +33,11 @@ public:
 
     bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
+    std::unique_ptr<DisplayMoment> now() override;
 
 private:
+    class Moment;
+
     /// All zero at first, as a new file is.
     struct State {
         std::atomic<bool> isOff[last + 1];

@@ -7,8 +7,8 @@
 
 namespace tavrel::watchdog {
 
-GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, SupervisorSetup setup)
-    : inner_(inner), supervisor_(inner, std::move(setup)), thread_([this] { work(); }) {}
+GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup)
+    : inner_(inner), supervisor_(inner, queries, std::move(setup)), thread_([this] { work(); }) {}
 
 GuardedSwitch::~GuardedSwitch() {
     {
@@ -17,6 +17,14 @@ GuardedSwitch::~GuardedSwitch() {
     }
     wakeUp_.wake();
     thread_.join();
+}
+
+void GuardedSwitch::beat() {
+    {
+        const std::lock_guard lock(mutex_);
+        isBeating_ = true;
+    }
+    wakeUp_.wake();
 }
 
 void GuardedSwitch::goodbye() {
@@ -46,15 +54,20 @@ void GuardedSwitch::work() {
     while (!isEnding) {
         awaitWork();
         std::deque<Job> jobs;
+        bool isBeating = false;
         {
             const std::lock_guard lock(mutex_);
             jobs.swap(jobs_);
+            isBeating = std::exchange(isBeating_, false);
             isEnding = isEnding_;
         }
         for (Job& job : jobs) {
             job();
         }
         supervisor_.replaceIfDead();
+        if (isBeating) {
+            supervisor_.beat();
+        }
     }
 }
 

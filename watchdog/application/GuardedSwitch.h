@@ -18,16 +18,25 @@ namespace tavrel::watchdog {
 /// when they are made in this process because no watchdog can run.
 class GuardedSwitch : public DisplaySwitch {
 public:
-    /// Starts a watchdog, and from now on another whenever it dies. `inner` must outlive it.
-    GuardedSwitch(DisplaySwitch& inner, SupervisorSetup setup);
+    /// Starts a watchdog, and from now on another whenever it dies. `inner` and `queries`, about
+    /// the same displays, must outlive it.
+    GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup);
     /// Without a goodbye before, the watchdog switches on what is off.
     ~GuardedSwitch() override;
 
     GuardedSwitch(const GuardedSwitch&) = delete;
     GuardedSwitch& operator=(const GuardedSwitch&) = delete;
 
-    /// Tells the watchdog that there is nothing left to do, and returns when it has ended.
-    /// Later changes are made in this process.
+    /// The application is all right: to be called about once a second on the thread whose
+    /// hanging the watchdog is to notice. Never blocks.
+    void beat();
+
+    /// The application is about to end: from now on a watchdog that hangs is not waited for.
+    /// Never blocks.
+    void hurry() { supervisor_.hurry(); }
+
+    /// Sees to it that nothing we switched off stays off, dismisses the watchdog, and returns
+    /// when that has ended; see `WatchdogSupervisor`. Later changes are made in this process.
     void goodbye();
 
     bool canSwitch() override { return inner_.canSwitch(); }
@@ -42,11 +51,12 @@ private:
     void awaitWork() const;
 
     DisplaySwitch& inner_;
-    /// Used by `thread_` only.
+    /// Used by `thread_` only, but for what any thread may call.
     WatchdogSupervisor supervisor_;
     WakeUp wakeUp_;
     std::mutex mutex_;
     std::deque<Job> jobs_;
+    bool isBeating_ = false;
     bool isEnding_ = false;
     std::thread thread_;
 };

@@ -7,7 +7,7 @@
 
 namespace tavrel::watchdog {
 
-/// A started watchdog, as the application holds it.
+/// A started watchdog, as the application holds it. No call waits for it without limit.
 ///
 /// Destroying it closes the connection and waits a while for the watchdog to end by itself,
 /// which, without a goodbye before, includes switching displays on.
@@ -15,8 +15,12 @@ class RunningWatchdog {
 public:
     virtual ~RunningWatchdog() = default;
 
-    /// Stays open also when the watchdog has ended.
+    /// Stays open, also when the watchdog has ended, until `dismiss`.
     virtual MessageSocket& link() = 0;
+
+    /// Says goodbye and returns when the watchdog has ended: by itself, or killed because it
+    /// has not done so within a while. Only the destructor may be called after it.
+    virtual void dismiss() = 0;
 
     /// Ends the watchdog before it does anything more: it does not react to the lost
     /// connection.

@@ -22,9 +22,13 @@ namespace {
 /// The number under which a watchdog finds its end of the connection.
 constexpr int watchdogLink = 3;
 
-/// A watchdog with nothing to do ends within milliseconds. One that still switches displays
-/// on after this time goes on without being waited for.
+/// One that still switches displays on after this time goes on without being waited for.
 constexpr std::chrono::seconds endTimeout{5};
+/// One that has nothing to do ends within milliseconds. After this time it is killed.
+constexpr std::chrono::seconds dismissalTimeout{2};
+/// A killed process is gone at once, unless the system itself keeps it: in a call that cannot
+/// be interrupted, or for a debugger. It does nothing more then, and need not be awaited.
+constexpr std::chrono::seconds killTimeout{1};
 constexpr std::chrono::milliseconds pollInterval{1};
 
 /// Passes on no descriptor but those named, where the system can do that by itself.
@@ -85,14 +89,12 @@ private:
     bool isComplete_ = false;
 };
 
-enum class Wait { untilEnd, notAtAll };
-
 /// Reaps the child if it has ended, and returns whether it has; its number is then free for
 /// other processes.
-bool reap(pid_t pid, Wait wait) {
+bool reap(pid_t pid) {
     pid_t reaped = -1;
     do {
-        reaped = waitpid(pid, nullptr, wait == Wait::untilEnd ? 0 : WNOHANG);
+        reaped = waitpid(pid, nullptr, WNOHANG);
     } while (reaped < 0 && errno == EINTR);
     // Fails when the child was reaped already, by a program that reaps all its children.
     return reaped != 0;
@@ -132,22 +134,35 @@ WatchdogProcess::WatchdogProcess(FileDescriptor link, pid_t pid)
 
 WatchdogProcess::~WatchdogProcess() {
     link_.reset();
-    const auto deadline = std::chrono::steady_clock::now() + endTimeout;
-    while (!isReaped_ && std::chrono::steady_clock::now() < deadline) {
-        isReaped_ = reap(pid_, Wait::notAtAll);
-        if (!isReaped_) {
-            std::this_thread::sleep_for(pollInterval);
-        }
+    if (!isKilled_) {
+        awaitEnd(endTimeout);
+    }
+}
+
+void WatchdogProcess::dismiss() {
+    link_->send({.kind = Message::Kind::goodbye});
+    link_.reset();
+    if (!awaitEnd(dismissalTimeout)) {
+        kill();
     }
 }
 
 void WatchdogProcess::kill() {
-    // Once reaped, its number may be that of another process.
-    isReaped_ = isReaped_ || reap(pid_, Wait::notAtAll);
-    if (!isReaped_) {
+    if (!awaitEnd(std::chrono::milliseconds::zero())) {
         ::kill(pid_, SIGKILL);
-        isReaped_ = reap(pid_, Wait::untilEnd);
+        isKilled_ = true;
+        awaitEnd(killTimeout);
     }
+}
+
+bool WatchdogProcess::awaitEnd(std::chrono::milliseconds timeout) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    isReaped_ = isReaped_ || reap(pid_);
+    while (!isReaped_ && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(pollInterval);
+        isReaped_ = reap(pid_);
+    }
+    return isReaped_;
 }
 
 std::filesystem::path findWatchdog(const std::filesystem::path& applicationFolder) {

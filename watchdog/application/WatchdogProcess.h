@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -24,15 +25,21 @@ public:
     WatchdogProcess& operator=(const WatchdogProcess&) = delete;
 
     MessageSocket& link() override { return *link_; }
+    void dismiss() override;
     void kill() override;
 
     pid_t pid() const { return pid_; }
 
 private:
+    /// Blocks until it has ended, but no longer than `timeout`. Returns whether it has.
+    bool awaitEnd(std::chrono::milliseconds timeout);
+
     /// std::nullopt once closed.
     std::optional<MessageSocket> link_;
     pid_t pid_;
+    /// Whether its number may be that of another process by now.
     bool isReaped_ = false;
+    bool isKilled_ = false;
 };
 
 /// The watchdog's executable, looked for from the folder of the application's own: in the

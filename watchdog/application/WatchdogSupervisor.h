@@ -1,14 +1,19 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <thread>
+#include <variant>
 
+#include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
-#include "watchdog/application/CrashLoopDetector.h"
 #include "watchdog/application/RunningWatchdog.h"
+#include "watchdog/application/StartSchedule.h"
+#include "watchdog/protocol/Insistence.h"
 #include "watchdog/protocol/SwitchedOff.h"
 
 namespace tavrel::watchdog {
@@ -20,29 +25,50 @@ struct SupervisorSetup {
     std::function<std::chrono::nanoseconds()> now = [] {
         return std::chrono::steady_clock::now().time_since_epoch();
     };
-    /// How long a watchdog may take to answer before it counts as dead. Longer than the
+    Pause pause = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); };
+    /// How long a watchdog may take to answer before it counts as hung. Longer than the
     /// slowest server is given.
     std::chrono::milliseconds answerTimeout{30'000};
+    /// The same where nobody can wait that long: when no display is usable, or the application
+    /// ends, and the server answers others.
+    std::chrono::milliseconds urgentTimeout{2'000};
 };
 
 /// The application's side of the conversation: has displays switched by a watchdog, sees to
 /// it that there is one, and switches in this process when no watchdog can run.
 ///
-/// To be used by one thread at a time.
+/// To be used by one thread at a time, but for `hurry`.
 class WatchdogSupervisor {
 public:
-    /// Starts a watchdog. `inner` switches in this process and must outlive it.
-    WatchdogSupervisor(DisplaySwitch& inner, SupervisorSetup setup);
+    /// Starts a watchdog. `inner` switches in this process; it and `queries`, about the same
+    /// displays, must outlive it.
+    WatchdogSupervisor(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup);
 
-    /// As in `DisplaySwitch`. When the watchdog dies during the request:
-    /// - a request to switch on is handed to the next watchdog: repeating it does no harm;
+    /// As in `DisplaySwitch`. When the watchdog dies or hangs during the request:
+    /// - a request to switch on is handed to the next watchdog, or made in this process when
+    ///   the watchdog hung: repeating it does no harm;
     /// - a request to switch off is undone by switching on, and answers 1004. How far it
     ///   came is unknown, and what killed one watchdog might kill the next and, in the
     ///   end, this process, with nobody left to bring the display back.
+    ///
+    /// A display whose switch-off ended with 1006 counts as off until the server says that it
+    /// is on: the server may have got round to it after it was given up.
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled);
 
-    /// Tells the watchdog that the application ends in good order, and waits for its end.
-    /// Later changes are made in this process. Only the first call does anything.
+    /// To be called about once a second for as long as the application is all right, and not
+    /// when it hangs. Passes that on to the watchdog, and starts one if there is none and it
+    /// is time to try again.
+    void beat();
+
+    /// From now on a watchdog that leaves a request unanswered for long is not waited for, even
+    /// while a display is usable. For any thread, also during a request.
+    void hurry() { isUrgent_ = true; }
+
+    /// Ends in good order. What is off because of us, or was refused when it was to be switched
+    /// on, is tried again as often as a watchdog would after a crash. If everything is on in
+    /// the end, the watchdog is dismissed; if not, it is left without a goodbye and tries for
+    /// itself. Returns when it has ended, or after some seconds. Later changes are made in
+    /// this process. Only the first call does anything.
     void goodbye();
 
     /// Replaces the watchdog if it has died between requests. To be called whenever
@@ -53,22 +79,34 @@ public:
     int descriptor() const { return watchdog_ ? watchdog_->link().descriptor() : -1; }
 
 private:
+    /// Why a watchdog gave no answer.
+    enum class NoAnswer { died, hung };
+    using Answer = std::variant<ServerStatus, NoAnswer>;
+
     ServerStatus switchOn(DisplayID display);
     ServerStatus switchOff(DisplayID display);
-    /// The watchdog's answer; std::nullopt when it died or did not answer in time.
-    std::optional<ServerStatus> ask(DisplayID display, bool enabled);
+    Answer ask(DisplayID display, bool enabled);
+    /// The answer to the last request; `timedOut` when it is not worth waiting for it.
+    Received awaitAnswer();
+    bool isWaitingPointless();
     /// The watchdog's next message after the one that says it is ready.
     Received receive(std::chrono::milliseconds timeout);
+    void bringBackWhatIsOff();
     void replaceWatchdog();
-    void startWatchdog();
+    void startWatchdogIfDue();
 
     DisplaySwitch& inner_;
+    DisplayQueries& queries_;
     SupervisorSetup setup_;
+    std::atomic<bool> isUrgent_ = false;
+    bool hasEnded_ = false;
     /// Null when changes are made in this process.
     std::unique_ptr<RunningWatchdog> watchdog_;
     bool watchdogIsReady_ = false;
     SwitchedOff switchedOff_;
-    CrashLoopDetector crashes_;
+    /// Whoever switched them off: displays that were to be switched on, and the server refused.
+    SwitchedOff refused_;
+    StartSchedule schedule_;
     std::uint32_t lastId_ = 0;
 };
 

@@ -1,25 +1,46 @@
 #include "watchdog/program/WatchdogService.h"
 
+#include <algorithm>
 #include <utility>
 #include <variant>
 #include <vector>
 
-namespace tavrel::watchdog {
+#include "watchdog/protocol/UsableDisplay.h"
 
-WatchdogService::WatchdogService(DisplaySwitch& displays, MessageChannel& application, Pause pause)
-    : displays_(displays), application_(application), pause_(std::move(pause)) {}
+namespace tavrel::watchdog {
+namespace {
+
+/// In the order in which they are to be switched on: the built-in panel first, then by number.
+std::vector<DisplayID> connectedDisplays(DisplayMoment& moment) {
+    const auto all = moment.allDisplays();
+    std::vector<DisplayID> connected =
+        all ? *all : moment.onlineDisplays().value_or(std::vector<DisplayID>{});
+    const auto place = [&](DisplayID display) {
+        return std::pair(!moment.isBuiltIn(display), display);
+    };
+    std::sort(connected.begin(), connected.end(),
+              [&](DisplayID a, DisplayID b) { return place(a) < place(b); });
+    return connected;
+}
+
+}  // namespace
+
+WatchdogService::WatchdogService(DisplaySwitch& displays, DisplayQueries& queries,
+                                 MessageChannel& application, Pause pause)
+    : displays_(displays), queries_(queries), application_(application), pause_(std::move(pause)) {}
 
 void WatchdogService::run() {
     // No `send` is checked: that the application is gone shows at the next receive.
     application_.send({.kind = Message::Kind::ready});
     if (converse() == Ending::gone) {
-        switchAllOn();
+        insist(
+            switchedOff_, [this](DisplayID display) { carryOut(display, true); }, pause_);
     }
 }
 
 WatchdogService::Ending WatchdogService::converse() {
     for (;;) {
-        const Received received = application_.receive();
+        const Received received = awaitMessage();
         const auto* message = std::get_if<Message>(&received);
         if (message != nullptr && message->kind == Message::Kind::goodbye) {
             return Ending::goodbye;
@@ -32,6 +53,15 @@ WatchdogService::Ending WatchdogService::converse() {
         }
         return Ending::gone;
     }
+}
+
+Received WatchdogService::awaitMessage() {
+    Received received = application_.receive(silenceLimit);
+    while (received == Received(NoMessage::timedOut)) {
+        switchOnIfNothingIsUsable();
+        received = application_.receive(lookInterval);
+    }
+    return received;
 }
 
 bool WatchdogService::handle(const Message& message) {
@@ -47,6 +77,11 @@ bool WatchdogService::handle(const Message& message) {
                                .status = carryOut(message.display, enabled)});
             return true;
         }
+        case Message::Kind::heartbeat:
+            if (switchedOff_.isInDoubt()) {
+                switchedOff_.settle(*queries_.now());
+            }
+            return true;
         case Message::Kind::ready:
         case Message::Kind::answer:
         case Message::Kind::goodbye:
@@ -57,26 +92,23 @@ bool WatchdogService::handle(const Message& message) {
 
 ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
-    if (status != serverStatus::success) {
-        return status;
-    }
-    if (enabled) {
+    if (status == serverStatus::success && enabled) {
         switchedOff_.remove(display);
-    } else {
+    } else if (status == serverStatus::success) {
         switchedOff_.add(display);
+    } else if (status == serverStatus::notImplemented && !enabled) {
+        switchedOff_.addInDoubt(display);
     }
     return status;
 }
 
-void WatchdogService::switchAllOn() {
-    for (int attempt = 0; attempt < attempts && !switchedOff_.displays().empty(); ++attempt) {
-        if (attempt > 0) {
-            pause_(retryInterval);
-        }
-        // The last one off is the first one on, so that each finds the layout it left.
-        const std::vector<DisplayID> displays(switchedOff_.displays().rbegin(),
-                                              switchedOff_.displays().rend());
-        for (const DisplayID display : displays) {
+void WatchdogService::switchOnIfNothingIsUsable() {
+    const auto moment = queries_.now();
+    if (hasUsableDisplay(*moment) != false) {
+        return;
+    }
+    for (const DisplayID display : connectedDisplays(*moment)) {
+        if (!moment->isActive(display)) {
             carryOut(display, true);
         }
     }

@@ -1,30 +1,37 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 
+#include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
+#include "watchdog/protocol/Insistence.h"
 #include "watchdog/protocol/MessageChannel.h"
 #include "watchdog/protocol/SwitchedOff.h"
 
 namespace tavrel::watchdog {
 
 /// The watchdog's side of the conversation: switches displays for the application, one at a
-/// time, and switches on what is off when the application is gone without a goodbye.
+/// time, switches on what is off when the application is gone without a goodbye, and steps
+/// in while it is there and does nothing.
 class WatchdogService {
 public:
-    /// How often it tries to switch a display on, and how long it waits in between. A server
-    /// that is busy with another change accepts within that time.
-    static constexpr int attempts = 9;
-    static constexpr std::chrono::milliseconds retryInterval{250};
+    /// The application says about once a second that it is running. After this much silence
+    /// it counts as hung.
+    static constexpr std::chrono::seconds silenceLimit{5};
+    /// How often this looks after the displays in the place of a hung application.
+    static constexpr std::chrono::seconds lookInterval{1};
 
-    using Pause = std::function<void(std::chrono::milliseconds)>;
-
-    /// Both must outlive it. `pause` returns after the time it is given.
-    WatchdogService(DisplaySwitch& displays, MessageChannel& application, Pause pause);
+    /// All must outlive it.
+    WatchdogService(DisplaySwitch& displays, DisplayQueries& queries, MessageChannel& application,
+                    Pause pause);
 
     /// Serves the application until its end, then switches on what it left off unless it
     /// said goodbye.
+    ///
+    /// While the application is silent for longer than `silenceLimit`, everything connected is
+    /// switched on whenever no display is usable. As long as one is, nothing is done, so that
+    /// it does no harm if the application was only held up: by a debugger, or because the
+    /// whole machine was asleep.
     ///
     /// What is not a message ends the conversation, but displays are not switched on before
     /// the application is gone: it may be running and start another watchdog.
@@ -34,12 +41,15 @@ private:
     enum class Ending { goodbye, gone };
 
     Ending converse();
+    /// The next message, or why there will be none.
+    Received awaitMessage();
     /// Does what the message asks for; false when an application may not send such a one.
     bool handle(const Message& message);
     ServerStatus carryOut(DisplayID display, bool enabled);
-    void switchAllOn();
+    void switchOnIfNothingIsUsable();
 
     DisplaySwitch& displays_;
+    DisplayQueries& queries_;
     MessageChannel& application_;
     Pause pause_;
     SwitchedOff switchedOff_;

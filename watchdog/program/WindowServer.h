@@ -2,12 +2,18 @@
 
 #include <memory>
 
+#include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
 
 namespace tavrel::watchdog {
 
-/// Switches the displays of the window server that the application uses too. Owns all it
-/// needs. To be called once, before there is a second thread.
-std::shared_ptr<DisplaySwitch> makeDisplaySwitch();
+/// The window server that the application uses too. Each owns all it needs.
+struct WindowServer {
+    std::shared_ptr<DisplaySwitch> displaySwitch;
+    std::shared_ptr<DisplayQueries> queries;
+};
+
+/// To be called once, before there is a second thread.
+WindowServer makeWindowServer();
 
 }  // namespace tavrel::watchdog

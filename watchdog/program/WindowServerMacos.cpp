@@ -3,8 +3,9 @@
 
 namespace tavrel::watchdog {
 
-std::shared_ptr<DisplaySwitch> makeDisplaySwitch() {
-    return std::make_shared<MacWindowServer>();
+WindowServer makeWindowServer() {
+    const auto windowServer = std::make_shared<MacWindowServer>();
+    return {.displaySwitch = windowServer, .queries = windowServer};
 }
 
 }  // namespace tavrel::watchdog

@@ -14,9 +14,10 @@ struct Parts {
 
 }  // namespace
 
-std::shared_ptr<DisplaySwitch> makeDisplaySwitch() {
+WindowServer makeWindowServer() {
     const auto parts = std::make_shared<Parts>();
-    return {parts, &parts->windowServer};
+    const std::shared_ptr<X11WindowServer> windowServer(parts, &parts->windowServer);
+    return {.displaySwitch = windowServer, .queries = windowServer};
 }
 
 }  // namespace tavrel::watchdog

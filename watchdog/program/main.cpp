@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <thread>
 
@@ -22,9 +21,10 @@ int main(int argc, char** argv) {
         return 2;
     }
     watchdog::MessageSocket application(watchdog::detachProcess(*inherited));
-    const std::shared_ptr<DisplaySwitch> displays = watchdog::makeDisplaySwitch();
-    watchdog::WatchdogService(*displays, application, [](std::chrono::milliseconds time) {
-        std::this_thread::sleep_for(time);
-    }).run();
+    const watchdog::WindowServer server = watchdog::makeWindowServer();
+    watchdog::WatchdogService(
+        *server.displaySwitch, *server.queries, application,
+        [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); })
+        .run();
     return EXIT_SUCCESS;
 }

@@ -34,7 +34,7 @@ std::uint32_t get(std::span<const std::uint8_t> bytes, std::size_t at, std::size
 }
 
 bool isKnown(Message::Kind kind) {
-    return kind >= Message::Kind::ready && kind <= Message::Kind::goodbye;
+    return kind >= Message::Kind::ready && kind <= Message::Kind::heartbeat;
 }
 
 bool fieldsArePossible(const Message& message) {
@@ -42,6 +42,7 @@ bool fieldsArePossible(const Message& message) {
     switch (message.kind) {
         case Message::Kind::ready:
         case Message::Kind::goodbye:
+        case Message::Kind::heartbeat:
             return message.id == 0 && message.display == 0 && message.status == 0;
         case Message::Kind::alreadyOff:
             return message.id == 0 && message.status == 0;

@@ -29,6 +29,8 @@ struct Message {
         answer = 5,
         /// Application: it ends in good order and leaves nothing to do.
         goodbye = 6,
+        /// Application: its main thread is running. Sent about once a second. No answer.
+        heartbeat = 7,
     };
 
     Kind kind = Kind::goodbye;

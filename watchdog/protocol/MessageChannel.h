@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <variant>
 
 #include "watchdog/protocol/Message.h"
@@ -23,11 +24,12 @@ public:
     virtual ~MessageChannel() = default;
 
     /// Returns whether it was sent, which does not mean that the other side will read it.
+    /// Never blocks: for somebody who has long stopped reading, nothing is sent.
     virtual bool send(const Message& message) = 0;
 
-    /// Blocks until the next message. What the other side sent before it ended is still
-    /// received.
-    virtual Received receive() = 0;
+    /// Blocks until the next message, but no longer than `timeout`; 0 takes only what is there
+    /// already. What the other side sent before it ended is still received.
+    virtual Received receive(std::chrono::milliseconds timeout) = 0;
 
     /// Shows the other side that the conversation is over, and blocks until it has closed
     /// its end. What it sends until then is discarded.

@@ -14,9 +14,9 @@ namespace tavrel::watchdog {
 namespace {
 
 #ifdef MSG_NOSIGNAL
-constexpr int sendFlags = MSG_NOSIGNAL;
+constexpr int sendFlags = MSG_NOSIGNAL | MSG_DONTWAIT;
 #else
-constexpr int sendFlags = 0;
+constexpr int sendFlags = MSG_DONTWAIT;
 #endif
 
 /// For systems on which SIGPIPE is turned off for a socket, not for a call.
@@ -54,10 +54,7 @@ bool MessageSocket::send(const Message& message) {
 }
 
 Received MessageSocket::receive(std::chrono::milliseconds timeout) {
-    return receiveUntil(std::chrono::steady_clock::now() + timeout);
-}
-
-Received MessageSocket::receiveUntil(Deadline deadline) {
+    const Deadline deadline = std::chrono::steady_clock::now() + timeout;
     std::array<std::uint8_t, messageSize> bytes{};
     for (;;) {
         if (!becomesReadable(deadline)) {
@@ -82,8 +79,8 @@ Received MessageSocket::receiveUntil(Deadline deadline) {
 
 bool MessageSocket::becomesReadable(Deadline deadline) const {
     pollfd waiting{.fd = socket_.number(), .events = POLLIN, .revents = 0};
-    while (poll(&waiting, 1, deadline ? millisecondsUntil(*deadline) : -1) <= 0) {
-        if (deadline && std::chrono::steady_clock::now() >= *deadline) {
+    while (poll(&waiting, 1, millisecondsUntil(deadline)) <= 0) {
+        if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
     }

@@ -16,18 +16,14 @@ public:
     explicit MessageSocket(FileDescriptor socket);
 
     bool send(const Message& message) override;
-    Received receive() override { return receiveUntil(std::nullopt); }
+    Received receive(std::chrono::milliseconds timeout) override;
     void hangUp() override;
-
-    /// Blocks no longer than `timeout`; 0 takes only what is there already.
-    Received receive(std::chrono::milliseconds timeout);
 
     /// Readable once the next message has begun to arrive or the other side is gone.
     int descriptor() const { return socket_.number(); }
 
 private:
-    using Deadline = std::optional<std::chrono::steady_clock::time_point>;
-    Received receiveUntil(Deadline deadline);
+    using Deadline = std::chrono::steady_clock::time_point;
     bool becomesReadable(Deadline deadline) const;
 
     FileDescriptor socket_;

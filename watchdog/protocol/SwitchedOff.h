@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/DisplayID.h"
+#include "platform/DisplayQueries.h"
 
 namespace tavrel::watchdog {
 
@@ -16,14 +17,44 @@ public:
             displays_.push_back(display);
         }
     }
-    void remove(DisplayID display) { std::erase(displays_, display); }
+    void remove(DisplayID display) {
+        std::erase(displays_, display);
+        std::erase(inDoubt_, display);
+    }
     bool contains(DisplayID display) const {
         return std::find(displays_.begin(), displays_.end(), display) != displays_.end();
     }
+    bool isEmpty() const { return displays_.empty(); }
     const std::vector<DisplayID>& displays() const { return displays_; }
+
+    /// Adds a display of which nobody can say whether the server still switched it off: it
+    /// stopped answering meanwhile.
+    void addInDoubt(DisplayID display) {
+        if (!contains(display)) {
+            add(display);
+            inDoubt_.push_back(display);
+        }
+    }
+    bool isInDoubt() const { return !inDoubt_.empty(); }
+
+    /// Takes a moment's word for the displays in doubt: those that are on were not switched
+    /// off. Does nothing while the server cannot say.
+    void settle(DisplayMoment& moment) {
+        if (!moment.onlineDisplays()) {
+            return;
+        }
+        for (const DisplayID display : std::vector(inDoubt_)) {
+            if (moment.isActive(display)) {
+                remove(display);
+            }
+        }
+        inDoubt_.clear();
+    }
 
 private:
     std::vector<DisplayID> displays_;
+    /// A part of `displays_`.
+    std::vector<DisplayID> inDoubt_;
 };
 
 }  // namespace tavrel::watchdog

@@ -13,6 +13,7 @@
 
 #include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/watchdog/ReportedDisplays.h"
 #include "tests/watchdog/application/SerialSwitch.h"
 #include "tests/watchdog/application/ThreadWatchdog.h"
 
@@ -29,8 +30,9 @@ protected:
         for (DisplayID id = 1; id <= displayCount; ++id) {
             server.connect({.id = id});
         }
-        guarded.emplace(displays, SupervisorSetup{.startWatchdog = [this] { return start(); },
-                                                  .now = [this] { return now.load(); }});
+        guarded.emplace(displays, reported,
+                        SupervisorSetup{.startWatchdog = [this] { return start(); },
+                                        .now = [this] { return now.load(); }});
     }
 
     /// The application ends without a goodbye.
@@ -58,7 +60,9 @@ protected:
     SimulatedWindowServer server;
     SerialSwitch displays{server};
     std::function<Outcome()> decideOutcome;
+    ReportedDisplays reported;
     std::atomic<int> starts = 0;
+    std::atomic<int> refusedStarts = 0;
     std::atomic<std::chrono::nanoseconds> now = std::chrono::nanoseconds(1min);
     std::mutex mutex;
     /// Of the watchdog that was started last.
@@ -68,6 +72,10 @@ protected:
 
 private:
     std::unique_ptr<RunningWatchdog> start() {
+        if (refusedStarts > 0) {
+            --refusedStarts;
+            return nullptr;
+        }
         auto started = std::make_unique<ThreadWatchdog>(displays, [this](DisplayID, bool) {
             return decideOutcome ? decideOutcome() : Outcome::succeeds;
         });
@@ -102,14 +110,33 @@ TEST_F(GuardedSwitchTest, WithoutAGoodbyeWhatIsOffComesBack) {
     EXPECT_TRUE(isOn(2));
 }
 
-TEST_F(GuardedSwitchTest, AfterAGoodbyeWhatIsOffStaysOff) {
+TEST_F(GuardedSwitchTest, AGoodbyeBringsBackWhatIsOff) {
     guarded->setDisplayEnabled(1, false);
 
     guarded->goodbye();
     guarded->goodbye();
+
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(GuardedSwitchTest, AfterAGoodbyeWhatGoesOffStaysOff) {
+    guarded->goodbye();
+
+    guarded->setDisplayEnabled(1, false);
     guarded.reset();
 
     EXPECT_FALSE(isOn(1));
+}
+
+TEST_F(GuardedSwitchTest, ABeatStartsAWatchdogWhereThereIsNone) {
+    refusedStarts = 1;
+    killWatchdog();
+    ASSERT_TRUE(support::waitUntil([&] { return refusedStarts == 0; }));
+
+    now = now.load() + 1min;
+    guarded->beat();
+
+    EXPECT_TRUE(support::waitUntil([&] { return starts == 2; }));
 }
 
 TEST_F(GuardedSwitchTest, AWatchdogThatDiesIdleIsReplacedWithoutARequest) {

@@ -120,18 +120,19 @@ TEST_F(OrphanTest, AnApplicationThatCrashesLeavesNoDisplayOffAndNoWatchdog) {
     }
 }
 
-TEST_F(OrphanTest, AfterAGoodbyeDisplaysStayAsTheyAreAndTheWatchdogHasEnded) {
+TEST_F(OrphanTest, AfterAGoodbyeEverythingIsOnAndTheWatchdogHasEnded) {
     startApplication();
     EXPECT_EQ(tell("off 1"), 0);
 
     EXPECT_EQ(tell("goodbye"), 0);
 
+    EXPECT_EQ(displays.onCount(), SharedDisplays::last);
     EXPECT_THAT(watchdogs(), IsEmpty());
     EXPECT_EQ(tell("off 2"), 0);
     endInput();
     EXPECT_EQ(application->waitForEnd(),
               (ChildProcess::Ending{.exitStatus = 0, .signal = std::nullopt}));
-    EXPECT_EQ(displays.onCount(), 2);
+    EXPECT_EQ(displays.onCount(), 3);
 }
 
 TEST_F(OrphanTest, AnExitWithoutAGoodbyeWaitsUntilTheWatchdogHasSwitchedDisplaysOn) {

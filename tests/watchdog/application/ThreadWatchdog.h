@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "tests/watchdog/ReportedDisplays.h"
 #include "watchdog/application/RunningWatchdog.h"
 #include "watchdog/program/WatchdogService.h"
 
@@ -60,6 +61,7 @@ public:
     ThreadWatchdog& operator=(const ThreadWatchdog&) = delete;
 
     MessageSocket& link() override { return *link_; }
+    void dismiss() override { link_->send({.kind = Message::Kind::goodbye}); }
     void kill() override { killSwitch_->kill(); }
 
     std::shared_ptr<KillSwitch> killSwitch() const { return killSwitch_; }
@@ -72,7 +74,7 @@ private:
           link_(std::in_place, std::move(ends.value().first)),
           theirs_(std::move(ends.value().second)),
           killSwitch_(std::make_shared<KillSwitch>(theirs_)),
-          thread_([this] { WatchdogService(*this, theirs_, [](auto) {}).run(); }) {}
+          thread_([this] { WatchdogService(*this, queries_, theirs_, [](auto) {}).run(); }) {}
 
     bool canSwitch() override { return displays_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
@@ -95,6 +97,8 @@ private:
     }
 
     DisplaySwitch& displays_;
+    /// It never steps in by itself.
+    ReportedDisplays queries_;
     DecideOutcome decideOutcome_;
     std::atomic<bool> isAbandoned_ = false;
     std::optional<MessageSocket> link_;

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     SharedDisplays displays = SharedDisplays::ofEnvironment();
-    GuardedSwitch guarded(displays,
+    GuardedSwitch guarded(displays, displays,
                           {.startWatchdog = [&] { return WatchdogProcess::start(argv[1]); }});
     __gnu_cxx::stdio_filebuf<char> input(3, std::ios::in);
     __gnu_cxx::stdio_filebuf<char> output(3, std::ios::out);

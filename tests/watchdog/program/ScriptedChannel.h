@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <vector>
 
@@ -17,7 +18,8 @@ public:
         return true;
     }
 
-    Received receive() override {
+    Received receive(std::chrono::milliseconds timeout) override {
+        timeouts_.push_back(timeout);
         if (said_.empty()) {
             return NoMessage::gone;
         }
@@ -33,11 +35,14 @@ public:
 
     const std::vector<Message>& heard() const { return heard_; }
     bool hungUp() const { return hungUp_; }
+    /// How long each message was waited for.
+    const std::vector<std::chrono::milliseconds>& timeouts() const { return timeouts_; }
 
 private:
     std::deque<Received> said_;
     std::vector<Message> heard_;
     bool hungUp_ = false;
+    std::vector<std::chrono::milliseconds> timeouts_;
 };
 
 }  // namespace tavrel::watchdog

@@ -18,6 +18,8 @@ using Kind = Message::Kind;
 
 constexpr Message ready{.kind = Kind::ready};
 constexpr Message goodbye{.kind = Kind::goodbye};
+constexpr Message heartbeat{.kind = Kind::heartbeat};
+constexpr NoMessage silence = NoMessage::timedOut;
 constexpr Message off(std::uint32_t id, DisplayID display) {
     return {.kind = Kind::switchOff, .id = id, .display = display};
 }
@@ -42,8 +44,9 @@ protected:
     /// Lets a watchdog hear all this and then the end; returns what it said.
     std::vector<Message> serve(std::deque<Received> said) {
         ScriptedChannel channel(std::move(said));
-        WatchdogService(displays, channel, [this](auto time) { pause(time); }).run();
+        WatchdogService(displays, server, channel, [this](auto time) { pause(time); }).run();
         hungUp = channel.hungUp();
+        timeouts = channel.timeouts();
         return channel.heard();
     }
 
@@ -64,6 +67,7 @@ protected:
     int pauses = 0;
     int pausesUntilAccepted = -1;
     bool hungUp = false;
+    std::vector<std::chrono::milliseconds> timeouts;
 };
 
 TEST_F(WatchdogServiceTest, SaysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
@@ -154,8 +158,79 @@ TEST_F(WatchdogServiceTest, AServerThatAlwaysRefusesIsGivenUpAfterAFewSeconds) {
     serve({off(1, 2), alreadyOff(1)});
 
     EXPECT_TRUE(isOn(2)) << "the others must not wait for it";
-    EXPECT_EQ(paused, (WatchdogService::attempts - 1) * WatchdogService::retryInterval);
+    EXPECT_EQ(paused, (insistentAttempts - 1) * insistenceInterval);
     EXPECT_LE(paused, std::chrono::seconds(5));
+}
+
+TEST_F(WatchdogServiceTest, AnApplicationThatSaysItRunsIsNotAnswered) {
+    EXPECT_THAT(serve({heartbeat, heartbeat, goodbye}), ElementsAre(ready));
+
+    EXPECT_FALSE(hungUp);
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
+}
+
+TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAndNothingIsUsableEverythingIsSwitchedOn) {
+    server.connect({.id = 9, .builtIn = true});
+    for (const DisplayID id : {1U, 2U, 3U, 9U}) {
+        server.switchFromOutside(id, false);
+    }
+
+    serve({silence, goodbye});
+
+    EXPECT_THAT(server.takeChanges(),
+                ElementsAre(Pair(9, true), Pair(1, true), Pair(2, true), Pair(3, true)));
+}
+
+TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentWhatIsOffStaysOffIfAnythingIsUsable) {
+    serve({off(1, 1), off(2, 3), silence, silence, silence, goodbye});
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(3, false)));
+}
+
+TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAServerThatCannotSayIsLeftAlone) {
+    server.setHasOnlineList(false);
+    server.switchFromOutside(1, false);
+
+    serve({silence, goodbye});
+
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
+}
+
+TEST_F(WatchdogServiceTest, ASilentApplicationIsGivenFiveSecondsAndThenLookedAfterEachSecond) {
+    using namespace std::chrono_literals;
+
+    serve({heartbeat, silence, silence, heartbeat, goodbye});
+
+    EXPECT_THAT(timeouts, ElementsAre(5000ms, 5000ms, 1000ms, 1000ms, 5000ms));
+}
+
+TEST_F(WatchdogServiceTest, WhatARescueSwitchedOnIsNotSwitchedOnAgainAtTheEnd) {
+    server.switchFromOutside(2, false);
+    server.switchFromOutside(3, false);
+    server.switchFromOutside(1, false);
+
+    serve({alreadyOff(1), silence});
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true), Pair(2, true), Pair(3, true)));
+}
+
+TEST_F(WatchdogServiceTest, AfterATimeoutAtTheServerADisplayCountsAsOff) {
+    displays.refuse(1, serverStatus::notImplemented);
+    pausesUntilAccepted = 1;
+
+    EXPECT_THAT(serve({off(1, 1)}), ElementsAre(ready, answer(1, 1006)));
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true)));
+}
+
+TEST_F(WatchdogServiceTest, AfterATimeoutALookThatFindsTheDisplayOnSettlesIt) {
+    displays.refuse(1, serverStatus::notImplemented);
+    pausesUntilAccepted = 1;
+
+    serve({off(1, 1), heartbeat});
+
+    EXPECT_EQ(pauses, 0) << "there was nothing to switch on";
+    EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
 TEST_F(WatchdogServiceTest, WhatIsNotAMessageEndsTheConversationWithoutAChange) {

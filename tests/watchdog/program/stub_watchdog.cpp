@@ -10,7 +10,7 @@ int main() {
     using namespace tavrel::watchdog;
     SharedDisplays displays = SharedDisplays::ofEnvironment();
     MessageSocket application(tavrel::FileDescriptor(3));
-    WatchdogService(displays, application, [](auto time) {
+    WatchdogService(displays, displays, application, [](auto time) {
         std::this_thread::sleep_for(time);
     }).run();
 }

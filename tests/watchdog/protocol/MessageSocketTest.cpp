@@ -14,6 +14,9 @@ namespace {
 using namespace std::chrono_literals;
 using Kind = Message::Kind;
 
+/// Far more than anything here takes.
+constexpr std::chrono::milliseconds longest = 30s;
+
 class MessageSocketTest : public testing::Test {
 protected:
     MessageSocketTest() : MessageSocketTest(makeSocketPair()) {}
@@ -40,24 +43,24 @@ TEST_F(MessageSocketTest, WhatIsSentArrivesInOrder) {
     EXPECT_TRUE(theirs->send(first));
     EXPECT_TRUE(theirs->send(second));
 
-    EXPECT_EQ(ours.receive(), Received(first));
-    EXPECT_EQ(ours.receive(), Received(second));
+    EXPECT_EQ(ours.receive(longest), Received(first));
+    EXPECT_EQ(ours.receive(longest), Received(second));
 }
 
 TEST_F(MessageSocketTest, WhatWasSentBeforeTheEndStillArrives) {
     theirs->send({.kind = Kind::goodbye});
     theirs.reset();
 
-    EXPECT_EQ(ours.receive(), Received(Message{.kind = Kind::goodbye}));
-    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
-    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+    EXPECT_EQ(ours.receive(longest), Received(Message{.kind = Kind::goodbye}));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::gone));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::gone));
 }
 
 TEST_F(MessageSocketTest, APeerThatEndsWithoutReadingEverythingIsGone) {
     ours.send({.kind = Kind::ready});
     theirs.reset();
 
-    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::gone));
 }
 
 TEST_F(MessageSocketTest, SendingToAPeerThatIsGoneFailsWithoutASignal) {
@@ -66,12 +69,22 @@ TEST_F(MessageSocketTest, SendingToAPeerThatIsGoneFailsWithoutASignal) {
     EXPECT_FALSE(ours.send({.kind = Kind::ready}));
 }
 
+TEST_F(MessageSocketTest, SendingToAPeerThatDoesNotReadFailsInsteadOfWaiting) {
+    bool isSent = true;
+    for (int sent = 0; isSent && sent < 1'000'000; ++sent) {
+        isSent = ours.send({.kind = Kind::heartbeat});
+    }
+
+    EXPECT_FALSE(isSent);
+    EXPECT_EQ(theirs->receive(0ms), Received(Message{.kind = Kind::heartbeat}));
+}
+
 TEST_F(MessageSocketTest, APeerThatEndsInTheMiddleOfAMessageIsGone) {
     const MessageBytes bytes = encode({.kind = Kind::goodbye});
     sendRaw(std::span(bytes).first(7));
     theirs.reset();
 
-    EXPECT_EQ(ours.receive(), Received(NoMessage::gone));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::gone));
 }
 
 TEST_F(MessageSocketTest, AfterWhatIsNotAMessageEverythingIsMalformed) {
@@ -80,8 +93,8 @@ TEST_F(MessageSocketTest, AfterWhatIsNotAMessageEverythingIsMalformed) {
     sendRaw(bytes);
     theirs->send({.kind = Kind::goodbye});
 
-    EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
-    EXPECT_EQ(ours.receive(), Received(NoMessage::malformed));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::malformed));
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::malformed));
 }
 
 TEST_F(MessageSocketTest, ReceivingEndsAtItsTimeout) {
@@ -104,7 +117,7 @@ TEST_F(MessageSocketTest, HangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) 
     const std::vector<std::uint8_t> noise(1'000'000, 0x55);
     std::optional<Received> seen;
     std::thread other([&] {
-        seen = theirs->receive();
+        seen = theirs->receive(longest);
         sendRaw(noise);
         theirs.reset();
     });

@@ -30,6 +30,7 @@ std::vector<Message> messagesOfEachKind() {
         {.kind = Kind::answer, .id = 0x01020304, .status = 1004},
         {.kind = Kind::answer, .id = 7, .status = std::numeric_limits<ServerStatus>::min()},
         {.kind = Kind::goodbye},
+        {.kind = Kind::heartbeat},
     };
 }
 
@@ -47,12 +48,12 @@ TEST(MessageTest, TheBytesAreTheSameOnEveryMachine) {
 }
 
 TEST(MessageTest, WhatIsShorterOrLongerIsNotAMessage) {
-    const Message goodbye{.kind = Kind::goodbye};
-    std::vector<std::uint8_t> bytes = streamOf({goodbye});
+    const Message message{.kind = Kind::goodbye};
+    std::vector<std::uint8_t> bytes = streamOf({message});
     bytes.push_back(0);
     for (std::size_t size = 0; size <= bytes.size(); ++size) {
         const Decoded expected =
-            size == messageSize ? Decoded(goodbye) : Decoded(MessageError::wrongLength);
+            size == messageSize ? Decoded(message) : Decoded(MessageError::wrongLength);
 
         EXPECT_EQ(decode(std::span(bytes).first(size)), expected) << size;
     }
@@ -79,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
                                          Damage{4, 0, MessageError::otherVersion},
                                          Damage{4, 2, MessageError::otherVersion},
                                          Damage{5, 0, MessageError::unknownKind},
-                                         Damage{5, 7, MessageError::unknownKind},
+                                         Damage{5, 8, MessageError::unknownKind},
                                          Damage{5, 255, MessageError::unknownKind},
                                          Damage{6, 19, MessageError::wrongLength},
                                          Damage{7, 1, MessageError::wrongLength},
@@ -88,6 +89,8 @@ INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
                                          Damage{16, 1, MessageError::impossibleField},
                                          // A goodbye with a number and a display.
                                          Damage{5, 6, MessageError::impossibleField},
+                                         // A heartbeat with a number and a display.
+                                         Damage{5, 7, MessageError::impossibleField},
                                          // An answer about a display.
                                          Damage{5, 5, MessageError::impossibleField}));
 

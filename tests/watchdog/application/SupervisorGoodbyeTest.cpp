@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/watchdog/application/SupervisorFixture.h"
+
+namespace tavrel::watchdog {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::Pair;
+using Kind = Message::Kind;
+
+using SupervisorGoodbyeTest = WatchdogSupervisorTest;
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsOffIsSwitchedOnAndTheWatchdogDismissed) {
+    switchOff(1);
+    switchOff(2);
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_TRUE(isOn(2));
+    EXPECT_THAT(requests,
+                ElementsAre(Pair(1, false), Pair(2, false), Pair(2, true), Pair(1, true)));
+    EXPECT_TRUE(isInProcess());
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsRefusedIsTriedAgain) {
+    switchOff(1);
+    outcomes = {Outcome::isRefused, Outcome::isRefused, Outcome::isRefused};
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_EQ(paused, 3 * insistenceInterval);
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatWasRefusedBeforeIsTriedAgainWhoeverSwitchedItOff) {
+    server.switchFromOutside(3, false);
+    outcomes = {Outcome::isRefused};
+    EXPECT_EQ(switchOn(3), 1004);
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(3));
+    EXPECT_EQ(paused, 0ms);
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWithoutAWatchdogThisProcessTriesAgain) {
+    failingStarts = 1000;
+    switchOff(1);
+    inner.refusals = 8;
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_EQ(paused, 8 * insistenceInterval);
+}
+
+TEST_F(SupervisorGoodbyeTest, AWatchdogIsNeverDismissedWhileSomethingIsOff) {
+    switchOff(1);
+    // As often as the supervisor tries; then the watchdog itself does.
+    outcomes.assign(insistentAttempts, Outcome::isRefused);
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_EQ(requests.size(), 1 + insistentAttempts + 1U);
+    EXPECT_TRUE(isInProcess());
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeNobodyWaitsForADisplayThatWasUnplugged) {
+    switchOff(1);
+    server.disconnect(1);
+
+    supervisor().goodbye();
+
+    EXPECT_EQ(paused, 0ms);
+}
+
+TEST_F(SupervisorGoodbyeTest, AfterATimeoutAtTheServerADisplayCountsAsOff) {
+    failingStarts = 1;
+    inner.refusals = 1;
+    inner.refusal = serverStatus::notImplemented;
+    EXPECT_EQ(switchOff(1), 1006);
+
+    now += 1s;
+    supervisor().beat();
+
+    server.switchFromOutside(1, false);
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1)) << "the next watchdog was told of it";
+}
+
+TEST_F(SupervisorGoodbyeTest, AfterATimeoutALookThatFindsTheDisplayOnSettlesIt) {
+    inner.refusals = 1;
+    inner.refusal = serverStatus::notImplemented;
+    failingStarts = 1;
+    EXPECT_EQ(switchOff(1), 1006);
+    reported.say({{{1, true}}});
+    supervisor().beat();
+
+    now += 1s;
+    startPuppet();
+    supervisor().beat();
+
+    EXPECT_EQ(puppet->hear(), Message{.kind = Kind::heartbeat}) << "it is told of nothing";
+}
+
+}  // namespace
+}  // namespace tavrel::watchdog

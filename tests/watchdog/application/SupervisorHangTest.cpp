@@ -1,0 +1,79 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/watchdog/application/SupervisorFixture.h"
+
+namespace tavrel::watchdog {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::Pair;
+using Kind = Message::Kind;
+
+using SupervisorHangTest = WatchdogSupervisorTest;
+
+TEST_F(SupervisorHangTest, ABeatIsPassedOnToTheWatchdog) {
+    startPuppet();
+
+    supervisor().beat();
+
+    EXPECT_EQ(puppet->hear(), Message{.kind = Kind::heartbeat});
+    EXPECT_EQ(puppet->hear(), std::nullopt);
+}
+
+TEST_F(SupervisorHangTest, AWatchdogThatHasLongStoppedReadingIsReplaced) {
+    startPuppet();
+    for (int second = 0; starts == 1 && second < 1'000'000; ++second) {
+        supervisor().beat();
+    }
+
+    EXPECT_EQ(starts, 2);
+    EXPECT_EQ(puppetsKilled, 1);
+}
+
+TEST_F(SupervisorHangTest, WhenNothingIsUsableAHungWatchdogIsReplacedAndThisProcessSwitches) {
+    urgentTimeout = 20ms;
+    reported.say({{{1, false}}});
+    server.switchFromOutside(1, false);
+    startPuppet();
+
+    EXPECT_EQ(switchOn(1), 0);
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(starts, 2);
+}
+
+TEST_F(SupervisorHangTest, WhileADisplayIsUsableOrTheServerDoesNotSayAWatchdogIsGivenTime) {
+    urgentTimeout = 20ms;
+    answerTimeout = 1s;
+    for (const ReportedDisplays::Report& report :
+         {ReportedDisplays::Report{{{1, false}, {2, true}}}, ReportedDisplays::Report{}}) {
+        endWithoutGoodbye();
+        reported.say(report);
+        startPuppet();
+        const auto asked = std::chrono::steady_clock::now();
+
+        switchOn(1);
+
+        EXPECT_GE(std::chrono::steady_clock::now() - asked, answerTimeout);
+    }
+}
+
+TEST_F(SupervisorHangTest, WhenTheApplicationEndsAHungWatchdogIsNotWaitedFor) {
+    urgentTimeout = 20ms;
+    reported.say({{{1, false}, {2, true}}});
+    server.switchFromOutside(1, false);
+    startPuppet();
+
+    supervisor().hurry();
+
+    EXPECT_EQ(switchOn(1), 0);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+    EXPECT_EQ(puppetsKilled, 1);
+}
+
+}  // namespace
+}  // namespace tavrel::watchdog

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <algorithm>
+#include <optional>
+
+#include "platform/DisplayQueries.h"
+
+namespace tavrel::watchdog {
+
+/// Whether anybody can see anything: whether any display is online and active. std::nullopt
+/// when the server does not say.
+inline std::optional<bool> hasUsableDisplay(DisplayMoment& moment) {
+    const auto online = moment.onlineDisplays();
+    if (!online) {
+        return std::nullopt;
+    }
+    return std::any_of(online->begin(), online->end(),
+                       [&](DisplayID display) { return moment.isActive(display); });
+}
+
+}  // namespace tavrel::watchdog
