@@ -1,4 +1,9 @@
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
 #include "app/System.h"
+#include "platform/posix/BufferedUserDefaults.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
@@ -10,6 +15,12 @@ namespace tavrel {
 
 namespace {
 
+void sayUnwritable(const std::filesystem::path& path) {
+    const std::string name = path.empty() ? "the settings, without a home folder" : path.string();
+    std::fprintf(stderr, "tavrel: cannot write %s; keeping it in memory until that is possible\n",
+                 name.c_str());
+}
+
 class X11System final : public System {
 public:
     bool quitOnLastWindowClosed() const override { return true; }
@@ -17,7 +28,8 @@ public:
     DisplaySwitch& displaySwitch() override { return windowServer_; }
     DisplayQueries& queries() override { return windowServer_; }
     ReconfigurationReports& reports() override { return reports_; }
-    UserDefaults& userDefaults() override { return userDefaults_; }
+    /// Asked on the main thread each second.
+    UserDefaults& userDefaults() override { return userDefaults_.fromMemory(); }
 
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) override {
         return std::make_unique<X11HotKeys>(mainQueue);
@@ -27,7 +39,9 @@ public:
     }
 
 private:
-    FileUserDefaults userDefaults_{defaultsPath()};
+    const std::filesystem::path path_ = defaultsPath();
+    BufferedUserDefaults userDefaults_{std::make_unique<FileUserDefaults>(path_),
+                                       {.onUnwritable = [path = path_] { sayUnwritable(path); }}};
     X11ReconfigurationReports reports_;
     X11WindowServer windowServer_{userDefaults_};
 };

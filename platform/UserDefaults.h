@@ -15,11 +15,15 @@ public:
     virtual ~UserDefaults() = default;
 
     /// The bytes under `key`, complete, as one `setData` wrote them. std::nullopt when the key
-    /// is absent, holds something other than bytes, or the store cannot be read.
+    /// is absent, holds something other than bytes, or the store cannot be read and nothing of
+    /// it is known. What this process wrote shows at once, what another wrote maybe only later.
     virtual std::optional<std::string> data(std::string_view key) = 0;
 
-    /// Replaces the value under `key`, leaving all other keys as they are. Returns
-    /// whether it was stored; when not, the old value is still there.
+    /// Replaces the value under `key`, leaving all other keys as they are. Returns whether
+    /// `data` gives it from now on; when not, the old value is still there.
+    ///
+    /// When this returns true, the value is on its way to the disk and normally there. A store
+    /// may also keep in memory what it cannot write now, and write it as soon as it can.
     virtual bool setData(std::string_view key, std::string_view bytes) = 0;
 
     /// What becomes of a value (std::nullopt: there is none); std::nullopt leaves it as it is.

@@ -1,5 +1,6 @@
 #include "platform/posix/FileUserDefaults.h"
 
+#include <cerrno>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -30,8 +31,8 @@ json parseObject(const std::string& text) {
 }
 
 /// The members of `object` that hold a text.
-std::map<std::string, std::string, std::less<>> textsIn(const json& object) {
-    std::map<std::string, std::string, std::less<>> texts;
+BlockingUserDefaults::Texts textsIn(const json& object) {
+    BlockingUserDefaults::Texts texts;
     for (const auto& [key, value] : object.items()) {
         if (value.is_string()) {
             texts.emplace(key, value.get<std::string>());
@@ -68,6 +69,11 @@ std::filesystem::path withSuffix(std::filesystem::path path, const std::string& 
     return path;
 }
 
+bool hasFolder(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_directory(path.parent_path(), error);
+}
+
 /// Renames a damaged file to the first name that is free.
 bool moveDamagedAside(const std::filesystem::path& target) {
     std::error_code error;
@@ -92,16 +98,26 @@ std::optional<std::string> FileUserDefaults::data(std::string_view key) {
     return found == texts_.end() ? std::nullopt : std::optional(found->second);
 }
 
-void FileUserDefaults::readIfChanged() {
+std::optional<BlockingUserDefaults::Texts> FileUserDefaults::all() {
+    const std::lock_guard guard(mutex_);
+    return readIfChanged() ? std::optional(texts_) : std::nullopt;
+}
+
+bool FileUserDefaults::canHold(std::string_view key, std::string_view bytes) const {
+    return textOf({{std::string(key), std::string(bytes)}}).has_value();
+}
+
+bool FileUserDefaults::readIfChanged() {
     const FileDescriptor file = AtomicFile::openForReading(path_);
+    const bool isAbsent = !file.isOpen() && errno == ENOENT;
     const auto version = AtomicFile::versionOf(file);
     if (version && version == settledVersion_) {
-        return;
+        return true;
     }
     texts_.clear();
     settledVersion_.reset();
     if (!version) {
-        return;
+        return file.isOpen() || (isAbsent && hasFolder(path_));
     }
     // Asked before reading, so that a write during the reading counts as a later one.
     const auto now = clock_();
@@ -113,6 +129,7 @@ void FileUserDefaults::readIfChanged() {
     if (outcome != ReadOutcome::refused && AtomicFile::isSettled(*version, now)) {
         settledVersion_ = version;
     }
+    return outcome != ReadOutcome::refused;
 }
 
 bool FileUserDefaults::setData(std::string_view key, std::string_view bytes) {

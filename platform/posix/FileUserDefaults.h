@@ -3,11 +3,10 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <mutex>
 
-#include "platform/UserDefaults.h"
 #include "platform/posix/AtomicFile.h"
+#include "platform/posix/BlockingUserDefaults.h"
 
 namespace tavrel {
 
@@ -26,7 +25,7 @@ namespace tavrel {
 /// A file that is not a JSON object (or is above 16 MiB) is an empty store; the first
 /// write renames it to end in ".damaged" instead of overwriting it. A file that cannot be
 /// read for another reason is left alone, and writes fail.
-class FileUserDefaults : public UserDefaults {
+class FileUserDefaults : public BlockingUserDefaults {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
 
@@ -48,8 +47,13 @@ public:
     /// Calls `change` once, with the lock held.
     bool update(std::string_view key, const Change& change) override;
 
+    std::optional<Texts> all() override;
+    /// Keys and values must be valid UTF-8.
+    bool canHold(std::string_view key, std::string_view bytes) const override;
+
 private:
-    void readIfChanged();
+    /// Returns whether what the store holds is known.
+    bool readIfChanged();
 
     const std::filesystem::path path_;
     const Clock clock_;
@@ -57,7 +61,7 @@ private:
 
     std::mutex mutex_;
     /// The file's values by key, as last read.
-    std::map<std::string, std::string, std::less<>> texts_;
+    Texts texts_;
     /// The version of the file that `texts_` was read from; std::nullopt when the file has
     /// to be read again in any case.
     std::optional<AtomicFile::Version> settledVersion_;

@@ -1,3 +1,4 @@
+#include "platform/posix/BufferedUserDefaults.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/x11/X11WindowServer.h"
@@ -8,7 +9,7 @@ namespace tavrel::watchdog {
 namespace {
 
 struct Parts {
-    FileUserDefaults userDefaults{defaultsPath()};
+    BufferedUserDefaults userDefaults{std::make_unique<FileUserDefaults>(defaultsPath())};
     X11WindowServer windowServer{userDefaults};
 };
 

@@ -1,0 +1,224 @@
+#include "platform/posix/BufferedUserDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "tests/platform/posix/BufferedUserDefaultsFixture.h"
+#include "tests/platform/posix/ForkedProcess.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+BufferedUserDefaults::Options retryingAtOnce() {
+    return {.retryInterval = 1ms};
+}
+BufferedUserDefaults::Options retryingNever() {
+    return {.retryInterval = std::chrono::hours(24)};
+}
+
+TEST_F(BufferedUserDefaultsTest, ReadsWhatTheFileHeldBefore) {
+    write(R"({"key":"old"})");
+    open();
+
+    EXPECT_EQ(buffered->fromMemory().data("key"), "old");
+    EXPECT_EQ(buffered->data("key"), "old");
+    EXPECT_EQ(buffered->data("missing"), std::nullopt);
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatIsSetIsOnTheDiskWhenThatReturns) {
+    open();
+
+    EXPECT_TRUE(buffered->setData("key", "first"));
+    EXPECT_EQ(store.data("key"), "first");
+    EXPECT_TRUE(buffered->fromMemory().setData("key", "second"));
+    EXPECT_EQ(store.data("key"), "second");
+    EXPECT_EQ(buffered->fromMemory().data("key"), "second");
+}
+
+TEST_F(BufferedUserDefaultsTest, WriteByAnotherProcessIsSeenAtOnceOrLaterFromMemory) {
+    open();
+    buffered->setData("key", "own");
+
+    store.setData("key", "other");
+    EXPECT_EQ(buffered->data("key"), "other");
+
+    store.setData("key", "another");
+    EXPECT_TRUE(
+        support::waitUntil([&] { return buffered->fromMemory().data("key") == "another"; }));
+}
+
+TEST_F(BufferedUserDefaultsTest, RefusesTextThatIsNotUTF8AndKeepsTheOldValue) {
+    open();
+    buffered->setData("key", "old");
+
+    EXPECT_FALSE(buffered->setData("key", "\xff"));
+    EXPECT_FALSE(buffered->setData("\xff", "value"));
+    EXPECT_FALSE(buffered->update("key", [](const auto&) { return "\xff"; }));
+
+    EXPECT_EQ(buffered->data("key"), "old");
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatCannotBeWrittenIsReadFromMemory) {
+    write(R"({"key":"old","other":"untouched"})");
+    openWith(Kind::refusesWrites);
+
+    EXPECT_TRUE(buffered->setData("key", "new"));
+
+    EXPECT_EQ(buffered->data("key"), "new");
+    EXPECT_EQ(buffered->fromMemory().data("key"), "new");
+    EXPECT_EQ(buffered->data("other"), "untouched");
+    EXPECT_EQ(store.data("key"), "old");
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAsSoonAsThatIsPossible) {
+    openWith(Kind::refusesWrites, retryingAtOnce());
+    buffered->setData("key", "first");
+    buffered->setData("key", "second");
+    buffered->setData("other", "third");
+
+    trouble->endTrouble();
+
+    EXPECT_TRUE(isOnDisk("second"));
+    EXPECT_TRUE(support::waitUntil([&] { return store.data("other") == "third"; }));
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenWithTheNextWrite) {
+    openWith(Kind::refusesWrites, retryingNever());
+    buffered->setData("key", "kept");
+
+    trouble->endTrouble();
+    buffered->setData("other", "value");
+
+    EXPECT_TRUE(isOnDisk("kept"));
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAtTheEnd) {
+    openWith(Kind::refusesWrites, retryingNever());
+    buffered->setData("key", "kept");
+
+    trouble->endTrouble();
+    buffered.reset();
+
+    EXPECT_EQ(store.data("key"), "kept");
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatOthersWroteAfterAKeptValueWasWrittenIsSeen) {
+    openWith(Kind::refusesWrites, retryingAtOnce());
+    buffered->setData("key", "kept");
+    trouble->endTrouble();
+    ASSERT_TRUE(isOnDisk("kept"));
+
+    store.setData("key", "other");
+
+    EXPECT_EQ(buffered->data("key"), "other");
+}
+
+TEST_F(BufferedUserDefaultsTest, SaysOnceThatItCannotWrite) {
+    std::atomic<int> said = 0;
+    open({.retryInterval = 1ms, .onUnwritable = [&] { ++said; }});
+    buffered->setData("key", "written");
+    EXPECT_EQ(said, 0);
+
+    trouble->begin(Kind::refusesWrites);
+    buffered->setData("key", "kept");
+    buffered->setData("other", "kept");
+    trouble->endTrouble();
+    ASSERT_TRUE(isOnDisk("kept"));
+    trouble->begin(Kind::refusesWrites);
+    buffered->setData("key", "kept again");
+    buffered.reset();
+
+    EXPECT_EQ(said, 1);
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatWasReadHoldsWhileTheStoreCannotBeRead) {
+    write(R"({"key":"old"})");
+    open();
+    EXPECT_EQ(buffered->data("key"), "old");
+
+    trouble->begin(Kind::refusesAll);
+    store.setData("key", "unseen");
+    EXPECT_EQ(buffered->data("key"), "old");
+
+    trouble->endTrouble();
+    EXPECT_EQ(buffered->data("key"), "unseen");
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatWasWrittenHoldsWhileTheFolderIsMissing) {
+    open();
+    buffered->setData("key", "value");
+
+    std::filesystem::remove_all(path.parent_path());
+    EXPECT_EQ(buffered->data("key"), "value");
+
+    std::filesystem::create_directory(path.parent_path());
+    EXPECT_EQ(buffered->data("key"), std::nullopt);
+}
+
+TEST_F(BufferedUserDefaultsTest, UpdateMakesTheNewValueOfTheOldOne) {
+    const auto append = [](const auto& old) { return old.value_or("") + "x"; };
+    open();
+
+    EXPECT_TRUE(buffered->update("key", append));
+    EXPECT_TRUE(buffered->fromMemory().update("key", append));
+    EXPECT_TRUE(buffered->update("key", [](const auto&) { return std::nullopt; }));
+
+    EXPECT_EQ(store.data("key"), "xx");
+}
+
+TEST_F(BufferedUserDefaultsTest, UpdateIsMadeAnewWhenAnotherProcessWroteMeanwhile) {
+    int calls = 0;
+    open();
+    buffered->setData("key", "old");
+
+    buffered->update("key", [&](const auto& old) {
+        if (++calls == 1) {
+            EXPECT_TRUE(store.setData("key", "other"));
+        }
+        return old.value_or("") + " and new";
+    });
+
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(store.data("key"), "other and new");
+}
+
+TEST_F(BufferedUserDefaultsTest, UpdateOfAKeptValueGoesOnFromThat) {
+    openWith(Kind::refusesWrites, retryingAtOnce());
+    buffered->setData("key", "kept");
+
+    buffered->update("key", [&](const auto& old) { return old.value_or("") + " and new"; });
+    EXPECT_EQ(buffered->data("key"), "kept and new");
+
+    trouble->endTrouble();
+    EXPECT_TRUE(isOnDisk("kept and new"));
+}
+
+TEST_F(BufferedUserDefaultsTest, TwoProcessesChangingOneValueLoseNoChange) {
+    constexpr int changesEach = 40;
+    const auto add = [&] {
+        using std::chrono::minutes;
+        BufferedUserDefaults own(
+            std::make_unique<FileUserDefaults>(path, std::chrono::system_clock::now, minutes(5)),
+            {.patience = minutes(5)});
+        for (int i = 0; i < changesEach; ++i) {
+            own.update("sum", [](const auto& old) {
+                return std::to_string(std::stoi(old.value_or("0")) + 1);
+            });
+        }
+        return 0;
+    };
+
+    ForkedProcess first(add);
+    ForkedProcess second(add);
+
+    EXPECT_EQ(add(), 0);
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_EQ(second.wait(), 0);
+    EXPECT_EQ(store.data("sum"), std::to_string(3 * changesEach));
+}
+
+}  // namespace
+}  // namespace tavrel

@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include "platform/posix/AtomicFile.h"
+#include "tests/platform/posix/BufferedUserDefaultsFixture.h"
+
+namespace tavrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A store below that does not return from a call before it is told to. Where somebody would
+/// wait for that without limit, these tests never end.
+class HangingDefaultsTest : public BufferedUserDefaultsTest {
+protected:
+    static BufferedUserDefaults::Options impatient() {
+        return {.patience = 20ms, .retryInterval = 1ms};
+    }
+
+    /// Opens the store with "old" in it, and lets it hang from then on.
+    void hangAfterReading(const BufferedUserDefaults::Options& options = impatient()) {
+        write(R"({"key":"old"})");
+        open(options);
+        ASSERT_EQ(buffered->data("key"), "old");
+        trouble->begin(Kind::hangs);
+    }
+};
+
+TEST_F(HangingDefaultsTest, MemoryAnswersWithoutWaiting) {
+    // Whoever waits here waits for an hour.
+    hangAfterReading({.patience = std::chrono::hours(1)});
+
+    EXPECT_EQ(buffered->fromMemory().data("key"), "old");
+    trouble->awaitHangingCall();
+    EXPECT_EQ(buffered->fromMemory().data("key"), "old");
+    EXPECT_EQ(buffered->fromMemory().data("missing"), std::nullopt);
+}
+
+TEST_F(HangingDefaultsTest, ReadingWaitsForATimeOnlyAndThenTellsWhatIsKnown) {
+    hangAfterReading();
+
+    EXPECT_EQ(buffered->data("key"), "old");
+}
+
+TEST_F(HangingDefaultsTest, WritingWaitsForATimeOnlyAndIsDoneWhenTheStoreGoesOn) {
+    hangAfterReading();
+
+    EXPECT_TRUE(buffered->setData("key", "new"));
+    EXPECT_EQ(buffered->data("key"), "new");
+    EXPECT_EQ(store.data("key"), "old");
+
+    trouble->endTrouble();
+    EXPECT_TRUE(isOnDisk("new"));
+}
+
+TEST_F(HangingDefaultsTest, OnlyTheFirstOneWaits) {
+    // If each waited, they would take hours.
+    hangAfterReading({.patience = 1s});
+
+    for (int i = 0; i < 10'000; ++i) {
+        EXPECT_TRUE(buffered->setData("key", std::to_string(i)));
+        EXPECT_EQ(buffered->data("key"), std::to_string(i));
+    }
+}
+
+TEST_F(HangingDefaultsTest, EveryWriteIsWaitedForAgainOnceTheStoreHasAnswered) {
+    hangAfterReading();
+    buffered->setData("key", "kept");
+    trouble->endTrouble();
+    ASSERT_TRUE(isOnDisk("kept"));
+    ASSERT_EQ(buffered->data("key"), "kept");
+
+    // Whatever was late before, no more than the write itself may be under way.
+    ASSERT_TRUE(support::waitUntil([&] {
+        buffered->setData("key", "new");
+        return store.data("key") == "new";
+    }));
+    EXPECT_EQ(buffered->data("key"), "new");
+}
+
+TEST_F(HangingDefaultsTest, UpdateThatNobodyWaitsForAnyMoreIsWrittenWhateverOthersWrote) {
+    hangAfterReading();
+    buffered->update("key", [](const auto& old) { return old.value_or("") + " and new"; });
+
+    store.setData("key", "other");
+    trouble->endTrouble();
+
+    EXPECT_TRUE(isOnDisk("old and new"));
+}
+
+TEST_F(HangingDefaultsTest, StoreThatHangsFromTheStartIsEmptyUntilItIsRead) {
+    write(R"({"key":"old"})");
+    openWith(Kind::hangs, impatient());
+
+    EXPECT_EQ(buffered->fromMemory().data("key"), std::nullopt);
+
+    trouble->endTrouble();
+    EXPECT_TRUE(support::waitUntil([&] { return buffered->fromMemory().data("key") == "old"; }));
+}
+
+TEST_F(HangingDefaultsTest, EndLeavesTheHangingCallBehind) {
+    hangAfterReading();
+    buffered->setData("key", "kept");
+    trouble->awaitHangingCall();
+
+    buffered.reset();
+
+    trouble->endTrouble();
+    EXPECT_TRUE(isOnDisk("kept"));
+}
+
+TEST_F(HangingDefaultsTest, ThatItTakesTooLongIsSaid) {
+    int said = 0;
+    auto options = impatient();
+    options.onUnwritable = [&] { ++said; };
+    hangAfterReading(options);
+
+    buffered->setData("key", "kept");
+
+    EXPECT_EQ(said, 1);
+}
+
+TEST_F(HangingDefaultsTest, LockThatAnotherHoldsDelaysTheWriteUntilItIsFree) {
+    write(R"({"key":"old"})");
+    BufferedUserDefaults own(
+        std::make_unique<FileUserDefaults>(path, std::chrono::system_clock::now, 20ms),
+        impatient());
+    {
+        const FileDescriptor held = AtomicFile::lock(beside(".lock"), 1s);
+        ASSERT_TRUE(held.isOpen());
+
+        EXPECT_TRUE(own.setData("key", "new"));
+        EXPECT_EQ(own.data("key"), "new");
+        EXPECT_EQ(store.data("key"), "old");
+    }
+    EXPECT_TRUE(isOnDisk("new"));
+}
+
+}  // namespace
+}  // namespace tavrel
