@@ -73,7 +73,6 @@ StoreThread::Write::State StoreThread::write(std::string_view key, std::string_v
     if (!waitUntil(lock, [&] { return write->state != Write::State::waiting; })) {
         // Nobody is left to be told that it was overtaken.
         write->expected.reset();
-        sayUnwritable(lock);
         return Write::State::kept;
     }
     return write->state;

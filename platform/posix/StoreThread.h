@@ -24,7 +24,7 @@ struct StoreThreadOptions {
     std::chrono::milliseconds patience{2000};
     /// How long after a refused write the next attempt comes.
     std::chrono::milliseconds retryInterval{1000};
-    /// Called at most once, on any thread: something could not be written in time.
+    /// Called at most once, on the thread that writes: a write was refused.
     std::function<void()> onUnwritable = [] {};
 };
 

@@ -83,12 +83,15 @@ protected:
 
     ~BufferedUserDefaultsTest() override { trouble->endTrouble(); }
 
-    void open(BufferedUserDefaults::Options options = {}) {
+    /// For tests in which nothing is to be kept waiting, however slow the machine.
+    static BufferedUserDefaults::Options patient() { return {.patience = std::chrono::hours(1)}; }
+
+    void open(BufferedUserDefaults::Options options = patient()) {
         buffered = std::make_unique<BufferedUserDefaults>(
             std::make_unique<TroubledStore>(path, trouble), std::move(options));
     }
     /// The same with trouble from the first moment.
-    void openWith(Kind kind, BufferedUserDefaults::Options options = {}) {
+    void openWith(Kind kind, BufferedUserDefaults::Options options = patient()) {
         trouble->begin(kind);
         open(std::move(options));
     }

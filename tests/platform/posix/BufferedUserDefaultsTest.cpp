@@ -12,11 +12,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-BufferedUserDefaults::Options retryingAtOnce() {
-    return {.retryInterval = 1ms};
-}
-BufferedUserDefaults::Options retryingNever() {
-    return {.retryInterval = std::chrono::hours(24)};
+constexpr std::chrono::hours never{24};
+
+BufferedUserDefaults::Options retryingAfter(std::chrono::milliseconds interval) {
+    return {.patience = 1h, .retryInterval = interval};
 }
 
 TEST_F(BufferedUserDefaultsTest, ReadsWhatTheFileHeldBefore) {
@@ -74,7 +73,7 @@ TEST_F(BufferedUserDefaultsTest, WhatCannotBeWrittenIsReadFromMemory) {
 }
 
 TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAsSoonAsThatIsPossible) {
-    openWith(Kind::refusesWrites, retryingAtOnce());
+    openWith(Kind::refusesWrites, retryingAfter(1ms));
     buffered->setData("key", "first");
     buffered->setData("key", "second");
     buffered->setData("other", "third");
@@ -86,7 +85,7 @@ TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAsSoonAsThatIsPossible) {
 }
 
 TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenWithTheNextWrite) {
-    openWith(Kind::refusesWrites, retryingNever());
+    openWith(Kind::refusesWrites, retryingAfter(never));
     buffered->setData("key", "kept");
 
     trouble->endTrouble();
@@ -96,7 +95,7 @@ TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenWithTheNextWrite) {
 }
 
 TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAtTheEnd) {
-    openWith(Kind::refusesWrites, retryingNever());
+    openWith(Kind::refusesWrites, retryingAfter(never));
     buffered->setData("key", "kept");
 
     trouble->endTrouble();
@@ -106,7 +105,7 @@ TEST_F(BufferedUserDefaultsTest, WhatWasKeptIsWrittenAtTheEnd) {
 }
 
 TEST_F(BufferedUserDefaultsTest, WhatOthersWroteAfterAKeptValueWasWrittenIsSeen) {
-    openWith(Kind::refusesWrites, retryingAtOnce());
+    openWith(Kind::refusesWrites, retryingAfter(1ms));
     buffered->setData("key", "kept");
     trouble->endTrouble();
     ASSERT_TRUE(isOnDisk("kept"));
@@ -118,7 +117,9 @@ TEST_F(BufferedUserDefaultsTest, WhatOthersWroteAfterAKeptValueWasWrittenIsSeen)
 
 TEST_F(BufferedUserDefaultsTest, SaysOnceThatItCannotWrite) {
     std::atomic<int> said = 0;
-    open({.retryInterval = 1ms, .onUnwritable = [&] { ++said; }});
+    auto options = retryingAfter(1ms);
+    options.onUnwritable = [&] { ++said; };
+    open(options);
     buffered->setData("key", "written");
     EXPECT_EQ(said, 0);
 
@@ -186,7 +187,7 @@ TEST_F(BufferedUserDefaultsTest, UpdateIsMadeAnewWhenAnotherProcessWroteMeanwhil
 }
 
 TEST_F(BufferedUserDefaultsTest, UpdateOfAKeptValueGoesOnFromThat) {
-    openWith(Kind::refusesWrites, retryingAtOnce());
+    openWith(Kind::refusesWrites, retryingAfter(1ms));
     buffered->setData("key", "kept");
 
     buffered->update("key", [&](const auto& old) { return old.value_or("") + " and new"; });

@@ -20,7 +20,7 @@ protected:
     void hangAfterReading(const BufferedUserDefaults::Options& options = impatient()) {
         write(R"({"key":"old"})");
         open(options);
-        ASSERT_EQ(buffered->data("key"), "old");
+        ASSERT_TRUE(support::waitUntil([&] { return buffered->data("key") == "old"; }));
         trouble->begin(Kind::hangs);
     }
 };
@@ -62,25 +62,37 @@ TEST_F(HangingDefaultsTest, OnlyTheFirstOneWaits) {
     }
 }
 
-TEST_F(HangingDefaultsTest, EveryWriteIsWaitedForAgainOnceTheStoreHasAnswered) {
-    hangAfterReading();
+TEST_F(HangingDefaultsTest, WritesAreWaitedForAgainOnceTheStoreHasAnswered) {
+    hangAfterReading({.patience = 200ms, .retryInterval = 1ms});
     buffered->setData("key", "kept");
     trouble->endTrouble();
     ASSERT_TRUE(isOnDisk("kept"));
-    ASSERT_EQ(buffered->data("key"), "kept");
 
-    // Whatever was late before, no more than the write itself may be under way.
-    ASSERT_TRUE(support::waitUntil([&] {
-        buffered->setData("key", "new");
-        return store.data("key") == "new";
+    int value = 0;
+    EXPECT_TRUE(support::waitUntil([&] {
+        const std::string next = std::to_string(++value);
+        return buffered->setData("key", next) && store.data("key") == next;
     }));
-    EXPECT_EQ(buffered->data("key"), "new");
 }
 
 TEST_F(HangingDefaultsTest, UpdateThatNobodyWaitsForAnyMoreIsWrittenWhateverOthersWrote) {
     hangAfterReading();
     buffered->update("key", [](const auto& old) { return old.value_or("") + " and new"; });
 
+    store.setData("key", "other");
+    trouble->endTrouble();
+
+    EXPECT_TRUE(isOnDisk("old and new"));
+}
+
+TEST_F(HangingDefaultsTest, UpdateThatIsOvertakenAfterAllAreGoneIsWrittenAllTheSame) {
+    hangAfterReading({.patience = 200ms, .retryInterval = 1ms});
+    trouble->endTrouble();
+
+    buffered->update("key", [&](const auto& old) {
+        trouble->begin(Kind::hangs);
+        return old.value_or("") + " and new";
+    });
     store.setData("key", "other");
     trouble->endTrouble();
 
@@ -106,17 +118,6 @@ TEST_F(HangingDefaultsTest, EndLeavesTheHangingCallBehind) {
 
     trouble->endTrouble();
     EXPECT_TRUE(isOnDisk("kept"));
-}
-
-TEST_F(HangingDefaultsTest, ThatItTakesTooLongIsSaid) {
-    int said = 0;
-    auto options = impatient();
-    options.onUnwritable = [&] { ++said; };
-    hangAfterReading(options);
-
-    buffered->setData("key", "kept");
-
-    EXPECT_EQ(said, 1);
 }
 
 TEST_F(HangingDefaultsTest, LockThatAnotherHoldsDelaysTheWriteUntilItIsFree) {

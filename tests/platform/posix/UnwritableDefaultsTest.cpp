@@ -26,7 +26,8 @@ protected:
         store.setData("key", "old");
         ForkedProcess child([&]() -> int {
             BufferedUserDefaults buffered(std::make_unique<FileUserDefaults>(path),
-                                          {.retryInterval = std::chrono::milliseconds(10)});
+                                          {.patience = std::chrono::hours(1),
+                                           .retryInterval = std::chrono::milliseconds(10)});
             if (!becomeOrdinaryUser() || buffered.data("key") != "old" || !breakStore()) {
                 return unprepared;
             }
