@@ -50,7 +50,7 @@ bool comesBefore(const DisplayDevice& a, const DisplayDevice& b) {
 
 std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& userDefaults,
                                          WallClock& wallClock) {
-    const auto moment = queries.now();
+    const auto moment = queries.nowAfterProbing();
     const auto online = presentDisplays(*moment);
     const bool numbered = online.size() >= numberedFrom;
 

@@ -50,6 +50,11 @@ public:
     /// Returns the answers as of now. Never null: when the server is gone, it is a moment that
     /// knows no display. Must not outlive this object.
     virtual std::unique_ptr<DisplayMoment> now() = 0;
+
+    /// As `now`, but a server that answers from memory looks for monitors anew first. That can
+    /// take seconds, in which it serves nobody: for when the user asks what there is, and not on
+    /// the main thread.
+    virtual std::unique_ptr<DisplayMoment> nowAfterProbing() { return now(); }
 };
 
 }  // namespace tavrel

@@ -59,7 +59,7 @@ void X11ReconfigurationReports::settled(x11::Connection& connection) {
     if (!std::exchange(hasNews_, false)) {
         return;
     }
-    std::optional<x11::Snapshot> now = x11::readSnapshot(connection);
+    std::optional<x11::Snapshot> now = x11::readSnapshot(connection, x11::Probing::onContradiction);
     if (!now.has_value()) {
         return;
     }

@@ -75,45 +75,47 @@ private:
     const layout::Layout layout_;
 };
 
+std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer) {
+    switch (answer.server) {
+        case x11::LastWord::Server::present:
+            return std::make_unique<SnapshotMoment>(*answer.snapshot);
+        case x11::LastWord::Server::withoutRandr:
+            // Its displays cannot be told apart, so none is known to be online; those remembered
+            // from elsewhere can still be listed.
+            return std::make_unique<SilentMoment>(std::vector<DisplayID>{});
+        case x11::LastWord::Server::absent:
+            break;
+    }
+    return std::make_unique<SilentMoment>(std::nullopt);
+}
+
 }  // namespace
 
 X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& options)
-    : questionLink_(options), changeLink_(options), remembered_(store) {}
-
-x11::Connection* X11WindowServer::usableConnection(x11::ServerLink& link) {
-    x11::Connection* connection = link.connection();
-    return connection != nullptr && connection->hasRandr() ? connection : nullptr;
-}
+    : lastWord_(options), changeLink_(options), remembered_(store) {}
 
 bool X11WindowServer::canSwitch() {
-    const std::lock_guard lock(questionMutex_);
-    return usableConnection(questionLink_) != nullptr;
+    return lastWord_.ask(x11::Probing::never).server == x11::LastWord::Server::present;
 }
 
 ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
-    x11::Connection* connection = usableConnection(changeLink_);
-    if (connection == nullptr) {
+    x11::Connection* connection = changeLink_.connection();
+    if (connection == nullptr || !connection->hasRandr()) {
         return serverStatus::notImplemented;
     }
-    x11::RandrLayoutServer server(*connection);
+    // Whoever misses a display may have just plugged it in.
+    x11::RandrLayoutServer server(*connection,
+                                  enabled ? x11::Probing::always : x11::Probing::onContradiction);
     return x11::switchDisplay(server, remembered_, display, enabled);
 }
 
 std::unique_ptr<DisplayMoment> X11WindowServer::now() {
-    const std::lock_guard lock(questionMutex_);
-    x11::Connection* connection = questionLink_.connection();
-    if (connection != nullptr && !connection->hasRandr()) {
-        // Its displays cannot be told apart, so none is known to be online; those remembered
-        // from elsewhere can still be listed.
-        return std::make_unique<SilentMoment>(std::vector<DisplayID>{});
-    }
-    if (connection != nullptr) {
-        if (auto snapshot = x11::RandrLayoutServer(*connection).read()) {
-            return std::make_unique<SnapshotMoment>(*snapshot);
-        }
-    }
-    return std::make_unique<SilentMoment>(std::nullopt);
+    return momentOf(lastWord_.ask(x11::Probing::never));
+}
+
+std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
+    return momentOf(lastWord_.ask(x11::Probing::always));
 }
 
 }  // namespace tavrel

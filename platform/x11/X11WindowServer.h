@@ -7,6 +7,7 @@
 #include "platform/DisplaySwitch.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
+#include "platform/x11/snapshot/LastWord.h"
 
 namespace tavrel {
 
@@ -16,9 +17,13 @@ namespace tavrel {
 ///
 /// Thread-safe. Changes are made strictly one at a time, each with the server grabbed;
 /// questions have a connection of their own and wait for the server alone. Without a
-/// server, or when it goes away or falls silent, every status is 1006, both lists are absent
-/// and every answer is false or 0; it is looked for again when asked, at most once a second.
-/// A server without RandR is such a one too, except that it has an online list: an empty one.
+/// server, or when it goes away, every status is 1006, both lists are absent and every answer is
+/// false or 0; it is looked for again when asked, at most once a second. A server without RandR
+/// is such a one too, except that it has an online list: an empty one.
+///
+/// While the server is silent but not known to be gone, a change is 1006 after the options'
+/// timeout, and questions are answered by what it said last: that it can't answer says nothing
+/// about its displays.
 class X11WindowServer : public DisplaySwitch, public DisplayQueries {
 public:
     /// Keeps in `store`, which must outlive this, how displays were when switched off.
@@ -28,12 +33,10 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
-    static x11::Connection* usableConnection(x11::ServerLink& link);
-
-    std::mutex questionMutex_;
-    x11::ServerLink questionLink_;
+    x11::LastWord lastWord_;
 
     std::mutex changeMutex_;
     x11::ServerLink changeLink_;

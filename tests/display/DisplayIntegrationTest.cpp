@@ -187,6 +187,7 @@ TEST_F(DisplayIntegrationTest, AsksOneMomentHoweverManyDisplaysThereAre) {
     fetch();
 
     EXPECT_EQ(server.moments, 1);
+    EXPECT_EQ(server.probes, 1) << "a monitor may have just been plugged in";
 }
 
 }  // namespace

@@ -36,12 +36,18 @@ public:
     std::map<DisplayID, Facts> facts;
     /// How many moments have been asked for.
     int moments = 0;
+    /// How many of them after a look for new monitors.
+    int probes = 0;
 
     std::vector<std::string> takeCalls() { return std::exchange(calls_, {}); }
 
     std::unique_ptr<DisplayMoment> now() override {
         ++moments;
         return std::make_unique<Moment>(*this);
+    }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override {
+        ++probes;
+        return now();
     }
 
 private:

@@ -33,7 +33,8 @@ std::unique_ptr<Connection> Connection::connect(const X11ServerOptions& options)
         return nullptr;
     }
     connection->negotiateRandr();
-    return connection->isLost() ? nullptr : std::move(connection);
+    const bool isGone = connection->isLost() && !connection->hasTimedOut();
+    return isGone ? nullptr : std::move(connection);
 }
 
 Connection::Connection(xcb_connection_t* connection, std::chrono::milliseconds timeout, int screen)
@@ -138,6 +139,17 @@ XcbReply<xcb_generic_event_t> Connection::nextEvent() {
 void Connection::discardEvents() {
     drainEvents();
     events_.clear();
+}
+
+bool Connection::hasProbedLately() const {
+    // A wake all asks for one display after the other.
+    constexpr std::chrono::seconds aMoment{1};
+    return probedAt_.has_value() && std::chrono::steady_clock::now() - *probedAt_ < aMoment;
+}
+
+void Connection::noteProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) {
+    probedLayout_ = {layoutTimestamp, configTimestamp};
+    probedAt_ = std::chrono::steady_clock::now();
 }
 
 Connection::Millimetres Connection::millimetres() {

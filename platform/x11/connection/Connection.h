@@ -48,7 +48,8 @@ using XcbReply = std::unique_ptr<Reply, XcbFree>;
 /// was only slow doesn't stay grabbed by it. Nothing here ends the process.
 class Connection {
 public:
-    /// Blocks until the server has answered. Null when it cannot be reached.
+    /// Blocks until the server has answered. Null when it cannot be reached; lost already when
+    /// it answered at first and then stayed silent.
     static std::unique_ptr<Connection> connect(const X11ServerOptions& options);
     ~Connection();
     Connection(const Connection&) = delete;
@@ -102,9 +103,9 @@ public:
     bool hasProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) const {
         return probedLayout_ == std::pair(layoutTimestamp, configTimestamp);
     }
-    void noteProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp) {
-        probedLayout_ = {layoutTimestamp, configTimestamp};
-    }
+    /// Whether it was made to look a moment ago.
+    bool hasProbedLately() const;
+    void noteProbed(std::uint32_t layoutTimestamp, std::uint32_t configTimestamp);
 
     /// The physical size the server claims for the screen.
     struct Millimetres {
@@ -131,6 +132,7 @@ private:
     xcb_atom_t edidAtom_ = XCB_ATOM_NONE;
     std::deque<XcbReply<xcb_generic_event_t>> events_;
     std::pair<std::uint32_t, std::uint32_t> probedLayout_;
+    std::optional<std::chrono::steady_clock::time_point> probedAt_;
     Millimetres millimetres_;
 };
 

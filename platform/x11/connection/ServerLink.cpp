@@ -15,10 +15,10 @@ ServerLink::ServerLink(X11ServerOptions options) : options_(std::move(options)) 
 Connection* ServerLink::connection() {
     if (connection_ != nullptr) {
         connection_->drainEvents();
-        if (!connection_->isLost()) {
-            return connection_.get();
-        }
-        connection_.reset();
+        dropIfLost();
+    }
+    if (connection_ != nullptr) {
+        return connection_.get();
     }
     auto wait = std::chrono::milliseconds::zero();
     if (attemptIsDue()) {
@@ -27,9 +27,18 @@ Connection* ServerLink::connection() {
     }
     if (attempt_.valid() && attempt_.wait_for(wait) == std::future_status::ready) {
         connection_ = attempt_.get();
+        isKnownToBeGone_ = connection_ == nullptr;
+        dropIfLost();
         connectionsMade_ += connection_ != nullptr ? 1U : 0U;
     }
     return connection_.get();
+}
+
+void ServerLink::dropIfLost() {
+    if (connection_ != nullptr && connection_->isLost()) {
+        isKnownToBeGone_ = !connection_->hasTimedOut();
+        connection_.reset();
+    }
 }
 
 bool ServerLink::attemptIsDue() const {

@@ -22,10 +22,15 @@ public:
     /// Blocks at most for the timeout. Valid until the next call.
     Connection* connection();
 
+    /// Whether there was no server when it was last looked for, or the one there was has ended
+    /// the connection. False when it has only stopped answering, and before the first call.
+    bool isKnownToBeGone() const { return isKnownToBeGone_; }
+
     /// How many different connections there have been.
     std::uint64_t connectionsMade() const { return connectionsMade_; }
 
 private:
+    void dropIfLost();
     bool attemptIsDue() const;
     void startAttempt();
 
@@ -34,6 +39,7 @@ private:
     std::future<std::unique_ptr<Connection>> attempt_;
     std::chrono::steady_clock::time_point nextAttempt_;
     std::uint64_t connectionsMade_ = 0;
+    bool isKnownToBeGone_ = false;
 };
 
 }  // namespace tavrel::x11

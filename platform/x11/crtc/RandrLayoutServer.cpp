@@ -2,24 +2,25 @@
 
 #include <xcb/randr.h>
 
-#include "platform/x11/snapshot/SnapshotReader.h"
-
 namespace tavrel::x11 {
 
-RandrLayoutServer::RandrLayoutServer(Connection& connection) : connection_(connection) {}
+RandrLayoutServer::RandrLayoutServer(Connection& connection, Probing probing)
+    : connection_(connection), probing_(probing) {}
 
 std::optional<Snapshot> RandrLayoutServer::read() {
     connection_.discardEvents();
-    return readSnapshot(connection_);
+    return readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_);
 }
 
 bool RandrLayoutServer::grab() {
-    return connection_.succeeded(xcb_grab_server_checked(connection_.get()));
+    isGrabbed_ = connection_.succeeded(xcb_grab_server_checked(connection_.get()));
+    return isGrabbed_;
 }
 
 void RandrLayoutServer::ungrab() {
     // Returns only when the server is free again, so that whoever asks it next is served.
     connection_.succeeded(xcb_ungrab_server_checked(connection_.get()));
+    isGrabbed_ = false;
 }
 
 bool RandrLayoutServer::setScreenSize(const ScreenSize& size) {

@@ -5,13 +5,16 @@
 
 #include "platform/x11/connection/Connection.h"
 #include "platform/x11/crtc/LayoutServer.h"
+#include "platform/x11/snapshot/SnapshotReader.h"
 
 namespace tavrel::x11 {
 
 /// The real server, over a connection that is the caller's and outlives this.
 class RandrLayoutServer : public LayoutServer {
 public:
-    explicit RandrLayoutServer(Connection& connection);
+    /// `probing` is for what is read before the server is grabbed. While it is, all others wait,
+    /// and it is never made to look for monitors.
+    explicit RandrLayoutServer(Connection& connection, Probing probing = Probing::never);
 
     std::optional<Snapshot> read() override;
     bool grab() override;
@@ -24,6 +27,8 @@ public:
 
 private:
     Connection& connection_;
+    Probing probing_;
+    bool isGrabbed_ = false;
 };
 
 }  // namespace tavrel::x11

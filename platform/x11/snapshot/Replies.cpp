@@ -106,6 +106,13 @@ Transform readTransform(ReplyReader& reader, const xcb_render_transform_t& from,
     return read;
 }
 
+/// Where the server can't find out, whatever is driven is taken for a display: a user may be
+/// looking at it.
+bool countsAsConnected(const xcb_randr_get_output_info_reply_t& output) {
+    return output.connection == XCB_RANDR_CONNECTION_CONNECTED ||
+           (output.connection == XCB_RANDR_CONNECTION_UNKNOWN && output.crtc != XCB_NONE);
+}
+
 }  // namespace
 
 std::optional<Snapshot> readResources(ReplyBytes reply) {
@@ -172,7 +179,7 @@ bool readOutputInfo(ReplyBytes reply, Output& output) {
         return false;
     }
     output.name = std::move(name);
-    output.connected = head.connection == XCB_RANDR_CONNECTION_CONNECTED;
+    output.connected = countsAsConnected(head);
     output.crtc = head.crtc;
     output.crtcs = std::move(crtcs);
     output.modes = std::move(modes);

@@ -25,7 +25,8 @@ bool readCrtcInfo(ReplyBytes reply, Crtc& crtc);
 /// From GetCrtcTransform: how it scales. REQUIRES: its mode has been read.
 bool readCrtcTransform(ReplyBytes reply, Crtc& crtc);
 
-/// From GetOutputInfo: all but the EDID. False also when the server said that it has changed.
+/// From GetOutputInfo: all but the EDID. One that may or may not be connected counts as
+/// connected while it is driven. False also when the server said that it has changed.
 bool readOutputInfo(ReplyBytes reply, Output& output);
 
 /// From GetOutputProperty: the EDID; one that is not made of bytes says nothing.

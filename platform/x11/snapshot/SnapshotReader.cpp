@@ -136,6 +136,14 @@ std::optional<Snapshot> readRepeatedly(Connection& connection, bool probing) {
     return std::nullopt;
 }
 
+std::optional<Snapshot> probe(Connection& connection) {
+    auto snapshot = readRepeatedly(connection, true);
+    if (snapshot.has_value()) {
+        connection.noteProbed(snapshot->layoutTimestamp, snapshot->configTimestamp);
+    }
+    return snapshot;
+}
+
 bool isContradictory(const Snapshot& snapshot) {
     return std::any_of(snapshot.outputs.begin(), snapshot.outputs.end(), [&](const auto& output) {
         return !output.connected && snapshot.activeCrtc(output) != nullptr;
@@ -144,15 +152,19 @@ bool isContradictory(const Snapshot& snapshot) {
 
 }  // namespace
 
-std::optional<Snapshot> readSnapshot(Connection& connection) {
+std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing) {
+    if (probing == Probing::always && !connection.hasProbedLately()) {
+        return probe(connection);
+    }
     auto snapshot = readRepeatedly(connection, false);
-    if (!snapshot.has_value() || !isContradictory(*snapshot) ||
+    if (probing == Probing::never || !snapshot.has_value() || !isContradictory(*snapshot) ||
         connection.hasProbed(snapshot->layoutTimestamp, snapshot->configTimestamp)) {
         return snapshot;
     }
-    auto fresh = readRepeatedly(connection, true);
-    const Snapshot& known = fresh.has_value() ? *fresh : *snapshot;
-    connection.noteProbed(known.layoutTimestamp, known.configTimestamp);
+    auto fresh = probe(connection);
+    if (!fresh.has_value()) {
+        connection.noteProbed(snapshot->layoutTimestamp, snapshot->configTimestamp);
+    }
     return fresh;
 }
 

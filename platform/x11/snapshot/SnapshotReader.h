@@ -7,13 +7,21 @@
 
 namespace tavrel::x11 {
 
+/// When the server is made to look for monitors anew, instead of saying what it found when it
+/// looked last. It reads what the monitors say of themselves over slow wires, and serves nobody
+/// meanwhile.
+enum class Probing {
+    never,
+    /// When what it says contradicts itself: an output that drives a CRTC and counts as
+    /// disconnected may be one that has been connected since it looked last. Once for each
+    /// layout it shows.
+    onContradiction,
+    /// Whatever it says; but one look serves all who ask within a second.
+    always,
+};
+
 /// All that RandR says of the connection's screen. std::nullopt when the connection is
 /// lost, or the server answers with errors time after time.
-///
-/// The server is not made to look for monitors anew, which can take long, unless what it
-/// says contradicts itself: an output that drives a CRTC and counts as disconnected may be
-/// one that has been connected since it looked last. It is then made to look once for each
-/// layout it shows.
-std::optional<Snapshot> readSnapshot(Connection& connection);
+std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing);
 
 }  // namespace tavrel::x11

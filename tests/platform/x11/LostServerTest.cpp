@@ -81,27 +81,78 @@ TEST_F(LostServerTest, AServerKilledInTheMiddleOfThingsIsAStatus) {
     expectNothingButRefusals(server, middle);
 }
 
-TEST_F(LostServerTest, ASilentServerIsAStatusUntilItSpeaksAgain) {
-    X11WindowServer impatient(
-        store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
-    ASSERT_EQ(impatient.setDisplayEnabled(middle, false), serverStatus::success);
-    ASSERT_TRUE(impatient.now()->isOnline(middle));
-    const ServerProcess process(desktop);
+class SilentServerTest : public LostServerTest {
+protected:
+    static constexpr std::chrono::milliseconds patience{500};
+
+    X11WindowServer impatient{store, {.displayName = desktop.displayName(), .timeout = patience}};
+    ServerProcess process{desktop};
+    const DisplayID left = idOf("DUMMY0");
+};
+
+TEST_F(SilentServerTest, ChangesNothingAndIsAnsweredForByWhatItSaidLast) {
+    ASSERT_TRUE(support::waitUntil([&] {
+        return impatient.setDisplayEnabled(middle, false) == serverStatus::success &&
+               impatient.now()->isOnline(middle) && !impatient.now()->isActive(middle);
+    }));
     process.pause();
-    EXPECT_FALSE(impatient.now()->isOnline(middle));
+
+    // Long enough for the connection to be given up, and for others to be tried.
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(impatient.setDisplayEnabled(middle, true), serverStatus::notImplemented);
+        const auto moment = impatient.now();
+        EXPECT_TRUE(impatient.canSwitch());
+        EXPECT_THAT(moment->onlineDisplays(), testing::Optional(testing::SizeIs(3)));
+        EXPECT_TRUE(moment->isActive(left));
+        EXPECT_TRUE(moment->isOnline(middle));
+        EXPECT_FALSE(moment->isActive(middle));
+    }
+}
+
+TEST_F(SilentServerTest, IsUnknownToANewcomer) {
+    process.pause();
     expectNothingButRefusals(impatient, middle);
-    // One that never got to know the server while it spoke.
-    X11WindowServer newcomer(
-        store, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(200)});
-    expectNothingButRefusals(newcomer, middle);
+}
+
+TEST_F(SilentServerTest, IsHeardAgainWhenItGoesOn) {
+    ASSERT_TRUE(support::waitUntil(
+        [&] { return impatient.setDisplayEnabled(middle, false) == serverStatus::success; }));
+    X11WindowServer newcomer(store, {.displayName = desktop.displayName(), .timeout = patience});
+    process.pause();
+    EXPECT_EQ(newcomer.setDisplayEnabled(middle, true), serverStatus::notImplemented);
+    EXPECT_EQ(impatient.setDisplayEnabled(middle, true), serverStatus::notImplemented);
     process.resume();
 
     for (X11WindowServer* each : {&impatient, &newcomer}) {
         EXPECT_TRUE(support::waitUntil([&] { return each->now()->isOnline(middle); }));
         EXPECT_TRUE(support::waitUntil(
             [&] { return each->setDisplayEnabled(middle, true) == serverStatus::success; }));
+        EXPECT_TRUE(support::waitUntil([&] { return each->now()->isActive(middle); }));
     }
     EXPECT_TRUE(desktop.monitor("DUMMY1").on);
+}
+
+TEST_F(SilentServerTest, IsForgottenOnceItIsKnownToBeGone) {
+    ASSERT_TRUE(support::waitUntil([&] { return impatient.now()->isActive(left); }));
+    process.pause();
+    ASSERT_TRUE(impatient.now()->isActive(left));
+    desktop.kill();
+
+    EXPECT_TRUE(support::waitUntil([&] { return !impatient.now()->isActive(left); }));
+    expectNothingButRefusals(impatient, left);
+}
+
+TEST_F(SilentServerTest, KeepsNobodyWaitingTwice) {
+    ASSERT_TRUE(server.now()->isActive(left));
+    process.pause();
+    constexpr int questions = 30;
+
+    const auto begin = steady_clock::now();
+    for (int i = 0; i < questions; ++i) {
+        EXPECT_TRUE(server.now()->isActive(left));
+    }
+
+    EXPECT_LT(steady_clock::now() - begin, questions / 2 * x11::LastWord::patience);
 }
 
 TEST(NoServerTest, IsAStatus) {

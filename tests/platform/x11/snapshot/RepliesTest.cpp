@@ -80,6 +80,21 @@ TEST(RepliesTest, AnOutputIsReadFromItsTwoReplies) {
     EXPECT_EQ(output, was);
 }
 
+TEST(RepliesTest, WhatMayBeConnectedCountsAsConnectedWhileItIsDriven) {
+    for (const Output& was : someDesk().outputs) {
+        Reply reply = outputInfoReply(was);
+        // Behind the head's 8 bytes, a time, the CRTC and the size.
+        constexpr std::size_t connection = 24;
+        constexpr std::uint8_t unknown = 2;
+        reply.at(connection) = unknown;
+        Output output;
+
+        ASSERT_TRUE(readOutputInfo(reply, output));
+
+        EXPECT_EQ(output.connected, was.crtc != 0);
+    }
+}
+
 TEST(RepliesTest, AnEdidThatIsNotMadeOfBytesSaysNothing) {
     Reply reply = edidReply(monitor);
     reply.at(1) = 32;
