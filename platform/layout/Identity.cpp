@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstddef>
 #include <numeric>
 #include <set>
@@ -11,6 +10,17 @@
 namespace tavrel::layout {
 
 namespace {
+
+// As ASCII has it: connectors are called the same in every language, and the standard
+// functions follow the user's, in which an I may have another small letter.
+char toLower(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+bool isLetter(char character) {
+    return toLower(character) >= 'a' && toLower(character) <= 'z';
+}
 
 std::string toText(const Identity& identity) {
     return identity.connector + '/' + std::to_string(identity.edid.vendor) + '/' +
@@ -70,11 +80,8 @@ bool isBuiltInConnector(std::string_view name) {
     return std::any_of(panels.begin(), panels.end(), [name](std::string_view panel) {
         return name.size() >= panel.size() &&
                std::equal(panel.begin(), panel.end(), name.begin(),
-                          [](char expected, char actual) {
-                              return expected == std::tolower(static_cast<unsigned char>(actual));
-                          }) &&
-               (name.size() == panel.size() ||
-                std::isalpha(static_cast<unsigned char>(name[panel.size()])) == 0);
+                          [](char expected, char actual) { return expected == toLower(actual); }) &&
+               (name.size() == panel.size() || !isLetter(name[panel.size()]));
     });
 }
 

@@ -3,9 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cctype>
+#include <clocale>
+#include <cstdlib>
 #include <numeric>
+#include <string>
 #include <string_view>
 #include <utility>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace tavrel::layout {
 namespace {
@@ -119,6 +125,38 @@ TEST(BuiltInConnectorTest, PanelsAreWiredToTheMachine) {
          {"eDP", "eDP-1", "eDP1", "edp-1", "eDP-1-1", "LVDS", "LVDS-1", "LVDS1", "DSI-1", "DSI1"}) {
         EXPECT_TRUE(isBuiltInConnector(name)) << name;
     }
+}
+
+/// As in a Turkish session, where the small letter of I is another one.
+class TurkishLocale {
+public:
+    TurkishLocale() {
+        const std::string locale = (folder_.path() / "tr_TR.ISO8859-9").string();
+#ifndef __APPLE__
+        EXPECT_EQ(std::system(("localedef -i tr_TR -f ISO-8859-9 " + locale).c_str()), 0);
+        ::setenv("LOCPATH", folder_.path().c_str(), 1);
+#endif
+        EXPECT_NE(std::setlocale(LC_ALL, "tr_TR.ISO8859-9"), nullptr);
+    }
+    ~TurkishLocale() {
+        std::setlocale(LC_ALL, before_.c_str());
+        ::unsetenv("LOCPATH");
+    }
+    TurkishLocale(const TurkishLocale&) = delete;
+    TurkishLocale& operator=(const TurkishLocale&) = delete;
+
+private:
+    const std::string before_ = std::setlocale(LC_ALL, nullptr);
+    const support::TemporaryFolder folder_;
+};
+
+TEST(BuiltInConnectorTest, PanelsAreWiredToTheMachineInEveryLanguage) {
+    const TurkishLocale locale;
+    ASSERT_NE(std::tolower('I'), 'i') << "or this would show nothing";
+
+    EXPECT_TRUE(isBuiltInConnector("DSI-1"));
+    EXPECT_TRUE(isBuiltInConnector("LVDS\xFD")) << "a letter there, but none of ASCII";
+    EXPECT_FALSE(isBuiltInConnector("LVDSI"));
 }
 
 TEST(BuiltInConnectorTest, EverythingElseIsNot) {
