@@ -21,6 +21,10 @@ class DisplayMoment {
 public:
     virtual ~DisplayMoment() = default;
 
+    /// Whether the server has just said all this; false where it is silent and this is what it
+    /// said before.
+    virtual bool isCurrent() { return true; }
+
     /// Every connected display, including those taken out of the desktop layout, in the
     /// server's order and possibly with entries that are not displays. std::nullopt when the
     /// system has no such list.

@@ -20,8 +20,9 @@ public:
     /// confirmed or refused.
     ///
     /// Returns 0, or the server's status unchanged: 1001 for a display it does not know,
-    /// 1004 when it refused, 1006 when it offers no such control. After any other result
-    /// than 0 the layout is as it was.
+    /// 1004 when it refused, 1006 when it offers no such control or does not answer. After 1006
+    /// it may have made the change, or still make it; after any other result than 0 and that
+    /// the layout is as it was.
     virtual ServerStatus setDisplayEnabled(DisplayID display, bool enabled) = 0;
 };
 

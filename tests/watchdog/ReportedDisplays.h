@@ -21,25 +21,25 @@ public:
     void say(Report report) {
         const std::lock_guard lock(mutex_);
         report_ = std::move(report);
+        isCurrent_ = true;
+    }
+    /// From now on the server is silent, and what it said last is repeated.
+    void fallSilent() {
+        const std::lock_guard lock(mutex_);
+        isCurrent_ = false;
     }
 
     std::unique_ptr<DisplayMoment> now() override {
         const std::lock_guard lock(mutex_);
-        ++moments_;
-        return std::make_unique<Moment>(report_);
-    }
-
-    /// How many moments have been asked for.
-    int moments() {
-        const std::lock_guard lock(mutex_);
-        return moments_;
+        return std::make_unique<Moment>(report_, isCurrent_);
     }
 
 private:
     class Moment : public DisplayMoment {
     public:
-        explicit Moment(Report report) : report_(std::move(report)) {}
+        Moment(Report report, bool isCurrent) : report_(std::move(report)), isCurrent_(isCurrent) {}
 
+        bool isCurrent() override { return isCurrent_; }
         std::optional<std::vector<DisplayID>> allDisplays() override { return onlineDisplays(); }
         std::optional<std::vector<DisplayID>> onlineDisplays() override {
             if (!report_) {
@@ -62,11 +62,12 @@ private:
 
     private:
         const Report report_;
+        const bool isCurrent_;
     };
 
     std::mutex mutex_;
     Report report_;
-    int moments_ = 0;
+    bool isCurrent_ = true;
 };
 
 }  // namespace tavrel::watchdog

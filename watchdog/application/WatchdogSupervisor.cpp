@@ -147,11 +147,12 @@ Received WatchdogSupervisor::awaitAnswer() {
 
 bool WatchdogSupervisor::isWaitingPointless() {
     const auto asked = std::chrono::steady_clock::now();
-    const std::optional<bool> isUsable = hasUsableDisplay(*queries_.now());
+    const auto moment = queries_.now();
+    const std::optional<bool> isUsable = hasUsableDisplay(*moment);
     // While the watchdog makes a change, the server answers nobody else. It may be slow then,
     // but is nobody whose work another could do better.
     const bool isPrompt = std::chrono::steady_clock::now() - asked <= promptAnswer;
-    return isPrompt && isUsable.has_value() && (isUrgent_ || !*isUsable);
+    return isPrompt && moment->isCurrent() && isUsable.has_value() && (isUrgent_ || !*isUsable);
 }
 
 Received WatchdogSupervisor::receive(std::chrono::milliseconds timeout) {

@@ -40,7 +40,7 @@ public:
     /// Takes a moment's word for the displays in doubt: those that are on were not switched
     /// off. Does nothing while the server cannot say.
     void settle(DisplayMoment& moment) {
-        if (!moment.onlineDisplays()) {
+        if (!moment.isCurrent() || !moment.onlineDisplays()) {
             return;
         }
         for (const DisplayID display : std::vector(inDoubt_)) {

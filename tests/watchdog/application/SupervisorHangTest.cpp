@@ -62,6 +62,20 @@ TEST_F(SupervisorHangTest, WhileADisplayIsUsableOrTheServerDoesNotSayAWatchdogIs
     }
 }
 
+TEST_F(SupervisorHangTest, AWatchdogIsGivenTimeWhileTheServerIsSilentHoweverUrgentItIs) {
+    urgentTimeout = 20ms;
+    answerTimeout = 1s;
+    reported.say({{{1, false}}});
+    reported.fallSilent();
+    startPuppet();
+    supervisor().hurry();
+    const auto asked = std::chrono::steady_clock::now();
+
+    switchOn(1);
+
+    EXPECT_GE(std::chrono::steady_clock::now() - asked, answerTimeout);
+}
+
 TEST_F(SupervisorHangTest, WhenTheApplicationEndsAHungWatchdogIsNotWaitedFor) {
     urgentTimeout = 20ms;
     reported.say({{{1, false}, {2, true}}});

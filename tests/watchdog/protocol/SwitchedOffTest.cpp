@@ -66,6 +66,17 @@ TEST_F(SwitchedOffTest, ADoubtLastsWhileTheServerDoesNotSay) {
     EXPECT_TRUE(off.isInDoubt());
 }
 
+TEST_F(SwitchedOffTest, ADoubtIsNotSettledByWhatTheServerSaidBeforeItFellSilent) {
+    off.addInDoubt(1);
+    server.say({{{1, true}}});
+    server.fallSilent();
+
+    settle();
+
+    EXPECT_THAT(off.displays(), ElementsAre(1));
+    EXPECT_TRUE(off.isInDoubt());
+}
+
 TEST_F(SwitchedOffTest, WhatIsKnownToBeOffIsNeitherPutInDoubtNorSettled) {
     off.add(1);
     off.addInDoubt(1);
