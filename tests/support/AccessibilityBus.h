@@ -1,11 +1,11 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Janitor.h"
+#include "tests/support/MessageBus.h"
 
 namespace tavrel::support {
 
@@ -18,14 +18,13 @@ public:
     AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
                      Janitor& janitor);
 
-    const std::string& sessionAddress() const { return sessionAddress_; }
+    const std::string& sessionAddress() const { return session_.address(); }
     const std::string& accessibilityAddress() const { return accessibilityAddress_; }
 
 private:
-    std::string sessionAddress_;
+    MessageBus session_;
+    ChildProcess launcher_;
     std::string accessibilityAddress_;
-    ChildProcess session_;
-    std::optional<ChildProcess> launcher_;
 };
 
 }  // namespace tavrel::support

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Janitor.h"
+
+namespace tavrel::support {
+
+/// A message bus of a test's own, on which nothing is until somebody connects: it starts no
+/// programs.
+class MessageBus {
+public:
+    /// Keeps its files in `folder`, which must outlive it, under this name. Blocks until the
+    /// bus answers; throws std::runtime_error with its own words when it does not.
+    MessageBus(const std::filesystem::path& folder, const std::string& name, Janitor& janitor);
+
+    const std::string& address() const { return address_; }
+
+private:
+    std::string address_;
+    ChildProcess daemon_;
+};
+
+}  // namespace tavrel::support
