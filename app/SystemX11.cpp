@@ -3,6 +3,8 @@
 #include <string>
 
 #include "app/System.h"
+#include "platform/LidAwareDisplays.h"
+#include "platform/dbus/DBusLid.h"
 #include "platform/posix/BufferedUserDefaults.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
@@ -26,8 +28,8 @@ public:
     bool quitOnLastWindowClosed() const override { return true; }
 
     DisplaySwitch& displaySwitch() override { return windowServer_; }
-    DisplayQueries& queries() override { return windowServer_; }
-    ReconfigurationReports& reports() override { return reports_; }
+    DisplayQueries& queries() override { return queriesWithLid_; }
+    ReconfigurationReports& reports() override { return reportsWithLid_; }
     /// Asked on the main thread each second.
     UserDefaults& userDefaults() override { return userDefaults_.fromMemory(); }
 
@@ -44,6 +46,10 @@ private:
                                        {.onUnwritable = [path = path_] { sayUnwritable(path); }}};
     X11ReconfigurationReports reports_;
     X11WindowServer windowServer_{userDefaults_};
+    // An X server does not know the lid.
+    DBusLid lid_;
+    LidAwareQueries queriesWithLid_{windowServer_, lid_};
+    LidAwareReports reportsWithLid_{reports_, lid_};
 };
 
 }  // namespace

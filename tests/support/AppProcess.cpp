@@ -32,7 +32,9 @@ Environment environmentOn(const VirtualDesktop* desktop, const UserHome& home) {
     environment["XDG_CACHE_HOME"] = (home.path() / "cache").string();
     environment["XDG_RUNTIME_DIR"] = runtime.string();
     // An address that cannot be reached: without one, the program would look for a bus.
-    environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (runtime / "no-bus").string();
+    const std::string noBus = "unix:path=" + (runtime / "no-bus").string();
+    environment["DBUS_SESSION_BUS_ADDRESS"] = noBus;
+    environment["DBUS_SYSTEM_BUS_ADDRESS"] = noBus;
     environment["QT_QPA_PLATFORM"] = "xcb";
     if (desktop != nullptr) {
         environment["DISPLAY"] = desktop->displayName();
