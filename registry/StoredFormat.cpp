@@ -7,35 +7,12 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "platform/JsonNesting.h"
+
 namespace tavrel::StoredFormat {
 namespace {
 
 using nlohmann::json;
-
-/// Whether the values in `text` nest deeper than we accept. Checked before parsing: the parser
-/// builds a tree of any depth, at many bytes of memory for each byte of text, and its own
-/// hook for this makes parsing a list quadratic.
-bool isTooDeep(std::string_view text) {
-    constexpr int maxDepth = 512;
-    int depth = 0;
-    bool isInString = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == '"') {
-            isInString = !isInString;
-        } else if (isInString) {
-            // Skips an escaped character, which may be a quotation mark.
-            i += c == '\\' ? 1 : 0;
-        } else if (c == '[' || c == '{') {
-            if (++depth > maxDepth) {
-                return true;
-            }
-        } else if (c == ']' || c == '}') {
-            --depth;
-        }
-    }
-    return false;
-}
 
 /// The member `name` of `object`; null, which no member of ours may be, when it is missing.
 const json& memberOf(const json& object, const char* name) {
@@ -84,7 +61,7 @@ void append(std::string& text, double number) {
 
 std::optional<std::vector<StoredDisplay>> decode(std::string_view text) {
     // The parser takes a zero byte for the end of its input; valid JSON has none.
-    if (text.find('\0') != std::string_view::npos || isTooDeep(text)) {
+    if (text.find('\0') != std::string_view::npos || isNestedTooDeep(text)) {
         return std::nullopt;
     }
     const json list = json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "platform/JsonNesting.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/layout/StrictReader.h"
 
@@ -78,6 +79,11 @@ Area readArea(StrictReader& reader, const Json& area) {
     reader.number(area, "y", read.y);
     reader.number(area, "width", read.width);
     reader.number(area, "height", read.height);
+    // Further than any desktop, and near enough for sums of these to stay in an int.
+    constexpr int furthest = 1'000'000;
+    for (const int each : {read.x, read.y, read.width, read.height}) {
+        reader.check(-furthest <= each && each <= furthest);
+    }
     return read;
 }
 
@@ -115,6 +121,9 @@ std::string encodeMemory(const Memory& memory) {
 }
 
 std::optional<Memory> decodeMemory(std::string_view bytes) {
+    if (isNestedTooDeep(bytes)) {
+        return std::nullopt;
+    }
     const Json list = Json::parse(bytes, nullptr, false);
     if (!list.is_array()) {
         return std::nullopt;

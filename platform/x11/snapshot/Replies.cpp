@@ -144,7 +144,8 @@ bool readCrtcInfo(ReplyBytes reply, Crtc& crtc) {
         return false;
     }
     crtc.mode = head.mode;
-    crtc.rotation = head.rotation;
+    // What is no rotation could be remembered by nobody.
+    crtc.rotation = layout::isRotation(head.rotation) ? head.rotation : layout::rotate0;
     crtc.supportedRotations = head.rotations;
     crtc.outputs = std::move(outputs);
     if (crtc.mode != 0) {

@@ -88,6 +88,29 @@ TEST(MemoryTest, RefusesWhatIsNotAListOfRecords) {
     EXPECT_EQ(decodeMemory(std::string(100'000, '[')), std::nullopt);
 }
 
+TEST(MemoryTest, RefusesWhatIsNestedTooDeepToBeCopied) {
+    const auto withNested = [](std::size_t levels) {
+        std::string text = encodeMemory({example()});
+        const std::string hint = R"("hint":9)";
+        return text.replace(text.find(hint), hint.size(),
+                            R"("hint":)" + std::string(levels, '[') + std::string(levels, ']'));
+    };
+
+    EXPECT_NE(decodeMemory(withNested(100)), std::nullopt);
+    EXPECT_EQ(decodeMemory(withNested(1'000'000)), std::nullopt);
+}
+
+TEST(MemoryTest, RefusesAnAreaBeyondAnyDesktop) {
+    constexpr int far = 1'000'001;
+    for (const Area& area : {Area{far, 0, 1, 1}, Area{0, far, 1, 1}, Area{0, 0, far, 1},
+                             Area{0, 0, 1, far}, Area{-far, 0, 1, 1}, Area{0, -far, 1, 1}}) {
+        RememberedOutput output = example();
+        output.area = area;
+
+        EXPECT_EQ(decodeMemory(encodeMemory({output})), std::nullopt);
+    }
+}
+
 TEST(MemoryTest, RefusesARotationThatIsNone) {
     RememberedOutput output = example();
     output.rotation = 3;

@@ -54,6 +54,16 @@ TEST(RepliesTest, ACrtcIsReadFromItsTwoReplies) {
     EXPECT_EQ(crtc, was);
 }
 
+TEST(RepliesTest, ARotationThatIsNoneIsTakenForUpright) {
+    Crtc was = someDesk().crtcs[0];
+    was.rotation = layout::rotate90 | layout::rotate180;
+    Crtc crtc;
+
+    EXPECT_TRUE(readCrtcInfo(crtcInfoReply(was), crtc));
+
+    EXPECT_EQ(crtc.rotation, layout::rotate0);
+}
+
 TEST(RepliesTest, OfACrtcThatIsOffTheNextTransformIsRead) {
     Reply reply = crtcTransformReply(someDesk().crtcs[0]);
     // The first number of the one in force, behind the head's 8 bytes, the next one's 36, and 4.
