@@ -2,13 +2,12 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <iostream>
 #include <iterator>
 #include <span>
 #include <utility>
 #include <vector>
 
+#include "tests/fuzz/Require.h"
 #include "tests/watchdog/ReportedDisplays.h"
 #include "watchdog/program/WatchdogService.h"
 #include "watchdog/protocol/Message.h"
@@ -20,16 +19,10 @@
 namespace tavrel::watchdog {
 namespace {
 
+using fuzz::require;
 using Kind = Message::Kind;
 using Bytes = std::span<const std::uint8_t>;
 using Changes = std::vector<std::pair<DisplayID, bool>>;
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::cerr << "violated: " << what << '\n';
-        std::abort();
-    }
-}
 
 /// Displays below 2^30 can be switched, for those up to 2^31 the server does not answer, and
 /// there are no others; records every attempt.
