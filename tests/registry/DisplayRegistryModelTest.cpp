@@ -14,8 +14,8 @@
 namespace tavrel {
 namespace {
 
-constexpr DisplayID highestID = 8;
-constexpr double day = 86'400;
+constexpr DisplayID largestID = 8;
+constexpr double secondsPerDay = 86'400;
 
 /// What the registry promises, written as plainly as possible: a list that is searched
 /// from front to back.
@@ -29,7 +29,7 @@ public:
         }
         forget([&](const StoredDisplay& record) {
             const bool isOnline = std::count(online.begin(), online.end(), record.id) > 0;
-            return !isOnline && record.lastSeenAt.sinceReferenceDate < now - 30 * day;
+            return !isOnline && record.lastSeenAt.sinceReferenceDate < now - 30 * secondsPerDay;
         });
         auto result = records;
         std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) {
@@ -71,13 +71,13 @@ private:
     unsigned draw(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
     /// By whole days, so that an age of exactly thirty days is common; sometimes backwards.
-    void passTime() { clock_.time = clock_.time + (draw(40) - 4.0) * day; }
+    void passTime() { clock_.time = clock_.time + (draw(40) - 4.0) * secondsPerDay; }
 
     void merge(bool isStored) {
         passTime();
         std::vector<DisplayID> online(draw(6));
         for (DisplayID& id : online) {
-            id = draw(highestID + 1);
+            id = draw(largestID + 1);
         }
         const NaiveRegistry before = model_;
         const auto expected = model_.merge(online, clock_.time.sinceReferenceDate, builtInAnswers_);
@@ -91,7 +91,7 @@ private:
     }
 
     void flipABuiltInAnswer() {
-        const DisplayID id = draw(highestID + 1);
+        const DisplayID id = draw(largestID + 1);
         builtInAnswers_[id] = !builtInAnswers_[id];
         server_.connect({.id = id, .builtIn = builtInAnswers_[id]});
     }
@@ -104,9 +104,10 @@ private:
 
     void storeFromElsewhere() {
         model_.records.clear();
-        const DisplayID lowestID = draw(highestID + 1);
-        for (DisplayID id = highestID; id > lowestID; --id) {
-            model_.records.push_back({id, draw(2) == 0, clock_.time + (draw(80) - 60.0) * day});
+        const DisplayID lowestID = draw(largestID + 1);
+        for (DisplayID id = largestID; id > lowestID; --id) {
+            model_.records.push_back(
+                {id, draw(2) == 0, clock_.time + (draw(80) - 60.0) * secondsPerDay});
         }
         store_.setData(DisplayRegistry::storageKey, *StoredFormat::encode(model_.records));
     }
@@ -122,7 +123,7 @@ private:
     SimulatedWindowServer server_;
     SettableClock clock_;
     NaiveRegistry model_;
-    std::vector<bool> builtInAnswers_ = std::vector<bool>(highestID + 1, false);
+    std::vector<bool> builtInAnswers_ = std::vector<bool>(largestID + 1, false);
 };
 
 TEST(DisplayRegistryModel, AgreesWithANaiveRegistryUnderRandomHistories) {

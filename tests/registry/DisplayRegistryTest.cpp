@@ -20,9 +20,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-constexpr double day = 86'400;
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 /// The stored form of external displays.
 std::string listOf(const std::vector<std::string>& ids) {
     std::string text;
@@ -35,6 +32,9 @@ std::string listOf(const std::vector<std::string>& ids) {
 
 class DisplayRegistryTest : public testing::Test {
 protected:
+    static constexpr double day = 86'400;
+    static constexpr double infinity = std::numeric_limits<double>::infinity();
+
     std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online) {
         return DisplayRegistry::merge(online, userDefaults, *server.now(), clock);
     }
