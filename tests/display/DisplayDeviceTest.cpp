@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <type_traits>
+#include <concepts>
+#include <functional>
 
 namespace tavrel {
 namespace {
@@ -53,6 +54,20 @@ TEST(DisplayDevice, CopiesAreIndependent) {
     EXPECT_FALSE(display.isBusy);
     display = copy;
     EXPECT_TRUE(display.isBusy);
+}
+
+template <class Value>
+constexpr bool isHashable = requires(const Value& value) {
+    std::hash<Value>{}(value);
+};
+
+// A comparison of whole values would tell the same display at two times apart.
+TEST(DisplayDevice, IsNotComparedOrHashedAsAWhole) {
+    EXPECT_FALSE(std::equality_comparable<DisplayDevice>);
+    EXPECT_FALSE(isHashable<DisplayDevice>);
+
+    EXPECT_TRUE(std::equality_comparable<Kind>);
+    EXPECT_TRUE(isHashable<Kind>);
 }
 
 TEST(DisplayDevice, BuiltInIsTheFirstKind) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include "tests/display/DisplayIntegrationTest.h"
 
@@ -102,6 +103,16 @@ TEST_F(DisplayIntegrationTest, NamesAreOrderedAsTextSoTenComesBeforeTwo) {
 
     EXPECT_THAT(fetchIDs(), ElementsAre(1, 10, 11, 2, 3, 4, 5, 6, 7, 8, 9));
     EXPECT_EQ(fetchLines().at(1), "10: External Display 10 on");
+}
+
+TEST_F(DisplayIntegrationTest, HoweverManyShareANameTheyComeByIdentifier) {
+    std::vector<DisplayID> ids(40);
+    std::iota(ids.begin(), ids.end(), 1);
+    remember(ids);
+
+    EXPECT_EQ(fetchIDs(), ids);
+    EXPECT_EQ(fetchLines().front(), "1: External Display off");
+    EXPECT_EQ(fetchLines().back(), "40: External Display off");
 }
 
 TEST_F(DisplayIntegrationTest, SeveralPanelsShareTheirNameAndComeByIdentifier) {
