@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,7 @@
 
 #include "controller/DisplayController.h"
 #include "registry/DisplayRegistry.h"
+#include "tests/controller/CallLog.h"
 #include "tests/simulated/ScriptedSwitch.h"
 #include "tests/simulated/SimulatedPlatform.h"
 
@@ -39,6 +41,10 @@ protected:
     static constexpr const char* recovered = "Lost display recovered automatically";
     static constexpr const char* needsAttention = "Display recovery needs attention";
 
+    explicit ControllerTest(
+        SimulatedWindowServer::WhenOff whenOff = SimulatedWindowServer::WhenOff::staysOnline)
+        : system(1, whenOff) {}
+
     /// Jobs that are still asleep end while everything they use is there.
     ~ControllerTest() override {
         release();
@@ -51,7 +57,20 @@ protected:
         }
     }
 
-    void start() { controller = DisplayController::create(system.platform().with(displaySwitch)); }
+    /// The simulated one, with all that is asked of its window server in `calls`.
+    Platform platform() {
+        const Platform whole = system.platform();
+        return {.displaySwitch = loggedSwitch,
+                .queries = loggedQueries,
+                .reports = whole.reports,
+                .userDefaults = whole.userDefaults,
+                .wallClock = whole.wallClock,
+                .mainQueue = whole.mainQueue,
+                .backgroundQueue = whole.backgroundQueue,
+                .notificationCenter = whole.notificationCenter};
+    }
+
+    void start() { controller = DisplayController::create(platform()); }
 
     /// Starts with these displays connected, and lets the first refresh end.
     void startWith(const DisplayIDs& displays) {
@@ -59,12 +78,28 @@ protected:
         start();
         scheduler.settle();
         server.takeChanges();
+        calls.clear();
     }
 
     /// Lets go of the controller. Returns what tells whether it has been destroyed.
     std::weak_ptr<DisplayController> release() {
         recording_ = {};
         return std::exchange(controller, nullptr);
+    }
+
+    /// Lets go of the controller before the jobs that were started have run: they keep it, but
+    /// what they leave for the main thread to do does not.
+    void expectKeptByItsJobsAlone() {
+        const auto weak = release();
+        EXPECT_FALSE(weak.expired());
+
+        scheduler.runBackgroundJobs();
+        EXPECT_TRUE(weak.expired());
+        // Not destroyed on the job's thread, only marked for it.
+        EXPECT_EQ(server.callbacks(), 1U);
+
+        scheduler.advance(10s);
+        EXPECT_EQ(server.callbacks(), 0U);
     }
 
     /// The listed display with this identifier, as a row holds it.
@@ -116,6 +151,19 @@ protected:
         return signals;
     }
 
+    /// What `read` returned at each announcement of a change while `act` ran.
+    template <class Read>
+    auto atEachSignal(const Read& read, const std::function<void()>& act) {
+        std::vector<std::decay_t<std::invoke_result_t<Read>>> values;
+        const auto subscription =
+            controller->objectWillChange().subscribe([&] { values.push_back(read()); });
+        act();
+        return values;
+    }
+
+    /// The error text and the status.
+    std::pair<std::optional<std::string>, std::string> texts() const { return {error(), status()}; }
+
     /// The status at each change that came after an error text was set while `act` ran.
     std::vector<std::string> statusesBesideAnError(const std::function<void()>& act) {
         std::vector<std::string> texts;
@@ -135,6 +183,9 @@ protected:
     SimulatedScheduler& scheduler = system.scheduler;
     SimulatedWindowServer& server = system.windowServer;
     ScriptedSwitch displaySwitch{server, scheduler};
+    CallLog calls{scheduler.mainQueue()};
+    LoggedSwitch loggedSwitch{displaySwitch, calls};
+    LoggedQueries loggedQueries{server, calls};
     std::shared_ptr<DisplayController> controller;
 
 private:

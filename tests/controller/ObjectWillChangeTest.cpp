@@ -51,15 +51,19 @@ TEST(ObjectWillChange, DoesNotCallAnObserverThatAnEarlierOneUnsubscribed) {
 using PublishedFieldsTest = ControllerTest;
 
 TEST_F(PublishedFieldsTest, TheSignalComesBeforeEachWrite) {
-    startWith({});
-    std::vector<std::string> seen;
-    const auto subscription =
-        controller->objectWillChange().subscribe([&] { seen.push_back(status()); });
+    startWith({panel});
 
-    controller->setStatusMessage("first");
-    controller->setStatusMessage("second");
-
-    EXPECT_THAT(seen, ElementsAre("Found 0 displays", "first"));
+    EXPECT_THAT(atEachSignal([&] { return controller->displays().size(); },
+                             [&] { controller->setDisplays({}); }),
+                ElementsAre(1U));
+    EXPECT_THAT(atEachSignal([&] { return controller->isRefreshing(); },
+                             [&] { controller->setIsRefreshing(true); }),
+                ElementsAre(false));
+    EXPECT_THAT(
+        atEachSignal([&] { return status(); }, [&] { controller->setStatusMessage("text"); }),
+        ElementsAre("Found 1 display"));
+    EXPECT_THAT(atEachSignal([&] { return error(); }, [&] { controller->setErrorMessage("text"); }),
+                ElementsAre(std::nullopt));
 }
 
 TEST_F(PublishedFieldsTest, EachOfTheFourSendsTheSignal) {
@@ -73,11 +77,9 @@ TEST_F(PublishedFieldsTest, EachOfTheFourSendsTheSignal) {
 
 TEST_F(PublishedFieldsTest, TheSignalComesBeforeAnEntryIsEditedInPlace) {
     startWith(allThree);
-    std::vector<bool> busyAtSignal;
-    const auto subscription = controller->objectWillChange().subscribe(
-        [&] { busyAtSignal.push_back(listed(firstExternal).isBusy); });
 
-    set(firstExternal, false);
+    const auto busyAtSignal = atEachSignal([&] { return listed(firstExternal).isBusy; },
+                                           [&] { set(firstExternal, false); });
 
     // Marked busy; error text; status text.
     EXPECT_THAT(busyAtSignal, ElementsAre(false, true, true));

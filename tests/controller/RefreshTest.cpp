@@ -5,6 +5,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
+using testing::Pair;
 using testing::SizeIs;
 
 class RefreshTest : public ControllerTest {
@@ -23,12 +25,13 @@ protected:
 TEST_F(RefreshTest, ASecondOneWhileOneIsRunningIsIgnoredWithItsMessage) {
     startWith({panel});
     const std::size_t writes = system.userDefaults.writes();
+    recordStatuses();
 
     controller->refresh("first");
     controller->refresh("second");
-    scheduler.settle();
+    scheduler.advance(900ms);
 
-    EXPECT_EQ(status(), "first");
+    EXPECT_THAT(statuses(), ElementsAre("Found 1 display", "first"));
     EXPECT_EQ(system.userDefaults.writes(), writes + 1);
 }
 
@@ -93,6 +96,26 @@ TEST_F(RefreshTest, AFailureSetsTheErrorTextBeforeTheStatus) {
     EXPECT_THAT(statusesBesideAnError([&] { refresh(); }), ElementsAre("Found 0 displays"));
 }
 
+TEST_F(RefreshTest, TheNewListIsThereBeforeTheStatusThatCountsIt) {
+    startWith({panel});
+    connect({firstExternal});
+
+    const auto seen = atEachSignal(
+        [&] { return std::pair(controller->displays().size(), status()); }, [&] { refresh(); });
+
+    EXPECT_THAT(seen.back(), Pair(2U, "Found 1 display"));
+    EXPECT_EQ(status(), "Both displays are ready");
+}
+
+TEST_F(RefreshTest, TheServerIsNotAskedOnTheMainThread) {
+    startWith({panel});
+
+    refresh();
+
+    EXPECT_THAT(calls.calls(), Not(IsEmpty()));
+    EXPECT_THAT(calls.onMainThread(), IsEmpty());
+}
+
 TEST_F(RefreshTest, TheNewListHasNoBusyMarks) {
     startWith(allThree);
     displaySwitch.setLatency(1s);
@@ -111,10 +134,7 @@ TEST_F(RefreshTest, TheOutcomeForADestroyedControllerIsDropped) {
     connect({panel});
     start();
 
-    release();
-    scheduler.settle();
-
-    EXPECT_EQ(server.callbacks(), 0U);
+    expectKeptByItsJobsAlone();
 }
 
 }  // namespace

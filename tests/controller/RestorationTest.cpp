@@ -3,7 +3,10 @@
 namespace tavrel {
 namespace {
 
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class RestorationTest : public ControllerTest {
 protected:
@@ -169,13 +172,23 @@ TEST_F(RestorationTest, APendingRecoveryIsForgottenWithoutBeingCancelled) {
 
 TEST_F(RestorationTest, TheOutcomeForADestroyedControllerIsDropped) {
     startWithAllOff();
+    // A change would be reported, and the report keep the controller.
+    refuse(allThree);
     controller->restoreSafeLayout("message");
 
-    release();
-    scheduler.advance(10s);
+    expectKeptByItsJobsAlone();
 
-    EXPECT_EQ(server.takeChanges(), switchedOn(allThree));
-    EXPECT_EQ(server.callbacks(), 0U);
+    EXPECT_THAT(calls.calls(), AllOf(Contains("5 on"), Contains("1 on"), Contains("3 on")));
+}
+
+TEST_F(RestorationTest, ThePassIsNotOnTheMainThread) {
+    startWithAllOff();
+    controller->restoreSafeLayout("message");
+
+    scheduler.settle();
+
+    EXPECT_THAT(calls.calls(), Contains("5 on"));
+    EXPECT_THAT(calls.onMainThread(), IsEmpty());
 }
 
 }  // namespace

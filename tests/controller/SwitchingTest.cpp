@@ -5,6 +5,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
 
 class SwitchingTest : public ControllerTest {
 protected:
@@ -92,6 +94,26 @@ TEST_F(SwitchingTest, AnOfflineDisplayIsNoReasonToSwitchTheOtherOff) {
     expectRefused();
 }
 
+TEST_F(SwitchingTest, ADisplayThatIsActiveYetOfflineIsNoReasonAndIsNotEvenAskedIfItIsActive) {
+    startWithTwo();
+    loggedQueries.sayOffline(firstExternal);
+
+    set(panel, false);
+
+    expectRefused();
+    EXPECT_THAT(calls.calls(), ElementsAre("moment", "online 1"));
+}
+
+TEST_F(SwitchingTest, TheOthersAreAskedInListOrderUpToTheFirstThatIsLive) {
+    startWith(allThree);
+    switchOffSilently({panel});
+
+    set(secondExternal, false);
+
+    EXPECT_THAT(calls.calls(),
+                ElementsAre("moment", "online 5", "active 5", "online 1", "active 1"));
+}
+
 TEST_F(SwitchingTest, WhetherTheDisplayItselfIsLiveDoesNotMatter) {
     startWithTwo();
     switchOffSilently({panel});
@@ -168,6 +190,38 @@ TEST_F(SwitchingTest, ARefusalByTheServerIsAnErrorWithItsCode) {
     expectUnchanged("macOS couldn’t change the desktop display layout (error 1001)");
 }
 
+TEST_F(SwitchingTest, TheStartClearsTheErrorTextBeforeItSetsTheStatus) {
+    startWithTwo();
+    controller->setErrorMessage("old");
+
+    const auto seen = atEachSignal([&] { return texts(); }, [&] { set(firstExternal, false); });
+
+    EXPECT_THAT(seen.back(), Pair(std::nullopt, "Both displays are ready"));
+    EXPECT_EQ(status(), "Turning off External Display…");
+}
+
+TEST_F(SwitchingTest, AFailureSetsTheErrorTextBeforeTheStatus) {
+    startWithTwo();
+    displaySwitch.refuse(firstExternal, 1001);
+    set(firstExternal, false);
+
+    const auto seen = atEachSignal([&] { return texts(); }, [&] { scheduler.settle(); });
+
+    EXPECT_THAT(seen.back(), Pair(error(), "Turning off External Display…"));
+    EXPECT_EQ(status(), "Couldn’t change External Display");
+}
+
+TEST_F(SwitchingTest, TheServerIsAskedForControlAndThenToldButNotOnTheMainThread) {
+    startWithTwo();
+    set(firstExternal, false);
+    calls.clear();
+
+    scheduler.settle();
+
+    EXPECT_THAT(calls.calls(), ElementsAre("can switch", "1 off"));
+    EXPECT_THAT(calls.onMainThread(), IsEmpty());
+}
+
 TEST_F(SwitchingTest, ASuccessKeepsAnErrorTextThatCameMeanwhile) {
     startWithTwo();
 
@@ -188,6 +242,20 @@ TEST_F(SwitchingTest, ADisplayThatLeftTheListMeanwhileOnlyChangesTheTexts) {
 
     EXPECT_THAT(controller->displays(), IsEmpty());
     EXPECT_EQ(status(), "External Display is off");
+}
+
+TEST_F(SwitchingTest, ADisplayThatLeftTheListBeforeItsSwitchFailedOnlyChangesTheTexts) {
+    startWithTwo();
+    displaySwitch.refuse(firstExternal, 1001);
+
+    set(firstExternal, false);
+    controller->setDisplays({listed(panel)});
+    scheduler.settle();
+
+    EXPECT_THAT(controller->displays(), SizeIs(1));
+    EXPECT_TRUE(listed(panel).isOn);
+    EXPECT_EQ(status(), "Couldn’t change External Display");
+    EXPECT_EQ(error(), "macOS couldn’t change the desktop display layout (error 1001)");
 }
 
 TEST_F(SwitchingTest, ADisplayThatIsNotListedIsSwitchedToo) {
@@ -248,13 +316,14 @@ TEST_F(SwitchingTest, TwoDisplaysMayBeSwitchedAtOnce) {
 
 TEST_F(SwitchingTest, TheOutcomeForADestroyedControllerIsDropped) {
     startWithTwo();
+    // A change would be reported, and the report keep the controller.
+    displaySwitch.refuse(firstExternal, 1001);
     set(firstExternal, false);
+    calls.clear();
 
-    release();
-    scheduler.settle();
+    expectKeptByItsJobsAlone();
 
-    EXPECT_EQ(server.takeChanges(), switchedOff({firstExternal}));
-    EXPECT_EQ(server.callbacks(), 0U);
+    EXPECT_THAT(calls.calls(), ElementsAre("can switch", "1 off"));
 }
 
 }  // namespace

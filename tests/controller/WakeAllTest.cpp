@@ -4,6 +4,7 @@ namespace tavrel {
 namespace {
 
 using testing::Each;
+using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -85,6 +86,16 @@ TEST_F(WakeAllTest, WithoutControlEveryDisplayFails) {
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
+TEST_F(WakeAllTest, TheServerIsAskedForControlBeforeEachDisplayAndOffTheMainThread) {
+    startWith(allThree);
+
+    wakeAll();
+
+    EXPECT_THAT(calls.calls(),
+                ElementsAre("can switch", "5 on", "can switch", "1 on", "can switch", "3 on"));
+    EXPECT_THAT(calls.onMainThread(), IsEmpty());
+}
+
 TEST_F(WakeAllTest, DisplaysOfOneNameAreAllShownOffWhenOneFails) {
     startWith({firstExternal, secondExternal});
     displaySwitch.refuse(secondExternal, 1004);
@@ -159,10 +170,9 @@ TEST_F(WakeAllTest, TheOutcomeForADestroyedControllerIsDropped) {
     startWith(allThree);
     controller->wakeAll();
 
-    release();
-    scheduler.settle();
+    expectKeptByItsJobsAlone();
 
-    EXPECT_EQ(server.callbacks(), 0U);
+    EXPECT_EQ(server.takeChanges(), switchedOn(allThree));
 }
 
 }  // namespace

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
+#include "platform/MainQueue.h"
+
+namespace tavrel {
+
+/// What the window server was asked, in order.
+class CallLog {
+public:
+    explicit CallLog(const MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+    void note(const std::string& call) {
+        calls_.push_back(call);
+        if (mainQueue_.isCurrent()) {
+            onMainThread_.push_back(call);
+        }
+    }
+
+    /// Every call since `clear`.
+    const std::vector<std::string>& calls() const { return calls_; }
+    /// Those of them that came from the main thread.
+    const std::vector<std::string>& onMainThread() const { return onMainThread_; }
+
+    void clear() {
+        calls_.clear();
+        onMainThread_.clear();
+    }
+
+private:
+    const MainQueue& mainQueue_;
+    std::vector<std::string> calls_;
+    std::vector<std::string> onMainThread_;
+};
+
+/// Notes "can switch", "5 on" and "5 off".
+class LoggedSwitch : public DisplaySwitch {
+public:
+    /// Both must outlive it.
+    LoggedSwitch(DisplaySwitch& inner, CallLog& log) : inner_(inner), log_(log) {}
+
+    bool canSwitch() override {
+        log_.note("can switch");
+        return inner_.canSwitch();
+    }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        log_.note(std::to_string(display) + (enabled ? " on" : " off"));
+        return inner_.setDisplayEnabled(display, enabled);
+    }
+
+private:
+    DisplaySwitch& inner_;
+    CallLog& log_;
+};
+
+/// Notes "moment", "online 5" and "active 5", and can lie about what is online.
+class LoggedQueries : public DisplayQueries {
+public:
+    /// Both must outlive it.
+    LoggedQueries(DisplayQueries& inner, CallLog& log) : inner_(inner), log_(log) {}
+
+    /// From now on `display` is not online, and as active as it was.
+    void sayOffline(DisplayID display) { offline_.insert(display); }
+
+    std::unique_ptr<DisplayMoment> now() override {
+        log_.note("moment");
+        return std::make_unique<Moment>(*this);
+    }
+
+private:
+    class Moment : public DisplayMoment {
+    public:
+        explicit Moment(LoggedQueries& queries) : queries_(queries), inner_(queries.inner_.now()) {}
+
+        std::optional<std::vector<DisplayID>> allDisplays() override {
+            return inner_->allDisplays();
+        }
+        std::optional<std::vector<DisplayID>> onlineDisplays() override {
+            return inner_->onlineDisplays();
+        }
+        bool isBuiltIn(DisplayID display) override { return inner_->isBuiltIn(display); }
+        bool isOnline(DisplayID display) override {
+            queries_.log_.note("online " + std::to_string(display));
+            return !queries_.offline_.contains(display) && inner_->isOnline(display);
+        }
+        bool isActive(DisplayID display) override {
+            queries_.log_.note("active " + std::to_string(display));
+            return inner_->isActive(display);
+        }
+        std::uint32_t vendorNumber(DisplayID display) override {
+            return inner_->vendorNumber(display);
+        }
+        std::uint32_t modelNumber(DisplayID display) override {
+            return inner_->modelNumber(display);
+        }
+        std::uint32_t serialNumber(DisplayID display) override {
+            return inner_->serialNumber(display);
+        }
+
+    private:
+        LoggedQueries& queries_;
+        std::unique_ptr<DisplayMoment> inner_;
+    };
+
+    DisplayQueries& inner_;
+    CallLog& log_;
+    std::set<DisplayID> offline_;
+};
+
+}  // namespace tavrel
