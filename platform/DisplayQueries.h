@@ -21,8 +21,9 @@ class DisplayMoment {
 public:
     virtual ~DisplayMoment() = default;
 
-    /// Whether the server has just said all this; false where it is silent and this is what it
-    /// said before.
+    /// Whether the answers are as of the time the moment was asked for. False when the server
+    /// was silent then, and these are the ones it gave before: no ground for a change of the
+    /// layout, nor for taking one to have happened.
     virtual bool isCurrent() { return true; }
 
     /// Every connected display, including those taken out of the desktop layout, in the

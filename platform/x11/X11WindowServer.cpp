@@ -36,8 +36,10 @@ private:
 /// What one snapshot says.
 class SnapshotMoment : public DisplayMoment {
 public:
-    explicit SnapshotMoment(const x11::Snapshot& snapshot) : layout_(x11::layoutOf(snapshot)) {}
+    SnapshotMoment(const x11::Snapshot& snapshot, bool isCurrent)
+        : layout_(x11::layoutOf(snapshot)), isCurrent_(isCurrent) {}
 
+    bool isCurrent() override { return isCurrent_; }
     DisplayList allDisplays() override { return onlineDisplays(); }
     /// In the server's order.
     DisplayList onlineDisplays() override {
@@ -73,12 +75,13 @@ private:
     }
 
     const layout::Layout layout_;
+    const bool isCurrent_;
 };
 
 std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer) {
     switch (answer.server) {
         case x11::LastWord::Server::present:
-            return std::make_unique<SnapshotMoment>(*answer.snapshot);
+            return std::make_unique<SnapshotMoment>(*answer.snapshot, answer.isFresh);
         case x11::LastWord::Server::withoutRandr:
             // Its displays cannot be told apart, so none is known to be online; those remembered
             // from elsewhere can still be listed.

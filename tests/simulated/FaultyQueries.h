@@ -26,6 +26,7 @@ private:
     public:
         explicit Moment(FaultyQueries& queries) : queries_(queries), inner_(queries.inner_.now()) {}
 
+        bool isCurrent() override { return inner_->isCurrent(); }
         std::optional<std::vector<DisplayID>> allDisplays() override {
             return queries_.chance_.happens(queries_.listFailures_) ? std::nullopt
                                                                     : inner_->allDisplays();

@@ -102,6 +102,7 @@ TEST_F(SilentServerTest, ChangesNothingAndIsAnsweredForByWhatItSaidLast) {
         EXPECT_EQ(impatient.setDisplayEnabled(middle, true), serverStatus::notImplemented);
         const auto moment = impatient.now();
         EXPECT_TRUE(impatient.canSwitch());
+        EXPECT_FALSE(moment->isCurrent());
         EXPECT_THAT(moment->onlineDisplays(), testing::Optional(testing::SizeIs(3)));
         EXPECT_TRUE(moment->isActive(left));
         EXPECT_TRUE(moment->isOnline(middle));
@@ -127,7 +128,10 @@ TEST_F(SilentServerTest, IsHeardAgainWhenItGoesOn) {
         EXPECT_TRUE(support::waitUntil([&] { return each->now()->isOnline(middle); }));
         EXPECT_TRUE(support::waitUntil(
             [&] { return each->setDisplayEnabled(middle, true) == serverStatus::success; }));
-        EXPECT_TRUE(support::waitUntil([&] { return each->now()->isActive(middle); }));
+        EXPECT_TRUE(support::waitUntil([&] {
+            const auto moment = each->now();
+            return moment->isActive(middle) && moment->isCurrent();
+        }));
     }
     EXPECT_TRUE(desktop.monitor("DUMMY1").on);
 }
