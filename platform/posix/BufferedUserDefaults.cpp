@@ -46,7 +46,10 @@ bool BufferedUserDefaults::update(std::string_view key, const Change& change) {
             return false;
         }
         // What is unsaved is not what the store holds.
-        const auto expected = isUnsaved ? std::nullopt : std::optional(old);
+        std::optional<StoreThread::Value> expected;
+        if (!isUnsaved) {
+            expected.emplace(old);
+        }
         if (store_->write(key, *bytes, expected) != WriteState::overtaken) {
             return true;
         }

@@ -197,6 +197,17 @@ TEST_F(BufferedUserDefaultsTest, UpdateOfAKeptValueGoesOnFromThat) {
     EXPECT_TRUE(isOnDisk("kept and new"));
 }
 
+TEST_F(BufferedUserDefaultsTest, UpdateOfAKeptValueGoesOnFromThatWhenTheStoreCanBeWrittenAgain) {
+    write(R"({"key":"old"})");
+    openWith(Kind::refusesWrites, retryingAfter(never));
+    buffered->setData("key", "kept");
+
+    trouble->endTrouble();
+    buffered->update("key", [&](const auto& old) { return old.value_or("") + " and new"; });
+
+    EXPECT_EQ(store.data("key"), "kept and new");
+}
+
 TEST_F(BufferedUserDefaultsTest, TwoProcessesChangingOneValueLoseNoChange) {
     constexpr int changesEach = 40;
     const auto add = [&] {

@@ -75,6 +75,18 @@ TEST_F(HangingDefaultsTest, WritesAreWaitedForAgainOnceTheStoreHasAnswered) {
     }));
 }
 
+TEST_F(HangingDefaultsTest, ReadsAreWaitedForAgainOnceTheStoreHasAnswered) {
+    hangAfterReading({.patience = 200ms});
+    EXPECT_EQ(buffered->data("key"), "old");
+    trouble->endTrouble();
+
+    int value = 0;
+    EXPECT_TRUE(support::waitUntil([&] {
+        const std::string next = std::to_string(++value);
+        return store.setData("key", next) && buffered->data("key") == next;
+    }));
+}
+
 TEST_F(HangingDefaultsTest, UpdateThatNobodyWaitsForAnyMoreIsWrittenWhateverOthersWrote) {
     hangAfterReading();
     buffered->update("key", [](const auto& old) { return old.value_or("") + " and new"; });
