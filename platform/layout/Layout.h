@@ -56,8 +56,12 @@ struct Output {
     bool isConnected = false;
     /// Best first.
     std::vector<Mode> modes = {};
-    /// std::nullopt when it is off.
+    /// std::nullopt when it is off. A window server may go on driving a connector whose monitor
+    /// has been unplugged.
     std::optional<Shown> shown = {};
+
+    /// Whether somebody can see what it shows. What nobody sees is in nobody's way.
+    bool isActive() const { return isConnected && shown.has_value(); }
 };
 
 /// What a window server shows at one moment. Plain data, and the same for each of them: what

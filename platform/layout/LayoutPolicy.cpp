@@ -1,6 +1,7 @@
 #include "platform/layout/LayoutPolicy.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <tuple>
 #include <utility>
 
@@ -21,17 +22,25 @@ bool isPrimaryOnLoan(const Layout& layout, const Memory& memory) {
 /// Only its old mirrors may be there.
 bool isPlaceFree(const Layout& layout, const RememberedOutput& was) {
     return std::none_of(layout.outputs.begin(), layout.outputs.end(), [&](const Output& other) {
-        return other.shown.has_value() && overlap(other.shown->area, was.area) &&
+        return other.isActive() && overlap(other.shown->area, was.area) &&
                std::find(was.mirrors.begin(), was.mirrors.end(), other.display) ==
                    was.mirrors.end();
     });
 }
 
-/// Right of all that is on and level with the rightmost of it; the origin when nothing is.
+/// The origin for the only monitor: left of it would be a desktop that nobody can see.
+Area placeAsItWas(const Layout& layout, const RememberedOutput& was) {
+    const bool isAlone = std::none_of(
+        layout.outputs.begin(), layout.outputs.end(),
+        [&](const Output& other) { return other.display != was.display && other.isConnected; });
+    return isAlone ? Area{0, 0, was.area.width, was.area.height} : was.area;
+}
+
+/// Right of all that is active and level with the rightmost of it; the origin when nothing is.
 std::pair<int, int> placeAtTheRight(const Layout& layout) {
     std::pair<int, int> place{0, 0};
     for (const Output& output : layout.outputs) {
-        if (!output.shown.has_value()) {
+        if (!output.isActive()) {
             continue;
         }
         const Area& area = output.shown->area;
@@ -55,9 +64,14 @@ Shown showAnew(const Layout& layout, const Mode& mode, Rotation rotation) {
 
 }  // namespace
 
+bool isNothingShown(const Layout& layout) {
+    return std::none_of(layout.outputs.begin(), layout.outputs.end(),
+                        [](const Output& output) { return output.isActive(); });
+}
+
 bool isLastShown(const Layout& layout, DisplayID display) {
     return std::none_of(layout.outputs.begin(), layout.outputs.end(), [&](const Output& other) {
-        return other.display != display && other.isConnected && other.shown.has_value();
+        return other.display != display && other.isActive();
     });
 }
 
@@ -69,7 +83,7 @@ RememberedOutput describe(const Layout& layout, DisplayID display, const Memory&
                          .rotation = shown.rotation,
                          .primary = layout.primary == display};
     for (const Output& other : layout.outputs) {
-        if (other.display != display && other.shown.has_value() &&
+        if (other.display != display && other.isActive() &&
             overlap(other.shown->area, shown.area)) {
             now.mirrors.push_back(other.display);
         }
@@ -87,7 +101,7 @@ std::optional<DisplayID> nextPrimary(const Layout& layout, DisplayID display) {
         return std::tuple(output.shown->area.x, output.shown->area.y, output.identity.connector);
     };
     for (const Output& other : layout.outputs) {
-        if (other.display != display && other.shown.has_value() &&
+        if (other.display != display && other.isActive() &&
             (best == nullptr || place(other) < place(*best))) {
             best = &other;
         }
@@ -102,18 +116,26 @@ bool regainsPrimary(const Layout& layout, DisplayID display, const Memory& memor
 }
 
 std::vector<WayBack> waysBack(const Layout& layout, DisplayID display, const Memory& memory) {
-    const std::vector<Mode>& modes = layout.output(display)->modes;
     const RememberedOutput* was = find(memory, display);
+    std::vector<Mode> modes = layout.output(display)->modes;
     std::vector<WayBack> ways;
-    if (was != nullptr && isPlaceFree(layout, *was) &&
-        std::find(modes.begin(), modes.end(), was->mode) != modes.end()) {
-        ways.push_back({{was->mode, was->area, was->rotation}, true});
-    }
-    if (!modes.empty()) {
-        if (was != nullptr && was->rotation != rotate0) {
-            ways.push_back({showAnew(layout, modes.front(), was->rotation), false});
+    if (was != nullptr) {
+        const auto itsMode = std::find(modes.begin(), modes.end(), was->mode);
+        if (itsMode != modes.end() && isPlaceFree(layout, *was)) {
+            ways.push_back({{was->mode, placeAsItWas(layout, *was), was->rotation}, true});
         }
-        ways.push_back({showAnew(layout, modes.front(), rotate0), false});
+        if (itsMode != modes.end()) {
+            std::rotate(modes.begin(), itsMode, itsMode + 1);
+        }
+    }
+    if (!isNothingShown(layout) && modes.size() > mostModesBesideOthers) {
+        modes.resize(mostModesBesideOthers);
+    }
+    for (const Mode& mode : modes) {
+        if (was != nullptr && was->rotation != rotate0) {
+            ways.push_back({showAnew(layout, mode, was->rotation), false});
+        }
+        ways.push_back({showAnew(layout, mode, rotate0), false});
     }
     std::erase_if(ways, [&](const WayBack& way) { return !layout.hasRoomFor(way.shown.area); });
     return ways;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace tavrel::layout {
 
 // What is decided alike with every window server when a display goes off or comes on: it
 // reads its state into a layout, asks here, and does what comes out. Pure functions.
+
+/// Whether no connected output shows anything: there is no usable screen.
+bool isNothingShown(const Layout& layout);
 
 /// Whether no other connected output shows anything, so that `display` must stay on.
 bool isLastShown(const Layout& layout, DisplayID display);
@@ -35,13 +39,19 @@ struct WayBack {
     friend bool operator==(const WayBack&, const WayBack&) = default;
 };
 
+/// In how many modes a display is tried while another one is there to be used.
+inline constexpr std::size_t mostModesBesideOthers = 8;
+
 /// How `display`, which is off, can come on, in order of preference; the window server takes
 /// the first it can realise.
 ///
 /// First as it was: with the remembered mode in the remembered place, if the monitor still
-/// offers the one, and none but its old mirrors has taken the other. Then anew: with its
-/// preferred mode, right of the rightmost display and level with it; turned as it was, then
-/// upright. Empty when it has no mode, or there is no room.
+/// offers the one, and none but its old mirrors has taken the other. The only monitor left,
+/// which nobody can stand beside, goes to the origin instead. Then anew, right of the
+/// rightmost display and level with it: in the mode it had, in its preferred one and, since
+/// that may be more than the wire or the graphics card can do today, in the others; turned as
+/// it was, then upright. When nothing is shown, no mode is left out. Empty when it has no
+/// mode, or there is no room.
 std::vector<WayBack> waysBack(const Layout& layout, DisplayID display, const Memory& memory);
 
 }  // namespace tavrel::layout

@@ -110,15 +110,23 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
     // Whoever misses a display may have just plugged it in.
     x11::RandrLayoutServer server(*connection,
                                   enabled ? x11::Probing::always : x11::Probing::onContradiction);
-    return x11::switchDisplay(server, remembered_, display, enabled);
+    return x11::switchDisplay(server, remembered_, lastSeen_, display, enabled);
 }
 
 std::unique_ptr<DisplayMoment> X11WindowServer::now() {
-    return momentOf(lastWord_.ask(x11::Probing::never));
+    return ask(x11::Probing::never);
 }
 
 std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
-    return momentOf(lastWord_.ask(x11::Probing::always));
+    return ask(x11::Probing::always);
+}
+
+std::unique_ptr<DisplayMoment> X11WindowServer::ask(x11::Probing probing) {
+    const x11::LastWord::Answer answer = lastWord_.ask(probing);
+    if (answer.snapshot != nullptr) {
+        x11::noteSeen(lastSeen_, *answer.snapshot);
+    }
+    return momentOf(answer);
 }
 
 }  // namespace tavrel

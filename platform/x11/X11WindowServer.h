@@ -5,6 +5,7 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
+#include "platform/layout/LastSeen.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
 #include "platform/x11/snapshot/LastWord.h"
@@ -13,7 +14,8 @@ namespace tavrel {
 
 /// An X server with RandR 1.3 or later as the window server. A display is an output; it is
 /// online when connected and active when a CRTC drives it with a mode. Both lists name
-/// every connected output. A moment is one snapshot.
+/// every connected output. A moment is one snapshot. What it shows is noted: a display that
+/// another program switches off after that comes on as it was.
 ///
 /// Thread-safe. Changes are made strictly one at a time, each with the server grabbed;
 /// questions have a connection of their own and wait for the server alone. Without a
@@ -36,6 +38,9 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
+    std::unique_ptr<DisplayMoment> ask(x11::Probing probing);
+
+    layout::LastSeen lastSeen_;
     x11::LastWord lastWord_;
 
     std::mutex changeMutex_;

@@ -1,7 +1,9 @@
 #include "platform/x11/crtc/CrtcChoice.h"
 
 #include <algorithm>
-#include <vector>
+#include <optional>
+#include <set>
+#include <utility>
 
 namespace tavrel::x11 {
 
@@ -40,7 +42,7 @@ const Crtc* sharableCrtc(const Snapshot& snapshot, const Output& output,
     };
     for (const Xid id : output.crtcs) {
         const Crtc* crtc = snapshot.crtc(id);
-        if (crtc != nullptr && shows(*crtc) &&
+        if (crtc != nullptr && !snapshot.isFree(*crtc) && shows(*crtc) &&
             std::all_of(crtc->outputs.begin(), crtc->outputs.end(), isClone)) {
             return crtc;
         }
@@ -48,64 +50,111 @@ const Crtc* sharableCrtc(const Snapshot& snapshot, const Output& output,
     return nullptr;
 }
 
-/// A CRTC that can drive `output` this way and drives nothing; `hint` if that is one.
-const Crtc* freeCrtc(const Snapshot& snapshot, const Output& output, layout::Rotation rotation,
-                     const Transform& transform, Xid hint) {
-    const auto canShow = [&](const Crtc& crtc) {
-        return crtc.mode == 0 && crtc.outputs.empty() &&
-               (rotation & ~crtc.supportedRotations) == 0 &&
-               (transform.isIdentity() || crtc.supportsTransforms);
-    };
-    const Crtc* first = nullptr;
-    for (const Xid id : output.crtcs) {
+/// What a CRTC shows, or is to show; `setting` names the one that shows it now, if any.
+struct Picture {
+    CrtcSetting setting;
+    Transform transform;
+};
+
+bool canShow(const Snapshot& snapshot, const Crtc& crtc, const Picture& picture) {
+    return (picture.setting.rotation & ~crtc.supportedRotations) == 0 &&
+           (picture.transform.isIdentity() || crtc.supportsTransforms) &&
+           std::all_of(picture.setting.outputs.begin(), picture.setting.outputs.end(), [&](Xid id) {
+               const Output* output = snapshot.output(id);
+               return output != nullptr && contains(output->crtcs, crtc.id);
+           });
+}
+
+/// The CRTCs that can show it; those that are off first, then those that drive nobody's
+/// monitor, then those that are in use.
+std::vector<const Crtc*> crtcsFor(const Snapshot& snapshot, const Picture& picture) {
+    std::vector<const Crtc*> able;
+    const Output* first = snapshot.output(picture.setting.outputs.front());
+    for (const Xid id : first == nullptr ? std::vector<Xid>{} : first->crtcs) {
         const Crtc* crtc = snapshot.crtc(id);
-        if (crtc == nullptr || !canShow(*crtc)) {
+        if (crtc != nullptr && canShow(snapshot, *crtc, picture)) {
+            able.push_back(crtc);
+        }
+    }
+    std::stable_sort(able.begin(), able.end(), [&](const Crtc* a, const Crtc* b) {
+        return std::pair(!snapshot.isFree(*a), a->mode != 0) <
+               std::pair(!snapshot.isFree(*b), b->mode != 0);
+    });
+    return able;
+}
+
+void show(const Picture& picture, const Crtc& crtc, CrtcChoice& choice) {
+    const bool bothPlain = crtc.transform.isIdentity() && picture.transform.isIdentity();
+    if (crtc.supportsTransforms && !bothPlain && crtc.transform != picture.transform) {
+        choice.transforms.push_back({.crtc = crtc.id, .transform = picture.transform});
+    }
+    if (picture.setting.crtc != 0) {
+        // No output can be driven twice.
+        choice.settings.push_back({.crtc = picture.setting.crtc});
+    }
+    CrtcSetting setting = picture.setting;
+    setting.crtc = crtc.id;
+    choice.settings.push_back(std::move(setting));
+}
+
+/// Finds a CRTC for `picture`, and for what that one shows another, and so on until one is
+/// free; of `tried`, none is looked at again. Returns false when there is no such chain.
+bool findPlace(const Snapshot& snapshot, const Picture& picture, std::set<Xid>& tried,
+               CrtcChoice& choice) {
+    for (const Crtc* crtc : crtcsFor(snapshot, picture)) {
+        if (!tried.insert(crtc->id).second) {
             continue;
         }
-        if (id == hint) {
-            return crtc;
+        const Picture shown{.setting = settingOf(*crtc), .transform = crtc->transform};
+        if (snapshot.isFree(*crtc) || findPlace(snapshot, shown, tried, choice)) {
+            show(picture, *crtc, choice);
+            return true;
         }
-        first = first == nullptr ? crtc : first;
     }
-    return first;
+    return false;
 }
 
 CrtcChoice share(const Crtc& crtc, const Output& output) {
-    CrtcChoice choice{.setting = settingOf(crtc)};
-    choice.setting.outputs.push_back(output.id);
-    return choice;
-}
-
-CrtcChoice use(const Crtc& crtc, const Output& output, Xid mode, const layout::Shown& wanted,
-               const Transform& transform) {
-    CrtcChoice choice{.setting = {.crtc = crtc.id,
-                                  .mode = mode,
-                                  .x = wanted.area.x,
-                                  .y = wanted.area.y,
-                                  .rotation = wanted.rotation,
-                                  .outputs = {output.id}}};
-    const bool bothPlain = crtc.transform.isIdentity() && transform.isIdentity();
-    if (crtc.supportsTransforms && !bothPlain && crtc.transform != transform) {
-        choice.transform = CrtcTransform{.crtc = crtc.id, .transform = transform};
-    }
-    return choice;
+    CrtcSetting setting = settingOf(crtc);
+    setting.outputs.push_back(output.id);
+    return {.settings = {std::move(setting)}};
 }
 
 }  // namespace
 
-std::optional<CrtcChoice> chooseCrtc(const Snapshot& snapshot, const Output& output,
-                                     const layout::Shown& wanted, const CrtcNotes& notes) {
+std::vector<CrtcChoice> crtcChoices(const Snapshot& snapshot, const Output& output,
+                                    const layout::Shown& wanted, const CrtcNotes& notes) {
     const Xid mode = modeLike(snapshot, output, wanted.mode, notes.modeHint);
     if (mode == 0) {
-        return std::nullopt;
+        return {};
     }
-    const Crtc* shared = sharableCrtc(snapshot, output, wanted, notes.transform);
-    const Crtc* free = freeCrtc(snapshot, output, wanted.rotation, notes.transform, notes.crtcHint);
-    if (shared != nullptr && (free == nullptr || shared->id == notes.crtcHint)) {
-        return share(*shared, output);
+    const Picture picture{.setting = {.mode = mode,
+                                      .x = wanted.area.x,
+                                      .y = wanted.area.y,
+                                      .rotation = wanted.rotation,
+                                      .outputs = {output.id}},
+                          .transform = notes.transform};
+    std::vector<CrtcChoice> choices;
+    const auto add = [&](const Crtc& crtc, CrtcChoice choice) {
+        const bool isOldOne = crtc.id == notes.crtcHint;
+        choices.insert(isOldOne ? choices.begin() : choices.end(), std::move(choice));
+    };
+    for (const Crtc* crtc : crtcsFor(snapshot, picture)) {
+        if (snapshot.isFree(*crtc)) {
+            CrtcChoice choice;
+            show(picture, *crtc, choice);
+            add(*crtc, std::move(choice));
+        }
     }
-    return free == nullptr ? std::nullopt
-                           : std::optional(use(*free, output, mode, wanted, notes.transform));
+    if (const Crtc* shared = sharableCrtc(snapshot, output, wanted, notes.transform)) {
+        add(*shared, share(*shared, output));
+    }
+    std::set<Xid> tried;
+    CrtcChoice moved;
+    if (choices.empty() && findPlace(snapshot, picture, tried, moved)) {
+        choices.push_back(std::move(moved));
+    }
+    return choices;
 }
 
 }  // namespace tavrel::x11

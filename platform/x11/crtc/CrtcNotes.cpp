@@ -37,6 +37,13 @@ ScreenSize readScreen(layout::StrictReader& reader, const Json& screen) {
 
 }  // namespace
 
+CrtcNotes notesOn(const Snapshot& snapshot, const Crtc& crtc) {
+    return {.modeHint = crtc.mode,
+            .crtcHint = crtc.id,
+            .transform = crtc.transform,
+            .screen = snapshot.screen};
+}
+
 std::string encodeNotes(const CrtcNotes& notes) {
     const Json json = {{"modeHint", notes.modeHint},
                        {"crtcHint", notes.crtcHint},

@@ -20,6 +20,9 @@ struct CrtcNotes {
     friend bool operator==(const CrtcNotes&, const CrtcNotes&) = default;
 };
 
+/// What is to be remembered of a display that `crtc` drives.
+CrtcNotes notesOn(const Snapshot& snapshot, const Crtc& crtc);
+
 /// The stored form, a JSON object. Persistent: do not change the meaning of a member.
 std::string encodeNotes(const CrtcNotes& notes);
 

@@ -1,5 +1,7 @@
 #include "platform/x11/crtc/LayoutPlanner.h"
 
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -30,62 +32,71 @@ LayoutDecision decideOff(const Scene& now, const Output& output, DisplayID displ
         return decision;
     }
     layout::RememberedOutput was = layout::describe(now.layout, display, decision.memory);
-    was.notes = encodeNotes({.modeHint = crtc->mode,
-                             .crtcHint = crtc->id,
-                             .transform = crtc->transform,
-                             .screen = now.snapshot.screen});
+    was.notes = encodeNotes(notesOn(now.snapshot, *crtc));
     layout::forget(decision.memory, display);
     decision.memory.push_back(std::move(was));
 
     CrtcSetting setting = settingOf(*crtc);
     std::erase(setting.outputs, output.id);
     const bool shared = !setting.outputs.empty();
-    decision.plan.crtc = shared ? setting : CrtcSetting{.crtc = crtc->id};
+    LayoutPlan plan{.crtcs = {shared ? setting : CrtcSetting{.crtc = crtc->id}}};
     if (!shared) {
-        fitScreen(now.snapshot, boundsOfActive(now.snapshot, crtc->id), ScreenSize{},
-                  decision.plan);
+        fitScreen(now.snapshot, boundsOfActive(now.snapshot, crtc->id), ScreenSize{}, plan);
     }
     if (const auto next = layout::nextPrimary(now.layout, display); next.has_value()) {
-        decision.plan.primary = outputOf(now.snapshot, now.layout, *next)->id;
+        plan.primary = outputOf(now.snapshot, now.layout, *next)->id;
     }
+    decision.plans = {std::move(plan)};
     return decision;
 }
 
-/// The first way back for which there is a CRTC, as a plan; std::nullopt when there is none.
-std::optional<LayoutPlan> planWayBack(const Scene& now, const Output& output, DisplayID display,
-                                      bool anew, const layout::Memory& memory) {
+LayoutPlan planOn(const Snapshot& snapshot, const Output& output, const layout::Area& area,
+                  CrtcChoice choice, const ScreenSize& knownScreen) {
+    LayoutPlan plan{.transforms = std::move(choice.transforms),
+                    .crtcs = std::move(choice.settings),
+                    .comesOn = output.id};
+    fitScreen(snapshot, boundsOfActive(snapshot, 0, area), knownScreen, plan);
+    return plan;
+}
+
+/// Each way back by the CRTC that suits it best; then, if there is nothing else to be seen,
+/// by the others too.
+std::vector<LayoutPlan> plansOn(const Scene& now, const Output& output, DisplayID display,
+                                const layout::Memory& memory) {
     const layout::RememberedOutput* was = layout::find(memory, display);
     const CrtcNotes notes =
         was != nullptr ? decodeNotes(was->notes).value_or(CrtcNotes{}) : CrtcNotes{};
+    const bool isNothingShown = layout::isNothingShown(now.layout);
+    std::vector<LayoutPlan> plans;
+    std::vector<LayoutPlan> lastResorts;
     for (const layout::WayBack& way : layout::waysBack(now.layout, display, memory)) {
-        if (way.isAsItWas && anew) {
-            continue;
-        }
-        const auto choice =
-            chooseCrtc(now.snapshot, output, way.shown, way.isAsItWas ? notes : CrtcNotes{});
-        if (choice.has_value()) {
-            LayoutPlan plan{.transform = choice->transform, .crtc = choice->setting};
-            fitScreen(now.snapshot, boundsOfActive(now.snapshot, 0, way.shown.area), notes.screen,
-                      plan);
-            return plan;
+        auto choices =
+            crtcChoices(now.snapshot, output, way.shown, way.isAsItWas ? notes : CrtcNotes{});
+        for (std::size_t i = 0; i < choices.size() && (i == 0 || isNothingShown); ++i) {
+            (i == 0 ? plans : lastResorts)
+                .push_back(planOn(now.snapshot, output, way.shown.area, std::move(choices[i]),
+                                  notes.screen));
         }
     }
-    return std::nullopt;
+    std::move(lastResorts.begin(), lastResorts.end(), std::back_inserter(plans));
+    return plans;
 }
 
-LayoutDecision decideOn(const Scene& now, const Output& output, DisplayID display, bool anew,
-                        LayoutDecision decision) {
+LayoutDecision decideOn(const Scene& now, const Output& output, DisplayID display,
+                        const layout::LastSeen& lastSeen, LayoutDecision decision) {
     if (now.snapshot.activeCrtc(output) != nullptr) {
         return decision;
     }
-    auto plan = planWayBack(now, output, display, anew, decision.memory);
-    if (!plan.has_value()) {
+    const layout::Memory known = lastSeen.completed(decision.memory, display);
+    decision.plans = plansOn(now, output, display, known);
+    if (decision.plans.empty()) {
         decision.status = serverStatus::cannotComplete;
         return decision;
     }
-    decision.plan = *std::move(plan);
-    if (layout::regainsPrimary(now.layout, display, decision.memory)) {
-        decision.plan.primary = output.id;
+    if (layout::regainsPrimary(now.layout, display, known)) {
+        for (LayoutPlan& plan : decision.plans) {
+            plan.primary = output.id;
+        }
     }
     layout::forget(decision.memory, display);
     return decision;
@@ -93,8 +104,8 @@ LayoutDecision decideOn(const Scene& now, const Output& output, DisplayID displa
 
 }  // namespace
 
-LayoutDecision decideSwitch(const Snapshot& snapshot, DisplayID display, Wanted wanted,
-                            const layout::Memory& memory) {
+LayoutDecision decideSwitch(const Snapshot& snapshot, DisplayID display, bool enabled,
+                            const layout::Memory& memory, const layout::LastSeen& lastSeen) {
     LayoutDecision unchanged{.memory = memory};
     const layout::Layout layout = layoutOf(snapshot);
     const Output* output = outputOf(snapshot, layout, display);
@@ -103,9 +114,8 @@ LayoutDecision decideSwitch(const Snapshot& snapshot, DisplayID display, Wanted 
         return unchanged;
     }
     const Scene now{snapshot, layout};
-    return wanted == Wanted::off
-               ? decideOff(now, *output, display, std::move(unchanged))
-               : decideOn(now, *output, display, wanted == Wanted::onAnew, std::move(unchanged));
+    return enabled ? decideOn(now, *output, display, lastSeen, std::move(unchanged))
+                   : decideOff(now, *output, display, std::move(unchanged));
 }
 
 }  // namespace tavrel::x11

@@ -1,11 +1,13 @@
 #include "platform/x11/crtc/LayoutSwitch.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <utility>
 
 #include "platform/x11/crtc/CrtcNotes.h"
 #include "platform/x11/crtc/LayoutPlanner.h"
+#include "platform/x11/snapshot/SnapshotLayout.h"
 
 namespace tavrel::x11 {
 
@@ -30,7 +32,7 @@ ServerStatus failure(const LayoutServer& server) {
 }
 
 bool isDone(const LayoutDecision& decision) {
-    return decision.status != serverStatus::success || decision.plan.isEmpty();
+    return decision.status != serverStatus::success || decision.plans.empty();
 }
 
 /// Empty where anything stored is malformed, our notes included.
@@ -42,40 +44,78 @@ layout::Memory readMemory(const layout::RememberedOutputs& remembered) {
     return isReadable ? memory : layout::Memory{};
 }
 
-LayoutDecision decide(LayoutServer& server, DisplayID display, Wanted wanted,
-                      const layout::Memory& memory, Snapshot& snapshot) {
+/// A switch to be made, and what it is decided by beside the server's state.
+struct Request {
+    DisplayID display = 0;
+    bool enabled = false;
+    layout::Memory memory = {};
+    layout::LastSeen& lastSeen;
+};
+
+LayoutDecision decide(LayoutServer& server, const Request& request, Snapshot& snapshot) {
     std::optional<Snapshot> now = server.read();
     if (!now.has_value()) {
-        return {.status = failure(server), .memory = memory};
+        return {.status = failure(server), .memory = request.memory};
     }
     snapshot = *std::move(now);
-    return decideSwitch(snapshot, display, wanted, memory);
+    noteSeen(request.lastSeen, snapshot);
+    return decideSwitch(snapshot, request.display, request.enabled, request.memory,
+                        request.lastSeen);
 }
 
-/// The switch itself, with the server grabbed.
-LayoutDecision switchGrabbed(LayoutServer& server, DisplayID display, Wanted wanted,
-                             const layout::Memory& memory) {
+/// Decides with the server grabbed, and carries out the plan of that number. std::nullopt when
+/// the server will not have it; then all is as before.
+std::optional<LayoutDecision> attempt(LayoutServer& server, const Request& request,
+                                      std::size_t number) {
+    const Grab grab(server);
+    if (!grab.isHeld()) {
+        return LayoutDecision{.status = failure(server), .memory = request.memory};
+    }
     Snapshot before;
-    LayoutDecision decision = decide(server, display, wanted, memory, before);
-    if (isDone(decision) || applyPlan(server, before, decision.plan)) {
+    LayoutDecision decision = decide(server, request, before);
+    if (isDone(decision)) {
         return decision;
     }
-    if (wanted == Wanted::on && layout::find(memory, display) != nullptr) {
-        // A server that will not have it as it was may still have it some other way.
-        return switchGrabbed(server, display, Wanted::onAnew, memory);
+    if (number < decision.plans.size() && applyPlan(server, before, decision.plans[number])) {
+        return decision;
+    }
+    if (number + 1 < decision.plans.size() && !server.isLost()) {
+        return std::nullopt;
     }
     decision.status = failure(server);
     return decision;
 }
 
+/// Tries one plan after the other. Others are served in between, however long each takes.
+LayoutDecision switchGrabbed(LayoutServer& server, const Request& request) {
+    // Far more than a server refuses that can show anything at all.
+    constexpr std::size_t most = 64;
+    for (std::size_t number = 0; number < most; ++number) {
+        if (auto decision = attempt(server, request, number)) {
+            return *std::move(decision);
+        }
+    }
+    return {.status = failure(server), .memory = request.memory};
+}
+
 }  // namespace
 
+void noteSeen(layout::LastSeen& lastSeen, const Snapshot& snapshot) {
+    const layout::Layout layout = layoutOf(snapshot);
+    lastSeen.see(layout, [&](const layout::Output& shown) {
+        const Output& output = *outputOf(snapshot, layout, shown.display);
+        return encodeNotes(notesOn(snapshot, *snapshot.activeCrtc(output)));
+    });
+}
+
 ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& remembered,
-                           DisplayID display, bool enabled) {
-    const Wanted wanted = enabled ? Wanted::on : Wanted::off;
-    const layout::Memory before = readMemory(remembered);
+                           layout::LastSeen& lastSeen, DisplayID display, bool enabled) {
+    const Request request{.display = display,
+                          .enabled = enabled,
+                          .memory = readMemory(remembered),
+                          .lastSeen = lastSeen};
     Snapshot snapshot;
-    const LayoutDecision preview = decide(server, display, wanted, before, snapshot);
+    const LayoutDecision preview = decide(server, request, snapshot);
     if (isDone(preview)) {
         return preview.status;
     }
@@ -83,17 +123,9 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
         remembered.replace(preview.memory);
     }
 
-    LayoutDecision outcome{.status = serverStatus::notImplemented};
-    {
-        const Grab grab(server);
-        if (grab.isHeld()) {
-            outcome = switchGrabbed(server, display, wanted, before);
-        } else {
-            outcome.status = failure(server);
-        }
-    }
+    const LayoutDecision outcome = switchGrabbed(server, request);
     const bool changed = outcome.status == serverStatus::success;
-    const layout::Memory& kept = changed ? outcome.memory : before;
+    const layout::Memory& kept = changed ? outcome.memory : request.memory;
     if (readMemory(remembered) != kept) {
         remembered.replace(kept);
     }

@@ -1,18 +1,24 @@
 #pragma once
 
 #include "platform/DisplayID.h"
+#include "platform/layout/LastSeen.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/crtc/LayoutServer.h"
 
 namespace tavrel::x11 {
 
+/// Notes how the displays in `snapshot` are shown, for the case that another program switches
+/// them off.
+void noteSeen(layout::LastSeen& lastSeen, const Snapshot& snapshot);
+
 /// Takes `display` out of the layout or brings it back, from the first look at the server
 /// to the last check, with the server grabbed from decision to check. What is remembered of
 /// the display is stored before it goes off, so that not even a crash in between loses it.
+/// A display that will not come on in one way is tried in others.
 ///
 /// Returns 0 or a status; after any other than 0, the layout and what is remembered are as
 /// they were.
 ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& remembered,
-                           DisplayID display, bool enabled);
+                           layout::LastSeen& lastSeen, DisplayID display, bool enabled);
 
 }  // namespace tavrel::x11

@@ -27,12 +27,11 @@ ScreenSize withPixels(const ScreenSize& current, int width, int height, const Sc
     return known.hasPixelsOf(size) ? known : size;
 }
 
-}  // namespace
-
-layout::Area boundsOfActive(const Snapshot& snapshot, Xid without, const layout::Area& with) {
+template <typename Counts>
+layout::Area boundsOf(const Snapshot& snapshot, const layout::Area& with, Counts counts) {
     layout::Area bounds{0, 0, std::max(0, with.right()), std::max(0, with.bottom())};
     for (const Crtc& crtc : snapshot.crtcs) {
-        if (crtc.mode != 0 && crtc.id != without) {
+        if (crtc.mode != 0 && counts(crtc)) {
             bounds.width = std::max(bounds.width, crtc.area.right());
             bounds.height = std::max(bounds.height, crtc.area.bottom());
         }
@@ -40,10 +39,26 @@ layout::Area boundsOfActive(const Snapshot& snapshot, Xid without, const layout:
     return bounds;
 }
 
+bool isGivenTo(const LayoutPlan& plan, Xid crtc) {
+    return std::any_of(plan.crtcs.begin(), plan.crtcs.end(),
+                       [crtc](const CrtcSetting& setting) { return setting.crtc == crtc; });
+}
+
+}  // namespace
+
+layout::Area boundsOfAll(const Snapshot& snapshot) {
+    return boundsOf(snapshot, {}, [](const Crtc& /*crtc*/) { return true; });
+}
+
+layout::Area boundsOfActive(const Snapshot& snapshot, Xid without, const layout::Area& with) {
+    return boundsOf(snapshot, with,
+                    [&](const Crtc& crtc) { return crtc.id != without && !snapshot.isFree(crtc); });
+}
+
 void fitScreen(const Snapshot& snapshot, const layout::Area& needed, const ScreenSize& known,
                LayoutPlan& plan) {
     const ScreenSize& current = snapshot.screen;
-    const layout::Area before = boundsOfActive(snapshot);
+    const layout::Area before = boundsOfAll(snapshot);
     const int width = fitted(current.width, before.width, needed.width, snapshot.minWidth);
     const int height = fitted(current.height, before.height, needed.height, snapshot.minHeight);
 
@@ -54,6 +69,12 @@ void fitScreen(const Snapshot& snapshot, const layout::Area& needed, const Scree
     }
     if (width != roomyWidth || height != roomyHeight) {
         plan.screenAfter = withPixels(current, width, height, known);
+    }
+    for (const Crtc& crtc : snapshot.crtcs) {
+        const bool sticksOut = crtc.area.right() > width || crtc.area.bottom() > height;
+        if (crtc.mode != 0 && snapshot.isFree(crtc) && sticksOut && !isGivenTo(plan, crtc.id)) {
+            plan.unseen.push_back(crtc.id);
+        }
     }
 }
 

@@ -32,4 +32,11 @@ const Crtc* Snapshot::activeCrtc(const Output& output) const {
     return driving != nullptr && driving->mode != 0 ? driving : nullptr;
 }
 
+bool Snapshot::isFree(const Crtc& crtc) const {
+    return std::none_of(crtc.outputs.begin(), crtc.outputs.end(), [this](Xid id) {
+        const Output* driven = output(id);
+        return driven != nullptr && driven->connected;
+    });
+}
+
 }  // namespace tavrel::x11

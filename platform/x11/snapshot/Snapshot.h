@@ -105,6 +105,10 @@ struct Snapshot {
     /// The CRTC that drives `output` with a mode; null when it is off.
     const Crtc* activeCrtc(const Output& output) const;
 
+    /// Whether `crtc` drives no connected output. It need not be off: X leaves it on when its
+    /// monitor is unplugged.
+    bool isFree(const Crtc& crtc) const;
+
     friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
 

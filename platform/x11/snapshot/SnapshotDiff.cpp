@@ -21,8 +21,8 @@ struct State {
 
 bool isMirrored(const layout::Layout& layout, const layout::Output& output) {
     return std::any_of(layout.outputs.begin(), layout.outputs.end(), [&](const auto& other) {
-        return other.display != output.display && other.shown.has_value() &&
-               output.shown.has_value() && overlap(other.shown->area, output.shown->area);
+        return other.display != output.display && other.isActive() && output.isActive() &&
+               overlap(other.shown->area, output.shown->area);
     });
 }
 

@@ -18,6 +18,7 @@ inline constexpr DisplayID monitorC = 3;
 
 inline const Mode fullHd{.width = 1920, .height = 1080, .refreshMillihertz = 60000};
 inline const Mode fast{.width = 1920, .height = 1080, .refreshMillihertz = 144000};
+inline const Mode huge{.width = 3840, .height = 2160, .refreshMillihertz = 60000};
 inline const Mode small{.width = 1280, .height = 1024, .refreshMillihertz = 60000};
 
 /// Builds layouts for tests. The calls after `monitor` are about that one, whose connector is

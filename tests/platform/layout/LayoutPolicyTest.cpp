@@ -185,7 +185,7 @@ protected:
 
 TEST_F(WaysBackTest, BeginWithHowItWasAndEndAtTheRight) {
     EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB), monitorB, memory),
-                ElementsAre(asItWas(was), anew(1920, 0)));
+                ElementsAre(asItWas(was), anew(1920, 0, small), anew(1920, 0)));
 }
 
 TEST_F(WaysBackTest, KeepItTurnedWherePossible) {
@@ -193,7 +193,8 @@ TEST_F(WaysBackTest, KeepItTurnedWherePossible) {
     const Memory turned{seen(monitorB, Desk().monitor(monitorA).at(0, 0).monitor(monitorB).at(
                                            1920, 0, fullHd, rotation))};
 
-    EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 30).monitor(monitorB), monitorB, turned),
+    EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 30).monitor(monitorB).offering({fullHd}),
+                         monitorB, turned),
                 ElementsAre(asItWas({fullHd, {1920, 0, 1080, 1920}, rotation}),
                             anewTurned(1920, 30, rotation), anew(1920, 30)));
 }
@@ -202,7 +203,7 @@ TEST_F(WaysBackTest, AreOnlyAnewForOneNeverSeenOn) {
     EXPECT_THAT(
         waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB).offering({small, fullHd}),
                  monitorB, {}),
-        ElementsAre(anew(1920, 0, small)));
+        ElementsAre(anew(1920, 0, small), anew(1920, 0)));
 }
 
 TEST_F(WaysBackTest, AreOnlyAnewWhenItsModeIsGone) {
@@ -216,34 +217,36 @@ TEST_F(WaysBackTest, AreOnlyAnewWhenItsModeIsGone) {
 TEST_F(WaysBackTest, AreOnlyAnewWhenItsPlaceIsTakenIfOnlyInPart) {
     EXPECT_THAT(
         waysBack(Desk().monitor(monitorA).at(1920, 56, small).monitor(monitorB), monitorB, memory),
-        ElementsAre(anew(3200, 56)));
+        ElementsAre(anew(3200, 56, small), anew(3200, 56)));
     EXPECT_THAT(
         waysBack(Desk().monitor(monitorA).at(3199, 1079).monitor(monitorB), monitorB, memory),
-        ElementsAre(anew(5119, 1079)));
+        ElementsAre(anew(5119, 1079, small), anew(5119, 1079)));
     EXPECT_THAT(
         waysBack(Desk().monitor(monitorA).at(3200, 1080).monitor(monitorB), monitorB, memory),
-        ElementsAre(asItWas(was), anew(5120, 1080)))
+        ElementsAre(asItWas(was), anew(5120, 1080, small), anew(5120, 1080)))
         << "a corner that only touches is no matter";
 }
 
 TEST_F(WaysBackTest, LeadOntoItsOldMirrors) {
     const Layout mirrored = Desk().monitor(monitorA).at(0, 0).monitor(monitorB).at(0, 0);
 
-    EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB), monitorB,
-                         {seen(monitorB, mirrored)}),
-                ElementsAre(asItWas({fullHd, {0, 0, 1920, 1080}, rotate0}), anew(1920, 0)));
+    EXPECT_EQ(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB), monitorB,
+                       {seen(monitorB, mirrored)})
+                  .front(),
+              asItWas({fullHd, {0, 0, 1920, 1080}, rotate0}));
 }
 
 TEST_F(WaysBackTest, LeadToTheOriginWhenNothingIsOn) {
     EXPECT_THAT(waysBack(Desk().monitor(monitorA).monitor(monitorB), monitorB, {}),
-                ElementsAre(anew(0, 0)));
+                ElementsAre(anew(0, 0), anew(0, 0, small)));
 }
 
 TEST_F(WaysBackTest, AreLevelWithTheHigherOfTwoThatEndAtTheRight) {
-    EXPECT_THAT(
+    EXPECT_EQ(
         waysBack(Desk().monitor(monitorA).at(0, 1080).monitor(monitorC).at(0, 20).monitor(monitorB),
-                 monitorB, {}),
-        ElementsAre(anew(1920, 20)));
+                 monitorB, {})
+            .front(),
+        anew(1920, 20));
 }
 
 TEST_F(WaysBackTest, StayWithinTheLargestDesktop) {
@@ -252,9 +255,10 @@ TEST_F(WaysBackTest, StayWithinTheLargestDesktop) {
     };
 
     EXPECT_THAT(waysBack(within(3840, 1080), monitorB, memory),
-                ElementsAre(asItWas(was), anew(1920, 0)));
-    EXPECT_THAT(waysBack(within(3839, 1080), monitorB, memory), ElementsAre(asItWas(was)));
-    EXPECT_THAT(waysBack(within(3840, 1079), monitorB, memory), IsEmpty());
+                ElementsAre(asItWas(was), anew(1920, 0, small), anew(1920, 0)));
+    EXPECT_THAT(waysBack(within(3839, 1080), monitorB, memory),
+                ElementsAre(asItWas(was), anew(1920, 0, small)));
+    EXPECT_THAT(waysBack(within(3840, 1079), monitorB, memory), ElementsAre(anew(1920, 0, small)));
     EXPECT_THAT(waysBack(within(3199, 1080), monitorB, memory), IsEmpty());
 }
 
@@ -262,6 +266,77 @@ TEST_F(WaysBackTest, AreNoneWithoutAMode) {
     EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB).offering({}), monitorB,
                          memory),
                 IsEmpty());
+}
+
+TEST_F(WaysBackTest, LeadThroughTheOtherModesInTheirOrder) {
+    EXPECT_THAT(
+        waysBack(
+            Desk().monitor(monitorA).at(0, 0).monitor(monitorB).offering({fullHd, fast, small}),
+            monitorB, memory),
+        ElementsAre(asItWas(was), anew(1920, 0, small), anew(1920, 0), anew(1920, 0, fast)));
+}
+
+TEST_F(WaysBackTest, LeadThroughFewModesBesideAnotherAndThroughAllWhenThereIsNone) {
+    std::vector<Mode> many;
+    for (int i = 0; i < 20; ++i) {
+        many.push_back({.width = 1920, .height = 1080, .refreshMillihertz = 60000 - i});
+    }
+    const Desk beside = Desk().monitor(monitorA).at(0, 0).monitor(monitorB).offering(many);
+    const Desk alone = Desk().monitor(monitorA).monitor(monitorB).offering(many);
+
+    EXPECT_EQ(waysBack(beside, monitorB, {}).size(), mostModesBesideOthers);
+    ASSERT_EQ(waysBack(alone, monitorB, {}).size(), many.size());
+    EXPECT_EQ(waysBack(alone, monitorB, {}).back(), anew(0, 0, many.back()));
+}
+
+TEST_F(WaysBackTest, LeadToASmallerModeWhereThePreferredHasNoRoom) {
+    EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB).limitedTo(3300, 1080),
+                         monitorB, {}),
+                ElementsAre(anew(1920, 0, small)));
+}
+
+/// The monitors that were unplugged while they were on, and are driven all the same.
+class UnseenTest : public testing::Test {
+protected:
+    static Desk withGhost() {
+        return Desk().monitor(monitorA).at(1920, 56, huge).unplugged().monitor(monitorB);
+    }
+};
+
+TEST_F(UnseenTest, WhatNobodySeesIsNotShown) {
+    EXPECT_TRUE(isNothingShown(withGhost()));
+    EXPECT_TRUE(isNothingShown(Desk().monitor(monitorA)));
+    EXPECT_FALSE(isNothingShown(withGhost().at(0, 0)));
+}
+
+TEST_F(UnseenTest, ItTakesNobodysPlace) {
+    const Shown was{fullHd, {1920, 0, 1920, 1080}, rotate0};
+    const Memory memory{
+        seen(monitorB, Desk().monitor(monitorC).at(0, 0).monitor(monitorB).at(1920, 0))};
+
+    EXPECT_EQ(waysBack(withGhost().monitor(monitorC).at(0, 0), monitorB, memory).front(),
+              asItWas(was));
+    EXPECT_EQ(waysBack(withGhost().monitor(monitorC).at(0, 0), monitorB, {}).front(),
+              anew(1920, 0));
+    EXPECT_EQ(waysBack(withGhost(), monitorB, {}).front(), anew(0, 0));
+}
+
+TEST_F(UnseenTest, TheOnlyMonitorLeftStandsAtTheOrigin) {
+    const Memory memory{
+        seen(monitorB, Desk().monitor(monitorA).at(0, 0).monitor(monitorB).at(1920, 0, small))};
+
+    EXPECT_EQ(waysBack(withGhost(), monitorB, memory).front(),
+              asItWas({small, {0, 0, 1280, 1024}, rotate0}));
+    EXPECT_EQ(waysBack(Desk().monitor(monitorA).monitor(monitorB), monitorB, memory).front(),
+              asItWas({small, {1920, 0, 1280, 1024}, rotate0}))
+        << "the other may come on too, where it was";
+}
+
+TEST_F(UnseenTest, ItIsNobodysMirrorAndNeverBecomesPrimary) {
+    const Desk desk = withGhost().at(1920, 56).monitor(monitorC).at(5760, 0).primaryIs(monitorB);
+
+    EXPECT_THAT(seen(monitorB, desk).mirrors, IsEmpty());
+    EXPECT_EQ(nextPrimary(desk, monitorB), monitorC);
 }
 
 }  // namespace

@@ -120,7 +120,6 @@ TEST_F(X11WindowServerTest, SwitchesAllOnAgainWithTheLastGoneFromOutside) {
     }
     other.switchOff("DUMMY2");
 
-    // The last one is not remembered, so it comes on at the right of the others.
     for (const char* name : {"DUMMY0", "DUMMY1", "DUMMY2"}) {
         ASSERT_EQ(server.setDisplayEnabled(idOf(name), true), serverStatus::success);
     }
@@ -146,14 +145,6 @@ TEST_F(X11WindowServerTest, GoesToTheRightWhenItsPlaceIsTaken) {
     EXPECT_EQ(desktop.monitor("DUMMY1").x, 3840);
     EXPECT_EQ(desktop.monitor("DUMMY2").x, 1920);
     EXPECT_EQ(desktop.screenSize(), (ScreenSize{5760, 1080}));
-}
-
-TEST_F(X11WindowServerTest, WhatAnotherProgramSwitchedOffComesOnAtTheRight) {
-    other.switchOff("DUMMY1");
-    EXPECT_FALSE(server.now()->isActive(idOf("DUMMY1")));
-    ASSERT_EQ(server.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
-    EXPECT_TRUE(desktop.monitor("DUMMY1").on);
-    EXPECT_EQ(desktop.monitor("DUMMY1").x, 5760);
 }
 
 TEST_F(X11WindowServerTest, NothingHappensToWhatIsAsItShouldBe) {

@@ -24,6 +24,9 @@ std::optional<Snapshot> SimulatedRandr::read() {
     if (isGrabbed && lastMinuteChange) {
         std::exchange(lastMinuteChange, nullptr)(state);
     }
+    if (beforeReading) {
+        beforeReading(state);
+    }
     return isGone ? std::nullopt : std::optional(state);
 }
 

@@ -37,6 +37,8 @@ public:
     std::function<void()> beforeGrab;
     /// Before the first reading with the server grabbed, another client does this.
     std::function<void(Snapshot&)> lastMinuteChange;
+    /// Called before each reading.
+    std::function<void(Snapshot&)> beforeReading;
 
     bool isGrabbed = false;
     int grabs = 0;

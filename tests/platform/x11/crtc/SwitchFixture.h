@@ -39,13 +39,20 @@ protected:
         server.ungrab();
     }
 
+    /// From now on asks the server through this.
+    void use(LayoutServer& decorator) { asked = &decorator; }
+
     SimulatedRandr server{SnapshotBuilder().build()};
     SimulatedUserDefaults store;
     layout::RememberedOutputs remembered{store};
+    layout::LastSeen lastSeen;
 
 private:
+    LayoutServer* asked = &server;
+
     ServerStatus switchTo(const std::string& name, bool enabled) {
-        return switchDisplay(server, remembered, displayNamed(server.state, name), enabled);
+        return switchDisplay(*asked, remembered, lastSeen, displayNamed(server.state, name),
+                             enabled);
     }
 };
 

@@ -22,7 +22,7 @@ protected:
     void move(const std::string& name, int x, int y) {
         crtcOf(name).area.x = x;
         crtcOf(name).area.y = y;
-        const Area bounds = boundsOfActive(server.state);
+        const Area bounds = boundsOfAll(server.state);
         server.state.screen = {bounds.width, bounds.height, 500, 300};
     }
 };
@@ -131,13 +131,14 @@ TEST_F(SwitchOnTest, AMirrorMayTakeItsPlaceAgain) {
 }
 
 TEST_F(SwitchOnTest, IsRefusedWhenNoPlaceIsWithinTheLimits) {
-    start(SnapshotBuilder().output("A").on(0, 0).output("B").limits(3839, 2000));
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").limits(3199, 2000));
     const Snapshot before = server.state;
     EXPECT_EQ(on("B"), serverStatus::cannotComplete);
     EXPECT_EQ(server.state, before);
     EXPECT_EQ(server.requests, 0);
-    server.state.maxWidth = 3840;
+    server.state.maxWidth = 3200;
     EXPECT_EQ(on("B"), serverStatus::success);
+    EXPECT_EQ(areaOf(server.state, "B"), (Area{1920, 0, 1280, 1024})) << "the smaller mode";
 }
 
 TEST_F(SwitchOnTest, IsRefusedWithoutAFreeCrtc) {
@@ -254,7 +255,7 @@ TEST_F(SwitchOnTest, RestoresWhatAnEarlierRunRemembered) {
     const Snapshot before = server.state;
     ASSERT_EQ(off("B"), serverStatus::success);
     layout::RememberedOutputs nextRun(store);
-    ASSERT_EQ(switchDisplay(server, nextRun, displayNamed(before, "B"), true),
+    ASSERT_EQ(switchDisplay(server, nextRun, lastSeen, displayNamed(before, "B"), true),
               serverStatus::success);
     EXPECT_EQ(server.state, before);
 }
@@ -265,8 +266,10 @@ TEST_F(SwitchOnTest, MakesDoWithoutMalformedNotes) {
     layout::Memory memory = remembered.all();
     memory.front().notes = R"({"crtcHint":-1})";
     remembered.replace(memory);
+    layout::LastSeen nothingSeen;
 
-    ASSERT_EQ(on("B"), serverStatus::success);
+    ASSERT_EQ(switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, "B"), true),
+              serverStatus::success);
 
     EXPECT_EQ(areaOf(server.state, "B"), (Area{5760, 0, 1920, 1080}));
 }

@@ -62,7 +62,7 @@ std::vector<Crtc> crtcsWithout(const Snapshot& snapshot, Xid crtc) {
 }
 
 void expectSound(const Snapshot& snapshot) {
-    const layout::Area bounds = boundsOfActive(snapshot);
+    const layout::Area bounds = boundsOfAll(snapshot);
     EXPECT_LE(bounds.width, snapshot.screen.width);
     EXPECT_LE(bounds.height, snapshot.screen.height);
     EXPECT_LE(snapshot.screen.width, snapshot.maxWidth);
@@ -84,6 +84,7 @@ TEST_P(SwitchPropertyTest, EverySwitchKeepsTheRestAndEveryRefusalKeepsAll) {
     server.state.screen = {64, 64, 16, 16};
     SimulatedUserDefaults store;
     layout::RememberedOutputs remembered(store);
+    layout::LastSeen lastSeen;
     int successes = 0;
 
     for (int step = 0; step < 200; ++step) {
@@ -98,7 +99,7 @@ TEST_P(SwitchPropertyTest, EverySwitchKeepsTheRestAndEveryRefusalKeepsAll) {
 
         const Snapshot before = server.state;
         const auto memory = remembered.all();
-        const ServerStatus status = switchDisplay(server, remembered, display, enable);
+        const ServerStatus status = switchDisplay(server, remembered, lastSeen, display, enable);
         const Snapshot& after = server.state;
 
         expectSound(after);
@@ -126,9 +127,11 @@ TEST_P(SwitchPropertyTest, EverySwitchKeepsTheRestAndEveryRefusalKeepsAll) {
         if (!enable && after != before && !refuses) {
             // Straight back on, it is as if nothing had happened.
             server.refusals = 0;
-            ASSERT_EQ(switchDisplay(server, remembered, display, true), serverStatus::success);
+            ASSERT_EQ(switchDisplay(server, remembered, lastSeen, display, true),
+                      serverStatus::success);
             EXPECT_EQ(server.state, before);
-            ASSERT_EQ(switchDisplay(server, remembered, display, false), serverStatus::success);
+            ASSERT_EQ(switchDisplay(server, remembered, lastSeen, display, false),
+                      serverStatus::success);
         }
         if (HasFailure()) {
             return;

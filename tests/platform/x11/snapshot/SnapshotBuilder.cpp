@@ -134,7 +134,7 @@ SnapshotBuilder& SnapshotBuilder::withoutPrimary() {
 
 Snapshot SnapshotBuilder::build() const {
     Snapshot built = snapshot_;
-    const layout::Area bounds = boundsOfActive(built);
+    const layout::Area bounds = boundsOfAll(built);
     const int width = std::max(bounds.width, built.minWidth);
     const int height = std::max(bounds.height, built.minHeight);
     built.screen = screen_.value_or(ScreenSize{width, height, width / 4, height / 4});

@@ -1,0 +1,48 @@
+#include "platform/layout/LastSeen.h"
+
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "platform/layout/LayoutPolicy.h"
+
+namespace tavrel::layout {
+
+namespace {
+/// Far more than anybody's monitors; only a server that invents names has more.
+constexpr std::ptrdiff_t most = 64;
+}  // namespace
+
+void LastSeen::see(const Layout& layout, const Notes& notes) {
+    if (isNothingShown(layout)) {
+        return;
+    }
+    const std::lock_guard lock(mutex_);
+    for (const Output& output : layout.outputs) {
+        if (!output.isActive()) {
+            continue;
+        }
+        RememberedOutput now = describe(layout, output.display, {});
+        now.notes = notes(output);
+        forget(seen_, output.display);
+        seen_.push_back(std::move(now));
+    }
+    // The role has one owner, and what is off by now may have lost it.
+    for (RememberedOutput& each : seen_) {
+        each.primary = layout.primary == each.display;
+    }
+    if (std::ssize(seen_) > most) {
+        seen_.erase(seen_.begin(), seen_.end() - most);
+    }
+}
+
+Memory LastSeen::completed(Memory memory, DisplayID display) const {
+    const std::lock_guard lock(mutex_);
+    const RememberedOutput* seen = find(seen_, display);
+    if (seen != nullptr && find(memory, display) == nullptr) {
+        memory.push_back(*seen);
+    }
+    return memory;
+}
+
+}  // namespace tavrel::layout
