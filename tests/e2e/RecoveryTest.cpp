@@ -54,6 +54,26 @@ TEST_F(RecoveryTest, DisplaysThatAnotherProgramSwitchesOffComeBackAgainAndAgain)
                 static_cast<long long>(slowest.count()));
 }
 
+TEST_F(RecoveryTest, DisplaysThatAnotherProgramSwitchesOffComeBackAsTheyWere) {
+    const auto other = desktop.otherClient();
+    other.run({"--output", "DUMMY2", "--mode", "1280x1024", "--pos", "0x0", "--output", "DUMMY0",
+               "--mode", "1024x768", "--pos", "1280x0", "--output", "DUMMY1", "--mode", "1920x1080",
+               "--pos", "2304x0"});
+    const std::vector<Monitor> before = desktop.monitors();
+    // Whoever switches has seen this layout when it has switched one display.
+    const auto control = session.element("External Display 2 power");
+    session.accessible().act(control);
+    ASSERT_TRUE(session.says("External Display 2 is off"));
+    session.accessible().act(session.element("External Display 2 power"));
+    ASSERT_TRUE(session.says("External Display 2 is on"));
+    ASSERT_EQ(desktop.monitors(), before);
+
+    other.switchOff(outputs);
+
+    ASSERT_TRUE(awaitAllOn());
+    EXPECT_TRUE(waitUntil([&] { return desktop.monitors() == before; }));
+}
+
 TEST_F(RecoveryTest, LostDisplaysComeBackWhileAMenuIsOpen) {
     const auto menu = session.element("Displays");
     support::Pointer(desktop.displayName()).click(menu.bounds.centreX(), menu.bounds.centreY());

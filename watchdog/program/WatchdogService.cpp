@@ -78,9 +78,9 @@ bool WatchdogService::handle(const Message& message) {
             return true;
         }
         case Message::Kind::heartbeat:
-            if (switchedOff_.isInDoubt()) {
-                switchedOff_.settle(*queries_.now());
-            }
+            // Looked at each time, since a window server brings what another program switches
+            // off back as it was when last looked at.
+            switchedOff_.settle(*queries_.now());
             return true;
         case Message::Kind::ready:
         case Message::Kind::answer:

@@ -70,6 +70,12 @@ protected:
     std::vector<std::chrono::milliseconds> timeouts;
 };
 
+TEST_F(WatchdogServiceTest, LooksAtTheDisplaysAtEachHeartbeat) {
+    serve({heartbeat, heartbeat, heartbeat, goodbye});
+
+    EXPECT_EQ(server.moments(), 3U);
+}
+
 TEST_F(WatchdogServiceTest, SaysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
     EXPECT_THAT(serve({off(7, 1), on(3, 1), goodbye}),
                 ElementsAre(ready, answer(7, 0), answer(3, 0)));
