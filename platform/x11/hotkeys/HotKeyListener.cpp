@@ -4,8 +4,6 @@
 #include <future>
 #include <utility>
 
-#include "platform/x11/hotkeys/Keyboard.h"
-
 namespace tavrel::x11 {
 
 namespace {

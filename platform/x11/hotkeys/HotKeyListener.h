@@ -8,7 +8,7 @@
 #include "platform/HotKeys.h"
 #include "platform/x11/connection/EventThread.h"
 #include "platform/x11/hotkeys/ChordGrabs.h"
-#include "platform/x11/hotkeys/KeyPressFilter.h"
+#include "platform/x11/hotkeys/Keyboard.h"
 
 namespace tavrel::x11 {
 

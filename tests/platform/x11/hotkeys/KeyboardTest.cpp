@@ -1,4 +1,4 @@
-#include "platform/x11/hotkeys/KeyPressFilter.h"
+#include "platform/x11/hotkeys/Keyboard.h"
 
 #include <gtest/gtest.h>
 
