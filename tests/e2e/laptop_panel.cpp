@@ -11,7 +11,7 @@
 
 namespace {
 
-void rename(void* reply) {
+void renameFirstMonitor(void* reply) {
     constexpr std::string_view firstMonitor = "DUMMY0";
     constexpr std::string_view panel = "eDP-00";
     static_assert(firstMonitor.size() == panel.size());
@@ -29,6 +29,7 @@ void rename(void* reply) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-identifier-naming): it takes that function's place.
 extern "C" int xcb_poll_for_reply(xcb_connection_t* connection, unsigned int request, void** reply,
                                   xcb_generic_error_t** error) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way.
@@ -36,7 +37,7 @@ extern "C" int xcb_poll_for_reply(xcb_connection_t* connection, unsigned int req
         reinterpret_cast<decltype(&xcb_poll_for_reply)>(::dlsym(RTLD_NEXT, "xcb_poll_for_reply"));
     const int found = original(connection, request, reply, error);
     if (found != 0 && *reply != nullptr) {
-        rename(*reply);
+        renameFirstMonitor(*reply);
     }
     return found;
 }
