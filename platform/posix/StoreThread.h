@@ -20,8 +20,9 @@ namespace tavrel {
 /// How long others wait for a store, and what happens when it cannot be written.
 struct StoreThreadOptions {
     /// How long a caller waits at most. A store that has kept one waiting for so long keeps
-    /// nobody waiting until it has answered.
-    std::chrono::milliseconds patience{2000};
+    /// nobody waiting until it has answered. Shorter than others wait for a watchdog that waits
+    /// for its store.
+    std::chrono::milliseconds patience{1000};
     /// How long after a refused write the next attempt comes.
     std::chrono::milliseconds retryInterval{1000};
     /// Called at most once, on the thread that writes: a write was refused.
