@@ -20,7 +20,10 @@ protected:
     /// Otherwise a thread of theirs would hang in it while they end.
     ~HangingStoreTest() override { std::filesystem::remove(mark); }
 
-    void letTheFileSystemHang() const { support::writeFile(mark, "hangs"); }
+    void letTheFileSystemHang() const {
+        support::writeFile(mark, "");
+        ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(mark.string() + "-seen"); }));
+    }
 
     void switchOff(const std::string& name) const {
         ASSERT_TRUE(session.act(name + " power"));

@@ -1,6 +1,7 @@
 // Preloaded into a program, lets its file system hang for one folder: as long as the file that
-// HANGING_WHILE names exists, no call to open a file below HANGING_FOLDER returns. A real file
-// system that hangs takes rights that not everybody has.
+// HANGING_WHILE names exists, no call to open a file below HANGING_FOLDER returns. That one has
+// begun to hang shows by a file with "-seen" at the end of its name. A real file system that
+// hangs takes rights that not everybody has.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -8,19 +9,23 @@
 
 #include <cstdarg>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 namespace {
 
 using Open = int (*)(const char*, int, ...);
 
-void hangIfTold(const char* path) {
+void hangIfTold(const char* path, Open real) {
     const char* folder = std::getenv("HANGING_FOLDER");
     const char* mark = std::getenv("HANGING_WHILE");
     if (folder == nullptr || mark == nullptr || !std::string_view(path).starts_with(folder)) {
         return;
     }
+    const std::string seen = std::string(mark) + "-seen";
     while (access(mark, F_OK) == 0) {
+        constexpr mode_t ownerFile = 0600;
+        close(real(seen.c_str(), O_WRONLY | O_CREAT, ownerFile));
         constexpr useconds_t interval = 5000;
         usleep(interval);
     }
@@ -29,6 +34,7 @@ void hangIfTold(const char* path) {
 }  // namespace
 
 extern "C" int open(const char* path, int flags, ...) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way.
     static const auto real = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
     mode_t mode = 0;
     if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
@@ -37,6 +43,6 @@ extern "C" int open(const char* path, int flags, ...) {
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
-    hangIfTold(path);
+    hangIfTold(path, real);
     return real(path, flags, mode);
 }
