@@ -13,6 +13,7 @@ class UnderTheLid final : public DisplayMoment {
 public:
     explicit UnderTheLid(std::unique_ptr<DisplayMoment> inner) : inner_(std::move(inner)) {}
 
+    bool isCurrent() override { return inner_->isCurrent(); }
     std::optional<std::vector<DisplayID>> allDisplays() override { return inner_->allDisplays(); }
     std::optional<std::vector<DisplayID>> onlineDisplays() override {
         auto online = inner_->onlineDisplays();
@@ -39,9 +40,16 @@ private:
 }  // namespace
 
 std::unique_ptr<DisplayMoment> LidAwareQueries::now() {
-    const bool isClosed = lid_.isClosed();
-    auto moment = inner_.now();
-    return isClosed ? std::make_unique<UnderTheLid>(std::move(moment)) : std::move(moment);
+    return withLid(inner_.now());
+}
+
+std::unique_ptr<DisplayMoment> LidAwareQueries::nowAfterProbing() {
+    return withLid(inner_.nowAfterProbing());
+}
+
+std::unique_ptr<DisplayMoment> LidAwareQueries::withLid(
+    std::unique_ptr<DisplayMoment> moment) const {
+    return lid_.isClosed() ? std::make_unique<UnderTheLid>(std::move(moment)) : std::move(moment);
 }
 
 LidAwareReports::LidAwareReports(ReconfigurationReports& inner, Lid& lid)

@@ -22,8 +22,11 @@ public:
     LidAwareQueries(DisplayQueries& inner, const Lid& lid) : inner_(inner), lid_(lid) {}
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
+    std::unique_ptr<DisplayMoment> withLid(std::unique_ptr<DisplayMoment> moment) const;
+
     DisplayQueries& inner_;
     const Lid& lid_;
 };
