@@ -37,19 +37,20 @@ private:
     std::unique_ptr<DisplayMoment> inner_;
 };
 
+std::unique_ptr<DisplayMoment> under(bool isClosed, std::unique_ptr<DisplayMoment> moment) {
+    return isClosed ? std::make_unique<UnderTheLid>(std::move(moment)) : std::move(moment);
+}
+
 }  // namespace
 
 std::unique_ptr<DisplayMoment> LidAwareQueries::now() {
-    return withLid(inner_.now());
+    const bool isClosed = lid_.isClosed();
+    return under(isClosed, inner_.now());
 }
 
 std::unique_ptr<DisplayMoment> LidAwareQueries::nowAfterProbing() {
-    return withLid(inner_.nowAfterProbing());
-}
-
-std::unique_ptr<DisplayMoment> LidAwareQueries::withLid(
-    std::unique_ptr<DisplayMoment> moment) const {
-    return lid_.isClosed() ? std::make_unique<UnderTheLid>(std::move(moment)) : std::move(moment);
+    const bool isClosed = lid_.isClosed();
+    return under(isClosed, inner_.nowAfterProbing());
 }
 
 LidAwareReports::LidAwareReports(ReconfigurationReports& inner, Lid& lid)

@@ -25,8 +25,6 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
-    std::unique_ptr<DisplayMoment> withLid(std::unique_ptr<DisplayMoment> moment) const;
-
     DisplayQueries& inner_;
     const Lid& lid_;
 };

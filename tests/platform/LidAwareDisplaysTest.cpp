@@ -2,10 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
-#include <optional>
 #include <vector>
 
+#include "tests/simulated/SilentQueries.h"
 #include "tests/simulated/SimulatedLid.h"
 #include "tests/simulated/SimulatedWindowServer.h"
 
@@ -19,32 +18,6 @@ using testing::Pair;
 
 constexpr DisplayID panel = 5;
 constexpr DisplayID external = 1;
-
-/// A server that is silent, and counts how often it was to look for monitors.
-class SilentServer : public DisplayQueries {
-public:
-    std::unique_ptr<DisplayMoment> now() override { return std::make_unique<Moment>(); }
-    std::unique_ptr<DisplayMoment> nowAfterProbing() override {
-        ++probes;
-        return now();
-    }
-
-    int probes = 0;
-
-private:
-    class Moment : public DisplayMoment {
-    public:
-        bool isCurrent() override { return false; }
-        std::optional<std::vector<DisplayID>> allDisplays() override { return std::nullopt; }
-        std::optional<std::vector<DisplayID>> onlineDisplays() override { return std::nullopt; }
-        bool isBuiltIn(DisplayID /*display*/) override { return false; }
-        bool isOnline(DisplayID /*display*/) override { return false; }
-        bool isActive(DisplayID /*display*/) override { return false; }
-        std::uint32_t vendorNumber(DisplayID /*display*/) override { return 0; }
-        std::uint32_t modelNumber(DisplayID /*display*/) override { return 0; }
-        std::uint32_t serialNumber(DisplayID /*display*/) override { return 0; }
-    };
-};
 
 class LidAwareDisplaysTest : public testing::Test {
 protected:
@@ -97,26 +70,6 @@ TEST_F(LidAwareDisplaysTest, UnderAClosedLidTheBuiltInDisplayIsStillKnown) {
     EXPECT_EQ(moment->serialNumber(panel), 4U);
 }
 
-TEST_F(LidAwareDisplaysTest, WhetherTheLidIsOpenOrNotTheServerIsMadeToLookForMonitors) {
-    SilentServer silent;
-    LidAwareQueries aware(silent, lid);
-
-    aware.nowAfterProbing();
-    lid.close();
-    aware.nowAfterProbing();
-
-    EXPECT_EQ(silent.probes, 2);
-}
-
-TEST_F(LidAwareDisplaysTest, UnderAClosedLidOldAnswersAreStillKnownToBeOld) {
-    SilentServer silent;
-    LidAwareQueries aware(silent, lid);
-    lid.close();
-
-    EXPECT_FALSE(aware.now()->isCurrent());
-    EXPECT_TRUE(queries.now()->isCurrent());
-}
-
 TEST_F(LidAwareDisplaysTest, AListThatTheServerCannotGiveStaysUnknown) {
     server.setHasPrivateList(false);
     server.setHasOnlineList(false);
@@ -124,6 +77,30 @@ TEST_F(LidAwareDisplaysTest, AListThatTheServerCannotGiveStaysUnknown) {
 
     EXPECT_EQ(queries.now()->allDisplays(), std::nullopt);
     EXPECT_EQ(queries.now()->onlineDisplays(), std::nullopt);
+}
+
+TEST_F(LidAwareDisplaysTest, UnderAClosedLidASilentServerIsKnownToBeSilent) {
+    SilentQueries silent(server);
+    LidAwareQueries behind(silent, lid);
+    lid.close();
+
+    silent.fallSilent();
+    EXPECT_FALSE(behind.now()->isCurrent());
+    silent.speak();
+    EXPECT_TRUE(behind.now()->isCurrent());
+}
+
+TEST_F(LidAwareDisplaysTest, TheServerIsMadeToLookForMonitorsWhateverTheLid) {
+    int looks = 0;
+    SilentQueries silent(server);
+    LidAwareQueries behind(silent, lid);
+    silent.whileAwaited = [&] { ++looks; };
+
+    EXPECT_TRUE(behind.nowAfterProbing()->isActive(panel));
+    lid.close();
+    EXPECT_FALSE(behind.nowAfterProbing()->isActive(panel));
+
+    EXPECT_EQ(looks, 2);
 }
 
 TEST_F(LidAwareDisplaysTest, AMomentKeepsToTheLidItHasSeen) {
