@@ -7,6 +7,7 @@
 
 #include "app/System.h"
 #include "platform/NotificationCenter.h"
+#include "platform/RescueReview.h"
 #include "platform/posix/SystemWallClock.h"
 #include "platform/qt/QtMainQueue.h"
 #include "watchdog/application/GuardedSwitch.h"
@@ -35,6 +36,7 @@ struct Composition::Parts {
     QTimer heartbeat;
     SwitchOffGate gate{guarded};
     QtMainQueue mainQueue;
+    RescueReview review{gate, system->queries(), mainQueue};
     NotificationCenter notificationCenter{mainQueue};
     std::unique_ptr<HotKeys> hotKeys = system->makeHotKeys(mainQueue);
     std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();
@@ -58,8 +60,8 @@ bool Composition::quitOnLastWindowClosed() const {
 
 Platform Composition::platform() {
     System& system = *parts_->system;
-    return {.displaySwitch = parts_->gate,
-            .queries = system.queries(),
+    return {.displaySwitch = parts_->review,
+            .queries = parts_->review,
             .reports = system.reports(),
             .userDefaults = system.userDefaults(),
             .wallClock = parts_->wallClock,
