@@ -1,6 +1,7 @@
 #include "app/Composition.h"
 
 #include <chrono>
+#include <utility>
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -76,6 +77,10 @@ HotKeys& Composition::hotKeys() {
 
 SwitchOffGate& Composition::switchOffGate() {
     return parts_->gate;
+}
+
+void Composition::observeStore(Task unwritable) {
+    parts_->system->observeStore(parts_->mainQueue, std::move(unwritable));
 }
 
 void Composition::beginToEnd() {

@@ -29,6 +29,10 @@ public:
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();
 
+    /// Runs `unwritable` on the main queue, once, when what the application remembers cannot be
+    /// written; see `System`.
+    void observeStore(Task unwritable);
+
     /// The application begins to end: from now on nobody waits long for a watchdog that hangs.
     void beginToEnd();
 

@@ -19,6 +19,8 @@ public:
     ReconfigurationReports& reports() override { return reports_; }
     UserDefaults& userDefaults() override { return userDefaults_; }
 
+    void observeStore(MainQueue& /*mainQueue*/, Task /*unwritable*/) override {}
+
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& /*mainQueue*/) override {
         return std::make_unique<MacHotKeys>();
     }

@@ -1,6 +1,6 @@
-#include <cstdio>
-#include <filesystem>
-#include <string>
+#include <memory>
+#include <mutex>
+#include <utility>
 
 #include "app/System.h"
 #include "platform/LidAwareDisplays.h"
@@ -17,11 +17,33 @@ namespace tavrel {
 
 namespace {
 
-void sayUnwritable(const std::filesystem::path& path) {
-    const std::string name = path.empty() ? "the settings, without a home folder" : path.string();
-    std::fprintf(stderr, "tavrel: cannot write %s; keeping it in memory until that is possible\n",
-                 name.c_str());
-}
+/// Passes on that the store is unwritable, whether that is found out before or after somebody
+/// wants to know. Thread-safe.
+class StoreTrouble {
+public:
+    void found() {
+        const std::lock_guard lock(mutex_);
+        isFound_ = true;
+        tell();
+    }
+
+    void observe(Task observer) {
+        const std::lock_guard lock(mutex_);
+        observer_ = std::move(observer);
+        tell();
+    }
+
+private:
+    void tell() {
+        if (isFound_ && observer_ != nullptr) {
+            std::exchange(observer_, nullptr)();
+        }
+    }
+
+    std::mutex mutex_;
+    bool isFound_ = false;
+    Task observer_;
+};
 
 class X11System final : public System {
 public:
@@ -33,6 +55,10 @@ public:
     /// Asked on the main thread each second.
     UserDefaults& userDefaults() override { return userDefaults_.fromMemory(); }
 
+    void observeStore(MainQueue& mainQueue, Task unwritable) override {
+        storeTrouble_->observe([&mainQueue, unwritable] { mainQueue.async(unwritable); });
+    }
+
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) override {
         return std::make_unique<X11HotKeys>(mainQueue);
     }
@@ -41,9 +67,11 @@ public:
     }
 
 private:
-    const std::filesystem::path path_ = defaultsPath();
-    BufferedUserDefaults userDefaults_{std::make_unique<FileUserDefaults>(path_),
-                                       {.onUnwritable = [path = path_] { sayUnwritable(path); }}};
+    /// Shared with the store's thread, which may be left behind in a call that never returns.
+    const std::shared_ptr<StoreTrouble> storeTrouble_ = std::make_shared<StoreTrouble>();
+    BufferedUserDefaults userDefaults_{
+        std::make_unique<FileUserDefaults>(defaultsPath()),
+        {.onUnwritable = [trouble = storeTrouble_] { trouble->found(); }}};
     X11ReconfigurationReports reports_;
     X11WindowServer windowServer_{userDefaults_};
     // An X server does not know the lid.

@@ -13,6 +13,14 @@
 
 namespace tavrel {
 
+namespace {
+
+constexpr const char* unwritableStoreText =
+    "Your displays can’t be saved right now. Tavrel remembers them until it quits and keeps "
+    "trying.";
+
+}  // namespace
+
 int TavrelApp::main(int argc, char** argv) {
     const TerminationSignals terminationSignals;
     QApplication::setApplicationName(QStringLiteral("Tavrel"));
@@ -41,6 +49,11 @@ int TavrelApp::run(QApplication& application) {
     });
     _appDelegate.applicationDidFinishLaunching();
     _controller = DisplayController::create(composition_.platform());
+    composition_.observeStore([weak = std::weak_ptr(_controller)] {
+        if (const auto controller = weak.lock()) {
+            controller->setErrorMessage(unwritableStoreText);
+        }
+    });
 
     MainWindow window(_controller, composition_.hotKeys());
     const WindowKeeper windowKeeper(window);

@@ -14,6 +14,10 @@ namespace {
 using support::Monitor;
 using support::waitUntil;
 
+constexpr const char* unwritable =
+    "Your displays can’t be saved right now. Tavrel remembers them until it quits and keeps "
+    "trying.";
+
 /// A way in which a store cannot be written, for an ordinary user as well as for root.
 struct Trouble {
     const char* name;
@@ -50,7 +54,11 @@ std::string onFullDisk(const support::UserHome& home) {
 
 class UnwritableStoreTest : public testing::TestWithParam<Trouble> {
 protected:
-    UnwritableStoreTest() { EXPECT_TRUE(session.says("Found 3 displays")); }
+    UnwritableStoreTest() {
+        EXPECT_TRUE(session.says(unwritable)) << session.window();
+        session.act("Refresh displays");
+        EXPECT_TRUE(session.says("Found 3 displays")) << session.window();
+    }
 
     void switchOff(const std::string& name) const {
         ASSERT_TRUE(session.act(name + " power"));
@@ -80,14 +88,14 @@ TEST_P(UnwritableStoreTest, DisplaysThatAnotherProgramSwitchesOffComeBack) {
     EXPECT_TRUE(session.says("Lost display recovered automatically")) << session.window();
 }
 
-TEST_P(UnwritableStoreTest, TheErrorStreamSaysSoOnce) {
-    switchOff("External Display 2");
-    session.act("Refresh displays");
-    ASSERT_TRUE(session.says("Found 3 displays")) << session.window();
-
-    const std::string said = session.application().standardError();
-    EXPECT_THAT(said, testing::StartsWith("tavrel: cannot write "));
-    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+TEST_P(UnwritableStoreTest, TheErrorLineSaysSoOnce) {
+    // The store is written at each of these, and refuses each time.
+    for (int round = 0; round < 3; ++round) {
+        switchOff("External Display 2");
+        ASSERT_TRUE(session.act("External Display 2 power"));
+        ASSERT_TRUE(session.says("External Display 2 is on")) << session.window();
+    }
+    EXPECT_EQ(session.application().standardError(), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
