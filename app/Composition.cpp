@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "app/System.h"
+#include "platform/LastDisplayGate.h"
 #include "platform/NotificationCenter.h"
 #include "platform/RescueReview.h"
 #include "platform/posix/SystemWallClock.h"
@@ -35,7 +36,8 @@ struct Composition::Parts {
     watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(), supervisorSetup()};
     /// On the main thread: when that hangs, the watchdog hears nothing any more.
     QTimer heartbeat;
-    SwitchOffGate gate{guarded};
+    LastDisplayGate lastDisplay{guarded, system->queries()};
+    SwitchOffGate gate{lastDisplay};
     QtMainQueue mainQueue;
     RescueReview review{gate, system->queries(), mainQueue};
     NotificationCenter notificationCenter{mainQueue};
