@@ -4,8 +4,10 @@
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/e2e/Session.h"
+#include "tests/platform/x11/ServerProcess.h"
 #include "tests/support/Pointer.h"
 #include "tests/support/SwitchCount.h"
 
@@ -136,6 +138,27 @@ TEST_F(RecoveryTest, AnotherProgramThatLeavesAScreenUsableIsNotOpposed) {
     std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", 2 * rounds + 1,
                 own, static_cast<double>(own) / (2 * rounds + 1));
     EXPECT_EQ(own, 0);
+}
+
+TEST_F(RecoveryTest, WhatTheUserSwitchedOffStaysOffThroughALongSilenceOfTheServer) {
+    // Longer than the server is given for an answer, so that connections are given up too.
+    constexpr std::chrono::seconds silence{30};
+    const ServerProcess server(desktop);
+    session.act("External Display 2 power");
+    ASSERT_TRUE(session.says("External Display 2 is off"));
+    SwitchCount count(desktop.displayName());
+
+    server.pause();
+    std::this_thread::sleep_for(silence);
+    server.resume();
+
+    // Whatever it made of that it has made by now.
+    ASSERT_TRUE(session.act("Refresh displays"));
+    EXPECT_TRUE(session.says("Found 3 displays"));
+    EXPECT_FALSE(desktop.monitor("DUMMY1").on);
+    EXPECT_EQ(count.switchedOn(), 0);
+    EXPECT_TRUE(session.act("External Display 2 power"));
+    EXPECT_TRUE(session.says("External Display 2 is on"));
 }
 
 TEST_F(RecoveryTest, AStormThatTakesEveryScreenIsAnsweredWithABoundedNumberOfSwitches) {
