@@ -6,9 +6,11 @@
 #include <optional>
 #include <set>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/layout/LastSeen.h"
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/x11/crtc/LayoutPlanner.h"
 #include "platform/x11/snapshot/Replies.h"
@@ -149,9 +151,46 @@ void checkNumbers(const Snapshot& snapshot, const layout::Layout& layout) {
     require(reportsBetween(snapshot, snapshot).empty(), "nothing to report of no change");
 }
 
+/// The server once it has carried out `plan`.
+Snapshot after(Snapshot snapshot, const LayoutPlan& plan) {
+    std::vector<CrtcSetting> settings;
+    for (const Xid unseen : plan.unseen) {
+        settings.push_back({.crtc = unseen});
+    }
+    settings.insert(settings.end(), plan.crtcs.begin(), plan.crtcs.end());
+    for (const CrtcSetting& setting : settings) {
+        for (Crtc& crtc : snapshot.crtcs) {
+            if (crtc.id == setting.crtc) {
+                crtc.mode = setting.mode;
+                crtc.outputs = setting.outputs;
+                crtc.area = setting.mode == 0 ? layout::Area{} : crtc.area;
+            }
+        }
+        for (Output& output : snapshot.outputs) {
+            const bool isDriven = std::ranges::count(setting.outputs, output.id) > 0;
+            if (isDriven || output.crtc == setting.crtc) {
+                output.crtc = isDriven ? setting.crtc : 0;
+            }
+        }
+    }
+    return snapshot;
+}
+
+bool isShown(const Snapshot& snapshot, const Output& output) {
+    return output.connected && snapshot.activeCrtc(output) != nullptr;
+}
+
+/// Whether `now` shows whatever `before` does, but for `except`.
+bool othersStayOn(const Snapshot& before, const Snapshot& now, Xid except) {
+    return std::ranges::all_of(before.outputs, [&](const Output& output) {
+        return output.id == except || !isShown(before, output) ||
+               isShown(now, *now.output(output.id));
+    });
+}
+
 void checkOff(const Snapshot& snapshot, const layout::Layout& layout, const layout::Output& output,
               const LayoutDecision& decision) {
-    if (decision.plan.isEmpty()) {
+    if (decision.plans.empty()) {
         require(!output.shown.has_value() || decision.status != serverStatus::success,
                 "what is on is switched off, or that is refused");
         return;
@@ -163,10 +202,12 @@ void checkOff(const Snapshot& snapshot, const layout::Layout& layout, const layo
                                            other.shown.has_value();
                                 }),
             "the last one stays");
-    const Output& which = *outputOf(snapshot, layout, output.display);
-    require(decision.plan.crtc.has_value() && decision.plan.crtc->crtc == which.crtc &&
-                std::ranges::count(decision.plan.crtc->outputs, which.id) == 0,
-            "its own CRTC lets go of it");
+    const Xid which = outputOf(snapshot, layout, output.display)->id;
+    for (const LayoutPlan& plan : decision.plans) {
+        const Snapshot now = after(snapshot, plan);
+        require(!isShown(now, *now.output(which)), "it goes off");
+        require(othersStayOn(snapshot, now, which), "nobody else goes off with it");
+    }
     require(layout::find(decision.memory, output.display) != nullptr, "it is remembered");
     require(layout::decodeMemory(layout::encodeMemory(decision.memory)) == decision.memory,
             "what is remembered can be stored");
@@ -174,61 +215,50 @@ void checkOff(const Snapshot& snapshot, const layout::Layout& layout, const layo
 
 void checkOn(const Snapshot& snapshot, const layout::Layout& layout, const layout::Output& output,
              const LayoutDecision& decision) {
-    if (decision.plan.isEmpty()) {
-        return;
-    }
-    require(!output.shown.has_value(), "only what is off is switched on");
-    const CrtcSetting& setting = decision.plan.crtc.value();
-    const Crtc* crtc = snapshot.crtc(setting.crtc);
-    const Output& which = *outputOf(snapshot, layout, output.display);
-    require(crtc != nullptr && setting.mode != 0 && snapshot.mode(setting.mode) != nullptr,
-            "it is shown with what there is");
-    require(std::ranges::count(setting.outputs, which.id) > 0, "it is the one that is shown");
-    require(std::ranges::all_of(
-                crtc->outputs,
-                [&](Xid other) { return std::ranges::count(setting.outputs, other) > 0; }),
-            "nobody else goes off for it");
-    require(layout::find(decision.memory, output.display) == nullptr, "it is remembered no more");
-}
-
-/// The server after `plan`, which took `output` off a CRTC that was its alone.
-Snapshot withoutIt(Snapshot snapshot, const Xid output, const LayoutPlan& plan) {
-    for (Crtc& crtc : snapshot.crtcs) {
-        if (crtc.id == plan.crtc->crtc) {
-            crtc.mode = plan.crtc->mode;
-            crtc.outputs = plan.crtc->outputs;
-            crtc.area = crtc.mode == 0 ? layout::Area{} : crtc.area;
+    const Xid which = outputOf(snapshot, layout, output.display)->id;
+    for (const LayoutPlan& plan : decision.plans) {
+        require(!output.shown.has_value(), "only what is off is switched on");
+        require(plan.comesOn == which && !plan.crtcs.empty(), "it is the one that comes on");
+        for (const CrtcSetting& setting : plan.crtcs) {
+            require(snapshot.crtc(setting.crtc) != nullptr &&
+                        (setting.mode == 0 || snapshot.mode(setting.mode) != nullptr),
+                    "it is shown with what there is");
         }
+        const Snapshot now = after(snapshot, plan);
+        require(isShown(now, *now.output(which)), "it comes on");
+        require(othersStayOn(snapshot, now, which), "nobody else goes off for it");
     }
-    for (Output& each : snapshot.outputs) {
-        each.crtc = each.id == output ? 0 : each.crtc;
+    if (!decision.plans.empty()) {
+        require(layout::find(decision.memory, output.display) == nullptr,
+                "it is remembered no more");
     }
-    return snapshot;
 }
 
-void checkWayBack(const Snapshot& now, DisplayID display, const layout::Memory& memory) {
+void checkWayBack(const Snapshot& now, DisplayID display, const layout::Memory& memory,
+                  const layout::LastSeen& lastSeen) {
     const layout::Layout layout = layoutOf(now);
     const layout::Output* output = layout.output(display);
-    if (output == nullptr || !output->isConnected) {
-        return;
-    }
-    for (const Wanted wanted : {Wanted::on, Wanted::onAnew}) {
-        checkOn(now, layout, *output, decideSwitch(now, display, wanted, memory));
+    if (output != nullptr && output->isConnected) {
+        checkOn(now, layout, *output, decideSwitch(now, display, true, memory, lastSeen));
     }
 }
 
 void checkDecisions(const Snapshot& snapshot, const layout::Layout& layout) {
+    const layout::LastSeen nothing;
+    layout::LastSeen everything;
+    everything.see(layout, [](const layout::Output& /*output*/) { return std::string(); });
     for (const layout::Output& output : layout.outputs) {
-        const LayoutDecision off = decideSwitch(snapshot, output.display, Wanted::off, {});
+        const LayoutDecision off = decideSwitch(snapshot, output.display, false, {}, nothing);
         if (!output.isConnected) {
             require(off.status == serverStatus::illegalArgument, "who is not there is unknown");
             continue;
         }
         checkOff(snapshot, layout, output, off);
-        checkWayBack(snapshot, output.display, {});
-        if (!off.plan.isEmpty()) {
-            const Xid which = outputOf(snapshot, layout, output.display)->id;
-            checkWayBack(withoutIt(snapshot, which, off.plan), output.display, off.memory);
+        checkWayBack(snapshot, output.display, {}, nothing);
+        for (const LayoutPlan& plan : off.plans) {
+            const Snapshot without = after(snapshot, plan);
+            checkWayBack(without, output.display, off.memory, nothing);
+            checkWayBack(without, output.display, {}, everything);
         }
     }
 }
