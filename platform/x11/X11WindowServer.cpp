@@ -18,8 +18,10 @@ using DisplayList = std::optional<std::vector<DisplayID>>;
 /// What a server says that cannot be asked about displays, but for `online`.
 class SilentMoment : public DisplayMoment {
 public:
-    explicit SilentMoment(DisplayList online) : online_(std::move(online)) {}
+    SilentMoment(DisplayList online, bool isCurrent)
+        : online_(std::move(online)), isCurrent_(isCurrent) {}
 
+    bool isCurrent() override { return isCurrent_; }
     DisplayList allDisplays() override { return std::nullopt; }
     DisplayList onlineDisplays() override { return online_; }
     bool isBuiltIn(DisplayID /*display*/) override { return false; }
@@ -30,7 +32,8 @@ public:
     std::uint32_t serialNumber(DisplayID /*display*/) override { return 0; }
 
 private:
-    DisplayList online_;
+    const DisplayList online_;
+    const bool isCurrent_;
 };
 
 /// What one snapshot says.
@@ -85,11 +88,11 @@ std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer) {
         case x11::LastWord::Server::withoutRandr:
             // Its displays cannot be told apart, so none is known to be online; those remembered
             // from elsewhere can still be listed.
-            return std::make_unique<SilentMoment>(std::vector<DisplayID>{});
+            return std::make_unique<SilentMoment>(std::vector<DisplayID>{}, answer.isFresh);
         case x11::LastWord::Server::absent:
             break;
     }
-    return std::make_unique<SilentMoment>(std::nullopt);
+    return std::make_unique<SilentMoment>(std::nullopt, answer.isFresh);
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ TEST_F(LostServerTest, AKilledServerIsAStatus) {
     ASSERT_EQ(server.setDisplayEnabled(middle, false), serverStatus::success);
     desktop.kill();
     expectNothingButRefusals(server, middle);
+    EXPECT_TRUE(server.now()->isCurrent());
     EXPECT_LT(timeOfRefusals(server), std::chrono::seconds(20)) << "far less than one timeout each";
 }
 
@@ -113,6 +114,7 @@ TEST_F(SilentServerTest, ChangesNothingAndIsAnsweredForByWhatItSaidLast) {
 TEST_F(SilentServerTest, IsUnknownToANewcomer) {
     process.pause();
     expectNothingButRefusals(impatient, middle);
+    EXPECT_FALSE(impatient.now()->isCurrent()) << "it may have displays all the same";
 }
 
 TEST_F(SilentServerTest, IsHeardAgainWhenItGoesOn) {
