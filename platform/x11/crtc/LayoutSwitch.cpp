@@ -124,6 +124,10 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
     }
 
     const LayoutDecision outcome = switchGrabbed(server, request);
+    if (!enabled && outcome.status == serverStatus::notImplemented) {
+        // A server that only fell silent may have switched it off all the same, or still do so.
+        return outcome.status;
+    }
     const bool changed = outcome.status == serverStatus::success;
     const layout::Memory& kept = changed ? outcome.memory : request.memory;
     if (readMemory(remembered) != kept) {

@@ -17,7 +17,8 @@ void noteSeen(layout::LastSeen& lastSeen, const Snapshot& snapshot);
 /// A display that will not come on in one way is tried in others.
 ///
 /// Returns 0 or a status; after any other than 0, the layout and what is remembered are as
-/// they were.
+/// they were. But after 1006 the display may have gone off all the same, and what is
+/// remembered of it stays.
 ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& remembered,
                            layout::LastSeen& lastSeen, DisplayID display, bool enabled);
 

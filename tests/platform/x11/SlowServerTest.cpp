@@ -106,6 +106,23 @@ TEST_F(SlowServerTest, AConnectionThatIsGivenUpLeavesTheServerToEveryoneElse) {
     }
 }
 
+TEST_F(SlowServerTest, WhatMayHaveGoneOffAllTheSameComesBackAsItWas) {
+    other.setMode("DUMMY2", "1280x1024");
+    const std::vector<Monitor> before = desktop.monitors();
+    auto impatient = serverBehindRelay(std::chrono::seconds(2));
+    ASSERT_TRUE(impatient->canSwitch());
+    // By then the CRTC is off, and nobody hears of it any more.
+    stopAt(randr(setScreenSize));
+    ASSERT_EQ(impatient->setDisplayEnabled(right, false), serverStatus::notImplemented);
+    process.resume();
+    ASSERT_FALSE(desktop.monitor("DUMMY2").on);
+
+    X11WindowServer nextRun(store, {.displayName = desktop.displayName()});
+    EXPECT_EQ(nextRun.setDisplayEnabled(right, true), serverStatus::success);
+
+    EXPECT_EQ(desktop.monitors(), before);
+}
+
 TEST_F(SlowServerTest, AChangeThatTakesElevenSecondsSucceeds) {
     // As long as Linux waits for one CRTC that is stuck, and with the patience of every day.
     constexpr std::chrono::seconds stuck{11};

@@ -72,7 +72,7 @@ TEST_F(SwitchFailureTest, AServerThatIsGoneOffersNoControl) {
 TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
     server.lastMinuteChange = [this](Snapshot&) { server.isGone = true; };
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
-    EXPECT_TRUE(remembered.all().empty());
+    EXPECT_EQ(remembered.all().size(), 1U) << "it may have gone off all the same";
     server.isGone = false;
 
     server.beforeGrab = [this] { server.isGone = true; };
