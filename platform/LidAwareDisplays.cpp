@@ -38,7 +38,10 @@ private:
 };
 
 std::unique_ptr<DisplayMoment> under(bool isClosed, std::unique_ptr<DisplayMoment> moment) {
-    return isClosed ? std::make_unique<UnderTheLid>(std::move(moment)) : std::move(moment);
+    if (!isClosed) {
+        return moment;
+    }
+    return std::make_unique<UnderTheLid>(std::move(moment));
 }
 
 }  // namespace
