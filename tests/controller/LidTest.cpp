@@ -5,9 +5,7 @@
 namespace tavrel {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Optional;
 
 /// A laptop with its lid, which the platform takes into account.
 class LidTest : public ControllerTest {
