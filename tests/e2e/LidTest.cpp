@@ -1,22 +1,29 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tests/e2e/Session.h"
 #include "tests/support/LidService.h"
 #include "tests/support/MessageBus.h"
 #include "tests/support/SilentSocket.h"
+#include "tests/support/SwitchCount.h"
+#include "tests/watchdog/Processes.h"
 
 namespace tavrel::e2e {
 namespace {
 
 using support::LidService;
+using support::waitUntil;
 
 /// A laptop: DUMMY0 is its panel.
 class LidTest : public testing::Test {
 protected:
+    explicit LidTest(int monitors = 2) : desktop({.monitors = monitors, .accessibility = true}) {}
+
     void startBus() { bus.emplace(home.path(), "system", home.janitor()); }
 
     void start() {
@@ -29,8 +36,7 @@ protected:
                 {"LD_PRELOAD", LAPTOP_PANEL},
                 // Else it insists on being loaded first itself.
                 {"ASAN_OPTIONS", inherited + "verify_asan_link_order=0"}});
-        ASSERT_TRUE(session->says("Both displays are ready"));
-        ASSERT_EQ(session->window().rows.size(), 2U);
+        ASSERT_EQ(session->element("Wake both displays").role, "push button");
         ASSERT_EQ(session->element("MacBook Display power").role, "check box");
     }
 
@@ -38,7 +44,7 @@ protected:
         return session->element(control).isChecked();
     }
 
-    support::VirtualDesktop desktop{{.monitors = 2, .accessibility = true}};
+    support::VirtualDesktop desktop;
     support::UserHome home;
     std::optional<support::MessageBus> bus;
     std::optional<Session> session;
@@ -72,6 +78,51 @@ TEST_F(LidTest, ASystemBusThatHangsDelaysNeitherStartNorEnd) {
     session->application().process().signal(SIGTERM);
     EXPECT_TRUE(session->exitsWith(0));
     EXPECT_EQ(desktop.monitorsOn(), 2);
+}
+
+class LidWithTwoMonitorsTest : public LidTest {
+protected:
+    LidWithTwoMonitorsTest() : LidTest(3) {}
+
+    bool showsThePanelAsOff() const {
+        return waitUntil([&] {
+            session->act("Refresh displays");
+            return !isChecked("MacBook Display power");
+        });
+    }
+
+    /// The one watchdog that runs, awaited; 0 if there never is exactly one.
+    pid_t watchdog() const {
+        std::vector<pid_t> found;
+        waitUntil([&] {
+            found =
+                tavrel::watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName());
+            return found.size() == 1;
+        });
+        return found.size() == 1 ? found.front() : 0;
+    }
+};
+
+TEST_F(LidWithTwoMonitorsTest, TwoQuickFlipsBesideAClosedLidLeaveOneOn) {
+    startBus();
+    const LidService service(bus->address(), LidService::Kind::login, true);
+    start();
+    ASSERT_TRUE(showsThePanelAsOff());
+    ASSERT_EQ(desktop.monitorsOn(), 3) << "the panel is driven all the same";
+    support::SwitchCount count(desktop.displayName());
+    const pid_t late = watchdog();
+    ASSERT_NE(late, 0);
+    ASSERT_EQ(::kill(late, SIGSTOP), 0);
+    for (const std::string name : {"External Display 1", "External Display 2"}) {
+        ASSERT_TRUE(session->act(name + " power"));
+        ASSERT_TRUE(session->says("Turning off " + name + "…"));
+    }
+
+    ASSERT_EQ(::kill(late, SIGCONT), 0);
+
+    EXPECT_TRUE(session->says("macOS couldn’t change the desktop display layout (error 1004)"));
+    EXPECT_NE(desktop.monitor("DUMMY1").on, desktop.monitor("DUMMY2").on);
+    EXPECT_EQ(count.switchedOn(), 0);
 }
 
 }  // namespace
