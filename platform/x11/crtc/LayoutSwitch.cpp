@@ -79,7 +79,7 @@ std::optional<LayoutDecision> attempt(LayoutServer& server, const Request& reque
     if (number < decision.plans.size() && applyPlan(server, before, decision.plans[number])) {
         return decision;
     }
-    if (number + 1 < decision.plans.size() && !server.isLost()) {
+    if (number + 1 < decision.plans.size()) {
         return std::nullopt;
     }
     decision.status = failure(server);

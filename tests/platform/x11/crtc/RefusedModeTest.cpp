@@ -96,6 +96,7 @@ TEST_F(RefusedModeTest, AServerThatGoesAwayIsNotAskedOnAndOn) {
 TEST_F(RefusedModeTest, AChangeElsewhereAtTheSameMomentIsNoReasonToSwitchItOffAgain) {
     start(threeInARow());
     ASSERT_EQ(off("B"), serverStatus::success);
+    server.grabs = 0;
     faulty.afterNextCrtc = [this] {
         // The monitor of C was pulled, and the driver has switched its CRTC off.
         server.state.outputs[2].connected = false;
@@ -109,6 +110,25 @@ TEST_F(RefusedModeTest, AChangeElsewhereAtTheSameMomentIsNoReasonToSwitchItOffAg
     EXPECT_EQ(on("B"), serverStatus::success);
 
     EXPECT_EQ(areaOf(server.state, "B"), (Area{1920, 0, 1920, 1080}));
+    EXPECT_EQ(server.grabs, 1) << "and that at once";
+}
+
+TEST_F(RefusedModeTest, ACloneThatGoesAtTheSameMomentIsNoReasonEither) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").clones("A").output("C").on(1920, 0));
+    ASSERT_EQ(off("B"), serverStatus::success);
+    // It can only share.
+    server.state.outputs[1].crtcs = {outputNamed(server.state, "A").crtc};
+    server.grabs = 0;
+    faulty.afterNextCrtc = [this] {
+        server.state.outputs[0].connected = false;
+        server.state.outputs[0].crtc = 0;
+        std::erase(crtcOf("B").outputs, server.state.outputs[0].id);
+    };
+
+    EXPECT_EQ(on("B"), serverStatus::success);
+
+    EXPECT_EQ(areaOf(server.state, "B"), (Area{0, 0, 1920, 1080}));
+    EXPECT_EQ(server.grabs, 1) << "and that at once";
 }
 
 TEST_F(RefusedModeTest, AChangeElsewhereAtTheSameMomentUndoesASwitchOff) {
@@ -146,6 +166,7 @@ TEST_F(RefusedModeTest, WhereNothingWasSeenAnyLightIsKept) {
     EXPECT_EQ(on("A"), serverStatus::success);
 
     EXPECT_NE(areaOf(server.state, "A"), std::nullopt);
+    EXPECT_EQ(server.grabs, 1) << "and that at once";
 }
 
 TEST_F(RefusedModeTest, BesideAnotherDisplayItIsToBeAsAsked) {

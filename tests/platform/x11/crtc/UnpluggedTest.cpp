@@ -51,6 +51,21 @@ TEST_F(UnpluggedTest, ThePanelDoesNotStandBesideADesktopNobodySees) {
     EXPECT_EQ(areaOf(server.state, "A"), std::nullopt) << "it would not fit any more";
 }
 
+TEST_F(UnpluggedTest, ACrtcIsTakenOverWithoutBeingSwitchedOffFirst) {
+    start(SnapshotBuilder()
+              .output("A")
+              .modes({mode::huge})
+              .on(0, 0, mode::huge)
+              .output("eDP-1")
+              .crtcsOf({"A"}));
+    unplug({"A"});
+
+    ASSERT_EQ(on("eDP-1"), serverStatus::success);
+
+    EXPECT_EQ(server.requests, 2) << "CRTC, screen";
+    EXPECT_EQ(server.state.screen, (ScreenSize{1920, 1080, 480, 270}));
+}
+
 TEST_F(UnpluggedTest, ACrtcThatIsOffIsTakenBeforeOneThatDrivesNobodysMonitor) {
     start(SnapshotBuilder().output("A").on(0, 0).output("B").crtcsOf({"A", "B"}));
     unplug({"A"});
