@@ -151,9 +151,9 @@ class ScriptTest(unittest.TestCase):
 
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual([line.strip() for line in result.stdout.splitlines()], [
-            "caught           registry/One.cpp:4: comparison: '==' -> '!=' (tavrel_registry_tests)",
+            "caught           registry/One.cpp:4: comparison: '==' -> '!=' (tavrel_registry_tests fails)",
             "does not compile registry/One.cpp:10: call: 'broken(4);' -> ';'",
-            "caught           registry/One.cpp:10: constant: '4' -> '5' (tavrel_scenario_test)",
+            "caught           registry/One.cpp:10: constant: '4' -> '5' (tavrel_scenario_test fails)",
             "3 of 3 changes, seed 1: 2 caught, 0 survived, 1 do not compile; "
             "caught of those that do: 100.0 %"])
 
