@@ -173,6 +173,15 @@ class ScriptTest(unittest.TestCase):
         copy = self.tree / "build/mutate/tree/registry/One.cpp"
         self.assertEqual(copy.read_text(encoding="utf-8"), SOURCE)
 
+    def test_the_simulations_own_mutants_stand_in_nobodys_way(self):
+        self.write("tests/simulation/Mutants.cmake", "insists on a source")
+        subprocess.run(["git", "add", "-A"], cwd=self.tree, check=True)
+
+        self.run_script("--count", "10")
+
+        copy = self.tree / "build/mutate/tree/tests/simulation/Mutants.cmake"
+        self.assertEqual(copy.read_text(encoding="utf-8"), "")
+
     def test_tests_that_fail_anyway_are_no_proof(self):
         self.write("programs/tavrel_scenario_test", "#!/usr/bin/env bash\nexit 1\n")
 
