@@ -19,6 +19,8 @@ public:
         unsigned refusals = 0;
         /// Each switch takes up to this long, before its effect and again after it.
         std::chrono::milliseconds latency{0};
+        /// And this long on top.
+        std::chrono::milliseconds delay{0};
     };
 
     /// Both must outlive it.
@@ -53,8 +55,12 @@ public:
 
 private:
     void takeTime() {
+        auto time = faults_.delay;
         if (faults_.latency.count() > 0) {
-            scheduler_.sleep(chance_.upTo(faults_.latency));
+            time += chance_.upTo(faults_.latency);
+        }
+        if (time.count() > 0) {
+            scheduler_.sleep(time);
         }
     }
 

@@ -21,6 +21,10 @@ public:
         SimulatedWindowServer::WhenOff whenOff = SimulatedWindowServer::WhenOff::staysOnline)
         : scheduler(seed), windowServer(whenOff) {}
 
+    /// `chooser` must outlive it.
+    SimulatedPlatform(Chooser& chooser, SimulatedWindowServer::WhenOff whenOff)
+        : scheduler(chooser), windowServer(whenOff) {}
+
     /// What dropped work holds may still use the parts below while it is destroyed.
     ~SimulatedPlatform() { scheduler.shutDown(); }
     SimulatedPlatform(const SimulatedPlatform&) = delete;

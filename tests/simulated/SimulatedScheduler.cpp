@@ -75,9 +75,16 @@ private:
 
 SimulatedScheduler::SimulatedScheduler(std::uint64_t seed)
     : mainThread_(std::this_thread::get_id()),
+      dice_(std::make_unique<SeededChooser>(seed)),
+      chooser_(*dice_),
       main_(std::make_unique<Main>(*this)),
-      background_(std::make_unique<Background>(*this)),
-      random_(seed) {}
+      background_(std::make_unique<Background>(*this)) {}
+
+SimulatedScheduler::SimulatedScheduler(Chooser& chooser)
+    : mainThread_(std::this_thread::get_id()),
+      chooser_(chooser),
+      main_(std::make_unique<Main>(*this)),
+      background_(std::make_unique<Background>(*this)) {}
 
 SimulatedScheduler::~SimulatedScheduler() {
     shutDown();
@@ -118,7 +125,7 @@ void SimulatedScheduler::settle() {
         if (choices == 0) {
             return;
         }
-        if (mainTaskIsDue() && draw(choices) == 0) {
+        if (mainTaskIsDue() && choose(choices) == 0) {
             runOneMainTask();
         } else {
             runOneJob();
@@ -162,6 +169,17 @@ bool SimulatedScheduler::advanceWithMainBlocked(Delay limit, const std::function
 std::size_t SimulatedScheduler::pendingMainTasks() const {
     return static_cast<std::size_t>(
         std::distance(mainTasks_.begin(), mainTasks_.upper_bound({now_, sequence_})));
+}
+
+std::vector<SimulatedScheduler::Pending> SimulatedScheduler::pending() const {
+    std::vector<Pending> all;
+    for (const auto& [deadline, task] : mainTasks_) {
+        all.push_back({std::max(deadline.first, now_), deadline.second, task.target_type().name()});
+    }
+    for (const auto& [deadline, worker] : sleepers_) {
+        all.push_back({std::max(deadline.first, now_), deadline.second, ""});
+    }
+    return all;
 }
 
 void SimulatedScheduler::sleep(Delay duration) {
@@ -210,7 +228,7 @@ void SimulatedScheduler::runOneMainTask() {
 
 void SimulatedScheduler::runOneJob() {
     ++steps_;
-    const std::size_t index = draw(readyJobs_.size());
+    const std::size_t index = choose(readyJobs_.size());
     SimulatedWorker* worker = readyJobs_[index];
     readyJobs_.erase(readyJobs_.begin() + static_cast<std::ptrdiff_t>(index));
     if (worker->resume()) {
@@ -236,8 +254,8 @@ Delay SimulatedScheduler::nextDeadline(Delay limit) const {
     return std::max(next, now_);
 }
 
-std::size_t SimulatedScheduler::draw(std::size_t count) {
-    return count == 1 ? 0 : static_cast<std::size_t>(random_() % count);
+std::size_t SimulatedScheduler::choose(std::size_t count) {
+    return count == 1 ? 0 : chooser_.choose(count);
 }
 
 }  // namespace tavrel

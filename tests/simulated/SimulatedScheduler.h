@@ -4,12 +4,13 @@
 #include <deque>
 #include <map>
 #include <memory>
-#include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/BackgroundQueue.h"
 #include "platform/MainQueue.h"
+#include "tests/simulated/Chooser.h"
 
 namespace tavrel {
 
@@ -21,12 +22,15 @@ class SimulatedWorker;
 /// the main thread; it runs main-queue tasks itself and gives the turn to worker threads for
 /// background jobs. A job can sleep in simulated time while other work runs, so slow platform
 /// calls overlap with everything else as they do on a real system. What runs next, among all
-/// that could, is drawn from the seed: the same seed and the same calls give the same run.
+/// that could, is up to the chooser: the same choices and the same calls give the same run.
 ///
 /// Time moves only when `advance` moves it. Main thread only, except `sleep` and the queues.
 class SimulatedScheduler {
 public:
+    /// Throws dice with this seed.
     explicit SimulatedScheduler(std::uint64_t seed = 1);
+    /// `chooser` must outlive it.
+    explicit SimulatedScheduler(Chooser& chooser);
     ~SimulatedScheduler();
 
     SimulatedScheduler(const SimulatedScheduler&) = delete;
@@ -62,6 +66,20 @@ public:
     std::size_t pendingMainTasks() const;
     std::size_t pendingBackgroundJobs() const { return readyJobs_.size() + sleepers_.size(); }
 
+    /// One piece of work that has been queued or put to sleep.
+    struct Pending {
+        /// When it runs or goes on; not before `now`.
+        Delay due;
+        /// No two of one scheduler have the same; later ones have greater ones.
+        std::uint64_t number;
+        /// Names the closure in the source; empty for a job that sleeps.
+        std::string code;
+    };
+
+    /// The tasks of the main queue in the order in which they will run, then the jobs that
+    /// sleep in the order in which they will wake.
+    std::vector<Pending> pending() const;
+
     /// Suspends the calling background job for `duration` of simulated time. On the main
     /// thread it does nothing: a main thread that waits would stop the simulated world.
     void sleep(Delay duration);
@@ -87,16 +105,17 @@ private:
     void queueTick(const std::shared_ptr<Repeat>& repeat);
     void promoteDue();
     bool mainTaskIsDue() const;
+    std::size_t choose(std::size_t count);
     void runOneMainTask();
     void runOneJob();
     void endStep();
     Delay nextDeadline(Delay limit) const;
-    std::size_t draw(std::size_t count);
 
     std::thread::id mainThread_;
+    std::unique_ptr<Chooser> dice_;
+    Chooser& chooser_;
     std::unique_ptr<Main> main_;
     std::unique_ptr<Background> background_;
-    std::mt19937_64 random_;
     Delay now_{0};
     std::uint64_t sequence_ = 0;
     std::uint64_t steps_ = 0;

@@ -37,6 +37,10 @@ constexpr std::array kinds{
     KindInfo{Kind::stepClock, "stepClock", 3},
     KindInfo{Kind::quitAndRestart, "quitAndRestart", 3},
     KindInfo{Kind::converge, "converge", 6},
+    KindInfo{Kind::refuseSwitches, "refuseSwitches", 0},
+    KindInfo{Kind::loseReports, "loseReports", 0},
+    KindInfo{Kind::loseLists, "loseLists", 0},
+    KindInfo{Kind::wait, "wait", 0},
 };
 
 constexpr unsigned totalWeight() {

@@ -31,6 +31,13 @@ struct Event {
         quitAndRestart,
         /// Faults stop, and soon after there must be a usable display.
         converge,
+
+        // Chosen one by one, never drawn: from now on exactly this fault, and it is certain.
+        refuseSwitches,
+        loseReports,
+        loseLists,
+        /// Nothing happens but that the gap passes.
+        wait,
     };
 
     Kind kind;

@@ -48,6 +48,9 @@ public:
     /// The application has asked to switch `display` on.
     void noteEnableRequest(DisplayID display) { enableRequests_.insert(display); }
 
+    /// All that later checks depend on, as a text in which only time that passes counts.
+    std::string state();
+
     void fail(const std::string& what);
     const std::optional<std::string>& violation() const { return violation_; }
 

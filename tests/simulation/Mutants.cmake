@@ -1,5 +1,6 @@
 # Proof that the simulation can fail: each mutant is the core with one fault in a copy of
-# one source, and its test passes only when the simulation finds the fault.
+# one source, and its tests pass only when the fault is found: one when random worlds find it,
+# the other when a small world does, in one of all orders of a few events.
 
 # tavrel_mutant(NAME SOURCE FROM TO): replaces FROM, which must be there, by TO.
 function(tavrel_mutant name source from to)
@@ -30,7 +31,10 @@ function(tavrel_mutant name source from to)
   add_test(NAME simulation.finds.${name}
     COMMAND mutant-${name} --seed 1 --hours 480 --repeat-every 20 --jobs 1
       --expect-violation)
-  set_tests_properties(simulation.finds.${name} PROPERTIES LABELS simulation TIMEOUT 900)
+  add_test(NAME simulation.allOrders.finds.${name}
+    COMMAND mutant-${name} --all-orders-of 7 --expect-violation)
+  set_tests_properties(simulation.finds.${name} simulation.allOrders.finds.${name}
+    PROPERTIES LABELS simulation TIMEOUT 900)
 endfunction()
 
 tavrel_mutant(maskWithoutRemove controller/Watch.cpp

@@ -32,6 +32,9 @@ public:
     /// A restoration has started: no later report cancels the pending recovery.
     void noteRestorationStart() { stored_.reset(); }
 
+    /// All that later checks depend on, but for the checks that are queued.
+    std::string state() const;
+
 private:
     struct Recovery {
         Delay due;

@@ -41,11 +41,26 @@ World::World(std::uint64_t seed)
       displaySwitch_(system_.windowServer, system_.scheduler, seed + 1),
       reports_(system_.windowServer, system_.scheduler, seed + 2),
       queries_(system_.windowServer, seed + 3) {
+    begin({.whenOff = seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline,
+           .hasPrivateList = seed / 2 % 2 == 0,
+           .displays = {panel, {.id = externals[0]}, {.id = externals[1]}}});
+}
+
+World::World(const Setting& setting, Chooser& chooser)
+    : system_(chooser, setting.whenOff),
+      displaySwitch_(system_.windowServer, system_.scheduler, 0),
+      reports_(system_.windowServer, system_.scheduler, 0),
+      queries_(system_.windowServer, 0) {
+    begin(setting);
+}
+
+void World::begin(const Setting& setting) {
     displaySwitch_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
-    system_.windowServer.setHasPrivateList(seed / 2 % 2 == 0);
-    plug(panel);
-    plug({.id = externals[0]});
-    plug({.id = externals[1]});
+    displaySwitch_.setFaults({.delay = setting.switchDelay});
+    system_.windowServer.setHasPrivateList(setting.hasPrivateList);
+    for (const SimulatedDisplay& display : setting.displays) {
+        plug(display);
+    }
     system_.scheduler.setObserver([this] { invariants_.check(); });
     launch();
 }
@@ -177,6 +192,12 @@ void World::carryOut(const Event& event) {
             return;
         case Kind::converge:
             return converge();
+        case Kind::refuseSwitches:
+        case Kind::loseReports:
+        case Kind::loseLists:
+            return startOneFault(event.kind);
+        case Kind::wait:
+            return;
     }
 }
 
@@ -220,7 +241,22 @@ void World::startFaults(const Event& event) {
     system_.windowServer.setHasOnlineList(event.b % 4 != 0);
 }
 
+void World::startOneFault(Event::Kind kind) {
+    using Kind = Event::Kind;
+    stopFaults();
+    if (kind == Kind::refuseSwitches) {
+        displaySwitch_.setFaults({.refusals = 100});
+    } else if (kind == Kind::loseReports) {
+        reports_.setFaults({.lost = 100});
+    } else {
+        queries_.setListFailures(100);
+        system_.windowServer.setHasOnlineList(false);
+    }
+    fault_ = kind;
+}
+
 void World::stopFaults() {
+    fault_.reset();
     displaySwitch_.setFaults({});
     reports_.setFaults({});
     queries_.setListFailures(0);

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <array>
+#include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
@@ -20,11 +22,25 @@
 
 namespace tavrel::simulation {
 
+/// What does not change during the life of a world.
+struct Setting {
+    SimulatedWindowServer::WhenOff whenOff;
+    bool hasPrivateList;
+    /// Those that are plugged in at first.
+    std::vector<SimulatedDisplay> displays;
+    /// What a switch takes before its effect and again after it, until faults stop.
+    std::chrono::milliseconds switchDelay{0};
+};
+
 /// The application's core on a desk with a laptop and monitors, with a user and other
-/// programs. One seed decides everything.
+/// programs.
 class World {
 public:
+    /// A laptop with two monitors. The seed decides everything.
     explicit World(std::uint64_t seed);
+    /// `chooser` decides in which order work runs, and must outlive it. The outcome of faults
+    /// that are not certain is always the same.
+    World(const Setting& setting, Chooser& chooser);
     ~World();
 
     World(const World&) = delete;
@@ -33,12 +49,28 @@ public:
     /// Lets the event's gap pass, then carries it out.
     void apply(const Event& event);
 
+    /// Everything that what happens from now on depends on, as a text in which only time that
+    /// passes counts: what two worlds with the same text do under the same events differs in
+    /// the time of day, and in the texts shown to the user.
+    ///
+    /// Work that waits and is not described by its code is described by its entry in `origins`,
+    /// under its number: whatever it may have seen or computed follows from that.
+    std::string state(const std::map<std::uint64_t, std::string>& origins);
+
+    /// The numbers of the work that needs an origin, in ascending order.
+    std::vector<std::uint64_t> workToDescribe() const;
+
+    const SimulatedWindowServer& windowServer() const { return system_.windowServer; }
+    /// The fault that has been chosen, while it lasts.
+    std::optional<Event::Kind> fault() const { return fault_; }
+
     Delay now() const { return system_.scheduler.now(); }
     std::uint64_t steps() const { return system_.scheduler.steps(); }
     const EventLog& log() const { return log_; }
     const std::optional<std::string>& violation() const { return invariants_.violation(); }
 
 private:
+    void begin(const Setting& setting);
     void launch();
     void quit();
     void advance(Delay duration);
@@ -47,6 +79,7 @@ private:
     void plug(const SimulatedDisplay& display) { system_.windowServer.connect(display); }
     void switchAllOff();
     void startFaults(const Event& event);
+    void startOneFault(Event::Kind kind);
     void stopFaults();
     void corruptRegistry(std::uint32_t variant);
     void converge();
@@ -58,6 +91,7 @@ private:
     FaultySwitch displaySwitch_;
     FaultyReports reports_;
     FaultyQueries queries_;
+    std::optional<Event::Kind> fault_;
 
     // One session of the application.
     std::unique_ptr<SwitchOffGate> gate_;

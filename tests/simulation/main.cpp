@@ -8,12 +8,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/simulation/Run.h"
+#include "tests/simulation/exhaustive/Report.h"
 
 namespace {
 
@@ -26,16 +28,19 @@ struct Options {
     unsigned jobs = 2;
     std::uint64_t repeatEvery = 1;
     bool expectViolation = false;
+    std::optional<std::size_t> allOrdersOf;
 };
 
 [[noreturn]] void usage() {
     std::fputs(
         "usage: tavrel-simulate [--seed N | --fresh] [--hours H] [--hours-per-seed H]\n"
         "                       [--jobs N] [--repeat-every N] [--expect-violation]\n"
+        "       tavrel-simulate --all-orders-of EVENTS [--expect-violation]\n"
         "  --seed N            replay this seed alone; with --hours, seeds N, N+1, …\n"
         "  --fresh             start at a seed nobody has chosen\n"
         "  --hours H           how long to simulate in all\n"
         "  --repeat-every N    run each Nth seed twice and compare the logs; 1 is all of them\n"
+        "  --all-orders-of N   instead of random worlds, small ones: all orders of up to N events\n"
         "  --expect-violation  succeed when something is found, fail when not\n",
         stderr);
     std::exit(2);
@@ -73,6 +78,8 @@ Options parse(int argc, char** argv) {
             options.jobs = static_cast<unsigned>(number());
         } else if (option == "--repeat-every") {
             options.repeatEvery = std::max<std::uint64_t>(1, static_cast<std::uint64_t>(number()));
+        } else if (option == "--all-orders-of") {
+            options.allOrdersOf = static_cast<std::size_t>(number());
         } else if (option == "--expect-violation") {
             options.expectViolation = true;
         } else {
@@ -153,6 +160,10 @@ void work(const Options& options, std::uint64_t seedCount, Totals& totals) {
 
 int main(int argc, char** argv) {
     const Options options = parse(argc, argv);
+    if (options.allOrdersOf.has_value()) {
+        return exploreAndReport(*options.allOrdersOf) == options.expectViolation ? EXIT_SUCCESS
+                                                                                 : EXIT_FAILURE;
+    }
     const auto seedCount =
         static_cast<std::uint64_t>(std::max(1.0, options.hours / options.hoursPerSeed + 0.5));
     Totals totals;
