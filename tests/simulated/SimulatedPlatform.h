@@ -5,6 +5,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
 #include "tests/simulated/SimulatedHotKeys.h"
+#include "tests/simulated/SimulatedLid.h"
 #include "tests/simulated/SimulatedScheduler.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/simulated/SimulatedWallClock.h"
@@ -45,6 +46,8 @@ public:
     SimulatedUserDefaults userDefaults;
     SimulatedHotKeys hotKeys;
     SimulatedWindowServer windowServer;
+    /// Of no consequence unless a test puts it around the window server.
+    SimulatedLid lid;
     SimulatedWallClock wallClock{scheduler};
     NotificationCenter notificationCenter{scheduler.mainQueue()};
 };

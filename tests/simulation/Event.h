@@ -16,13 +16,24 @@ struct Event {
         hotKey,
         plug,
         unplug,
+        /// The panel is unplugged under its lid, as on a Mac.
         lidClose,
         lidOpen,
+        /// The panel goes on being driven under its lid, as by an X server.
+        lidCloseUnseen,
+        lidOpenUnseen,
         outsideSwitch,
         outsideAllOff,
         idleReport,
         startFaults,
+        /// Each switch takes seconds, and some are given up before they are answered.
+        slowServer,
+        /// The server does nothing and says nothing, for anybody.
+        serverFallsSilent,
+        serverSpeaks,
         stopFaults,
+        /// The application's main thread does nothing for a while.
+        hangApplication,
         wipeRegistry,
         corruptRegistry,
         lockStore,

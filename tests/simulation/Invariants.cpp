@@ -18,6 +18,8 @@ using namespace std::chrono_literals;
 constexpr Delay longestWithoutRestoration = 1s;
 /// Five displays, each delayed twice, and the verification.
 constexpr Delay longestRestoration = 10s;
+/// Five displays, each slow before and after, behind one that was slow already.
+constexpr int slowSwitches = 12;
 constexpr double retention = 2'592'000;
 
 }  // namespace
@@ -102,8 +104,10 @@ void Invariants::readStoreIfChanged() {
                       .value_or(StoredModel{});
         serverGeneration_ = ~std::uint64_t{0};
     }
-    if (serverGeneration_ != system_.windowServer.generation()) {
+    if (serverGeneration_ != system_.windowServer.generation() ||
+        wasLidClosed_ != system_.lid.isClosed()) {
         serverGeneration_ = system_.windowServer.generation();
+        wasLidClosed_ = system_.lid.isClosed();
         isUsable_ = std::any_of(stored_.begin(), stored_.end(),
                                 [this](const auto& record) { return isLive(record.first); });
         // A restoration may skip one that has come back meanwhile.
@@ -130,7 +134,7 @@ void Invariants::checkStore() {
     }
     for (const SimulatedDisplay& display : system_.windowServer.desk()) {
         const auto record = now->find(display.id);
-        if (system_.windowServer.now()->isOnline(display.id) &&
+        if (system_.windowServer.now()->isOnline(display.id) && !isUnderLid(display) &&
             (record == now->end() || std::abs(record->second - time) > 1e-6)) {
             fail("display " + std::to_string(display.id) + " is online but not noted as seen");
         }
@@ -148,7 +152,8 @@ void Invariants::checkRestoration() {
         noteRestorationStart();
     } else if (running && suppression != lastSuppression_) {
         fail("a restoration started while one was running");
-    } else if (running && now - *restorationStart_ > longestRestoration) {
+    } else if (running &&
+               now - *restorationStart_ > longestRestoration + slowSwitches * longestSwitch_) {
         fail("a restoration never ends");
     } else if (!running && restorationStart_.has_value()) {
         noteRestorationEnd();
@@ -200,8 +205,37 @@ void Invariants::noteRestorationEnd() {
     }
 }
 
+bool Invariants::isUnderLid(const SimulatedDisplay& display) const {
+    return display.builtIn && system_.lid.isClosed();
+}
+
 bool Invariants::isLive(DisplayID display) {
-    return system_.windowServer.isLive(display);
+    const SimulatedDisplay* there = system_.windowServer.find(display);
+    return system_.windowServer.isLive(display) && !isUnderLid(*there);
+}
+
+bool Invariants::somethingIsOn() {
+    const auto& desk = system_.windowServer.desk();
+    return std::any_of(desk.begin(), desk.end(), [this](const SimulatedDisplay& display) {
+        return system_.windowServer.isLive(display.id);
+    });
+}
+
+bool Invariants::somethingIsListed() {
+    const auto moment = system_.windowServer.now();
+    const auto online = moment->onlineDisplays();
+    return online && !moment->allDisplays().value_or(*online).empty();
+}
+
+void Invariants::noteHang() {
+    const Delay now = system_.scheduler.now();
+    readStoreIfChanged();
+    if (unusableSince_.has_value()) {
+        unusableSince_ = now;
+    }
+    if (restorationStart_.has_value()) {
+        restorationStart_ = now;
+    }
 }
 
 void Invariants::checkSwitchRequest(bool accepted, bool shouldBe, const DisplayDevice& display,
@@ -240,7 +274,7 @@ bool Invariants::someRememberedIsUsable() {
 bool Invariants::someRememberedIsConnected() {
     return std::any_of(stored().begin(), stored().end(), [this](const auto& record) {
         const SimulatedDisplay* display = system_.windowServer.find(record.first);
-        return display != nullptr && display->connected;
+        return display != nullptr && display->connected && !isUnderLid(*display);
     });
 }
 

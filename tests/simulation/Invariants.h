@@ -38,6 +38,19 @@ public:
     /// The suppression was moved by a switch of the user's, not by a restoration.
     void noteSuppressionMovedByUser();
 
+    /// From now on a switch may take this long.
+    void allowForSlowness(Delay longestSwitch) { longestSwitch_ = longestSwitch; }
+
+    /// The main thread has done nothing until now.
+    void noteHang();
+
+    /// Whether a user can see the display: it is online and active, and not under a closed lid.
+    bool isLive(DisplayID display);
+
+    /// Whether any display is online and active; whether the server has both lists and names any.
+    bool somethingIsOn();
+    bool somethingIsListed();
+
     /// Whether a remembered display is connected, so that it could be enabled.
     bool someRememberedIsConnected();
     bool someRememberedIsUsable();
@@ -61,7 +74,7 @@ private:
     void checkRestoration();
     void noteRestorationStart();
     void noteRestorationEnd();
-    bool isLive(DisplayID display);
+    bool isUnderLid(const SimulatedDisplay& display) const;
     void readStoreIfChanged();
 
     SimulatedPlatform& system_;
@@ -79,7 +92,9 @@ private:
     StoredModel stored_;
     std::size_t storeGeneration_ = 0;
     std::uint64_t serverGeneration_ = 0;
+    bool wasLidClosed_ = false;
     bool isUsable_ = true;
+    Delay longestSwitch_{0};
 
     std::optional<Delay> unusableSince_;
     Delay lastRestorationEnd_{0};

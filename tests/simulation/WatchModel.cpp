@@ -73,6 +73,12 @@ bool WatchModel::recoveryIsDueNow() const {
     });
 }
 
+void WatchModel::noteHang() {
+    for (const auto& recovery : recoveries_) {
+        recovery->due = std::max(recovery->due, system_.scheduler.now());
+    }
+}
+
 void WatchModel::expectRecovery() {
     const Delay now = system_.scheduler.now();
     std::erase_if(recoveries_, [&](const auto& recovery) { return recovery->due < now; });

@@ -29,6 +29,9 @@ public:
     /// Whether the debounced recovery is to start at this very moment.
     bool recoveryIsDueNow() const;
 
+    /// The main thread has done nothing until now: what was due meanwhile is due now.
+    void noteHang();
+
     /// A restoration has started: no later report cancels the pending recovery.
     void noteRestorationStart() { stored_.reset(); }
 

@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "registry/DisplayRegistry.h"
+#include "tests/watchdog/program/ScriptedChannel.h"
+#include "watchdog/program/WatchdogService.h"
 
 namespace tavrel::simulation {
 
@@ -15,7 +17,9 @@ using WhenOff = SimulatedWindowServer::WhenOff;
 constexpr SimulatedDisplay panel{.id = 5, .builtIn = true};
 constexpr std::array<DisplayID, 4> externals{1, 3, 77, 4'294'967'295U};
 constexpr Delay convergenceTime = 3s;
-constexpr Delay quitTimeout = 60s;
+constexpr Delay endOfSlowCall = 1s;
+constexpr Delay quitTimeout = 90s;
+constexpr Delay longestJob = 1h;
 
 constexpr std::array clockSteps{-3600.0, -2.0, -0.3, 0.3, 2.0, 3600.0, 31 * 86400.0, -31 * 86400.0};
 
@@ -30,6 +34,33 @@ constexpr std::array corruptions{"",
                                  R"([{"id":4294967296,"isBuiltIn":true,"lastSeenAt":1}])",
                                  R"([{"id":1,"isBuiltIn":true,"lastSeenAt":1e999}])"};
 
+/// Tells the invariants of each request to switch a display on.
+class NotedSwitch : public DisplaySwitch {
+public:
+    NotedSwitch(DisplaySwitch& inner, Invariants& invariants)
+        : inner_(inner), invariants_(invariants) {}
+
+    bool canSwitch() override { return inner_.canSwitch(); }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        if (enabled) {
+            invariants_.noteEnableRequest(display);
+        }
+        return inner_.setDisplayEnabled(display, enabled);
+    }
+
+private:
+    DisplaySwitch& inner_;
+    Invariants& invariants_;
+};
+
+/// Whether a silent server keeps this from happening, or from being noticed.
+bool happensAtTheServer(Event::Kind kind) {
+    using Kind = Event::Kind;
+    return kind == Kind::plug || kind == Kind::unplug || kind == Kind::lidClose ||
+           kind == Kind::lidOpen || kind == Kind::outsideSwitch || kind == Kind::outsideAllOff ||
+           kind == Kind::idleReport;
+}
+
 DisplayID external(std::uint32_t number) {
     return externals[number % externals.size()];
 }
@@ -39,8 +70,8 @@ DisplayID external(std::uint32_t number) {
 World::World(std::uint64_t seed)
     : system_(seed, seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline),
       displaySwitch_(system_.windowServer, system_.scheduler, seed + 1),
-      reports_(system_.windowServer, system_.scheduler, seed + 2),
-      queries_(system_.windowServer, seed + 3) {
+      reports_(reportsWithLid_, system_.scheduler, seed + 2),
+      queries_(queriesWithLid_, seed + 3) {
     begin({.whenOff = seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline,
            .hasPrivateList = seed / 2 % 2 == 0,
            .displays = {panel, {.id = externals[0]}, {.id = externals[1]}}});
@@ -49,13 +80,13 @@ World::World(std::uint64_t seed)
 World::World(const Setting& setting, Chooser& chooser)
     : system_(chooser, setting.whenOff),
       displaySwitch_(system_.windowServer, system_.scheduler, 0),
-      reports_(system_.windowServer, system_.scheduler, 0),
-      queries_(system_.windowServer, 0) {
+      reports_(reportsWithLid_, system_.scheduler, 0),
+      queries_(queriesWithLid_, 0) {
     begin(setting);
 }
 
 void World::begin(const Setting& setting) {
-    displaySwitch_.setWakeObserver([this](DisplayID id) { invariants_.noteEnableRequest(id); });
+    lastWord_.whileAwaited = [this] { displaySwitch_.awaitServer(); };
     displaySwitch_.setFaults({.delay = setting.switchDelay});
     system_.windowServer.setHasPrivateList(setting.hasPrivateList);
     for (const SimulatedDisplay& display : setting.displays) {
@@ -75,8 +106,8 @@ World::~World() {
 
 Platform World::platform() {
     const Platform whole = system_.platform();
-    return {.displaySwitch = *gate_,
-            .queries = queries_,
+    return {.displaySwitch = *noted_,
+            .queries = *review_,
             .reports = reports_,
             .userDefaults = whole.userDefaults,
             .wallClock = whole.wallClock,
@@ -87,6 +118,8 @@ Platform World::platform() {
 
 void World::launch() {
     gate_ = std::make_unique<SwitchOffGate>(displaySwitch_);
+    review_ = std::make_unique<RescueReview>(*gate_, queries_, system_.scheduler.mainQueue());
+    noted_ = std::make_unique<NotedSwitch>(*review_, invariants_);
     delegate_ = std::make_unique<AppDelegate>(platform(), system_.hotKeys);
     delegate_->applicationDidFinishLaunching();
     controller_ = DisplayController::create(platform());
@@ -108,7 +141,8 @@ void World::quit() {
     invariants_.watch(nullptr, nullptr);
     watchModel_.reset();
     controller_.reset();
-    scheduler.advanceWithMainBlocked(quitTimeout,
+    // A process ends with its jobs; here they would go on in the next session.
+    scheduler.advanceWithMainBlocked(longestJob,
                                      [&] { return scheduler.pendingBackgroundJobs() == 0; });
     // No task of this session may run after the next one has replaced its parts.
     scheduler.dropMainTasks();
@@ -145,6 +179,9 @@ void World::apply(const Event& event) {
 void World::carryOut(const Event& event) {
     using Kind = Event::Kind;
     SimulatedWindowServer& server = system_.windowServer;
+    if (lastWord_.isSilent() && happensAtTheServer(event.kind)) {
+        return;
+    }
     switch (event.kind) {
         case Kind::userSwitch:
             return userSwitch(event);
@@ -162,6 +199,10 @@ void World::carryOut(const Event& event) {
             return server.disconnect(panel.id);
         case Kind::lidOpen:
             return plug(panel);
+        case Kind::lidCloseUnseen:
+            return system_.lid.close();
+        case Kind::lidOpenUnseen:
+            return system_.lid.open();
         case Kind::outsideSwitch:
             return server.switchFromOutside(event.a % 3 == 0 ? panel.id : external(event.a),
                                             event.b % 3 == 0);
@@ -171,8 +212,16 @@ void World::carryOut(const Event& event) {
             return server.report(panel.id, event.a & 0x1fff);
         case Kind::startFaults:
             return startFaults(event);
+        case Kind::serverFallsSilent:
+            return setSilent(true);
+        case Kind::serverSpeaks:
+            return setSilent(false);
+        case Kind::slowServer:
+            return slowServer(event);
         case Kind::stopFaults:
             return stopFaults();
+        case Kind::hangApplication:
+            return hangApplication(std::chrono::milliseconds(event.a % 30'000));
         case Kind::wipeRegistry:
             system_.userDefaults.remove(DisplayRegistry::storageKey);
             return invariants_.forgetStore();
@@ -211,7 +260,7 @@ void World::userSwitch(const Event& event) {
     // The rule a second time, from what the server knows.
     const auto& listed = controller_->displays();
     const bool otherIsLive = std::any_of(listed.begin(), listed.end(), [&](const auto& other) {
-        return other.id() != display.id() && system_.windowServer.isLive(other.displayID());
+        return other.id() != display.id() && invariants_.isLive(other.displayID());
     });
     const bool shouldBe = !display.isBusy && display.isOn != isOn && (isOn || otherIsLive);
 
@@ -239,6 +288,57 @@ void World::startFaults(const Event& event) {
                         .late = event.a / 4096 % 80,
                         .delay = 3s});
     system_.windowServer.setHasOnlineList(event.b % 4 != 0);
+}
+
+void World::slowServer(const Event& event) {
+    constexpr std::chrono::milliseconds slowest = 12s;
+    displaySwitch_.setFaults({.refusals = event.a % 20,
+                              .latency = std::chrono::milliseconds(event.b) % slowest,
+                              .lateAnswers = event.a / 64 % 50});
+    invariants_.allowForSlowness(slowest);
+}
+
+void World::setSilent(bool isSilent) {
+    if (isSilent && !lastWord_.isSilent()) {
+        std::vector<DisplayID> displays;
+        for (const SimulatedDisplay& display : system_.windowServer.desk()) {
+            displays.push_back(display.id);
+        }
+        lastWord_.fallSilent(displays);
+        invariants_.allowForSlowness(25s);
+    } else if (!isSilent) {
+        lastWord_.speak();
+    }
+    displaySwitch_.setSilent(isSilent);
+}
+
+void World::hangApplication(Delay duration) {
+    using watchdog::WatchdogService;
+    auto& scheduler = system_.scheduler;
+    const auto never = [] { return false; };
+    const Delay untilNoticed = std::min<Delay>(duration, WatchdogService::silenceLimit);
+    scheduler.advanceWithMainBlocked(untilNoticed, never);
+    Delay looked{0};
+    for (; untilNoticed + looked < duration && !lastWord_.isSilent();
+         looked += WatchdogService::lookInterval) {
+        watchdogLooks();
+        scheduler.advanceWithMainBlocked(WatchdogService::lookInterval, never);
+    }
+    if (looked > Delay::zero() && !invariants_.somethingIsOn() && invariants_.somethingIsListed()) {
+        invariants_.fail("nothing is on though the watchdog looks after a hung application");
+    }
+    invariants_.noteHang();
+    watchModel_->noteHang();
+}
+
+/// One look of the real watchdog, which has heard nothing for too long.
+void World::watchdogLooks() {
+    watchdog::ScriptedChannel silentApplication(
+        {watchdog::NoMessage::timedOut,
+         watchdog::Message{.kind = watchdog::Message::Kind::goodbye}});
+    watchdog::WatchdogService(system_.windowServer, system_.windowServer, silentApplication,
+                              [](std::chrono::milliseconds) {})
+        .run();
 }
 
 void World::startOneFault(Event::Kind kind) {
@@ -271,7 +371,11 @@ void World::corruptRegistry(std::uint32_t variant) {
 
 void World::converge() {
     stopFaults();
+    setSilent(false);
     system_.userDefaults.setWritable(true);
+    system_.lid.open();
+    // A call that has begun ends first.
+    advance(endOfSlowCall);
     const bool couldBeUsable = invariants_.someRememberedIsConnected();
     advance(convergenceTime);
     // After a step of the clock by a month the registry forgets displays, by its own rule, and

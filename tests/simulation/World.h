@@ -10,10 +10,13 @@
 
 #include "app/AppDelegate.h"
 #include "controller/DisplayController.h"
+#include "platform/LidAwareDisplays.h"
+#include "platform/RescueReview.h"
 #include "platform/SwitchOffGate.h"
 #include "tests/simulated/FaultyQueries.h"
 #include "tests/simulated/FaultyReports.h"
 #include "tests/simulated/FaultySwitch.h"
+#include "tests/simulated/SilentQueries.h"
 #include "tests/simulated/SimulatedPlatform.h"
 #include "tests/simulation/Event.h"
 #include "tests/simulation/EventLog.h"
@@ -79,6 +82,10 @@ private:
     void plug(const SimulatedDisplay& display) { system_.windowServer.connect(display); }
     void switchAllOff();
     void startFaults(const Event& event);
+    void slowServer(const Event& event);
+    void hangApplication(Delay duration);
+    void watchdogLooks();
+    void setSilent(bool isSilent);
     void startOneFault(Event::Kind kind);
     void stopFaults();
     void corruptRegistry(std::uint32_t variant);
@@ -88,6 +95,9 @@ private:
     SimulatedPlatform system_;
     EventLog log_;
     Invariants invariants_{system_, log_};
+    SilentQueries lastWord_{system_.windowServer};
+    LidAwareQueries queriesWithLid_{lastWord_, system_.lid};
+    LidAwareReports reportsWithLid_{system_.windowServer, system_.lid};
     FaultySwitch displaySwitch_;
     FaultyReports reports_;
     FaultyQueries queries_;
@@ -95,6 +105,8 @@ private:
 
     // One session of the application.
     std::unique_ptr<SwitchOffGate> gate_;
+    std::unique_ptr<RescueReview> review_;
+    std::unique_ptr<DisplaySwitch> noted_;
     std::unique_ptr<AppDelegate> delegate_;
     std::shared_ptr<DisplayController> controller_;
     std::unique_ptr<WatchModel> watchModel_;
