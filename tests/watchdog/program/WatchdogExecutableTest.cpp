@@ -116,12 +116,12 @@ TEST_F(WatchdogExecutableTest, ItsCommandLineNamesNoFolderThatMayBeCalledLikeThe
                                               19)));
 }
 
-TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasOneThread) {
+TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasOnlyItsOwnThreadAndItsStores) {
     startWatchdog("");
 
     EXPECT_THAT(textOf("maps"), HasSubstr("libxcb"));
     EXPECT_THAT(textOf("maps"), Not(HasSubstr("Qt")));
-    EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t1\n"));
+    EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t2\n"));
 }
 
 TEST_F(WatchdogExecutableTest, WithoutAServerEveryRequestIsAnsweredAndItEndsWithItsConnection) {
