@@ -1,6 +1,7 @@
 #include "watchdog/program/WatchdogService.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -10,17 +11,10 @@
 namespace tavrel::watchdog {
 namespace {
 
-/// In the order in which they are to be switched on: the built-in panel first, then by number.
-std::vector<DisplayID> connectedDisplays(DisplayMoment& moment) {
+std::set<DisplayID> listedDisplays(DisplayMoment& moment) {
     const auto all = moment.allDisplays();
-    std::vector<DisplayID> connected =
-        all ? *all : moment.onlineDisplays().value_or(std::vector<DisplayID>{});
-    const auto place = [&](DisplayID display) {
-        return std::pair(!moment.isBuiltIn(display), display);
-    };
-    std::sort(connected.begin(), connected.end(),
-              [&](DisplayID a, DisplayID b) { return place(a) < place(b); });
-    return connected;
+    const auto listed = all ? *all : moment.onlineDisplays().value_or(std::vector<DisplayID>{});
+    return {listed.begin(), listed.end()};
 }
 
 }  // namespace
@@ -80,7 +74,7 @@ bool WatchdogService::handle(const Message& message) {
         case Message::Kind::heartbeat:
             // Looked at each time, since a window server brings what another program switches
             // off back as it was when last looked at.
-            switchedOff_.settle(*queries_.now());
+            look();
             return true;
         case Message::Kind::ready:
         case Message::Kind::answer:
@@ -102,12 +96,22 @@ ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     return status;
 }
 
+void WatchdogService::look() {
+    const auto moment = queries_.now();
+    switchedOff_.settle(*moment);
+    seen_.merge(listedDisplays(*moment));
+}
+
 void WatchdogService::switchOnIfNothingIsUsable() {
     const auto moment = queries_.now();
     if (hasUsableDisplay(*moment) != false) {
         return;
     }
-    for (const DisplayID display : connectedDisplays(*moment)) {
+    seen_.merge(listedDisplays(*moment));
+    std::vector<DisplayID> displays(seen_.begin(), seen_.end());
+    std::stable_partition(displays.begin(), displays.end(),
+                          [&](DisplayID display) { return moment->isBuiltIn(display); });
+    for (const DisplayID display : displays) {
         if (!moment->isActive(display)) {
             carryOut(display, true);
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <set>
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
@@ -46,6 +47,8 @@ private:
     /// Does what the message asks for; false when an application may not send such a one.
     bool handle(const Message& message);
     ServerStatus carryOut(DisplayID display, bool enabled);
+    void look();
+    /// The built-in display first, then by number.
     void switchOnIfNothingIsUsable();
 
     DisplaySwitch& displays_;
@@ -53,6 +56,9 @@ private:
     MessageChannel& application_;
     Pause pause_;
     SwitchedOff switchedOff_;
+    /// All that was ever listed: where the window server has no list of what is off, nobody
+    /// else here knows of it.
+    std::set<DisplayID> seen_;
 };
 
 }  // namespace tavrel::watchdog

@@ -202,6 +202,39 @@ TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAServerThatCannotSayIsLef
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
+/// The connection of an application whose displays are all switched off by another program
+/// just before it hangs.
+class HangingApplication : public ScriptedChannel {
+public:
+    HangingApplication(std::deque<Received> said, SimulatedWindowServer& server)
+        : ScriptedChannel(std::move(said)), server_(server) {}
+
+    Received receive(std::chrono::milliseconds timeout) override {
+        Received received = ScriptedChannel::receive(timeout);
+        if (received == Received(silence)) {
+            for (const DisplayID id : {1U, 2U}) {
+                server_.switchFromOutside(id, false);
+            }
+        }
+        return received;
+    }
+
+private:
+    SimulatedWindowServer& server_;
+};
+
+TEST_F(WatchdogServiceTest, ADisplayThatIsInNoListWhileItIsOffIsKnownFromEarlierLooks) {
+    SimulatedWindowServer forgetful(SimulatedWindowServer::WhenOff::goesOffline);
+    forgetful.setHasPrivateList(false);
+    forgetful.connect({.id = 1});
+    forgetful.connect({.id = 2});
+    HangingApplication application({heartbeat, silence, goodbye}, forgetful);
+
+    WatchdogService(forgetful, forgetful, application, [](auto /*time*/) {}).run();
+
+    EXPECT_THAT(forgetful.takeChanges(), ElementsAre(Pair(1, true), Pair(2, true)));
+}
+
 TEST_F(WatchdogServiceTest, ASilentApplicationIsGivenFiveSecondsAndThenLookedAfterEachSecond) {
     using namespace std::chrono_literals;
 
