@@ -128,12 +128,12 @@ std::vector<CrtcChoice> crtcChoices(const Snapshot& snapshot, const Output& outp
     if (mode == 0) {
         return {};
     }
-    const Picture picture{.setting = {.mode = mode,
-                                      .x = wanted.area.x,
-                                      .y = wanted.area.y,
-                                      .rotation = wanted.rotation,
-                                      .outputs = {output.id}},
-                          .transform = notes.transform};
+    const CrtcSetting setting{.mode = mode,
+                              .x = wanted.area.x,
+                              .y = wanted.area.y,
+                              .rotation = wanted.rotation,
+                              .outputs = {output.id}};
+    const Picture picture{.setting = setting, .transform = notes.transform};
     std::vector<CrtcChoice> choices;
     const auto add = [&](const Crtc& crtc, CrtcChoice choice) {
         const bool isOldOne = crtc.id == notes.crtcHint;
