@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "tests/ui/WidgetTest.h"
 #include "ui/controls/RefreshButton.h"
 
@@ -29,6 +31,21 @@ TEST_F(RefreshButtonTest, TheArrowTurnsClockwiseAndStartsOver) {
     EXPECT_GT(second, first);
     EXPECT_LT(button.angle(), first);
     EXPECT_TRUE(button.isMoving());
+}
+
+TEST_F(RefreshButtonTest, TheArrowTurnsEvenlyAndOnceInNineTenthsOfASecond) {
+    constexpr double perFrame = 360.0 * AnimationClock::frameMilliseconds / 900;
+    button.setSpinning(true);
+    clock.nextFrame();
+
+    // For two turns and a half.
+    double last = button.angle();
+    for (int frame = 0; frame < 140; ++frame) {
+        clock.nextFrame();
+        const double turned = std::fmod(button.angle() - last + 360, 360);
+        EXPECT_NEAR(turned, perFrame, 0.01) << frame;
+        last = button.angle();
+    }
 }
 
 TEST_F(RefreshButtonTest, TheArrowCompletesItsTurnAndThenStandsStill) {
