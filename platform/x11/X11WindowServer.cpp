@@ -7,7 +7,7 @@
 #include "platform/layout/Layout.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
 #include "platform/x11/crtc/RandrLayoutServer.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel {
 

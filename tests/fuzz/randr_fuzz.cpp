@@ -14,8 +14,8 @@
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/x11/crtc/LayoutPlanner.h"
 #include "platform/x11/snapshot/Replies.h"
+#include "platform/x11/snapshot/Snapshot.h"
 #include "platform/x11/snapshot/SnapshotDiff.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
 #include "tests/fuzz/Require.h"
 #include "tests/platform/x11/snapshot/ReplyBuilder.h"
 

@@ -9,7 +9,7 @@
 #include "platform/x11/crtc/CrtcChoice.h"
 #include "platform/x11/crtc/CrtcNotes.h"
 #include "platform/x11/crtc/ScreenFit.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
 

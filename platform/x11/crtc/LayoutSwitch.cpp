@@ -7,7 +7,7 @@
 
 #include "platform/x11/crtc/CrtcNotes.h"
 #include "platform/x11/crtc/LayoutPlanner.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
 

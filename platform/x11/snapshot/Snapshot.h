@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/DisplayID.h"
 #include "platform/layout/Area.h"
 #include "platform/layout/Identity.h"
 #include "platform/layout/Layout.h"
@@ -111,5 +112,12 @@ struct Snapshot {
 
     friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
+
+/// What `snapshot` shows, in the words common to all window servers. A display is an output;
+/// it is on when a CRTC drives it with a mode. The outputs are in the snapshot's order.
+layout::Layout layoutOf(const Snapshot& snapshot);
+
+/// The output in `snapshot` that is this display in its layout; null when there is none.
+const Output* outputOf(const Snapshot& snapshot, const layout::Layout& layout, DisplayID display);
 
 }  // namespace tavrel::x11

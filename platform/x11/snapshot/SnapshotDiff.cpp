@@ -5,8 +5,6 @@
 #include <optional>
 #include <utility>
 
-#include "platform/x11/snapshot/SnapshotLayout.h"
-
 namespace tavrel::x11 {
 
 namespace {

@@ -10,7 +10,7 @@
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
 #include "platform/x11/crtc/ScreenFit.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 #include "tests/platform/x11/crtc/SimulatedRandr.h"
 #include "tests/platform/x11/snapshot/SnapshotBuilder.h"
 #include "tests/simulated/SimulatedUserDefaults.h"

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "platform/x11/crtc/ScreenFit.h"
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
 

@@ -1,4 +1,4 @@
-#include "platform/x11/snapshot/SnapshotLayout.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 #include <gmock/gmock.h>
 
@@ -14,7 +14,7 @@ const layout::Output& outputIn(const layout::Layout& layout, const std::string& 
                          [&](const auto& output) { return output.identity.connector == name; });
 }
 
-TEST(SnapshotLayoutTest, TellsWhatEachOutputShows) {
+TEST(SnapshotTest, TellsWhatEachOutputShows) {
     const layout::EdidNumbers edid{1, 2, 3};
     const Snapshot snapshot = SnapshotBuilder()
                                   .output("A")
@@ -36,7 +36,7 @@ TEST(SnapshotLayoutTest, TellsWhatEachOutputShows) {
     EXPECT_EQ(outputIn(layout, "B").shown, std::nullopt);
 }
 
-TEST(SnapshotLayoutTest, NumbersDisplaysByConnectorAndMonitorAlone) {
+TEST(SnapshotTest, NumbersDisplaysByConnectorAndMonitorAlone) {
     const SnapshotBuilder plain = SnapshotBuilder().output("A").edid({1, 2, 3});
     const SnapshotBuilder busy = SnapshotBuilder()
                                      .output("B")
@@ -49,7 +49,7 @@ TEST(SnapshotLayoutTest, NumbersDisplaysByConnectorAndMonitorAlone) {
     EXPECT_EQ(displayNamed(busy.build(), "A"), layout::stableHash("A/1/2/3"));
 }
 
-TEST(SnapshotLayoutTest, TellsWhoIsPrimary) {
+TEST(SnapshotTest, TellsWhoIsPrimary) {
     const SnapshotBuilder pair = SnapshotBuilder().output("A").output("B").primary();
     Snapshot nobody = pair.build();
     nobody.primary = 0;
@@ -59,14 +59,14 @@ TEST(SnapshotLayoutTest, TellsWhoIsPrimary) {
     EXPECT_EQ(layoutOf(SnapshotBuilder(pair).withoutPrimary().build()).primary, std::nullopt);
 }
 
-TEST(SnapshotLayoutTest, LimitsPlacesToTheServersScreenAndToWhatCanBeSent) {
+TEST(SnapshotTest, LimitsPlacesToTheServersScreenAndToWhatCanBeSent) {
     EXPECT_EQ(layoutOf(SnapshotBuilder().limits(6000, 5000).build()).maxWidth, 6000);
     EXPECT_EQ(layoutOf(SnapshotBuilder().limits(6000, 5000).build()).maxHeight, 5000);
     EXPECT_EQ(layoutOf(SnapshotBuilder().limits(65535, 65535).build()).maxWidth, 32767);
     EXPECT_EQ(layoutOf(SnapshotBuilder().limits(65535, 65535).build()).maxHeight, 32767);
 }
 
-TEST(SnapshotLayoutTest, FindsTheOutputOfADisplay) {
+TEST(SnapshotTest, FindsTheOutputOfADisplay) {
     const Snapshot snapshot = SnapshotBuilder().output("A").output("B").build();
     const layout::Layout layout = layoutOf(snapshot);
 
