@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "tests/e2e/Session.h"
@@ -12,6 +13,7 @@
 namespace tavrel::e2e {
 namespace {
 
+using testing::IsEmpty;
 using testing::SizeIs;
 
 class InstalledTest : public testing::Test {
@@ -52,6 +54,21 @@ TEST_F(InstalledTest, WithoutItsWatchdogTheApplicationSwitchesByItself) {
     session.act("External Display 2 power");
     EXPECT_TRUE(session.says("External Display 2 is on"));
     EXPECT_TRUE(desktop.monitor("DUMMY1").on);
+}
+
+TEST_F(InstalledTest, AWatchdogThatCannotBeStartedAtFirstIsStartedLaterAndToldWhatIsOff) {
+    std::filesystem::permissions(watchdogFile, std::filesystem::perms::owner_read);
+    Session session = start();
+    ASSERT_TRUE(session.says("Found 3 displays"));
+    session.act("External Display 2 power");
+    ASSERT_TRUE(session.says("External Display 2 is off"));
+    ASSERT_THAT(watchdogs(), IsEmpty());
+
+    std::filesystem::permissions(watchdogFile, std::filesystem::perms::owner_all);
+
+    ASSERT_TRUE(support::waitUntil([&] { return watchdogs().size() == 1; }));
+    session.application().process().signal(SIGKILL);
+    EXPECT_TRUE(support::waitUntil([&] { return desktop.monitorsOn() == 3; }));
 }
 
 }  // namespace
