@@ -10,8 +10,14 @@
 namespace tavrel::layout {
 
 namespace {
+
 constexpr std::ptrdiff_t most = 64;
+
+Memory decodedOrNone(const std::optional<std::string>& bytes) {
+    return bytes.has_value() ? decodeMemory(*bytes).value_or(Memory{}) : Memory{};
 }
+
+}  // namespace
 
 const RememberedOutput* find(const Memory& memory, DisplayID display) {
     const auto found = std::find_if(memory.begin(), memory.end(),
@@ -23,25 +29,46 @@ void forget(Memory& memory, DisplayID display) {
     std::erase_if(memory, [&](const auto& each) { return each.display == display; });
 }
 
+Memory merged(Memory now, const Memory& before, const Memory& after) {
+    for (const RememberedOutput& each : before) {
+        if (find(after, each.display) == nullptr) {
+            forget(now, each.display);
+        }
+    }
+    for (const RememberedOutput& each : after) {
+        const RememberedOutput* was = find(before, each.display);
+        if (was == nullptr || *was != each) {
+            forget(now, each.display);
+            now.push_back(each);
+        }
+    }
+    return now;
+}
+
 RememberedOutputs::RememberedOutputs(UserDefaults& store) : store_(store) {}
 
 Memory RememberedOutputs::all() const {
     if (unsaved_.has_value()) {
         return *unsaved_;
     }
-    const std::optional<std::string> bytes = store_.data(rememberedOutputsKey);
-    return bytes.has_value() ? decodeMemory(*bytes).value_or(Memory{}) : Memory{};
+    return decodedOrNone(store_.data(rememberedOutputsKey));
 }
 
-void RememberedOutputs::replace(Memory memory) {
-    if (std::ssize(memory) > most) {
-        memory.erase(memory.begin(), memory.end() - most);
-    }
-    if (store_.setData(rememberedOutputsKey, encodeMemory(memory))) {
+void RememberedOutputs::update(const Change& change) {
+    std::optional<Memory> changed;
+    const auto changeBytes = [&](const std::optional<std::string>& bytes) {
+        changed = change(unsaved_.has_value() ? *unsaved_ : decodedOrNone(bytes));
+        if (std::ssize(*changed) > most) {
+            changed->erase(changed->begin(), changed->end() - most);
+        }
+        return std::optional(encodeMemory(*changed));
+    };
+    if (store_.update(rememberedOutputsKey, changeBytes)) {
         unsaved_.reset();
-    } else {
-        unsaved_ = std::move(memory);
+        return;
     }
+    // A store may refuse without asking for the change.
+    unsaved_ = changed.has_value() ? std::move(changed) : change(all());
 }
 
 }  // namespace tavrel::layout

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,6 +50,10 @@ std::optional<Memory> decodeMemory(std::string_view bytes);
 /// The key of the persistent store that holds the memory.
 inline constexpr std::string_view rememberedOutputsKey = "TavrelRememberedOutputs";
 
+/// Does to `now` what made `after` of `before`; what others have remembered or forgotten
+/// meanwhile stays so.
+Memory merged(Memory now, const Memory& before, const Memory& after);
+
 /// The displays that were switched off here, as they were.
 ///
 /// Kept in the persistent store and read from there each time, so that another run of the
@@ -61,8 +66,12 @@ public:
     /// Empty where the store holds anything malformed.
     Memory all() const;
 
-    /// Makes these all there are. Of very many, the first are given up.
-    void replace(Memory memory);
+    /// What becomes of all there are.
+    using Change = std::function<Memory(Memory)>;
+
+    /// Replaces all there are by what `change` makes of them, while nobody else can. Of very
+    /// many, the first are given up. `change` may be called more than once.
+    void update(const Change& change);
 
 private:
     UserDefaults& store_;

@@ -84,7 +84,7 @@ void checkStore(std::string_view text, const Memory& memory) {
     RememberedOutputs remembered(store);
     require(remembered.all() == memory, "what is malformed is no memory");
 
-    remembered.replace(memory);
+    remembered.update([](Memory all) { return all; });
 
     constexpr std::ptrdiff_t most = 64;
     const auto surplus = std::max<std::ptrdiff_t>(std::ssize(memory) - most, 0);

@@ -35,13 +35,23 @@ bool isDone(const LayoutDecision& decision) {
     return decision.status != serverStatus::success || decision.plans.empty();
 }
 
-/// Empty where anything stored is malformed, our notes included.
-layout::Memory readMemory(const layout::RememberedOutputs& remembered) {
-    layout::Memory memory = remembered.all();
+/// Nothing where anything is malformed, our notes included.
+layout::Memory readable(layout::Memory memory) {
     const bool isReadable = std::all_of(memory.begin(), memory.end(), [](const auto& each) {
         return decodeNotes(each.notes).has_value();
     });
     return isReadable ? memory : layout::Memory{};
+}
+
+/// Stores what has changed from `before` to `after`, and nothing else: another process may
+/// switch other displays.
+void store(layout::RememberedOutputs& remembered, const layout::Memory& before,
+           const layout::Memory& after) {
+    if (before != after) {
+        remembered.update([&](layout::Memory now) {
+            return layout::merged(readable(std::move(now)), before, after);
+        });
+    }
 }
 
 /// A switch to be made, and what it is decided by beside the server's state.
@@ -112,27 +122,23 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
                            layout::LastSeen& lastSeen, DisplayID display, bool enabled) {
     const Request request{.display = display,
                           .enabled = enabled,
-                          .memory = readMemory(remembered),
+                          .memory = readable(remembered.all()),
                           .lastSeen = lastSeen};
     Snapshot snapshot;
     const LayoutDecision preview = decide(server, request, snapshot);
     if (isDone(preview)) {
         return preview.status;
     }
-    if (!enabled) {
-        remembered.replace(preview.memory);
-    }
+    const layout::Memory& noted = enabled ? request.memory : preview.memory;
+    store(remembered, request.memory, noted);
 
     const LayoutDecision outcome = switchGrabbed(server, request);
-    if (!enabled && outcome.status == serverStatus::notImplemented) {
-        // A server that only fell silent may have switched it off all the same, or still do so.
-        return outcome.status;
+    if (outcome.status == serverStatus::success) {
+        store(remembered, noted, outcome.memory);
+    } else if (outcome.status != serverStatus::notImplemented) {
+        store(remembered, noted, request.memory);
     }
-    const bool changed = outcome.status == serverStatus::success;
-    const layout::Memory& kept = changed ? outcome.memory : request.memory;
-    if (readMemory(remembered) != kept) {
-        remembered.replace(kept);
-    }
+    // Otherwise nobody knows how far the server came: the way back is kept, if only in case.
     return outcome.status;
 }
 

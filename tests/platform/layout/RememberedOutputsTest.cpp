@@ -172,6 +172,26 @@ INSTANTIATE_TEST_SUITE_P(Versions, DamagedMemoryTest,
                          testing::Values(encodeMemory({example()}), oldRecord),
                          [](const auto& of) { return of.index == 0 ? "Today" : "Version01"; });
 
+TEST(MergedMemoryTest, WhatOthersRememberedOrForgotMeanwhileStaysSo) {
+    const Memory before{example(1), example(2)};
+    const Memory after{example(2), example(3)};
+    const Memory now{example(1), example(4)};
+
+    EXPECT_EQ(merged(now, before, after), (Memory{example(4), example(3)}));
+}
+
+TEST(MergedMemoryTest, WhatHasChangedIsTheLatest) {
+    RememberedOutput moved = example(1);
+    moved.area.x = 5;
+    const Memory before{example(1), example(2)};
+
+    EXPECT_EQ(merged(before, before, {moved, example(2)}), (Memory{example(2), moved}));
+}
+
+TEST(MergedMemoryTest, WithoutAChangeAllStaysAsItIs) {
+    EXPECT_EQ(merged({example(5)}, {example(1)}, {example(1)}), (Memory{example(5)}));
+}
+
 class RememberedOutputsTest : public testing::Test {
 protected:
     std::vector<DisplayID> displays() const {
@@ -180,6 +200,10 @@ protected:
             displays.push_back(each.display);
         }
         return displays;
+    }
+
+    static void replaceIn(RememberedOutputs& outputs, const Memory& memory) {
+        outputs.update([&](const Memory&) { return memory; });
     }
 
     SimulatedUserDefaults store;
@@ -193,29 +217,42 @@ TEST_F(RememberedOutputsTest, AreEmptyAtFirst) {
 TEST_F(RememberedOutputsTest, AreSharedThroughTheStore) {
     RememberedOutputs otherProgram(store);
 
-    remembered.replace({example(1)});
-    otherProgram.replace({example(1), example(2)});
+    replaceIn(remembered, {example(1)});
+    replaceIn(otherProgram, {example(1), example(2)});
 
     EXPECT_THAT(displays(), testing::ElementsAre(1, 2));
+}
+
+TEST_F(RememberedOutputsTest, AreChangedFromWhatTheStoreHoldsThen) {
+    RememberedOutputs otherProgram(store);
+    replaceIn(remembered, {example(1)});
+    replaceIn(otherProgram, {example(1), example(2)});
+
+    remembered.update([](Memory memory) {
+        forget(memory, 1);
+        return memory;
+    });
+
+    EXPECT_THAT(displays(), testing::ElementsAre(2));
 }
 
 TEST_F(RememberedOutputsTest, AreNoneWhereTheStoreIsMalformed) {
     store.replaceFromOutside(rememberedOutputsKey, "[1]");
     EXPECT_TRUE(displays().empty());
 
-    remembered.replace({example(3)});
+    replaceIn(remembered, {example(3)});
 
     EXPECT_THAT(displays(), testing::ElementsAre(3));
 }
 
 TEST_F(RememberedOutputsTest, StayInMemoryWhereTheStoreCannotBeWritten) {
-    remembered.replace({example(1)});
+    replaceIn(remembered, {example(1)});
     store.setWritable(false);
-    remembered.replace({example(1), example(2)});
+    replaceIn(remembered, {example(1), example(2)});
     EXPECT_THAT(displays(), testing::ElementsAre(1, 2));
 
     store.setWritable(true);
-    remembered.replace({example(3)});
+    replaceIn(remembered, {example(3)});
     EXPECT_THAT(displays(), testing::ElementsAre(3));
 
     store.remove(rememberedOutputsKey);
@@ -228,7 +265,7 @@ TEST_F(RememberedOutputsTest, GiveUpTheOldestOfVeryMany) {
         many.push_back(example(i));
     }
 
-    remembered.replace(many);
+    replaceIn(remembered, many);
 
     EXPECT_EQ(displays().size(), 64U);
     EXPECT_EQ(displays().front(), 7U);

@@ -1,3 +1,4 @@
+#include "platform/x11/crtc/CrtcNotes.h"
 #include "tests/platform/x11/crtc/SwitchFixture.h"
 
 namespace tavrel::x11 {
@@ -77,6 +78,46 @@ TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
 
     server.beforeGrab = [this] { server.isGone = true; };
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
+}
+
+TEST_F(SwitchFailureTest, TheWayBackIsKeptWhenNobodyKnowsWhetherADisplayWentOff) {
+    const Snapshot whole = server.state;
+    server.lastMinuteChange = [this](Snapshot& state) {
+        server.isGone = true;
+        state.crtcs[1].mode = 0;
+        state.crtcs[1].outputs.clear();
+        state.outputs[1].crtc = 0;
+    };
+    ASSERT_EQ(off("B"), serverStatus::notImplemented);
+    server.isGone = false;
+    server.lastMinuteChange = {};
+
+    EXPECT_EQ(on("B"), serverStatus::success);
+
+    EXPECT_EQ(areaOf(server.state, "B"), areaOf(whole, "B"));
+    EXPECT_EQ(primaryOf(server.state), primaryOf(whole));
+    EXPECT_TRUE(remembered.all().empty());
+}
+
+TEST_F(SwitchFailureTest, WhatAnotherProcessRemembersMeanwhileIsKept) {
+    for (const int refusals : {0, 1}) {
+        server.firstRefusal = server.requests + 1;
+        server.refusals = refusals;
+        const DisplayID other = 77 + static_cast<DisplayID>(refusals);
+        server.beforeGrab = [&] {
+            layout::RememberedOutputs elsewhere(store);
+            elsewhere.update([&](layout::Memory memory) {
+                memory.push_back({.display = other, .notes = encodeNotes({})});
+                return memory;
+            });
+        };
+
+        EXPECT_EQ(off("B"), refusals == 0 ? serverStatus::success : serverStatus::cannotComplete);
+        server.beforeGrab = {};
+        EXPECT_EQ(on("B"), serverStatus::success);
+
+        EXPECT_NE(layout::find(remembered.all(), other), nullptr) << refusals << " refusals";
+    }
 }
 
 TEST_F(SwitchFailureTest, AMonitorPulledInTheMiddleIsUnknown) {

@@ -263,9 +263,10 @@ TEST_F(SwitchOnTest, RestoresWhatAnEarlierRunRemembered) {
 TEST_F(SwitchOnTest, MakesDoWithoutMalformedNotes) {
     start(threeInARow());
     ASSERT_EQ(off("B"), serverStatus::success);
-    layout::Memory memory = remembered.all();
-    memory.front().notes = R"({"crtcHint":-1})";
-    remembered.replace(memory);
+    remembered.update([](layout::Memory memory) {
+        memory.front().notes = R"({"crtcHint":-1})";
+        return memory;
+    });
     layout::LastSeen nothingSeen;
 
     ASSERT_EQ(switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, "B"), true),
