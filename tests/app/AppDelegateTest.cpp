@@ -41,6 +41,25 @@ protected:
     int posted = 0;
 };
 
+/// Notes at each switch whether the hot key still works.
+class HotKeyWitness : public DisplaySwitch {
+public:
+    HotKeyWitness(DisplaySwitch& inner, const SimulatedHotKeys& hotKeys)
+        : inner_(inner), hotKeys_(hotKeys) {}
+
+    bool canSwitch() override { return inner_.canSwitch(); }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        worked.push_back(hotKeys_.isRegistered() && hotKeys_.hasHandler());
+        return inner_.setDisplayEnabled(display, enabled);
+    }
+
+    std::vector<bool> worked;
+
+private:
+    DisplaySwitch& inner_;
+    const SimulatedHotKeys& hotKeys_;
+};
+
 TEST_F(AppDelegateTest, LaunchInstallsTheHandlerAndRegistersTheChord) {
     EXPECT_THAT(system.hotKeys.requests(), IsEmpty());
 
@@ -142,6 +161,21 @@ TEST_F(AppDelegateTest, QuittingEnablesDisplaysInTheOrderTheyAreStored) {
 
     EXPECT_THAT(system.windowServer.takeChanges(),
                 ElementsAre(Pair(panel, true), Pair(9, true), Pair(external, true)));
+}
+
+TEST_F(AppDelegateTest, QuittingReleasesTheHotKeyAfterTheLastDisplayIsEnabled) {
+    remember({panel, external});
+    system.windowServer.switchFromOutside(panel, false);
+    system.windowServer.switchFromOutside(external, false);
+    HotKeyWitness witness(system.windowServer, system.hotKeys);
+    AppDelegate quitting(system.platform().with(witness), system.hotKeys);
+    quitting.applicationDidFinishLaunching();
+
+    quitting.applicationWillTerminate();
+
+    EXPECT_THAT(witness.worked, ElementsAre(true, true));
+    EXPECT_FALSE(system.hotKeys.isRegistered());
+    EXPECT_FALSE(system.hotKeys.hasHandler());
 }
 
 TEST_F(AppDelegateTest, QuittingWithAnEmptyRegistryOnlyReleasesTheHotKey) {
