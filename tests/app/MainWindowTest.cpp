@@ -6,7 +6,9 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTest>
 
+#include "app/AppDelegate.h"
 #include "app/MainWindow.h"
 #include "tests/simulated/SimulatedPlatform.h"
 #include "tests/support/WakeChord.h"
@@ -135,6 +137,24 @@ TEST_F(MainWindowTest, WakeBothDisplaysWakesOnceWithoutTheNotification) {
     action("Wake Both Displays").trigger();
 
     EXPECT_EQ(system.scheduler.pendingMainTasks(), 0U);
+    system.scheduler.settle();
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(5, true)));
+}
+
+TEST_F(MainWindowTest, WithTheChordTakenItsKeysInTheWindowAndTheMenuWakeOnceEach) {
+    system.hotKeys.setAcceptsHotKey(false);
+    AppDelegate delegate(system.platform(), system.hotKeys);
+    delegate.applicationDidFinishLaunching();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&*window));
+    system.windowServer.takeChanges();
+
+    QTest::keyClick(window->windowHandle(), Qt::Key_W,
+                    Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    system.scheduler.settle();
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(5, true)));
+
+    action("Wake Both Displays").trigger();
     system.scheduler.settle();
     EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(5, true)));
 }
