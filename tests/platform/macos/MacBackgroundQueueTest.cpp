@@ -1,10 +1,9 @@
 #include "platform/macos/MacBackgroundQueue.h"
 
-#include <atomic>
 #include <future>
-#include <optional>
-#include <thread>
+#include <memory>
 
+#include "tests/platform/macos/BackgroundQueueFixture.h"
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/simulated/Dispatch.h"
 
@@ -14,58 +13,23 @@ namespace {
 using simulatedMac::takeCalls;
 using testing::Each;
 
-class MacBackgroundQueueTest : public MacFixture {
+class MacBackgroundQueueTest : public MacFixture, protected BackgroundQueueFixture {
 protected:
     ~MacBackgroundQueueTest() override {
         simulatedMac::resumeWork();
         simulatedMac::joinWork();
     }
 
-    /// Adds a job that runs `last` when it is allowed to end, and waits until it has started.
-    void startJob(Task last) {
-        queue->async([this, last = std::move(last)] {
-            started.set_value();
-            mayEnd.get_future().wait();
-            last();
-        });
-        started.get_future().wait();
-    }
-
-    std::promise<void> started;
-    std::promise<void> mayEnd;
-    std::optional<MacBackgroundQueue> queue{std::in_place};
     const std::shared_ptr<int> owned = std::make_shared<int>();
 };
 
 TEST_F(MacBackgroundQueueTest, RunsJobsOnTheQueueForWorkThatTheUserInitiated) {
-    std::promise<std::thread::id> thread;
+    std::promise<void> hasRun;
 
-    queue->async([&] { thread.set_value(std::this_thread::get_id()); });
+    queue->async([&] { hasRun.set_value(); });
 
-    EXPECT_NE(thread.get_future().get(), std::this_thread::get_id());
+    hasRun.get_future().wait();
     EXPECT_THAT(takeCalls(), Each("dispatch_get_global_queue(25, 0)"));
-}
-
-TEST_F(MacBackgroundQueueTest, RunsAJobWhileAnotherBlocks) {
-    std::promise<void> hasEnded;
-    startJob([&] { hasEnded.set_value(); });
-
-    queue->async([this] { mayEnd.set_value(); });
-
-    // Before the queue's end, which would drop the second job if it has not started yet.
-    hasEnded.get_future().wait();
-}
-
-TEST_F(MacBackgroundQueueTest, WaitsAtItsEndForJobsThatHaveStarted) {
-    std::atomic<bool> hasEnded = false;
-    startJob([&] { hasEnded = true; });
-
-    std::thread ending([&] {
-        queue.reset();
-        EXPECT_TRUE(hasEnded);
-    });
-    mayEnd.set_value();
-    ending.join();
 }
 
 TEST_F(MacBackgroundQueueTest, DropsAtItsEndJobsThatHaveNotStarted) {
@@ -87,17 +51,6 @@ TEST_F(MacBackgroundQueueTest, DropsJobsThatTheLastOnesAdd) {
     queue.reset();
     simulatedMac::joinWork();
     EXPECT_EQ(owned.use_count(), 1);
-}
-
-TEST_F(MacBackgroundQueueTest, DestroysAJobOnItsThreadBeforeItCountsAsEnded) {
-    std::thread::id thread;
-    const auto noteThread = [&](void*) { thread = std::this_thread::get_id(); };
-    startJob([owned = std::shared_ptr<void>(&thread, noteThread)] {});
-
-    mayEnd.set_value();
-    queue.reset();
-    EXPECT_NE(thread, std::thread::id());
-    EXPECT_NE(thread, std::this_thread::get_id());
 }
 
 }  // namespace
