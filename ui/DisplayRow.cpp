@@ -139,11 +139,14 @@ void DisplayRow::layOut() {
     }
 
     const int textLeft = horizontalPadding + boxSide + spacing;
+    // Between a name and the control there is the flexible space, with its spacing on either
+    // side. The explanation is always the same and just fits beside a lock.
     const int textWidth = std::max(0, right - controlWidth - spacing - textLeft);
+    const int nameWidth = std::max(0, textWidth - spacing);
     const int nameHeight = name_->lineHeight();
     const int explanationHeight = explanation_->lineHeight();
     const int top = (fixedHeight - nameHeight - textSpacing - explanationHeight) / 2;
-    name_->setGeometry(textLeft, top, textWidth, nameHeight);
+    name_->setGeometry(textLeft, top, nameWidth, nameHeight);
     explanation_->setGeometry(textLeft, top + nameHeight + textSpacing, textWidth,
                               explanationHeight);
 }

@@ -187,8 +187,15 @@ TEST_F(DisplayRowTest, ANameTooLongIsCutBeforeTheSwitch) {
 
     EXPECT_EQ(text(0).text(), QString(200, u'W'));
     EXPECT_TRUE(text(0).visibleLines().first().endsWith(u'…'));
-    EXPECT_LE(text(0).geometry().right() + 15, faceIn(powerSwitch(), *row).left());
+    EXPECT_EQ(text(0).geometry().right() + 1 + 30, faceIn(powerSwitch(), *row).left());
     EXPECT_EQ(row->height(), 78);
+}
+
+TEST_F(DisplayRowTest, TheExplanationIsWholeAlsoBesideTheLock) {
+    open(inputs(externalDisplay(true), false));
+
+    EXPECT_EQ(text(1).visibleLines(),
+              QStringList("External monitor · removed from desktop when off"));
 }
 
 TEST_F(DisplayRowTest, ANameIsShownAsItIs) {
