@@ -156,6 +156,12 @@ void DisplayRow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
 }
 
+void DisplayRow::paintOutline(QPainter& painter, const QRect& row) {
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(theme::white(strokeOpacity), 1));
+    painter.drawPath(continuousRoundedRect(row, rowRadius));
+}
+
 void DisplayRow::paintEvent(QPaintEvent*) {
     const bool isOn = inputs_.display.isOn;
     QPainter painter(this);
@@ -168,11 +174,6 @@ void DisplayRow::paintEvent(QPaintEvent*) {
     painter.setBrush(isOn ? theme::withAlpha(theme::indigo, boxOnOpacity)
                           : theme::white(boxOffOpacity));
     painter.drawPath(continuousRoundedRect(box, boxRadius));
-
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme::white(strokeOpacity), 1));
-    painter.drawPath(
-        continuousRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), rowRadius - 0.5));
 
     constexpr double side = iconSide(iconFontSize);
     QRectF icon(0, 0, side, side);

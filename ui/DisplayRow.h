@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPainter>
 #include <QWidget>
 #include <functional>
 
@@ -38,6 +39,12 @@ public:
 
     /// Shows other inputs for the same display, with the focus kept where it was.
     void setInputs(Inputs inputs);
+
+    /// Draws the outline of a row at `row`. It lies on the row's edge, half outside, so that
+    /// the row's parent draws it.
+    static void paintOutline(QPainter& painter, const QRect& row);
+    /// How far the outline reaches beyond the row, in whole pixels.
+    static constexpr int outlineMargin = 1;
 
     const std::string& id() const { return inputs_.display.id(); }
     bool isBusy() const { return inputs_.display.isBusy; }

@@ -1,6 +1,7 @@
 #include "ui/RowList.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
 #include <utility>
@@ -8,8 +9,23 @@
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
+namespace {
 
-RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new QWidget) {
+/// Where the rows lie, with room for their outlines around them.
+class Column : public QWidget {
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        for (const DisplayRow* row : findChildren<DisplayRow*>()) {
+            DisplayRow::paintOutline(painter, row->geometry());
+        }
+    }
+};
+
+}  // namespace
+
+RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new Column) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -84,13 +100,14 @@ void RowList::removeRow(DisplayRow* row, QWidget& focusPlace) {
 }
 
 void RowList::layOut() {
-    const int rowWidth = std::max(0, width() - scrollBarRoom);
-    column_->resize(rowWidth, fullHeight());
-    int top = 0;
+    const int rowWidth = std::max(0, width() - margin - scrollBarRoom);
+    column_->resize(rowWidth + 2 * margin, fullHeight() + 2 * margin);
+    int top = margin;
     for (DisplayRow* row : rows_) {
-        row->setGeometry(0, top, rowWidth, DisplayRow::fixedHeight);
+        row->setGeometry(margin, top, rowWidth, DisplayRow::fixedHeight);
         top += DisplayRow::fixedHeight + spacing;
     }
+    column_->update();
 }
 
 void RowList::scrollToFocus(QWidget* focused) {

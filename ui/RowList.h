@@ -16,6 +16,8 @@ public:
     static constexpr int spacing = 12;
     /// Kept free for the scroll bar at the right of the rows, whether it is shown or not.
     static constexpr int scrollBarRoom = 16;
+    /// Kept free above, below and left of the rows for their outlines.
+    static constexpr int margin = DisplayRow::outlineMargin;
 
     explicit RowList(QWidget* parent);
 
@@ -26,7 +28,7 @@ public:
 
     const std::vector<DisplayRow*>& rows() const { return rows_; }
 
-    /// The height at which no row has to be scrolled to.
+    /// The height of all rows, without the margins.
     int fullHeight() const;
 
 protected:

@@ -47,10 +47,7 @@ protected:
         painter.fillPath(shape, color);
     }
     static void stroke(QPainter& painter, const QRectF& rect, double radius, const QColor& color) {
-        constexpr double inset = 0.5;
-        painter.strokePath(
-            continuousRoundedRect(rect.adjusted(inset, inset, -inset, -inset), radius - inset),
-            QPen(color, 1));
+        painter.strokePath(continuousRoundedRect(rect, radius), QPen(color, 1));
     }
     static void write(QPainter& painter, const theme::FontSpec& spec, const QPointF& baseline,
                       const QString& text, const QColor& color) {
@@ -66,11 +63,12 @@ protected:
     static QPointF middle(const QRect& rect) { return QRectF(rect).center(); }
 
     static void paintRow(QPainter& painter, const QRect& place, Icon icon, bool isOn) {
+        // Both are white: what is drawn first makes no difference but to rounding.
+        stroke(painter, place, 14, theme::white(0.09));
         fill(painter, continuousRoundedRect(place, 14), theme::white(0.06));
         const QRectF box(place.left() + 16, place.top() + 15, 48, 48);
         fill(painter, continuousRoundedRect(box, 12),
              isOn ? theme::withAlpha(theme::indigo, 0.55) : theme::white(0.055));
-        stroke(painter, place, 14, theme::white(0.09));
         paintIcon(painter, icon, square(box.center(), 27.5), theme::white(isOn ? 1 : 0.35));
     }
 

@@ -61,7 +61,8 @@ void Control::paintEvent(QPaintEvent*) {
     if (isEnabled()) {
         paintFace(painter, face());
     } else {
-        paintLayer(painter, face(), theme::disabledOpacity,
+        // An outline reaches beyond the face.
+        paintLayer(painter, rect(), theme::disabledOpacity,
                    [this](QPainter& layer) { paintFace(layer, face()); });
     }
     paintFocusRing(painter);

@@ -36,8 +36,7 @@ void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
     fillFace(painter, face);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme::white(strokeOpacity), 1));
-    painter.drawPath(
-        continuousRoundedRect(face.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius - 0.5));
+    painter.drawPath(facePath(face));
 
     constexpr double side = iconSide(labelFont.size);
     const QRectF icon(face.left() + horizontalPadding, face.center().y() - side / 2, side, side);
