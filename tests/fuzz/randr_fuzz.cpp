@@ -176,8 +176,10 @@ Snapshot after(Snapshot snapshot, const LayoutPlan& plan) {
     return snapshot;
 }
 
+/// Only where output and CRTC agree: what a server says may contradict itself.
 bool isShown(const Snapshot& snapshot, const Output& output) {
-    return output.connected && snapshot.activeCrtc(output) != nullptr;
+    const Crtc* crtc = snapshot.activeCrtc(output);
+    return output.connected && crtc != nullptr && std::ranges::count(crtc->outputs, output.id) > 0;
 }
 
 /// Whether `now` shows whatever `before` does, but for `except`.
