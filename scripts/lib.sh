@@ -15,8 +15,14 @@ fail() {
 # How many things to do at once.
 jobs_at_once() { getconf _NPROCESSORS_ONLN; }
 
-# Most tests wait for another process most of the time.
-tests_at_once() { echo $((2 * $(jobs_at_once))); }
+# tests_at_once PRESET: most tests wait for another process most of the time, unless a
+# sanitizer keeps the processors busy.
+tests_at_once() {
+    case $1 in
+        asan | tsan) jobs_at_once ;;
+        *) echo $((2 * $(jobs_at_once))) ;;
+    esac
+}
 
 # tool NAME: the command of that name in the version our settings are written for, else in
 # the version there is.

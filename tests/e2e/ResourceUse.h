@@ -14,28 +14,29 @@ namespace tavrel::e2e {
 
 /// What a process holds at one moment, as Linux counts it.
 struct ResourceUse {
-    /// Memory that it shares with nobody, in KiB.
-    long unsharedMemory = 0;
+    /// Memory of its own that it has written to, in KiB. Not what it has mapped from files: that
+    /// counts as its own or as shared by who else runs the same program at the moment.
+    long writtenMemory = 0;
     std::ptrdiff_t descriptors = 0;
     std::ptrdiff_t threads = 0;
 
     /// Of a process that has ended, all zeros.
     static ResourceUse of(pid_t process) {
         const std::filesystem::path folder = "/proc/" + std::to_string(process);
-        return {.unsharedMemory = unsharedMemoryIn(folder / "smaps_rollup"),
+        return {.writtenMemory = writtenMemoryIn(folder / "smaps_rollup"),
                 .descriptors = entriesOf(folder / "fd"),
                 .threads = entriesOf(folder / "task")};
     }
 
 private:
-    static long unsharedMemoryIn(const std::filesystem::path& rollup) {
+    static long writtenMemoryIn(const std::filesystem::path& rollup) {
         long kibibytes = 0;
         std::ifstream file(rollup);
         for (std::string line; std::getline(file, line);) {
             std::istringstream words(line);
             std::string name;
             long number = 0;
-            if (words >> name >> number && (name == "Private_Clean:" || name == "Private_Dirty:")) {
+            if (words >> name >> number && name == "Private_Dirty:") {
                 kibibytes += number;
             }
         }
@@ -49,7 +50,7 @@ private:
 };
 
 inline std::ostream& operator<<(std::ostream& out, const ResourceUse& use) {
-    return out << use.unsharedMemory << " KiB, " << use.descriptors << " descriptors, "
+    return out << use.writtenMemory << " KiB, " << use.descriptors << " descriptors, "
                << use.threads << " threads";
 }
 

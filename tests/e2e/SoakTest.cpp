@@ -76,7 +76,7 @@ protected:
     static void note(pid_t process, std::optional<ResourceUse>& first) {
         const ResourceUse now = ResourceUse::of(process);
         const ResourceUse former = first.value_or(now);
-        first = {.unsharedMemory = now.unsharedMemory,
+        first = {.writtenMemory = now.writtenMemory,
                  .descriptors = std::min(now.descriptors, former.descriptors),
                  .threads = std::min(now.threads, former.threads)};
     }
@@ -89,10 +89,10 @@ protected:
             now = ResourceUse::of(process);
 #ifdef TAVREL_INSTRUMENTED
             // A sanitizer keeps what is freed.
-            now.unsharedMemory = first.unsharedMemory;
+            now.writtenMemory = first.writtenMemory;
 #endif
             return now.descriptors <= first.descriptors && now.threads <= first.threads &&
-                   now.unsharedMemory <= first.unsharedMemory + toleranceInKibibytes;
+                   now.writtenMemory <= first.writtenMemory + toleranceInKibibytes;
         };
         if (waitUntil(isSame)) {
             return testing::AssertionSuccess();
