@@ -144,6 +144,9 @@ void Invariants::checkStore() {
 
 void Invariants::checkRestoration() {
     readStoreIfChanged();
+    if (isHanging_) {
+        return;
+    }
     const Delay now = system_.scheduler.now();
     const bool running = controller_->isAutomaticRecoveryRunning();
     const WallTime suppression = controller_->suppressTopologyRestoreUntil();
@@ -227,7 +230,8 @@ bool Invariants::somethingIsListed() {
     return online && !moment->allDisplays().value_or(*online).empty();
 }
 
-void Invariants::noteHang() {
+void Invariants::noteHangEnds() {
+    isHanging_ = false;
     const Delay now = system_.scheduler.now();
     readStoreIfChanged();
     if (unusableSince_.has_value()) {

@@ -41,8 +41,10 @@ public:
     /// From now on a switch may take this long.
     void allowForSlowness(Delay longestSwitch) { longestSwitch_ = longestSwitch; }
 
-    /// The main thread has done nothing until now.
-    void noteHang();
+    /// The main thread does nothing from here on, and has done nothing until there. Meanwhile
+    /// no restoration can be asked for.
+    void noteHangBegins() { isHanging_ = true; }
+    void noteHangEnds();
 
     /// Whether a user can see the display: it is online and active, and not under a closed lid.
     bool isLive(DisplayID display);
@@ -95,6 +97,7 @@ private:
     bool wasLidClosed_ = false;
     bool isUsable_ = true;
     Delay longestSwitch_{0};
+    bool isHanging_ = false;
 
     std::optional<Delay> unusableSince_;
     Delay lastRestorationEnd_{0};

@@ -316,6 +316,7 @@ void World::hangApplication(Delay duration) {
     using watchdog::WatchdogService;
     auto& scheduler = system_.scheduler;
     const auto never = [] { return false; };
+    invariants_.noteHangBegins();
     const Delay untilNoticed = std::min<Delay>(duration, WatchdogService::silenceLimit);
     scheduler.advanceWithMainBlocked(untilNoticed, never);
     Delay looked{0};
@@ -327,7 +328,7 @@ void World::hangApplication(Delay duration) {
     if (looked > Delay::zero() && !invariants_.somethingIsOn() && invariants_.somethingIsListed()) {
         invariants_.fail("nothing is on though the watchdog looks after a hung application");
     }
-    invariants_.noteHang();
+    invariants_.noteHangEnds();
     watchModel_->noteHang();
 }
 
