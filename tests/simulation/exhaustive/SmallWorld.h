@@ -15,9 +15,9 @@ struct SmallWorld {
     Setting setting;
     /// Whether other faults than its setting may begin and end.
     bool hasFaults;
-    /// How many events fewer than the others it is tried with: what sleeps in the middle of a
+    /// Whether only half as many events are tried, rounded up: what sleeps in the middle of a
     /// slow call makes many more states.
-    std::size_t fewerEvents;
+    bool onlyHalf;
 };
 
 /// For each kind of window server one with faults, and one in which every switch is slow.
