@@ -13,7 +13,6 @@ namespace tavrel::e2e {
 namespace {
 
 using support::waitUntil;
-using testing::IsEmpty;
 
 /// A process that is stopped while this exists.
 class StoppedProcess {

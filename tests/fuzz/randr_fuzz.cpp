@@ -265,6 +265,18 @@ void checkDecisions(const Snapshot& snapshot, const layout::Layout& layout) {
     }
 }
 
+/// Whether every output and every CRTC has a number of its own; only then can be said what a
+/// plan comes to.
+bool hasDistinctNumbers(const Snapshot& snapshot) {
+    std::set<Xid> outputs;
+    std::set<Xid> crtcs;
+    return std::ranges::all_of(
+               snapshot.outputs,
+               [&](const Output& output) { return outputs.insert(output.id).second; }) &&
+           std::ranges::all_of(snapshot.crtcs,
+                               [&](const Crtc& crtc) { return crtcs.insert(crtc.id).second; });
+}
+
 void check(ReplyBytes input) {
     const std::optional<Snapshot> snapshot = readSnapshot(Stream(input));
     if (!snapshot.has_value()) {
@@ -275,7 +287,7 @@ void check(ReplyBytes input) {
     // Each decision looks at everything; of very many outputs that takes too long to be tried
     // often.
     constexpr std::size_t enough = 16;
-    if (layout.outputs.size() <= enough) {
+    if (layout.outputs.size() <= enough && hasDistinctNumbers(*snapshot)) {
         checkDecisions(*snapshot, layout);
     }
 }

@@ -278,6 +278,7 @@ TEST_F(WaysBackTest, LeadThroughTheOtherModesInTheirOrder) {
 
 TEST_F(WaysBackTest, LeadThroughFewModesBesideAnotherAndThroughAllWhenThereIsNone) {
     std::vector<Mode> many;
+    many.reserve(20);
     for (int i = 0; i < 20; ++i) {
         many.push_back({.width = 1920, .height = 1080, .refreshMillihertz = 60000 - i});
     }
