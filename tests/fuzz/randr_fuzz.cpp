@@ -221,11 +221,9 @@ void checkOn(const Snapshot& snapshot, const layout::Layout& layout, const layou
     for (const LayoutPlan& plan : decision.plans) {
         require(!output.shown.has_value(), "only what is off is switched on");
         require(plan.comesOn == which && !plan.crtcs.empty(), "it is the one that comes on");
-        for (const CrtcSetting& setting : plan.crtcs) {
-            require(snapshot.crtc(setting.crtc) != nullptr &&
-                        (setting.mode == 0 || snapshot.mode(setting.mode) != nullptr),
-                    "it is shown with what there is");
-        }
+        require(snapshot.crtc(plan.crtcs.back().crtc) != nullptr &&
+                    snapshot.mode(plan.crtcs.back().mode) != nullptr,
+                "it is shown with what there is");
         const Snapshot now = after(snapshot, plan);
         require(isShown(now, *now.output(which)), "it comes on");
         require(othersStayOn(snapshot, now, which), "nobody else goes off for it");

@@ -25,6 +25,7 @@ protected:
 
     void allow(const std::string& name, const std::vector<std::string>& ownersOfCrtcs) {
         std::vector<Xid> crtcs;
+        crtcs.reserve(ownersOfCrtcs.size());
         for (const std::string& owner : ownersOfCrtcs) {
             crtcs.push_back(own.at(owner));
         }

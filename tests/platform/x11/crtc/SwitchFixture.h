@@ -40,7 +40,7 @@ protected:
     }
 
     /// From now on asks the server through this.
-    void use(LayoutServer& decorator) { asked = &decorator; }
+    void use(LayoutServer& decorator) { asked_ = &decorator; }
 
     SimulatedRandr server{SnapshotBuilder().build()};
     SimulatedUserDefaults store;
@@ -48,10 +48,10 @@ protected:
     layout::LastSeen lastSeen;
 
 private:
-    LayoutServer* asked = &server;
+    LayoutServer* asked_ = &server;
 
     ServerStatus switchTo(const std::string& name, bool enabled) {
-        return switchDisplay(*asked, remembered, lastSeen, displayNamed(server.state, name),
+        return switchDisplay(*asked_, remembered, lastSeen, displayNamed(server.state, name),
                              enabled);
     }
 };
