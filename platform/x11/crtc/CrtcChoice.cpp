@@ -69,9 +69,7 @@ bool canShow(const Snapshot& snapshot, const Crtc& crtc, const Picture& picture)
 /// monitor, then those that are in use.
 std::vector<const Crtc*> crtcsFor(const Snapshot& snapshot, const Picture& picture) {
     std::vector<const Crtc*> able;
-    // A server that contradicts itself may have a CRTC in use that names no output.
-    const std::vector<Xid>& outputs = picture.setting.outputs;
-    const Output* first = outputs.empty() ? nullptr : snapshot.output(outputs.front());
+    const Output* first = snapshot.output(picture.setting.outputs.front());
     for (const Xid id : first == nullptr ? std::vector<Xid>{} : first->crtcs) {
         const Crtc* crtc = snapshot.crtc(id);
         if (crtc != nullptr && canShow(snapshot, *crtc, picture)) {

@@ -54,6 +54,9 @@ const Crtc* Snapshot::activeCrtc(const Output& output) const {
 }
 
 bool Snapshot::isFree(const Crtc& crtc) const {
+    if (crtc.mode == 0) {
+        return true;
+    }
     return std::none_of(crtc.outputs.begin(), crtc.outputs.end(), [this](Xid id) {
         const Output* driven = output(id);
         return driven != nullptr && driven->connected;

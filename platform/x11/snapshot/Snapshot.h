@@ -107,7 +107,8 @@ struct Snapshot {
     const Crtc* activeCrtc(const Output& output) const;
 
     /// Whether `crtc` drives no connected output. It need not be off: X leaves it on when its
-    /// monitor is unplugged.
+    /// monitor is unplugged. Nor, when it is off, need it name no output: a server answers for
+    /// its CRTCs one by one, and may contradict itself.
     bool isFree(const Crtc& crtc) const;
 
     friend bool operator==(const Snapshot&, const Snapshot&) = default;

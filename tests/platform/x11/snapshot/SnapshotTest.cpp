@@ -49,6 +49,16 @@ TEST(SnapshotTest, NumbersDisplaysByConnectorAndMonitorAlone) {
     EXPECT_EQ(displayNamed(busy.build(), "A"), layout::stableHash("A/1/2/3"));
 }
 
+TEST(SnapshotTest, ACrtcThatIsOffIsFreeWhateverItNames) {
+    Snapshot snapshot = SnapshotBuilder().output("A").on(0, 0).build();
+    Crtc& crtc = snapshot.crtcs.front();
+    ASSERT_FALSE(snapshot.isFree(crtc));
+
+    crtc.mode = 0;
+
+    EXPECT_TRUE(snapshot.isFree(crtc));
+}
+
 TEST(SnapshotTest, TellsWhoIsPrimary) {
     const SnapshotBuilder pair = SnapshotBuilder().output("A").output("B").primary();
     Snapshot nobody = pair.build();
