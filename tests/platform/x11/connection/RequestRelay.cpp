@@ -1,17 +1,13 @@
 #include "tests/platform/x11/connection/RequestRelay.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace tavrel {
@@ -86,20 +82,7 @@ FileDescriptor connectTo(const std::string& path) {
 RequestRelay::RequestRelay(const std::string& server, Listener listener)
     : serverPath_("/tmp/.X11-unix/X" + server.substr(1)),
       listener_(std::move(listener)),
-      socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(socket_.number(), generic, size) != 0 || ::listen(socket_.number(), 16) != 0 ||
-        ::getsockname(socket_.number(), generic, &size) != 0) {
-        throw std::system_error(errno, std::generic_category(), "listening");
-    }
-    constexpr int firstDisplaysPort = 6000;
-    displayName_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - firstDisplaysPort);
-    acceptor_ = std::thread([this] { accept(); });
-}
+      acceptor_([this] { accept(); }) {}
 
 RequestRelay::~RequestRelay() {
     stop_ = true;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/posix/FileDescriptor.h"
+#include "tests/platform/x11/connection/LoopbackListener.h"
 
 namespace tavrel {
 
@@ -34,7 +35,7 @@ public:
     RequestRelay& operator=(const RequestRelay&) = delete;
 
     /// Where programs find the server through this.
-    const std::string& displayName() const { return displayName_; }
+    const std::string& displayName() const { return socket_.displayName(); }
 
 private:
     void accept();
@@ -42,8 +43,7 @@ private:
 
     const std::string serverPath_;
     const Listener listener_;
-    FileDescriptor socket_;
-    std::string displayName_;
+    LoopbackListener socket_;
     std::atomic<bool> stop_ = false;
     std::vector<std::thread> relays_;
     std::thread acceptor_;

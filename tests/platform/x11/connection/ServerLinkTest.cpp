@@ -1,18 +1,15 @@
 #include "platform/x11/connection/ServerLink.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <atomic>
 #include <chrono>
 #include <string>
-#include <system_error>
 #include <thread>
 
-#include "platform/posix/FileDescriptor.h"
+#include "tests/platform/x11/connection/LoopbackListener.h"
 
 namespace tavrel::x11 {
 namespace {
@@ -22,20 +19,7 @@ using std::chrono::steady_clock;
 /// Where a server would be, something that hangs up on everyone and counts the calls.
 class RudeListener {
 public:
-    RudeListener() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* generic = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_.number(), generic, size) != 0 || ::listen(socket_.number(), 16) != 0 ||
-            ::getsockname(socket_.number(), generic, &size) != 0) {
-            throw std::system_error(errno, std::generic_category(), "listening");
-        }
-        constexpr int firstDisplaysPort = 6000;
-        displayName_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - firstDisplaysPort);
-        thread_ = std::thread([this] { hangUpOnEveryone(); });
-    }
+    RudeListener() : thread_([this] { hangUpOnEveryone(); }) {}
     ~RudeListener() {
         stop_ = true;
         thread_.join();
@@ -43,22 +27,21 @@ public:
     RudeListener(const RudeListener&) = delete;
     RudeListener& operator=(const RudeListener&) = delete;
 
-    const std::string& displayName() const { return displayName_; }
+    const std::string& displayName() const { return listener_.displayName(); }
     int calls() const { return calls_; }
 
 private:
     void hangUpOnEveryone() {
         while (!stop_) {
-            pollfd ready{socket_.number(), POLLIN, 0};
+            pollfd ready{listener_.number(), POLLIN, 0};
             if (::poll(&ready, 1, 10) == 1) {
-                ::close(::accept(socket_.number(), nullptr, nullptr));
+                ::close(::accept(listener_.number(), nullptr, nullptr));
                 ++calls_;
             }
         }
     }
 
-    FileDescriptor socket_;
-    std::string displayName_;
+    LoopbackListener listener_;
     std::atomic<int> calls_ = 0;
     std::atomic<bool> stop_ = false;
     std::thread thread_;
