@@ -59,7 +59,7 @@ public:
     /// As `now`, but a server that answers from memory looks for monitors anew first. That can
     /// take seconds, in which it serves nobody: for when the user asks what there is, and not on
     /// the main thread.
-    virtual std::unique_ptr<DisplayMoment> nowAfterProbing() { return now(); }
+    virtual std::unique_ptr<DisplayMoment> nowAfterProbing() = 0;
 };
 
 }  // namespace tavrel

@@ -1,44 +1,37 @@
 #include "platform/LidAwareDisplays.h"
 
-#include <cstdint>
 #include <utility>
 #include <vector>
+
+#include "platform/ForwardingMoment.h"
 
 namespace tavrel {
 
 namespace {
 
 /// A moment under a closed lid.
-class UnderTheLid final : public DisplayMoment {
+class UnderTheLid final : public ForwardingMoment {
 public:
-    explicit UnderTheLid(std::unique_ptr<DisplayMoment> inner) : inner_(std::move(inner)) {}
+    using ForwardingMoment::ForwardingMoment;
 
-    bool isCurrent() override { return inner_->isCurrent(); }
-    std::optional<std::vector<DisplayID>> allDisplays() override { return inner_->allDisplays(); }
     std::optional<std::vector<DisplayID>> onlineDisplays() override {
-        auto online = inner_->onlineDisplays();
+        auto online = ForwardingMoment::onlineDisplays();
         if (online.has_value()) {
             std::erase_if(*online, [this](DisplayID each) { return isBuiltIn(each); });
         }
         return online;
     }
-    bool isBuiltIn(DisplayID display) override { return inner_->isBuiltIn(display); }
     bool isOnline(DisplayID display) override {
-        return !isBuiltIn(display) && inner_->isOnline(display);
+        return !isBuiltIn(display) && ForwardingMoment::isOnline(display);
     }
     bool isActive(DisplayID display) override {
-        return !isBuiltIn(display) && inner_->isActive(display);
+        return !isBuiltIn(display) && ForwardingMoment::isActive(display);
     }
-    std::uint32_t vendorNumber(DisplayID display) override { return inner_->vendorNumber(display); }
-    std::uint32_t modelNumber(DisplayID display) override { return inner_->modelNumber(display); }
-    std::uint32_t serialNumber(DisplayID display) override { return inner_->serialNumber(display); }
-
-private:
-    std::unique_ptr<DisplayMoment> inner_;
 };
 
-std::unique_ptr<DisplayMoment> under(bool isClosed, std::unique_ptr<DisplayMoment> moment) {
-    if (!isClosed) {
+/// The lid is asked last: the server may have taken seconds to answer.
+std::unique_ptr<DisplayMoment> under(const Lid& lid, std::unique_ptr<DisplayMoment> moment) {
+    if (!lid.isClosed()) {
         return moment;
     }
     return std::make_unique<UnderTheLid>(std::move(moment));
@@ -47,13 +40,11 @@ std::unique_ptr<DisplayMoment> under(bool isClosed, std::unique_ptr<DisplayMomen
 }  // namespace
 
 std::unique_ptr<DisplayMoment> LidAwareQueries::now() {
-    const bool isClosed = lid_.isClosed();
-    return under(isClosed, inner_.now());
+    return under(lid_, inner_.now());
 }
 
 std::unique_ptr<DisplayMoment> LidAwareQueries::nowAfterProbing() {
-    const bool isClosed = lid_.isClosed();
-    return under(isClosed, inner_.nowAfterProbing());
+    return under(lid_, inner_.nowAfterProbing());
 }
 
 LidAwareReports::LidAwareReports(ReconfigurationReports& inner, Lid& lid)

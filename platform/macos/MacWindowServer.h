@@ -23,6 +23,7 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
     /// No change of ours is running while this is held, except one it is asked for from.
     [[nodiscard]] std::unique_lock<std::recursive_mutex> holdChanges() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -9,6 +8,7 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
+#include "platform/ForwardingMoment.h"
 #include "platform/MainQueue.h"
 
 namespace tavrel {
@@ -72,42 +72,30 @@ public:
 
     std::unique_ptr<DisplayMoment> now() override {
         log_.note("moment");
-        return std::make_unique<Moment>(*this);
+        return std::make_unique<Moment>(*this, inner_.now());
+    }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override {
+        log_.note("moment");
+        return std::make_unique<Moment>(*this, inner_.nowAfterProbing());
     }
 
 private:
-    class Moment : public DisplayMoment {
+    class Moment : public ForwardingMoment {
     public:
-        explicit Moment(LoggedQueries& queries) : queries_(queries), inner_(queries.inner_.now()) {}
+        Moment(LoggedQueries& queries, std::unique_ptr<DisplayMoment> inner)
+            : ForwardingMoment(std::move(inner)), queries_(queries) {}
 
-        std::optional<std::vector<DisplayID>> allDisplays() override {
-            return inner_->allDisplays();
-        }
-        std::optional<std::vector<DisplayID>> onlineDisplays() override {
-            return inner_->onlineDisplays();
-        }
-        bool isBuiltIn(DisplayID display) override { return inner_->isBuiltIn(display); }
         bool isOnline(DisplayID display) override {
             queries_.log_.note("online " + std::to_string(display));
-            return !queries_.offline_.contains(display) && inner_->isOnline(display);
+            return !queries_.offline_.contains(display) && ForwardingMoment::isOnline(display);
         }
         bool isActive(DisplayID display) override {
             queries_.log_.note("active " + std::to_string(display));
-            return inner_->isActive(display);
-        }
-        std::uint32_t vendorNumber(DisplayID display) override {
-            return inner_->vendorNumber(display);
-        }
-        std::uint32_t modelNumber(DisplayID display) override {
-            return inner_->modelNumber(display);
-        }
-        std::uint32_t serialNumber(DisplayID display) override {
-            return inner_->serialNumber(display);
+            return ForwardingMoment::isActive(display);
         }
 
     private:
         LoggedQueries& queries_;
-        std::unique_ptr<DisplayMoment> inner_;
     };
 
     DisplayQueries& inner_;

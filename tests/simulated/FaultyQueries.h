@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
-#include "platform/DisplayQueries.h"
+#include "platform/ForwardingMoment.h"
 #include "tests/simulated/Chance.h"
 
 namespace tavrel {
@@ -19,37 +20,27 @@ public:
     /// How many of 100 lists fail from now on.
     void setListFailures(unsigned outOfHundred) { listFailures_ = outOfHundred; }
 
-    std::unique_ptr<DisplayMoment> now() override { return std::make_unique<Moment>(*this); }
+    std::unique_ptr<DisplayMoment> now() override {
+        return std::make_unique<Moment>(*this, inner_.now());
+    }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override {
+        return std::make_unique<Moment>(*this, inner_.nowAfterProbing());
+    }
 
 private:
-    class Moment : public DisplayMoment {
+    class Moment : public ForwardingMoment {
     public:
-        explicit Moment(FaultyQueries& queries) : queries_(queries), inner_(queries.inner_.now()) {}
+        Moment(FaultyQueries& queries, std::unique_ptr<DisplayMoment> inner)
+            : ForwardingMoment(std::move(inner)), queries_(queries) {}
 
-        bool isCurrent() override { return inner_->isCurrent(); }
         std::optional<std::vector<DisplayID>> allDisplays() override {
-            return queries_.chance_.happens(queries_.listFailures_) ? std::nullopt
-                                                                    : inner_->allDisplays();
-        }
-        std::optional<std::vector<DisplayID>> onlineDisplays() override {
-            return inner_->onlineDisplays();
-        }
-        bool isBuiltIn(DisplayID display) override { return inner_->isBuiltIn(display); }
-        bool isOnline(DisplayID display) override { return inner_->isOnline(display); }
-        bool isActive(DisplayID display) override { return inner_->isActive(display); }
-        std::uint32_t vendorNumber(DisplayID display) override {
-            return inner_->vendorNumber(display);
-        }
-        std::uint32_t modelNumber(DisplayID display) override {
-            return inner_->modelNumber(display);
-        }
-        std::uint32_t serialNumber(DisplayID display) override {
-            return inner_->serialNumber(display);
+            return queries_.chance_.happens(queries_.listFailures_)
+                       ? std::nullopt
+                       : ForwardingMoment::allDisplays();
         }
 
     private:
         FaultyQueries& queries_;
-        std::unique_ptr<DisplayMoment> inner_;
     };
 
     DisplayQueries& inner_;

@@ -86,6 +86,7 @@ public:
 
     // ---- DisplayQueries
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
     // ---- ReconfigurationReports
     ServerStatus registerCallback(DisplayReconfigurationCallback callback, void* userInfo) override;

@@ -140,6 +140,7 @@ void Invariants::checkStore() {
         }
     }
     log_.add(system_.scheduler.now(), "stores " + std::to_string(now->size()) + " records");
+    readStoreIfChanged();
 }
 
 void Invariants::checkRestoration() {

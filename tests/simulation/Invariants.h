@@ -27,6 +27,8 @@ public:
 
     /// To be called after each step of the simulated world.
     void check();
+    /// The part of `check` that also holds while the main thread is busy.
+    void checkStore();
 
     /// Fails unless the user's request was accepted, or refused, as it should have been.
     void checkSwitchRequest(bool accepted, bool shouldBe, const DisplayDevice& display, bool isOn);
@@ -72,7 +74,6 @@ public:
 private:
     void checkTexts();
     void checkAnswered();
-    void checkStore();
     void checkRestoration();
     void noteRestorationStart();
     void noteRestorationEnd();

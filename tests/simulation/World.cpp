@@ -130,8 +130,7 @@ void World::launch() {
 
 void World::quit() {
     gate_->close();
-    auto& scheduler = system_.scheduler;
-    if (!scheduler.advanceWithMainBlocked(quitTimeout, [this] { return gate_->isIdle(); })) {
+    if (!blockMain(quitTimeout, [this] { return gate_->isIdle(); })) {
         invariants_.fail("a switch was still running a minute after quitting");
         return;
     }
@@ -142,8 +141,8 @@ void World::quit() {
     watchModel_.reset();
     controller_.reset();
     // A process ends with its jobs; here they would go on in the next session.
-    scheduler.advanceWithMainBlocked(longestJob,
-                                     [&] { return scheduler.pendingBackgroundJobs() == 0; });
+    auto& scheduler = system_.scheduler;
+    blockMain(longestJob, [&] { return scheduler.pendingBackgroundJobs() == 0; });
     // No task of this session may run after the next one has replaced its parts.
     scheduler.dropMainTasks();
     if (!refused) {
@@ -156,6 +155,13 @@ void World::quit() {
     }
     advance(Delay::zero());
     system_.windowServer.takeChanges();
+}
+
+bool World::blockMain(Delay limit, const std::function<bool()>& done) {
+    return system_.scheduler.advanceWithMainBlocked(limit, [&] {
+        invariants_.checkStore();
+        return done();
+    });
 }
 
 void World::advance(Delay duration) {
@@ -314,16 +320,15 @@ void World::setSilent(bool isSilent) {
 
 void World::hangApplication(Delay duration) {
     using watchdog::WatchdogService;
-    auto& scheduler = system_.scheduler;
     const auto never = [] { return false; };
     invariants_.noteHangBegins();
     const Delay untilNoticed = std::min<Delay>(duration, WatchdogService::silenceLimit);
-    scheduler.advanceWithMainBlocked(untilNoticed, never);
+    blockMain(untilNoticed, never);
     Delay looked{0};
     for (; untilNoticed + looked < duration && !lastWord_.isSilent();
          looked += WatchdogService::lookInterval) {
         watchdogLooks();
-        scheduler.advanceWithMainBlocked(WatchdogService::lookInterval, never);
+        blockMain(WatchdogService::lookInterval, never);
     }
     if (looked > Delay::zero() && !invariants_.somethingIsOn() && invariants_.somethingIsListed()) {
         invariants_.fail("nothing is on though the watchdog looks after a hung application");

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -77,6 +78,8 @@ private:
     void launch();
     void quit();
     void advance(Delay duration);
+    /// Moves time on while only background jobs run; see `SimulatedScheduler`.
+    bool blockMain(Delay limit, const std::function<bool()>& done);
     void carryOut(const Event& event);
     void userSwitch(const Event& event);
     void plug(const SimulatedDisplay& display) { system_.windowServer.connect(display); }

@@ -33,6 +33,7 @@ public:
         const std::lock_guard lock(mutex_);
         return std::make_unique<Moment>(report_, isCurrent_);
     }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
     class Moment : public DisplayMoment {

@@ -152,7 +152,7 @@ bool WatchdogSupervisor::isWaitingPointless() {
     // While the watchdog makes a change, the server answers nobody else. It may be slow then,
     // but is nobody whose work another could do better.
     const bool isPrompt = std::chrono::steady_clock::now() - asked <= promptAnswer;
-    return isPrompt && moment->isCurrent() && isUsable.has_value() && (isUrgent_ || !*isUsable);
+    return isPrompt && isUsable.has_value() && (isUrgent_ || !*isUsable);
 }
 
 Received WatchdogSupervisor::receive(std::chrono::milliseconds timeout) {
