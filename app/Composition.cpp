@@ -52,6 +52,8 @@ Composition::Composition() : parts_(std::make_unique<Parts>()) {
 }
 
 Composition::~Composition() {
+    // The last writes to the store may fail when the main queue has gone.
+    parts_->system->observeStore(nullptr);
     // While the other parts still exist: jobs use them, and so may what a queued task owns.
     parts_->backgroundQueue.reset();
     parts_->mainQueue.dropTasks();
@@ -82,7 +84,8 @@ SwitchOffGate& Composition::switchOffGate() {
 }
 
 void Composition::observeStore(Task unwritable) {
-    parts_->system->observeStore(parts_->mainQueue, std::move(unwritable));
+    parts_->system->observeStore(
+        [&queue = parts_->mainQueue, task = std::move(unwritable)] { queue.async(task); });
 }
 
 void Composition::beginToEnd() {

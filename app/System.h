@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "platform/BackgroundQueue.h"
@@ -28,10 +29,10 @@ public:
     virtual ReconfigurationReports& reports() = 0;
     virtual UserDefaults& userDefaults() = 0;
 
-    /// Runs `unwritable` on the main queue, once, when the user defaults cannot be written and
-    /// are kept in memory: also when that was found out before. Never where the system keeps
-    /// them. To be called once; the queue must outlive this object.
-    virtual void observeStore(MainQueue& mainQueue, Task unwritable) = 0;
+    /// Calls `unwritable` once, on any thread, when the user defaults cannot be written and are
+    /// kept in memory: also when that was found out before. Never where the system keeps them.
+    /// Null ends it: when the call returns, `unwritable` neither runs nor will.
+    virtual void observeStore(std::function<void()> unwritable) = 0;
 
     /// Both may use this object, and the hot keys the queue, until they are destroyed.
     virtual std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) = 0;

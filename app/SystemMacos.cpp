@@ -19,7 +19,7 @@ public:
     ReconfigurationReports& reports() override { return reports_; }
     UserDefaults& userDefaults() override { return userDefaults_; }
 
-    void observeStore(MainQueue& /*mainQueue*/, Task /*unwritable*/) override {}
+    void observeStore(std::function<void()> /*unwritable*/) override {}
 
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& /*mainQueue*/) override {
         return std::make_unique<MacHotKeys>();

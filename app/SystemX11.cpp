@@ -1,3 +1,4 @@
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -27,7 +28,7 @@ public:
         tell();
     }
 
-    void observe(Task observer) {
+    void observe(std::function<void()> observer) {
         const std::lock_guard lock(mutex_);
         observer_ = std::move(observer);
         tell();
@@ -42,7 +43,7 @@ private:
 
     std::mutex mutex_;
     bool isFound_ = false;
-    Task observer_;
+    std::function<void()> observer_;
 };
 
 class X11System final : public System {
@@ -55,8 +56,8 @@ public:
     /// Asked on the main thread each second.
     UserDefaults& userDefaults() override { return userDefaults_.fromMemory(); }
 
-    void observeStore(MainQueue& mainQueue, Task unwritable) override {
-        storeTrouble_->observe([&mainQueue, unwritable] { mainQueue.async(unwritable); });
+    void observeStore(std::function<void()> unwritable) override {
+        storeTrouble_->observe(std::move(unwritable));
     }
 
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) override {
