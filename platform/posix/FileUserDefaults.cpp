@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "platform/JsonNesting.h"
+
 namespace tavrel {
 namespace {
 
@@ -14,20 +16,12 @@ constexpr std::size_t maxFileSize = 16'777'216;
 
 /// The object in `text`; null when `text` is not a JSON object.
 json parseObject(const std::string& text) {
-    // The library writes nested values recursively, so a file nested too deep to be written
-    // again is not read either. Our own files have one level.
-    constexpr int deepest = 64;
-    bool isTooDeep = false;
-    const auto checkDepth = [&](int depth, json::parse_event_t, const json&) {
-        isTooDeep = isTooDeep || depth > deepest;
-        return !isTooDeep;
-    };
     // The parser takes a zero byte for the end of its input; valid JSON has none.
-    if (text.find('\0') != std::string::npos) {
+    if (text.find('\0') != std::string::npos || isNestedTooDeep(text)) {
         return nullptr;
     }
-    json object = json::parse(text, checkDepth, /*allow_exceptions=*/false);
-    return object.is_object() && !isTooDeep ? object : json(nullptr);
+    json object = json::parse(text, nullptr, /*allow_exceptions=*/false);
+    return object.is_object() ? object : json(nullptr);
 }
 
 /// The members of `object` that hold a text.
