@@ -4,6 +4,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <ostream>
 
 #include "platform/posix/AtomicFile.h"
 #include "tests/e2e/Session.h"
@@ -27,6 +28,10 @@ struct Trouble {
         return program;
     };
 };
+
+void PrintTo(const Trouble& trouble, std::ostream* out) {
+    *out << trouble.name;
+}
 
 support::Environment withFileInPlaceOfTheFolder(const support::UserHome& home) {
     support::writeFile(home.configFolder(), "a file where a folder should be");

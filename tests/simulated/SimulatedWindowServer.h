@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -117,5 +118,10 @@ private:
     std::uint64_t moments_ = 0;
     std::uint64_t generation_ = 0;
 };
+
+inline void PrintTo(SimulatedWindowServer::WhenOff whenOff, std::ostream* out) {
+    *out << (whenOff == SimulatedWindowServer::WhenOff::staysOnline ? "off stays online"
+                                                                    : "off goes offline");
+}
 
 }  // namespace tavrel

@@ -2,6 +2,7 @@
 #include <QPainter>
 #include <array>
 #include <cmath>
+#include <ostream>
 #include <set>
 #include <vector>
 
@@ -157,6 +158,24 @@ TEST(LayerTest, HasTheResolutionOfTheDeviceUnderAnyScale) {
     EXPECT_EQ(image.pixelColor(31, 31).alpha(), 0);
 }
 
+const char* nameOf(Icon icon) {
+    switch (icon) {
+        case Icon::arrowClockwise:
+            return "arrowClockwise";
+        case Icon::display:
+            return "display";
+        case Icon::displayWithWarning:
+            return "displayWithWarning";
+        case Icon::laptopComputer:
+            return "laptopComputer";
+        case Icon::lockFill:
+            return "lockFill";
+        case Icon::sunMaxFill:
+            return "sunMaxFill";
+    }
+    return "";
+}
+
 class IconsTest : public testing::TestWithParam<Icon> {
 protected:
     static QImage drawn(const QColor& color) {
@@ -204,6 +223,10 @@ struct Shape {
     std::vector<QPointF> drawn;
     std::vector<QPointF> empty;
 };
+
+void PrintTo(const Shape& shape, std::ostream* out) {
+    *out << nameOf(shape.icon);
+}
 
 class IconShapeTest : public testing::TestWithParam<Shape> {};
 
@@ -266,7 +289,8 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(All, IconsTest,
                          testing::Values(Icon::arrowClockwise, Icon::display,
                                          Icon::displayWithWarning, Icon::laptopComputer,
-                                         Icon::lockFill, Icon::sunMaxFill));
+                                         Icon::lockFill, Icon::sunMaxFill),
+                         [](const auto& test) { return nameOf(test.param); });
 
 }  // namespace
 }  // namespace tavrel

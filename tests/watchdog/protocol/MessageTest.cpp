@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <ostream>
 #include <vector>
 
 namespace tavrel::watchdog {
@@ -64,6 +65,10 @@ struct Damage {
     std::uint8_t value;
     MessageError error;
 };
+
+void PrintTo(const Damage& damage, std::ostream* out) {
+    *out << "byte " << damage.at << " is " << int{damage.value};
+}
 
 class DamagedMessageTest : public testing::TestWithParam<Damage> {};
 
