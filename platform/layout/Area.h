@@ -2,7 +2,8 @@
 
 namespace tavrel::layout {
 
-/// A part of the desktop, in pixels from its top left corner.
+/// A part of the desktop, from its top left corner, in the desktop's own units: pixels, unless a
+/// scale makes these larger.
 struct Area {
     int x = 0;
     int y = 0;

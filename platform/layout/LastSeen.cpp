@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/layout/LayoutPolicy.h"
+#include "platform/layout/WholeLayout.h"
 
 namespace tavrel::layout {
 
@@ -18,11 +19,13 @@ void LastSeen::see(const Layout& layout, const Notes& notes) {
         return;
     }
     const std::lock_guard lock(mutex_);
+    const Memory before = seen_;
     for (const Output& output : layout.outputs) {
         if (!output.isActive()) {
             continue;
         }
-        RememberedOutput now = describe(layout, output.display, {});
+        RememberedOutput now = describeInWhole(layout, output.display, before);
+        now.primaryOnLoan = false;
         now.notes = notes(output);
         forget(seen_, output.display);
         seen_.push_back(std::move(now));

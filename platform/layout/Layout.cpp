@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <limits>
+#include <utility>
 
 namespace tavrel::layout {
 
@@ -14,6 +16,17 @@ int refreshMillihertz(std::int64_t pixelsPerSecond, std::int64_t pixelsPerFrame)
     return static_cast<int>(std::min<std::int64_t>(exact, std::numeric_limits<int>::max()));
 }
 
+bool isSameScale(double a, double b) {
+    constexpr double tolerance = 0.001;
+    return std::abs(a - b) < tolerance;
+}
+
+bool offersScale(const Mode& mode, double scale) {
+    return mode.scales.empty() ||
+           std::any_of(mode.scales.begin(), mode.scales.end(),
+                       [scale](double each) { return isSameScale(each, scale); });
+}
+
 bool isRotation(Rotation rotation) {
     constexpr unsigned rotations = rotate0 | rotate90 | rotate180 | rotate270;
     constexpr unsigned reflections = reflectX | reflectY;
@@ -23,6 +36,17 @@ bool isRotation(Rotation rotation) {
 
 bool isSideways(Rotation rotation) {
     return (rotation & (rotate90 | rotate270)) != 0;
+}
+
+Area Layout::areaOf(const Mode& mode, Rotation rotation, double scale) const {
+    const auto inUnits = [&](int pixels) {
+        return isInPixels ? pixels : static_cast<int>(std::lround(pixels / scale));
+    };
+    Area area{0, 0, inUnits(mode.width), inUnits(mode.height)};
+    if (isSideways(rotation)) {
+        std::swap(area.width, area.height);
+    }
+    return area;
 }
 
 const Output* Layout::output(DisplayID display) const {

@@ -18,9 +18,20 @@ struct Mode {
     int refreshMillihertz = 0;
     /// The window server's own numbers, which tell modes of one size and refresh apart.
     std::vector<std::int64_t> timings = {};
+    /// The scales it can be shown at, the preferred one first; empty where any will do. They
+    /// are not what makes it this mode: neither compared nor stored.
+    std::vector<double> scales = {};
 
-    friend bool operator==(const Mode&, const Mode&) = default;
+    friend bool operator==(const Mode& a, const Mode& b) {
+        return a.width == b.width && a.height == b.height &&
+               a.refreshMillihertz == b.refreshMillihertz && a.timings == b.timings;
+    }
 };
+
+/// Whether these are one scale: window servers send them with fewer digits than they have.
+bool isSameScale(double a, double b);
+/// Whether `mode` can be shown at it.
+bool offersScale(const Mode& mode, double scale);
 
 /// The refresh rate of a mode with so many pixels a second, and a frame, its borders
 /// included; 0 where these say nothing.
@@ -45,6 +56,8 @@ struct Shown {
     Mode mode = {};
     Area area = {};
     Rotation rotation = rotate0;
+    /// How many pixels make one unit of the desktop, along one side.
+    double scale = 1;
 
     friend bool operator==(const Shown&, const Shown&) = default;
 };
@@ -73,7 +86,12 @@ struct Layout {
     /// The largest desktop the window server can show.
     int maxWidth = 0;
     int maxHeight = 0;
+    /// Whether the desktop's unit is the pixel also where something is scaled: then a scale
+    /// makes things larger, and leaves the area as it is.
+    bool isInPixels = false;
 
+    /// The size, at 0,0, of what is shown so.
+    Area areaOf(const Mode& mode, Rotation rotation, double scale) const;
     /// Null when there is no output of that number.
     const Output* output(DisplayID display) const;
     /// Whether the area is not empty, and inside the largest desktop.

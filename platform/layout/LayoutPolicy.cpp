@@ -53,13 +53,19 @@ std::pair<int, int> placeAtTheRight(const Layout& layout) {
     return place;
 }
 
-Shown showAnew(const Layout& layout, const Mode& mode, Rotation rotation) {
-    const auto [x, y] = placeAtTheRight(layout);
-    Area area{x, y, mode.width, mode.height};
-    if (isSideways(rotation)) {
-        std::swap(area.width, area.height);
+/// In another mode than it had, a display has another size of everything, so its scale is
+/// chosen anew as well.
+double scaleAnew(const Mode& mode, const RememberedOutput* was) {
+    if (was != nullptr && was->mode == mode && offersScale(mode, was->scale)) {
+        return was->scale;
     }
-    return {.mode = mode, .area = area, .rotation = rotation};
+    return mode.scales.empty() ? 1 : mode.scales.front();
+}
+
+Shown showAnew(const Layout& layout, const Mode& mode, Rotation rotation, double scale) {
+    Area area = layout.areaOf(mode, rotation, scale);
+    std::tie(area.x, area.y) = placeAtTheRight(layout);
+    return {.mode = mode, .area = area, .rotation = rotation, .scale = scale};
 }
 
 }  // namespace
@@ -81,6 +87,7 @@ RememberedOutput describe(const Layout& layout, DisplayID display, const Memory&
                          .mode = shown.mode,
                          .area = shown.area,
                          .rotation = shown.rotation,
+                         .scale = shown.scale,
                          .primary = layout.primary == display};
     for (const Output& other : layout.outputs) {
         if (other.display != display && other.isActive() &&
@@ -121,8 +128,10 @@ std::vector<WayBack> waysBack(const Layout& layout, DisplayID display, const Mem
     std::vector<WayBack> ways;
     if (was != nullptr) {
         const auto itsMode = std::find(modes.begin(), modes.end(), was->mode);
-        if (itsMode != modes.end() && isPlaceFree(layout, *was)) {
-            ways.push_back({{was->mode, placeAsItWas(layout, *was), was->rotation}, true});
+        if (itsMode != modes.end() && offersScale(*itsMode, was->scale) &&
+            isPlaceFree(layout, *was)) {
+            ways.push_back(
+                {{was->mode, placeAsItWas(layout, *was), was->rotation, was->scale}, true});
         }
         if (itsMode != modes.end()) {
             std::rotate(modes.begin(), itsMode, itsMode + 1);
@@ -132,10 +141,11 @@ std::vector<WayBack> waysBack(const Layout& layout, DisplayID display, const Mem
         modes.resize(mostModesBesideOthers);
     }
     for (const Mode& mode : modes) {
+        const double scale = scaleAnew(mode, was);
         if (was != nullptr && was->rotation != rotate0) {
-            ways.push_back({showAnew(layout, mode, was->rotation), false});
+            ways.push_back({showAnew(layout, mode, was->rotation, scale), false});
         }
-        ways.push_back({showAnew(layout, mode, rotate0), false});
+        ways.push_back({showAnew(layout, mode, rotate0, scale), false});
     }
     std::erase_if(ways, [&](const WayBack& way) { return !layout.hasRoomFor(way.shown.area); });
     return ways;

@@ -46,8 +46,8 @@ inline constexpr std::size_t mostModesBesideOthers = 8;
 /// the first it can realise.
 ///
 /// First as it was: with the remembered mode in the remembered place, if the monitor still
-/// offers the one, and none but its old mirrors has taken the other. The only monitor left,
-/// which nobody can stand beside, goes to the origin instead. Then anew, right of the
+/// offers the one at its scale, and none but its old mirrors has taken the other. The only monitor
+/// left, which nobody can stand beside, goes to the origin instead. Then anew, right of the
 /// rightmost display and level with it: in the mode it had, in its preferred one and, since
 /// that may be more than the wire or the graphics card can do today, in the others; turned as
 /// it was, then upright. When nothing is shown, no mode is left out. Empty when it has no

@@ -14,8 +14,12 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::array members{"display", "mode",    "area",         "rotation",
-                             "mirrors", "primary", "primaryOnLoan"};
+constexpr std::array members{"display", "mode",    "area",          "rotation",   "scale",
+                             "mirrors", "primary", "primaryOnLoan", "arrangement"};
+
+Json toJson(const Area& area) {
+    return {{"x", area.x}, {"y", area.y}, {"width", area.width}, {"height", area.height}};
+}
 
 /// A record of one object: the window server's notes are members beside ours.
 Json toJson(const RememberedOutput& output) {
@@ -28,14 +32,18 @@ Json toJson(const RememberedOutput& output) {
                       {"height", output.mode.height},
                       {"refresh", output.mode.refreshMillihertz},
                       {"timings", output.mode.timings}};
-    record["area"] = {{"x", output.area.x},
-                      {"y", output.area.y},
-                      {"width", output.area.width},
-                      {"height", output.area.height}};
+    record["area"] = toJson(output.area);
     record["rotation"] = output.rotation;
     record["mirrors"] = output.mirrors;
     record["primary"] = output.primary;
     record["primaryOnLoan"] = output.primaryOnLoan;
+    // Both are left out where a window server knows no such thing.
+    if (output.scale != 1) {
+        record["scale"] = output.scale;
+    }
+    for (const Standing& each : output.arrangement) {
+        record["arrangement"].push_back({{"display", each.display}, {"area", toJson(each.area)}});
+    }
     return record;
 }
 
@@ -87,6 +95,31 @@ Area readArea(StrictReader& reader, const Json& area) {
     return read;
 }
 
+double readScale(StrictReader& reader, const Json& record) {
+    constexpr double largest = 100;
+    double scale = 1;
+    if (record.is_object() && record.contains("scale")) {
+        reader.real(record, "scale", scale);
+        reader.check(0 < scale && scale <= largest);
+    }
+    return scale;
+}
+
+std::vector<Standing> readArrangement(StrictReader& reader, const Json& record) {
+    std::vector<Standing> arrangement;
+    if (!record.is_object() || !record.contains("arrangement")) {
+        return arrangement;
+    }
+    const Json& list = reader.member(record, "arrangement");
+    reader.check(list.is_array());
+    for (std::size_t i = 0; reader.isGood() && i < list.size(); ++i) {
+        Standing& each = arrangement.emplace_back();
+        reader.number(list[i], "display", each.display);
+        each.area = readArea(reader, reader.member(list[i], "area"));
+    }
+    return arrangement;
+}
+
 std::string readNotes(Json record) {
     for (const char* member : members) {
         record.erase(member);
@@ -104,6 +137,8 @@ RememberedOutput readOutput(StrictReader& reader, const Json& record) {
     reader.numbers(record, "mirrors", output.mirrors);
     reader.truth(record, "primary", output.primary);
     reader.truth(record, "primaryOnLoan", output.primaryOnLoan);
+    output.scale = readScale(reader, record);
+    output.arrangement = readArrangement(reader, record);
     if (reader.isGood()) {
         output.notes = readNotes(record);
     }

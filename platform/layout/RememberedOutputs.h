@@ -15,6 +15,14 @@ class UserDefaults;
 
 namespace tavrel::layout {
 
+/// Where a display stands on the desktop.
+struct Standing {
+    DisplayID display = 0;
+    Area area = {};
+
+    friend bool operator==(const Standing&, const Standing&) = default;
+};
+
 /// How a display was set up when it was switched off; all that it takes to bring it back
 /// as it was.
 struct RememberedOutput {
@@ -22,11 +30,15 @@ struct RememberedOutput {
     Mode mode = {};
     Area area = {};
     Rotation rotation = rotate0;
+    double scale = 1;
     /// The displays that showed (part of) the same picture.
     std::vector<DisplayID> mirrors = {};
     /// Whether it was primary, and if so, only in place of one that was off.
     bool primary = false;
     bool primaryOnLoan = false;
+    /// Where every display stood, this one and those that were off already included, with a
+    /// window server that has the others close the gap; empty with one that leaves it open.
+    std::vector<Standing> arrangement = {};
     /// A JSON object with what the window server knows beyond that, and reads itself. Its
     /// members must not be called like those above.
     std::string notes = "{}";

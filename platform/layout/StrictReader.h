@@ -27,6 +27,12 @@ public:
         read(member(object, name), value);
     }
 
+    void real(const Json& object, const char* name, double& value) {
+        const Json& json = member(object, name);
+        check(json.is_number());
+        value = isGood_ ? json.get<double>() : 0;
+    }
+
     template <typename Number>
     void numbers(const Json& object, const char* name, std::vector<Number>& values) {
         const Json& list = member(object, name);

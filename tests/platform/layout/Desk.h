@@ -44,6 +44,18 @@ public:
         current().shown = {.mode = mode, .area = area, .rotation = rotation};
         return *this;
     }
+    /// In the desktop's own units, as areas are where something is scaled.
+    Desk& scaledAt(double scale, int x, int y, const Mode& mode, Rotation rotation = rotate0) {
+        Area area = layout_.areaOf(mode, rotation, scale);
+        area.x = x;
+        area.y = y;
+        current().shown = {.mode = mode, .area = area, .rotation = rotation, .scale = scale};
+        return *this;
+    }
+    Desk& inPixels() {
+        layout_.isInPixels = true;
+        return *this;
+    }
     /// Best first.
     Desk& offering(std::vector<Mode> modes) {
         current().modes = std::move(modes);

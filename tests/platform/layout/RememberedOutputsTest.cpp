@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
@@ -26,8 +27,17 @@ RememberedOutput example(DisplayID display = 4000000000U) {
             .notes = R"({"hint":9,"scaling":{"factor":1.5}})"};
 }
 
+/// Of a window server that scales, and closes gaps.
+RememberedOutput scaledExample() {
+    RememberedOutput output = example(7);
+    output.notes = "{}";
+    output.scale = 1.25;
+    output.arrangement = {{7, {-11, 12, 13, 14}}, {8, {2, 12, 20, 14}}};
+    return output;
+}
+
 TEST(MemoryTest, ReadsBackWhatItWrote) {
-    const Memory some{example(1), example(2), RememberedOutput{}};
+    const Memory some{example(1), example(2), RememberedOutput{}, scaledExample()};
 
     EXPECT_EQ(decodeMemory(encodeMemory(some)), some);
     EXPECT_EQ(decodeMemory(encodeMemory({})), Memory{});
@@ -39,6 +49,24 @@ TEST(MemoryTest, KeepsItsStoredForm) {
               R"("mirrors":[15,16],"mode":{"height":1080,"refresh":59962,)"
               R"("timings":[4294967295,-1,0],"width":1920},"primary":true,"primaryOnLoan":true,)"
               R"("rotation":18,"scaling":{"factor":1.5}}])");
+}
+
+TEST(MemoryTest, StoresScaleAndArrangementWhereThereAreSome) {
+    const Json stored = Json::parse(encodeMemory({scaledExample()}))[0];
+
+    EXPECT_EQ(stored["scale"], 1.25);
+    EXPECT_EQ(stored["arrangement"].dump(),
+              R"([{"area":{"height":14,"width":13,"x":-11,"y":12},"display":7},)"
+              R"({"area":{"height":14,"width":20,"x":2,"y":12},"display":8}])");
+}
+
+TEST(MemoryTest, RefusesAScaleThatIsNone) {
+    for (const double scale : {0.0, -1.0, 101.0}) {
+        RememberedOutput output = scaledExample();
+        output.scale = scale;
+
+        EXPECT_EQ(decodeMemory(encodeMemory({output})), std::nullopt) << scale;
+    }
 }
 
 /// A record as version 0.1 wrote it.
@@ -138,6 +166,9 @@ TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberOfTheWrongKindOrSize) {
     const Json flat = whole.flatten();
     for (const auto& [where, value] : flat.items()) {
         for (const Json& bad : wrong) {
+            if (where == "/0/scale" && bad == 1.5) {
+                continue;
+            }
             Json damaged = whole;
             damaged[Json::json_pointer(where)] = bad;
             EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << where << " := " << bad;
@@ -158,9 +189,16 @@ TEST_P(DamagedMemoryTest, IsRefusedWithAnyNumberTooSmall) {
 }
 
 TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberMissing) {
-    for (const char* path : {"/0", "/0/mode", "/0/area"}) {
+    for (const char* path : {"/0", "/0/mode", "/0/area", "/0/arrangement/1"}) {
         const Json::json_pointer object(path);
+        if (!whole.contains(object)) {
+            continue;
+        }
         for (const auto& [name, value] : whole[object].items()) {
+            // Which most window servers know nothing of.
+            if (name == "scale" || name == "arrangement") {
+                continue;
+            }
             Json damaged = whole;
             damaged[object].erase(name);
             EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << object << '/' << name;
@@ -168,9 +206,14 @@ TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberMissing) {
     }
 }
 
+std::string versionName(const testing::TestParamInfo<std::string>& version) {
+    return std::array<const char*, 3>{"Today", "Version01", "Scaled"}.at(version.index);
+}
+
 INSTANTIATE_TEST_SUITE_P(Versions, DamagedMemoryTest,
-                         testing::Values(encodeMemory({example()}), oldRecord),
-                         [](const auto& of) { return of.index == 0 ? "Today" : "Version01"; });
+                         testing::Values(encodeMemory({example()}), oldRecord,
+                                         encodeMemory({scaledExample()})),
+                         versionName);
 
 TEST(MergedMemoryTest, WhatOthersRememberedOrForgotMeanwhileStaysSo) {
     const Memory before{example(1), example(2)};
