@@ -72,6 +72,8 @@ struct Output {
     /// std::nullopt when it is off. A window server may go on driving a connector whose monitor
     /// has been unplugged.
     std::optional<Shown> shown = {};
+    /// Whether it is the machine's own panel.
+    bool isBuiltIn = false;
 
     /// Whether somebody can see what it shows. What nobody sees is in nobody's way.
     bool isActive() const { return isConnected && shown.has_value(); }

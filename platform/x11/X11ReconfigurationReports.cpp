@@ -4,7 +4,8 @@
 
 #include <utility>
 
-#include "platform/x11/snapshot/SnapshotDiff.h"
+#include "platform/layout/LayoutDiff.h"
+#include "platform/x11/snapshot/Snapshot.h"
 #include "platform/x11/snapshot/SnapshotReader.h"
 
 namespace tavrel {
@@ -17,22 +18,12 @@ ServerStatus X11ReconfigurationReports::registerCallback(DisplayReconfigurationC
     if (!canWatch_) {
         return serverStatus::notImplemented;
     }
-    const std::lock_guard lock(mutex_);
-    if (registered_.has_value()) {
-        return serverStatus::cannotComplete;
-    }
-    registered_ = Registration{callback, userInfo};
-    return serverStatus::success;
+    return registration_.add(callback, userInfo);
 }
 
 ServerStatus X11ReconfigurationReports::removeCallback(DisplayReconfigurationCallback callback,
                                                        void* userInfo) {
-    const std::lock_guard lock(mutex_);
-    if (registered_ != Registration{callback, userInfo}) {
-        return serverStatus::illegalArgument;
-    }
-    registered_.reset();
-    return serverStatus::success;
+    return registration_.remove(callback, userInfo);
 }
 
 void X11ReconfigurationReports::connected(x11::Connection& connection) {
@@ -59,24 +50,16 @@ void X11ReconfigurationReports::settled(x11::Connection& connection) {
     if (!std::exchange(hasNews_, false)) {
         return;
     }
-    std::optional<x11::Snapshot> now = x11::readSnapshot(connection, x11::Probing::onContradiction);
+    const auto now = x11::readSnapshot(connection, x11::Probing::onContradiction);
     if (!now.has_value()) {
         return;
     }
-    const std::optional<x11::Snapshot> before = std::exchange(reported_, std::move(now));
+    const auto before = std::exchange(reported_, x11::layoutOf(*now));
     if (!before.has_value()) {
         return;
     }
-    for (const auto& change : x11::reportsBetween(*before, *reported_)) {
-        report(change.display, change.flags);
-    }
-}
-
-void X11ReconfigurationReports::report(DisplayID display, std::uint32_t flags) {
-    const std::lock_guard lock(mutex_);
-    // A copy, since the callback may end its own registration.
-    if (const std::optional<Registration> registered = registered_) {
-        registered->callback(display, flags, registered->userInfo);
+    for (const auto& change : layout::reportsBetween(*before, *reported_)) {
+        registration_.report(change.display, change.flags);
     }
 }
 

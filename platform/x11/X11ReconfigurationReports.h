@@ -1,12 +1,12 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
 #include <optional>
 
 #include "platform/ReconfigurationReports.h"
+#include "platform/ReportRegistration.h"
+#include "platform/layout/Layout.h"
 #include "platform/x11/connection/EventThread.h"
-#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel {
 
@@ -34,21 +34,9 @@ private:
     void received(x11::Connection& connection, const xcb_generic_event_t& event) override;
     void settled(x11::Connection& connection) override;
 
-    struct Registration {
-        DisplayReconfigurationCallback callback;
-        void* userInfo;
-
-        friend bool operator==(const Registration&, const Registration&) = default;
-    };
-
-    void report(DisplayID display, std::uint32_t flags);
-
-    /// Held while the callback runs, so that removing it blocks until the call has returned;
-    /// recursive, so that the callback may remove itself.
-    std::recursive_mutex mutex_;
-    std::optional<Registration> registered_;
+    ReportRegistration registration_;
     /// What was reported last, also of a server that has gone away since.
-    std::optional<x11::Snapshot> reported_;
+    std::optional<layout::Layout> reported_;
     bool hasNews_ = false;
     std::atomic<bool> canWatch_ = false;
     /// Last, so that it ends before anything it uses.

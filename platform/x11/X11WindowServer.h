@@ -38,7 +38,7 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
-    std::unique_ptr<DisplayMoment> ask(x11::Probing probing);
+    std::unique_ptr<DisplayMoment> ask(bool isToProbe);
 
     layout::LastSeen lastSeen_;
     x11::LastWord lastWord_;

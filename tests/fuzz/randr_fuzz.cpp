@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "platform/layout/LastSeen.h"
+#include "platform/layout/LayoutDiff.h"
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/x11/crtc/LayoutPlanner.h"
 #include "platform/x11/snapshot/Replies.h"
 #include "platform/x11/snapshot/Snapshot.h"
-#include "platform/x11/snapshot/SnapshotDiff.h"
 #include "tests/fuzz/Require.h"
 #include "tests/platform/x11/snapshot/ReplyBuilder.h"
 
@@ -148,7 +148,8 @@ void checkNumbers(const Snapshot& snapshot, const layout::Layout& layout) {
         require(outputOf(snapshot, layout, output.display) == &snapshot.outputs[i],
                 "a display is found again");
     }
-    require(reportsBetween(snapshot, snapshot).empty(), "nothing to report of no change");
+    require(layout::reportsBetween(layoutOf(snapshot), layoutOf(snapshot)).empty(),
+            "nothing to report of no change");
 }
 
 /// The server once it has carried out `plan`.

@@ -19,7 +19,8 @@ constexpr int largestCoordinate = 32767;
 
 layout::Output describe(const Snapshot& snapshot, const Output& output) {
     layout::Output described{.identity = {output.name, output.edid},
-                             .isConnected = output.connected};
+                             .isConnected = output.connected,
+                             .isBuiltIn = layout::isBuiltInConnector(output.name)};
     for (const Xid id : output.modes) {
         if (const Mode* mode = snapshot.mode(id); mode != nullptr) {
             described.modes.push_back(mode->description);

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/x11/snapshot/SnapshotDiff.h"
+#include "platform/layout/LayoutDiff.h"
 
 namespace tavrel {
 
@@ -18,12 +18,12 @@ public:
         self.reports_.push_back({display, flags});
     }
 
-    std::vector<x11::DisplayReport> take() {
+    std::vector<layout::DisplayReport> take() {
         const std::lock_guard lock(mutex_);
         return std::exchange(reports_, {});
     }
 
-    bool contains(const x11::DisplayReport& report) {
+    bool contains(const layout::DisplayReport& report) {
         const std::lock_guard lock(mutex_);
         return std::find(reports_.begin(), reports_.end(), report) != reports_.end();
     }
@@ -37,7 +37,7 @@ public:
 
 private:
     std::mutex mutex_;
-    std::vector<x11::DisplayReport> reports_;
+    std::vector<layout::DisplayReport> reports_;
 };
 
 }  // namespace tavrel

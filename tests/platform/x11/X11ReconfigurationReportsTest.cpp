@@ -12,21 +12,21 @@
 
 namespace tavrel {
 
-namespace x11 {
+namespace layout {
 void PrintTo(const DisplayReport& report, std::ostream* out) {
     *out << report.display << std::hex << ":0x" << report.flags << std::dec;
 }
-}  // namespace x11
+}  // namespace layout
 
 namespace {
 
 using namespace displayChange;
+using layout::DisplayReport;
 using support::VirtualDesktop;
 using support::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-using x11::DisplayReport;
 
 /// A callback's user info that does what the test says.
 struct Scripted {

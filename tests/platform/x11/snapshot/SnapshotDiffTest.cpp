@@ -1,4 +1,4 @@
-#include "platform/x11/snapshot/SnapshotDiff.h"
+#include "platform/layout/LayoutDiff.h"
 
 #include <gmock/gmock.h>
 
@@ -8,6 +8,8 @@ namespace tavrel::x11 {
 namespace {
 
 using namespace displayChange;
+using layout::DisplayReport;
+using layout::reportsBetween;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -24,7 +26,7 @@ DisplayReport report(const SnapshotBuilder& builder, const std::string& name, st
 }
 
 std::vector<DisplayReport> between(const SnapshotBuilder& before, const SnapshotBuilder& after) {
-    return reportsBetween(before.build(), after.build());
+    return reportsBetween(layoutOf(before.build()), layoutOf(after.build()));
 }
 
 TEST(SnapshotDiffTest, NoChangeIsNoReport) {
@@ -79,7 +81,7 @@ TEST(SnapshotDiffTest, AModeWithAnotherNumberIsStillTheSame) {
     for (Crtc& crtc : renumbered.crtcs) {
         crtc.mode += crtc.mode != 0 ? 100U : 0U;
     }
-    EXPECT_THAT(reportsBetween(pair().build(), renumbered), IsEmpty());
+    EXPECT_THAT(reportsBetween(layoutOf(pair().build()), layoutOf(renumbered)), IsEmpty());
 }
 
 TEST(SnapshotDiffTest, TheNewPrimaryIsReportedNotTheOldOne) {

@@ -1,11 +1,11 @@
-#include "platform/x11/snapshot/SnapshotDiff.h"
+#include "platform/layout/LayoutDiff.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 #include <utility>
 
-namespace tavrel::x11 {
+namespace tavrel::layout {
 
 namespace {
 
@@ -14,20 +14,19 @@ struct State {
     bool connected = false;
     bool primary = false;
     bool mirrored = false;
-    std::optional<layout::Shown> shown = {};
+    std::optional<Shown> shown = {};
 };
 
-bool isMirrored(const layout::Layout& layout, const layout::Output& output) {
+bool isMirrored(const Layout& layout, const Output& output) {
     return std::any_of(layout.outputs.begin(), layout.outputs.end(), [&](const auto& other) {
         return other.display != output.display && other.isActive() && output.isActive() &&
                overlap(other.shown->area, output.shown->area);
     });
 }
 
-std::map<DisplayID, State> statesIn(const Snapshot& snapshot) {
-    const layout::Layout layout = layoutOf(snapshot);
+std::map<DisplayID, State> statesIn(const Layout& layout) {
     std::map<DisplayID, State> states;
-    for (const layout::Output& output : layout.outputs) {
+    for (const Output& output : layout.outputs) {
         if (output.isConnected) {
             states.emplace(output.display, State{.connected = true,
                                                  .primary = layout.primary == output.display,
@@ -43,9 +42,9 @@ std::uint32_t turn(bool before, bool after, std::uint32_t gained, std::uint32_t 
     return before == after ? 0 : after ? gained : lost;
 }
 
-std::uint32_t flagsBetween(const layout::Shown& before, const layout::Shown& after) {
+std::uint32_t flagsBetween(const Shown& before, const Shown& after) {
     const bool sameMode = before.mode == after.mode && before.rotation == after.rotation &&
-                          before.area.width == after.area.width &&
+                          before.scale == after.scale && before.area.width == after.area.width &&
                           before.area.height == after.area.height;
     const bool samePlace = before.area.x == after.area.x && before.area.y == after.area.y;
     return (sameMode ? 0 : displayChange::setMode) | (samePlace ? 0 : displayChange::moved);
@@ -65,7 +64,7 @@ std::uint32_t flagsBetween(const State& before, const State& after) {
 
 }  // namespace
 
-std::vector<DisplayReport> reportsBetween(const Snapshot& before, const Snapshot& after) {
+std::vector<DisplayReport> reportsBetween(const Layout& before, const Layout& after) {
     std::map<DisplayID, std::pair<State, State>> pairs;
     for (const auto& [display, state] : statesIn(before)) {
         pairs[display].first = state;
@@ -82,4 +81,4 @@ std::vector<DisplayReport> reportsBetween(const Snapshot& before, const Snapshot
     return reports;
 }
 
-}  // namespace tavrel::x11
+}  // namespace tavrel::layout

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/DisplayQueries.h"
+#include "platform/layout/Layout.h"
+
+namespace tavrel::layout {
+
+/// The answers that `layout` gives. A display is online when it is connected, and both lists
+/// name every one that is, in the layout's order.
+std::unique_ptr<DisplayMoment> momentOf(Layout layout, bool isCurrent);
+
+/// The answers of a window server that cannot be asked about its displays: it knows none, and
+/// has no list but that of the `online`, if there is one.
+std::unique_ptr<DisplayMoment> silentMoment(std::optional<std::vector<DisplayID>> online,
+                                            bool isCurrent);
+
+}  // namespace tavrel::layout
