@@ -25,14 +25,18 @@ void LastSeen::see(const Layout& layout, const Notes& notes) {
             continue;
         }
         RememberedOutput now = describeInWhole(layout, output.display, before);
-        now.primaryOnLoan = false;
+        now.primaryOnLoan = now.primaryOnLoan && layout.keepsPrimaryOn;
         now.notes = notes(output);
         forget(seen_, output.display);
         seen_.push_back(std::move(now));
     }
     // The role has one owner, and what is off by now may have lost it.
     for (RememberedOutput& each : seen_) {
-        each.primary = layout.primary == each.display;
+        const Output* output = layout.output(each.display);
+        const bool isOn = output != nullptr && output->isActive();
+        if (isOn || !layout.keepsPrimaryOn) {
+            each.primary = layout.primary == each.display;
+        }
     }
     if (std::ssize(seen_) > most) {
         seen_.erase(seen_.begin(), seen_.end() - most);

@@ -91,6 +91,9 @@ struct Layout {
     /// Whether the desktop's unit is the pixel also where something is scaled: then a scale
     /// makes things larger, and leaves the area as it is.
     bool isInPixels = false;
+    /// Whether one of those that are on is always primary: then the role moves on when another
+    /// program switches its owner off, and that is no sign that it was given away.
+    bool keepsPrimaryOn = false;
 
     /// The size, at 0,0, of what is shown so.
     Area areaOf(const Mode& mode, Rotation rotation, double scale) const;

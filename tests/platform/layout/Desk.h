@@ -69,6 +69,10 @@ public:
         layout_.primary = display;
         return *this;
     }
+    Desk& keepingPrimaryOn() {
+        layout_.keepsPrimaryOn = true;
+        return *this;
+    }
     Desk& limitedTo(int width, int height) {
         layout_.maxWidth = width;
         layout_.maxHeight = height;

@@ -113,6 +113,25 @@ TEST_F(LastSeenTest, ThePrimaryRoleIsWhoseItWasLast) {
     EXPECT_TRUE(lastSeen.completed({}, monitorB).front().primary);
 }
 
+TEST_F(LastSeenTest, TheRoleIsNotLostWhereItOnlyMovesOnBecauseItsOwnerGoesOff) {
+    see(Desk(desk).keepingPrimaryOn());
+
+    see(Desk()
+            .keepingPrimaryOn()
+            .monitor(monitorA)
+            .monitor(monitorB)
+            .at(3200, 40)
+            .monitor(monitorC)
+            .primaryIs(monitorB));
+
+    EXPECT_TRUE(lastSeen.completed({}, monitorA).front().primary);
+    EXPECT_FALSE(lastSeen.completed({}, monitorA).front().primaryOnLoan);
+    EXPECT_TRUE(lastSeen.completed({}, monitorB).front().primaryOnLoan);
+
+    see(Desk(desk).keepingPrimaryOn().primaryIs(monitorB));
+    EXPECT_FALSE(lastSeen.completed({}, monitorA).front().primary) << "it is on, and given up";
+}
+
 TEST_F(LastSeenTest, OfVeryManyTheOldestAreForgotten) {
     for (DisplayID display = 1; display <= 65; ++display) {
         see(Desk().monitor(display).at(0, 0));

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "platform/DisplayQueries.h"
+#include "platform/DisplaySwitch.h"
+#include "platform/gnome/BusDisplayConfig.h"
+#include "platform/layout/LastSeen.h"
+#include "platform/layout/LastWord.h"
+#include "platform/layout/RememberedOutputs.h"
+
+namespace tavrel {
+
+/// The compositor of a GNOME session as the window server. A display is a monitor; all that are
+/// listed are online, and those in the layout active. A moment is one answer. What it shows is
+/// noted: a display that another program switches off after that comes on as it was.
+///
+/// Thread-safe. Changes are made one at a time; questions have a connection of their own and
+/// wait for the compositor alone. Without one, every status is 1006, both lists are absent and
+/// every answer is false or 0; it is looked for again when asked. Where an administrator has
+/// forbidden changes, these are 1006 too.
+///
+/// While it is silent, a change is 1006 after the options' timeout, and questions are answered
+/// by what it said last: that it can't answer says nothing about its displays. It looks for
+/// monitors by itself, and is never made to.
+class GnomeWindowServer final : public DisplaySwitch, public DisplayQueries {
+public:
+    /// Keeps in `store`, which must outlive this, how displays were when switched off.
+    explicit GnomeWindowServer(UserDefaults& store, const GnomeOptions& options = {});
+
+    bool canSwitch() override;
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
+
+    std::unique_ptr<DisplayMoment> now() override;
+
+private:
+    layout::LastSeen lastSeen_;
+    layout::LastWord<gnome::MonitorState> lastWord_;
+
+    std::mutex changeMutex_;
+    gnome::BusDisplayConfig changeConfig_;
+    layout::RememberedOutputs remembered_;
+};
+
+}  // namespace tavrel

@@ -1,0 +1,132 @@
+#include "platform/gnome/MonitorState.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <string_view>
+
+namespace tavrel::gnome {
+
+namespace {
+
+constexpr std::uint32_t flipped = 4;
+constexpr std::array<layout::Rotation, 4> quarterTurns{layout::rotate0, layout::rotate90,
+                                                       layout::rotate180, layout::rotate270};
+
+/// Plug and play numbers the makers by three letters of five bits each.
+std::uint32_t vendorNumber(std::string_view letters) {
+    std::uint32_t number = 0;
+    for (const char letter : letters) {
+        if (letter < 'A' || letter > 'Z') {
+            return 0;
+        }
+        number = number << 5 | static_cast<std::uint32_t>(letter - 'A' + 1);
+    }
+    return letters.size() == 3 ? number : 0;
+}
+
+/// A number is sent in hexadecimal digits where the monitor has no text in its place.
+std::uint32_t numberOf(std::string_view text) {
+    if (text.empty() || text == "unknown") {
+        return 0;
+    }
+    if (text.starts_with("0x")) {
+        std::uint32_t number = 0;
+        const char* end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data() + 2, end, number, 16);
+        if (error == std::errc() && stop == end) {
+            return number;
+        }
+    }
+    return layout::stableHash(text);
+}
+
+const LogicalMonitor* showing(const MonitorState& state, const std::string& connector) {
+    const auto found = std::find_if(
+        state.logicalMonitors.begin(), state.logicalMonitors.end(), [&](const auto& each) {
+            return std::find(each.monitors.begin(), each.monitors.end(), connector) !=
+                   each.monitors.end();
+        });
+    return found == state.logicalMonitors.end() ? nullptr : &*found;
+}
+
+layout::Shown shownBy(const layout::Layout& layout, const Monitor& monitor,
+                      const LogicalMonitor& logical) {
+    layout::Shown shown{.rotation = rotationOf(logical.transform).value_or(layout::rotate0),
+                        .scale = logical.scale};
+    if (monitor.currentMode.has_value()) {
+        shown.mode = monitor.modes.at(*monitor.currentMode).mode;
+    }
+    shown.area = layout.areaOf(shown.mode, shown.rotation, shown.scale);
+    shown.area.x = logical.x;
+    shown.area.y = logical.y;
+    return shown;
+}
+
+}  // namespace
+
+const Monitor* MonitorState::monitor(const std::string& connector) const {
+    const auto found = std::find_if(monitors.begin(), monitors.end(), [&](const Monitor& each) {
+        return each.connector == connector;
+    });
+    return found == monitors.end() ? nullptr : &*found;
+}
+
+layout::Layout layoutOf(const MonitorState& state) {
+    // No limit is told; this is as far as what is remembered may be.
+    constexpr int furthest = 1'000'000;
+    layout::Layout layout{.primary = 0,
+                          .maxWidth = furthest,
+                          .maxHeight = furthest,
+                          .isInPixels = state.layoutMode == 2,
+                          .keepsPrimaryOn = true};
+    std::vector<layout::Identity> identities;
+    for (const Monitor& monitor : state.monitors) {
+        layout::Output output{.identity = {monitor.connector,
+                                           {.vendor = vendorNumber(monitor.vendor),
+                                            .product = numberOf(monitor.product),
+                                            .serial = numberOf(monitor.serial)}},
+                              .isConnected = true,
+                              .isBuiltIn = monitor.isBuiltIn};
+        for (const MonitorMode& each : monitor.modes) {
+            output.modes.push_back(each.mode);
+        }
+        if (const LogicalMonitor* logical = showing(state, monitor.connector)) {
+            output.shown = shownBy(layout, monitor, *logical);
+        }
+        identities.push_back(output.identity);
+        layout.outputs.push_back(std::move(output));
+    }
+    const std::vector<DisplayID> displays = layout::displayIdentifiers(identities);
+    for (std::size_t i = 0; i < displays.size(); ++i) {
+        layout.outputs[i].display = displays[i];
+        const LogicalMonitor* logical = showing(state, state.monitors[i].connector);
+        if (layout.primary == DisplayID{0} && logical != nullptr && logical->isPrimary) {
+            layout.primary = displays[i];
+        }
+    }
+    return layout;
+}
+
+std::optional<layout::Rotation> rotationOf(std::uint32_t transform) {
+    if (transform >= 2 * flipped) {
+        return std::nullopt;
+    }
+    const layout::Rotation turned = quarterTurns.at(transform % flipped);
+    return transform >= flipped ? static_cast<layout::Rotation>(turned | layout::reflectX) : turned;
+}
+
+std::uint32_t transformOf(layout::Rotation rotation) {
+    std::uint32_t turns = 0;
+    while (turns < quarterTurns.size() - 1 && (rotation & quarterTurns.at(turns)) == 0) {
+        ++turns;
+    }
+    const bool isReflectedX = (rotation & layout::reflectX) != 0;
+    const bool isReflectedY = (rotation & layout::reflectY) != 0;
+    // Reflecting along the other axis is the same, turned by half.
+    turns = (turns + (isReflectedY ? 2 : 0)) % flipped;
+    return turns + (isReflectedX != isReflectedY ? flipped : 0);
+}
+
+}  // namespace tavrel::gnome
