@@ -21,10 +21,11 @@ namespace {
 
 constexpr std::chrono::seconds heartbeatInterval{1};
 
-watchdog::SupervisorSetup supervisorSetup() {
+watchdog::SupervisorSetup supervisorSetup(const System& system) {
     const auto folder = QCoreApplication::applicationDirPath().toStdString();
-    return {.startWatchdog = [executable = watchdog::findWatchdog(folder)] {
-        return watchdog::WatchdogProcess::start(executable);
+    return {.startWatchdog = [executable = watchdog::findWatchdog(folder),
+                              windowServer = system.windowServerName()] {
+        return watchdog::WatchdogProcess::start(executable, windowServer);
     }};
 }
 
@@ -33,7 +34,8 @@ watchdog::SupervisorSetup supervisorSetup() {
 struct Composition::Parts {
     std::unique_ptr<System> system = chooseSystem();
     SystemWallClock wallClock;
-    watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(), supervisorSetup()};
+    watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(),
+                                    supervisorSetup(*system)};
     /// On the main thread: when that hangs, the watchdog hears nothing any more.
     QTimer heartbeat;
     LastDisplayGate lastDisplay{guarded, system->queries()};

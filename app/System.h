@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "platform/BackgroundQueue.h"
 #include "platform/DisplayQueries.h"
@@ -23,6 +24,9 @@ public:
     /// when it is called to the front.
     virtual bool quitOnLastWindowClosed() const = 0;
 
+    /// What the watchdog is told about which window server that is; empty where there is one only.
+    virtual std::string windowServerName() const { return {}; }
+
     /// They live as long as this object.
     virtual DisplaySwitch& displaySwitch() = 0;
     virtual DisplayQueries& queries() = 0;
@@ -42,9 +46,7 @@ public:
 /// The system for the window server that this session runs on.
 ///
 /// Which one that is shows only at run time, because one system may offer several: hence an
-/// interface and a choice, not another class for each build. So far Linux has X11 only, and
-/// a Mac its own only, so there is nothing to look at yet; a second one on either is chosen
-/// here.
+/// interface and a choice, not another class for each build. A Mac has its own only.
 std::unique_ptr<System> chooseSystem();
 
 }  // namespace tavrel

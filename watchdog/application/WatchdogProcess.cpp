@@ -102,7 +102,8 @@ bool reap(pid_t pid) {
 
 }  // namespace
 
-std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::path& executable) {
+std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::path& executable,
+                                                        std::string windowServer) {
     auto ends = makeSocketPair();
     if (!ends) {
         return nullptr;
@@ -120,7 +121,8 @@ std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::p
     // that name in its command line does not mean the one that is to survive it.
     std::string name = executable.filename().string();
     std::string link = std::to_string(watchdogLink);
-    char* const arguments[] = {name.data(), link.data(), nullptr};
+    char* const server = windowServer.empty() ? nullptr : windowServer.data();
+    char* const arguments[] = {name.data(), link.data(), server, nullptr};
     pid_t pid = -1;
     if (posix_spawn(&pid, program.c_str(), setup.files(), setup.attributes(), arguments, environ) !=
         0) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "watchdog/application/RunningWatchdog.h"
 
@@ -15,9 +16,11 @@ namespace tavrel::watchdog {
 /// to the application's process group, with none of its files but the connection.
 class WatchdogProcess : public RunningWatchdog {
 public:
-    /// Runs `executable`, passing it the number of its end of the connection. Null when the
-    /// system cannot; an executable that ends at once may also show as a lost connection.
-    static std::unique_ptr<WatchdogProcess> start(const std::filesystem::path& executable);
+    /// Runs `executable`, passing it the number of its end of the connection, and the name of
+    /// the window server to use unless that is empty. Null when the system cannot; an executable
+    /// that ends at once may also show as a lost connection.
+    static std::unique_ptr<WatchdogProcess> start(const std::filesystem::path& executable,
+                                                  std::string windowServer = {});
 
     WatchdogProcess(FileDescriptor link, pid_t pid);
     ~WatchdogProcess() override;

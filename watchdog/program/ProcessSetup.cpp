@@ -58,7 +58,7 @@ void ignoreRequestsToEnd() {
 }  // namespace
 
 std::optional<int> inheritedSocket(std::span<char* const> arguments) {
-    if (arguments.size() != 2) {
+    if (arguments.size() != 2 && arguments.size() != 3) {
         return std::nullopt;
     }
     const std::string_view text = arguments[1];

@@ -9,7 +9,8 @@
 namespace tavrel::watchdog {
 
 /// The connection to the application, as the program's arguments (its name first) give it.
-/// std::nullopt unless they are one number, and that is a stream socket's descriptor.
+/// std::nullopt unless they are one number, and that is a stream socket's descriptor, and
+/// maybe a name after it.
 std::optional<int> inheritedSocket(std::span<char* const> arguments);
 
 /// Detaches the process from everything but the connection, which it returns: no other

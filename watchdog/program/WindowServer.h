@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
@@ -13,7 +14,8 @@ struct WindowServer {
     std::shared_ptr<DisplayQueries> queries;
 };
 
-/// To be called once, before there is a second thread.
-WindowServer makeWindowServer();
+/// `name` is what the application calls the one it has chosen; without one it is chosen here, by
+/// the same rule. To be called once, before there is a second thread.
+WindowServer makeWindowServer(std::string_view name);
 
 }  // namespace tavrel::watchdog

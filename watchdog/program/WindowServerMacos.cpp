@@ -3,7 +3,7 @@
 
 namespace tavrel::watchdog {
 
-WindowServer makeWindowServer() {
+WindowServer makeWindowServer(std::string_view /*name*/) {
     const auto windowServer = std::make_shared<MacWindowServer>();
     return {.displaySwitch = windowServer, .queries = windowServer};
 }

@@ -17,11 +17,12 @@ int main(int argc, char** argv) {
         watchdog::inheritedSocket({argv, static_cast<size_t>(argc)});
     if (!inherited) {
         std::cerr
-            << "usage: display-watchdog DESCRIPTOR (started by tavrel, with a connection to it)\n";
+            << "usage: display-watchdog DESCRIPTOR [WINDOW-SERVER] (started by tavrel, with a "
+               "connection to it)\n";
         return 2;
     }
     watchdog::MessageSocket application(watchdog::detachProcess(*inherited));
-    const watchdog::WindowServer server = watchdog::makeWindowServer();
+    const watchdog::WindowServer server = watchdog::makeWindowServer(argc > 2 ? argv[2] : "");
     watchdog::WatchdogService(
         *server.displaySwitch, *server.queries, application,
         [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); })

@@ -1,6 +1,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
 
 #include "app/System.h"
@@ -10,8 +11,8 @@
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
-#include "platform/x11/X11ReconfigurationReports.h"
-#include "platform/x11/X11WindowServer.h"
+#include "platform/session/LinuxWindowServer.h"
+#include "platform/session/NoWindowServer.h"
 #include "platform/x11/hotkeys/X11HotKeys.h"
 
 namespace tavrel {
@@ -46,45 +47,53 @@ private:
     std::function<void()> observer_;
 };
 
-class X11System final : public System {
+class LinuxSystem final : public System {
 public:
+    explicit LinuxSystem(session::WindowServerKind kind) : kind_(kind) {}
+
     bool quitOnLastWindowClosed() const override { return true; }
 
-    DisplaySwitch& displaySwitch() override { return windowServer_; }
+    DisplaySwitch& displaySwitch() override { return *windowServer_.displaySwitch; }
     DisplayQueries& queries() override { return queriesWithLid_; }
     ReconfigurationReports& reports() override { return reportsWithLid_; }
     /// Asked on the main thread each second.
     UserDefaults& userDefaults() override { return userDefaults_.fromMemory(); }
+
+    std::string windowServerName() const override { return std::string(session::nameOf(kind_)); }
 
     void observeStore(std::function<void()> unwritable) override {
         storeTrouble_->observe(std::move(unwritable));
     }
 
     std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) override {
-        return std::make_unique<X11HotKeys>(mainQueue);
+        if (kind_ == session::WindowServerKind::x11) {
+            return std::make_unique<X11HotKeys>(mainQueue);
+        }
+        return std::make_unique<NoHotKeys>();
     }
     std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
         return std::make_unique<ThreadBackgroundQueue>();
     }
 
 private:
+    const session::WindowServerKind kind_;
     /// Shared with the store's thread, which may be left behind in a call that never returns.
     const std::shared_ptr<StoreTrouble> storeTrouble_ = std::make_shared<StoreTrouble>();
     BufferedUserDefaults userDefaults_{
         std::make_unique<FileUserDefaults>(defaultsPath()),
         {.onUnwritable = [trouble = storeTrouble_] { trouble->found(); }}};
-    X11ReconfigurationReports reports_;
-    X11WindowServer windowServer_{userDefaults_};
-    // An X server does not know the lid.
+    std::unique_ptr<ReconfigurationReports> reports_ = session::makeReports(kind_);
+    session::LinuxWindowServer windowServer_ = session::makeWindowServer(kind_, userDefaults_);
+    // An X server does not know the lid; for one that does, it is nothing new.
     DBusLid lid_;
-    LidAwareQueries queriesWithLid_{windowServer_, lid_};
-    LidAwareReports reportsWithLid_{reports_, lid_};
+    LidAwareQueries queriesWithLid_{*windowServer_.queries, lid_};
+    LidAwareReports reportsWithLid_{*reports_, lid_};
 };
 
 }  // namespace
 
 std::unique_ptr<System> chooseSystem() {
-    return std::make_unique<X11System>();
+    return std::make_unique<LinuxSystem>(session::chooseWindowServer());
 }
 
 }  // namespace tavrel

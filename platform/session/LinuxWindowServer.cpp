@@ -1,0 +1,46 @@
+#include "platform/session/LinuxWindowServer.h"
+
+#include "platform/gnome/GnomeReconfigurationReports.h"
+#include "platform/gnome/GnomeWindowServer.h"
+#include "platform/session/NoWindowServer.h"
+#include "platform/x11/X11ReconfigurationReports.h"
+#include "platform/x11/X11WindowServer.h"
+
+namespace tavrel::session {
+
+namespace {
+
+template <typename Server>
+LinuxWindowServer both(std::shared_ptr<Server> server) {
+    return {.displaySwitch = server, .queries = server};
+}
+
+}  // namespace
+
+LinuxWindowServer makeWindowServer(WindowServerKind kind, UserDefaults& store) {
+    switch (kind) {
+        case WindowServerKind::x11:
+            return both(std::make_shared<X11WindowServer>(store));
+        case WindowServerKind::gnome:
+            return both(std::make_shared<GnomeWindowServer>(store));
+        case WindowServerKind::plasma:
+        case WindowServerKind::none:
+            break;
+    }
+    return both(std::make_shared<NoWindowServer>());
+}
+
+std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind) {
+    switch (kind) {
+        case WindowServerKind::x11:
+            return std::make_unique<X11ReconfigurationReports>();
+        case WindowServerKind::gnome:
+            return std::make_unique<GnomeReconfigurationReports>();
+        case WindowServerKind::plasma:
+        case WindowServerKind::none:
+            break;
+    }
+    return std::make_unique<NoReports>();
+}
+
+}  // namespace tavrel::session
