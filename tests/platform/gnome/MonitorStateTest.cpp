@@ -1,0 +1,75 @@
+#include "platform/gnome/MonitorState.h"
+
+#include "tests/platform/gnome/SimulatedDisplayConfig.h"
+
+#include <gmock/gmock.h>
+
+namespace tavrel::gnome {
+namespace {
+
+TEST(GnomeRotationTest, IsReadBack) {
+    for (std::uint32_t transform = 0; transform < 8; ++transform) {
+        const auto rotation = rotationOf(transform);
+        ASSERT_TRUE(rotation.has_value());
+        EXPECT_TRUE(layout::isRotation(*rotation));
+        EXPECT_EQ(transformOf(*rotation), transform);
+    }
+    EXPECT_EQ(rotationOf(8), std::nullopt);
+}
+
+TEST(GnomeRotationTest, ReflectingAlongTheOtherAxisIsTheSameTurnedByHalf) {
+    EXPECT_EQ(transformOf(layout::rotate0 | layout::reflectY), 6U);
+    EXPECT_EQ(transformOf(layout::rotate90 | layout::reflectX | layout::reflectY), 3U);
+}
+
+TEST(GnomeLayoutTest, HasEveryMonitorWithItsPlace) {
+    SimulatedDisplayConfig config;
+    config.add("DP-1");
+    config.show(0, true);
+    config.state.logicalMonitors[0].scale = 2;
+    config.state.logicalMonitors[0].transform = 1;
+    config.add("eDP-1").isBuiltIn = true;
+
+    const layout::Layout layout = layoutOf(config.state);
+
+    ASSERT_EQ(layout.outputs.size(), 2U);
+    EXPECT_EQ(layout.outputs[0].shown->area, (layout::Area{0, 0, 540, 960}));
+    EXPECT_EQ(layout.outputs[0].shown->rotation, layout::rotate90);
+    EXPECT_EQ(layout.outputs[0].shown->scale, 2);
+    EXPECT_EQ(layout.primary, layout.outputs[0].display);
+    EXPECT_FALSE(layout.outputs[0].isBuiltIn);
+    EXPECT_TRUE(layout.outputs[1].isBuiltIn);
+    EXPECT_FALSE(layout.outputs[1].isActive());
+    EXPECT_TRUE(layout.outputs[1].isConnected);
+}
+
+TEST(GnomeLayoutTest, AScaleLeavesTheAreaAsItIsWhereAllIsInPixels) {
+    SimulatedDisplayConfig config;
+    config.add("DP-1");
+    config.show(0, true);
+    config.state.logicalMonitors[0].scale = 2;
+    config.state.layoutMode = 2;
+
+    EXPECT_EQ(layoutOf(config.state).outputs[0].shown->area, (layout::Area{0, 0, 1920, 1080}));
+}
+
+TEST(GnomeLayoutTest, AMonitorIsKnownByItsNumbers) {
+    SimulatedDisplayConfig config;
+    Monitor& numbered = config.add("DP-1");
+    numbered.vendor = "DEL";
+    numbered.product = "0xa0c7";
+    numbered.serial = "0x0000002a";
+    Monitor& named = config.add("DP-2");
+    named.vendor = "?";
+    named.product = "A monitor";
+    named.serial = "unknown";
+
+    const layout::Layout layout = layoutOf(config.state);
+
+    EXPECT_EQ(layout.outputs[0].identity.edid, (layout::EdidNumbers{0x10AC, 0xA0C7, 42}));
+    EXPECT_EQ(layout.outputs[1].identity.edid,
+              (layout::EdidNumbers{0, layout::stableHash("A monitor"), 0}));
+}
+
+}  // namespace
+}  // namespace tavrel::gnome
