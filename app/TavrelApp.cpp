@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 
 #include "app/MainWindow.h"
+#include "app/QuitRequests.h"
 #include "app/StartupFailure.h"
 #include "app/WindowKeeper.h"
 #include "platform/posix/TerminationSignals.h"
@@ -42,11 +43,9 @@ TavrelApp::TavrelApp()
       quitSequence_(_appDelegate, composition_.switchOffGate()) {}
 
 int TavrelApp::run(QApplication& application) {
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] {
-        composition_.beginToEnd();
-        quitSequence_.run();
-        composition_.endInGoodOrder();
-    });
+    const QuitRequests quitRequests(application, [this] { end(); });
+    // For a main loop that ends without having been asked.
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] { end(); });
     _appDelegate.applicationDidFinishLaunching();
     _controller = DisplayController::create(composition_.platform());
     composition_.observeStore([weak = std::weak_ptr(_controller)] {
@@ -68,6 +67,12 @@ int TavrelApp::run(QApplication& application) {
     }
     window.show();
     return QApplication::exec();
+}
+
+void TavrelApp::end() {
+    composition_.beginToEnd();
+    quitSequence_.run();
+    composition_.endInGoodOrder();
 }
 
 }  // namespace tavrel

@@ -20,6 +20,8 @@ public:
 private:
     TavrelApp();
     int run(QApplication& application);
+    /// What is to be done before the process ends; only the first call does anything.
+    void end();
 
     Composition composition_;
     AppDelegate _appDelegate;

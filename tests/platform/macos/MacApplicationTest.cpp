@@ -8,6 +8,7 @@
 #include "tests/platform/macos/simulated/Preferences.h"
 #include "tests/scenario/Scenario.h"
 #include "tests/scenario/Steps.h"
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel {
 namespace {
@@ -111,6 +112,14 @@ TEST_F(MacApplicationTest, QuitsInGoodOrderWithoutItsWindow) {
     stage.quitApplication();
 
     EXPECT_EQ(stage.server(), stage.serverAtFirst());
+}
+
+TEST_F(MacApplicationTest, AtALogOutEverythingIsOnBeforeItAnswersWhetherItMayEnd) {
+    expectStory({userFlips(first), windowShowsOff(first)});
+
+    EXPECT_EQ(stage.logOut(), 3U);
+
+    EXPECT_TRUE(support::waitUntil([&] { return !stage.application().isRunning(); }));
 }
 
 TEST_F(MacApplicationTest, StartsAnewWhereThePreferenceIsOfAnotherKind) {

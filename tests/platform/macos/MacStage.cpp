@@ -129,6 +129,10 @@ bool MacStage::closeWindow() {
     return command({{"do", "close window"}});
 }
 
+std::size_t MacStage::logOut() {
+    return command({{"do", "log out"}}).size();
+}
+
 void MacStage::clickDock() {
     command({{"do", "click dock"}});
 }

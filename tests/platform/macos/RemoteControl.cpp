@@ -5,6 +5,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 #include <QTest>
 #include <QTimer>
@@ -16,6 +17,7 @@
 
 #include "tests/platform/macos/simulated/Carbon.h"
 #include "tests/platform/macos/simulated/CoreGraphics.h"
+#include "tests/platform/macos/simulated/Desk.h"
 
 namespace tavrel::remoteControl {
 
@@ -78,6 +80,22 @@ Json elements() {
     return all;
 }
 
+/// As a Mac that logs out does: asks whether the application may end, and returns which displays
+/// are on at the moment of the answer. The toolkit puts this event within the question, answers
+/// "cancel" to it whatever becomes of the event, and quits afterwards if that was accepted.
+Json askToTerminate() {
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit);
+    Json on = Json::array();
+    for (const simulatedMac::Display& each :
+         simulatedMac::displays(simulatedMac::SharedState::ofThisProcess())) {
+        if (each.connected && each.enabled) {
+            on.push_back(each.id);
+        }
+    }
+    return on;
+}
+
 /// Presses and releases the button at a point of the screen.
 bool click(int x, int y) {
     QWidget* shown = window();
@@ -107,6 +125,9 @@ Json execute(const Json& command) {
     if (what == "click dock") {
         Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
         return true;
+    }
+    if (what == "log out") {
+        return askToTerminate();
     }
     throw std::invalid_argument(what);
 }
