@@ -29,6 +29,17 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotKeyRef_ = hotKeys_.registerHotKey(wakeChord);
 }
 
+std::vector<DisplayID> AppDelegate::inactiveDisplays() const {
+    const auto moment = platform_.queries.now();
+    std::vector<DisplayID> inactive;
+    for (const StoredDisplay& display : DisplayRegistry::knownDisplays(platform_.userDefaults)) {
+        if (!moment->isActive(display.id)) {
+            inactive.push_back(display.id);
+        }
+    }
+    return inactive;
+}
+
 void AppDelegate::applicationWillTerminate() {
     auto moment = platform_.queries.now();
     for (const StoredDisplay& display : DisplayRegistry::knownDisplays(platform_.userDefaults)) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
+#include "platform/DisplayID.h"
 #include "platform/HotKeys.h"
 #include "platform/Platform.h"
 
@@ -19,6 +21,9 @@ public:
     /// To be called once, after launch. Goes on without the hot key when it cannot be
     /// registered.
     void applicationDidFinishLaunching();
+
+    /// Every remembered display that is not active, in the registry's order.
+    std::vector<DisplayID> inactiveDisplays() const;
 
     /// To be called once, just before the process exits: enables every remembered display
     /// that is not active, one after the other, then releases the hot key.

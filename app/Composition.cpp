@@ -94,8 +94,12 @@ void Composition::beginToEnd() {
     parts_->guarded.hurry();
 }
 
-void Composition::endInGoodOrder() {
-    parts_->guarded.goodbye();
+QuitHelp Composition::quitHelp() {
+    watchdog::GuardedSwitch& guarded = parts_->guarded;
+    return {.handOver = [&guarded](const auto& displays) { guarded.handOver(displays); },
+            .isHandedOver = [&guarded] { return guarded.isHandedOver(); },
+            .changesEnded = [&guarded] { return guarded.changesEnded(); },
+            .finish = [&guarded] { guarded.goodbye(); }};
 }
 
 }  // namespace tavrel

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "app/QuitSequence.h"
 #include "platform/HotKeys.h"
 #include "platform/Platform.h"
 #include "platform/SwitchOffGate.h"
@@ -36,10 +37,11 @@ public:
     /// The application begins to end: from now on nobody waits long for a watchdog that hangs.
     void beginToEnd();
 
-    /// Tries once more what could not be switched on, dismisses the watchdog if everything is
-    /// on, and waits for its end. An end without this counts as a crash: the watchdog then
-    /// switches on what is still off.
-    void endInGoodOrder();
+    /// The watchdog, as the end of the application needs it. To finish is to try once more what
+    /// could not be switched on, to dismiss the watchdog if everything is on, and to wait for its
+    /// end. An end without that counts as a crash: the watchdog then switches on what is still off.
+    /// Must not be used when this object is gone.
+    QuitHelp quitHelp();
 
 private:
     struct Parts;

@@ -1,23 +1,81 @@
 #include "app/QuitSequence.h"
 
 #include <cstdlib>
+#include <mutex>
 #include <thread>
 
 namespace tavrel {
+
+namespace {
+
+/// How often in its limit a call is looked at.
+constexpr int looks = 20;
+
+}  // namespace
+
+/// What the thread looks at that ends a hanging process. It outlives the sequence.
+struct QuitSequence::Watched {
+    std::mutex mutex;
+    /// Empty when the sequence is over: what it calls may be gone.
+    QuitHelp help;
+    std::uint64_t steps = 0;
+    bool isHandedOver = false;
+
+    void step() {
+        const std::lock_guard lock(mutex);
+        ++steps;
+    }
+    std::uint64_t progress() {
+        const std::lock_guard lock(mutex);
+        return help.changesEnded ? steps + help.changesEnded() : steps;
+    }
+    bool isNothingLeftToUs() {
+        const std::lock_guard lock(mutex);
+        return !help.isHandedOver || (isHandedOver && help.isHandedOver());
+    }
+    void end() {
+        const std::lock_guard lock(mutex);
+        help = {};
+        ++steps;
+    }
+};
 
 void QuitSequence::run(std::chrono::milliseconds limit) {
     if (hasRun_) {
         return;
     }
     hasRun_ = true;
+    const auto watched = std::make_shared<Watched>();
+    watched->help = help_;
     // Never joined: it either ends the process or ends with it.
-    std::thread([limit] {
-        std::this_thread::sleep_for(limit);
-        std::_Exit(EXIT_FAILURE);
-    }).detach();
+    std::thread([watched, limit] { endProcessWhenItHangs(watched, limit); }).detach();
+
     gate_.close();
-    gate_.waitUntilIdle();
+    help_.handOver(delegate_.inactiveDisplays());
+    {
+        const std::lock_guard lock(watched->mutex);
+        watched->isHandedOver = true;
+    }
+    gate_.waitUntilIdle(longestWait);
+    watched->step();
     delegate_.applicationWillTerminate();
+    watched->step();
+    help_.finish();
+    watched->end();
+}
+
+void QuitSequence::endProcessWhenItHangs(const std::shared_ptr<Watched>& watched,
+                                         std::chrono::milliseconds limit) {
+    std::uint64_t seen = watched->progress();
+    for (int look = 0; look < looks; ++look) {
+        std::this_thread::sleep_for(limit / looks);
+        const std::uint64_t now = watched->progress();
+        if (now != seen) {
+            seen = now;
+            look = 0;
+        }
+    }
+    std::_Exit(watched->isNothingLeftToUs() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 }  // namespace tavrel

@@ -40,7 +40,7 @@ int TavrelApp::main(int argc, char** argv) {
 
 TavrelApp::TavrelApp()
     : _appDelegate(composition_.platform(), composition_.hotKeys()),
-      quitSequence_(_appDelegate, composition_.switchOffGate()) {}
+      quitSequence_(_appDelegate, composition_.switchOffGate(), composition_.quitHelp()) {}
 
 int TavrelApp::run(QApplication& application) {
     const QuitRequests quitRequests(application, [this] { end(); });
@@ -72,7 +72,6 @@ int TavrelApp::run(QApplication& application) {
 void TavrelApp::end() {
     composition_.beginToEnd();
     quitSequence_.run();
-    composition_.endInGoodOrder();
 }
 
 }  // namespace tavrel

@@ -7,9 +7,9 @@ void SwitchOffGate::close() {
     isClosed_ = true;
 }
 
-void SwitchOffGate::waitUntilIdle() {
+bool SwitchOffGate::waitUntilIdle(std::chrono::milliseconds timeout) {
     std::unique_lock lock(mutex_);
-    ended_.wait(lock, [this] { return running_ == 0; });
+    return ended_.wait_for(lock, timeout, [this] { return running_ == 0; });
 }
 
 bool SwitchOffGate::isIdle() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
@@ -18,8 +19,9 @@ public:
     /// From now on a request to switch off returns 1004 without reaching the server.
     void close();
 
-    /// Blocks until no request to switch off is running, however long that takes.
-    void waitUntilIdle();
+    /// Blocks until no request to switch off is running, but no longer than `timeout`. Returns
+    /// whether none is.
+    bool waitUntilIdle(std::chrono::milliseconds timeout);
 
     /// Whether `waitUntilIdle` would return at once.
     bool isIdle();

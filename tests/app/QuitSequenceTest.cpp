@@ -9,6 +9,7 @@
 #include "app/QuitSequence.h"
 #include "registry/DisplayRegistry.h"
 #include "tests/simulated/SimulatedPlatform.h"
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel {
 namespace {
@@ -22,11 +23,14 @@ public:
 
     bool canSwitch() override { return true; }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
-        started.set_value();
-        release.get_future().wait();
+        if (isHolding) {
+            started.set_value();
+            release.get_future().wait();
+        }
         return inner_.setDisplayEnabled(display, enabled);
     }
 
+    std::atomic<bool> isHolding = true;
     std::promise<void> started;
     std::promise<void> release;
 
@@ -44,13 +48,25 @@ protected:
                                system.wallClock);
     }
 
+    /// A helper that hears of all, and for whom nothing is left.
+    QuitHelp help() {
+        return {.handOver = [this](const auto& displays) { handedOver = displays; },
+                .isHandedOver = [this] { return hasHelper; },
+                .changesEnded = [this] { return changesEnded.load(); },
+                .finish = [this] { ++finished; }};
+    }
+
     SimulatedPlatform system;
+    std::vector<DisplayID> handedOver;
+    bool hasHelper = true;
+    std::atomic<std::uint64_t> changesEnded = 0;
+    int finished = 0;
 };
 
 TEST_F(QuitSequenceTest, DoesItsWorkOnceHoweverOftenItIsRun) {
     SwitchOffGate gate(system.windowServer);
     AppDelegate delegate(system.platform().with(gate), system.hotKeys);
-    QuitSequence quit(delegate, gate);
+    QuitSequence quit(delegate, gate, help());
 
     for (int asked = 0; asked < 3; ++asked) {
         system.windowServer.switchFromOutside(external, false);
@@ -58,13 +74,58 @@ TEST_F(QuitSequenceTest, DoesItsWorkOnceHoweverOftenItIsRun) {
     }
 
     EXPECT_EQ(system.windowServer.takeChanges().size(), 1U);
+    EXPECT_EQ(finished, 1);
+}
+
+TEST_F(QuitSequenceTest, HandsOverEveryRememberedDisplayThatIsNotActiveBeforeItDoesItsWork) {
+    constexpr DisplayID unplugged = 7;
+    system.windowServer.connect({.id = unplugged});
+    system.windowServer.connect({.id = 9});
+    DisplayRegistry::merge({external, unplugged, 9}, system.userDefaults,
+                           *system.windowServer.now(), system.wallClock);
+    system.windowServer.switchFromOutside(external, false);
+    system.windowServer.disconnect(unplugged);
+    HeldSwitch held(system.windowServer);
+    SwitchOffGate gate(held);
+    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+    std::vector<DisplayID> handedOverBefore;
+    std::thread releasing([&] {
+        held.started.get_future().wait();
+        handedOverBefore = handedOver;
+        held.isHolding = false;
+        held.release.set_value();
+    });
+
+    QuitSequence(delegate, gate, help()).run(1h);
+    releasing.join();
+
+    EXPECT_THAT(handedOverBefore, testing::UnorderedElementsAre(external, unplugged));
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+}
+
+TEST_F(QuitSequenceTest, ASwitchOffThatHangsKeepsNobodyFromComingBack) {
+    constexpr DisplayID other = 2;
+    system.windowServer.connect({.id = other});
+    HeldSwitch held(system.windowServer);
+    SwitchOffGate gate(held);
+    std::thread switching([&] { gate.setDisplayEnabled(other, false); });
+    held.started.get_future().wait();
+    system.windowServer.switchFromOutside(external, false);
+    AppDelegate delegate(system.platform(), system.hotKeys);
+
+    QuitSequence(delegate, gate, help()).run(1h);
+
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+    EXPECT_EQ(finished, 1);
+    held.release.set_value();
+    switching.join();
 }
 
 TEST_F(QuitSequenceTest, AfterItNoDisplayCanBeSwitchedOff) {
     SwitchOffGate gate(system.windowServer);
     AppDelegate delegate(system.platform().with(gate), system.hotKeys);
 
-    QuitSequence(delegate, gate).run(1h);
+    QuitSequence(delegate, gate, help()).run(1h);
 
     EXPECT_EQ(gate.setDisplayEnabled(external, false), 1004);
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
@@ -77,7 +138,7 @@ TEST_F(QuitSequenceTest, ASwitchInFlightIsAwaitedAndThenUndone) {
     held.started.get_future().wait();
     // The delegate's own switches are not held.
     AppDelegate delegate(system.platform(), system.hotKeys);
-    QuitSequence quit(delegate, gate);
+    QuitSequence quit(delegate, gate, help());
 
     std::thread releasing([&] { held.release.set_value(); });
     quit.run(1h);
@@ -89,18 +150,35 @@ TEST_F(QuitSequenceTest, ASwitchInFlightIsAwaitedAndThenUndone) {
 
 using QuitSequenceDeathTest = QuitSequenceTest;
 
-TEST_F(QuitSequenceDeathTest, AServerThatNeverAnswersDoesNotKeepTheProcessFromEnding) {
+TEST_F(QuitSequenceDeathTest, ACallThatHangsEndsTheProcessWellIfAHelperKnowsWhatIsLeft) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            HeldSwitch held(system.windowServer);
-            SwitchOffGate gate(held);
-            std::thread([&] { gate.setDisplayEnabled(external, false); }).detach();
-            held.started.get_future().wait();
-            AppDelegate delegate(system.platform().with(gate), system.hotKeys);
-            QuitSequence(delegate, gate).run(50ms);
-        },
-        testing::ExitedWithCode(1), "");
+    system.windowServer.switchFromOutside(external, false);
+    const auto quitWhileACallHangs = [&] {
+        HeldSwitch held(system.windowServer);
+        SwitchOffGate gate(held);
+        AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+        QuitSequence(delegate, gate, help()).run(50ms);
+    };
+
+    EXPECT_EXIT(quitWhileACallHangs(), testing::ExitedWithCode(0), "");
+
+    hasHelper = false;
+    EXPECT_EXIT(quitWhileACallHangs(), testing::ExitedWithCode(1), "");
+}
+
+TEST_F(QuitSequenceTest, AsLongAsThereIsProgressItGoesOn) {
+    SwitchOffGate gate(system.windowServer);
+    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+    QuitHelp slow = help();
+    // Something has ended each time that is looked at; three times as often as it would take.
+    std::atomic<std::uint64_t> looks = 0;
+    slow.changesEnded = [&] { return ++looks; };
+    slow.finish = [&] { EXPECT_TRUE(support::waitUntil([&] { return looks > 60; })); };
+    hasHelper = false;
+
+    QuitSequence(delegate, gate, slow).run(40ms);
+
+    EXPECT_GT(looks, 60U) << "or the process would have ended";
 }
 
 }  // namespace

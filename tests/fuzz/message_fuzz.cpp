@@ -79,6 +79,7 @@ struct Expectation {
     Changes changes;
     std::vector<Message> sent{{.kind = Kind::ready}};
     SwitchedOff off;
+    SwitchedOff handedOver;
 
     explicit Expectation(Bytes stream) {
         bool isOver = false;
@@ -90,9 +91,6 @@ struct Expectation {
             }
             require(std::ranges::equal(encode(*message), stream.first(messageSize)),
                     "what is understood is what was written");
-            if (message->kind == Kind::goodbye) {
-                return;
-            }
             isOver = !handle(*message);
         }
         switchAllOn();
@@ -103,12 +101,20 @@ struct Expectation {
             case Kind::alreadyOff:
                 off.add(message.display);
                 return true;
+            case Kind::handOver:
+                off.remove(message.display);
+                handedOver.add(message.display);
+                return true;
             case Kind::switchOff:
             case Kind::switchOn: {
                 const ServerStatus status = RecordingSwitch::statusFor(message.display);
                 const bool enabled = message.kind == Kind::switchOn;
                 changes.emplace_back(message.display, enabled);
                 sent.push_back({.kind = Kind::answer, .id = message.id, .status = status});
+                if (enabled &&
+                    (status == serverStatus::success || status == serverStatus::illegalArgument)) {
+                    handedOver.remove(message.display);
+                }
                 if (status == serverStatus::success && enabled) {
                     off.remove(message.display);
                 } else if (status != serverStatus::illegalArgument && !enabled) {
@@ -127,6 +133,9 @@ struct Expectation {
     }
 
     void switchAllOn() {
+        for (const DisplayID display : handedOver.displays()) {
+            off.add(display);
+        }
         for (int attempt = 0; attempt < insistentAttempts; ++attempt) {
             const std::vector<DisplayID> all = off.displays();
             for (auto display = all.rbegin(); display != all.rend(); ++display) {

@@ -2,13 +2,17 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace tavrel::watchdog {
 
 GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup)
-    : inner_(inner), supervisor_(inner, queries, std::move(setup)), thread_([this] { work(); }) {}
+    : inner_(inner),
+      longestWait_(setup.urgentTimeout),
+      supervisor_(inner, queries, std::move(setup)),
+      thread_([this] { work(); }) {}
 
 GuardedSwitch::~GuardedSwitch() {
     {
@@ -27,48 +31,110 @@ void GuardedSwitch::beat() {
     wakeUp_.wake();
 }
 
+std::size_t GuardedSwitch::waiting() {
+    const std::lock_guard lock(mutex_);
+    return waiting_.size();
+}
+
 void GuardedSwitch::goodbye() {
-    perform(Job([this] {
+    const auto request = std::make_shared<Request>(Request{Job([this] {
         supervisor_.goodbye();
         return serverStatus::success;
-    }));
+    })});
+    add(request).get();
 }
 
 ServerStatus GuardedSwitch::setDisplayEnabled(DisplayID display, bool enabled) {
-    return perform(
-        Job([this, display, enabled] { return supervisor_.setDisplayEnabled(display, enabled); }));
+    return enabled ? switchOn(display) : switchOff(display);
 }
 
-ServerStatus GuardedSwitch::perform(Job job) {
-    std::future<ServerStatus> status = job.get_future();
+ServerStatus GuardedSwitch::switchOff(DisplayID display) {
+    const auto request = std::make_shared<Request>(
+        Request{Job([this, display] { return switchOffUnlessRescued(display); })});
+    return add(request).get();
+}
+
+ServerStatus GuardedSwitch::switchOn(DisplayID display) {
+    const auto asked = Clock::now();
+    const auto request = std::make_shared<Request>(Request{
+        Job([this, display] { return supervisor_.setDisplayEnabled(display, true); }), display});
+    std::future<ServerStatus> status = add(request);
+    {
+        std::unique_lock lock(mutex_);
+        const auto hasBegun = [&] {
+            return std::find(waiting_.begin(), waiting_.end(), request) == waiting_.end();
+        };
+        request->isOvertaking =
+            !begun_.wait_until(lock, busySince_.value_or(asked) + longestWait_, hasBegun);
+        if (!request->isOvertaking) {
+            lock.unlock();
+            return status.get();
+        }
+    }
+    const ServerStatus overtaken = inner_.setDisplayEnabled(display, true);
+    ++rescuesEnded_;
+    return overtaken;
+}
+
+ServerStatus GuardedSwitch::switchOffUnlessRescued(DisplayID display) {
+    if (isRescued(display)) {
+        return serverStatus::cannotComplete;
+    }
+    const ServerStatus status = supervisor_.setDisplayEnabled(display, false);
+    // It comes on again when that request's turn comes, which is before anything later.
+    return isRescued(display) ? serverStatus::cannotComplete : status;
+}
+
+bool GuardedSwitch::isRescued(DisplayID display) {
+    const std::lock_guard lock(mutex_);
+    return std::any_of(waiting_.begin(), waiting_.end(), [&](const auto& each) {
+        return each->isOvertaking && each->rescued == display;
+    });
+}
+
+std::future<ServerStatus> GuardedSwitch::add(const std::shared_ptr<Request>& request) {
+    std::future<ServerStatus> status = request->job.get_future();
     {
         const std::lock_guard lock(mutex_);
-        jobs_.push_back(std::move(job));
+        waiting_.push_back(request);
     }
     wakeUp_.wake();
-    return status.get();
+    return status;
 }
 
 void GuardedSwitch::work() {
     bool isEnding = false;
     while (!isEnding) {
         awaitWork();
-        std::deque<Job> jobs;
         bool isBeating = false;
         {
             const std::lock_guard lock(mutex_);
-            jobs.swap(jobs_);
             isBeating = std::exchange(isBeating_, false);
             isEnding = isEnding_;
         }
-        for (Job& job : jobs) {
-            job();
+        while (const auto request = nextRequest()) {
+            request->job();
         }
         supervisor_.replaceIfDead();
         if (isBeating) {
             supervisor_.beat();
         }
     }
+}
+
+std::shared_ptr<GuardedSwitch::Request> GuardedSwitch::nextRequest() {
+    std::shared_ptr<Request> next;
+    {
+        const std::lock_guard lock(mutex_);
+        busySince_.reset();
+        if (!waiting_.empty()) {
+            next = std::move(waiting_.front());
+            waiting_.pop_front();
+            busySince_ = Clock::now();
+        }
+    }
+    begun_.notify_all();
+    return next;
 }
 
 void GuardedSwitch::awaitWork() const {

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <future>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <vector>
 
 #include "platform/DisplaySwitch.h"
 #include "platform/posix/WakeUp.h"
@@ -15,7 +22,16 @@ namespace tavrel::watchdog {
 /// just long enough to switch on again what it had switched off. Answers what `inner` would.
 ///
 /// Thread-safe. Changes are made one at a time, in the order they were asked for, also
-/// when they are made in this process because no watchdog can run.
+/// when they are made in this process because no watchdog can run. But whoever brings a display
+/// back does not wait behind a change that hangs: a request to switch on that would begin later
+/// than the setup's `urgentTimeout` after it, or after the beginning of the change before it, is
+/// carried out in this process at once, beside that change. It keeps its place all the same, and
+/// is repeated there: so a display ends up as it was asked for last. A request to switch off the
+/// same display that was still to be made, or is made only after that, answers 1004 and leaves
+/// the display on.
+///
+/// What this cannot do: where the server itself serves nobody during the change, as an X server
+/// that is grabbed, the rescue waits for the server.
 class GuardedSwitch : public DisplaySwitch {
 public:
     /// Starts a watchdog, and from now on another whenever it dies. `inner` and `queries`, about
@@ -35,6 +51,14 @@ public:
     /// Never blocks.
     void hurry() { supervisor_.hurry(); }
 
+    /// See `WatchdogSupervisor`; for any thread. None waits for a change.
+    void handOver(const std::vector<DisplayID>& displays) { supervisor_.handOver(displays); }
+    bool isHandedOver() const { return supervisor_.isHandedOver(); }
+    /// How many requests have not begun. For any thread.
+    std::size_t waiting();
+    /// Grows with each change that comes to an end.
+    std::uint64_t changesEnded() const { return supervisor_.changesEnded() + rescuesEnded_; }
+
     /// Sees to it that nothing we switched off stays off, dismisses the watchdog, and returns
     /// when that has ended; see `WatchdogSupervisor`. Later changes are made in this process.
     void goodbye();
@@ -43,19 +67,38 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
 private:
+    using Clock = std::chrono::steady_clock;
     using Job = std::packaged_task<ServerStatus()>;
+    struct Request {
+        Job job;
+        /// That is switched on; 0 for all other requests.
+        DisplayID rescued = 0;
+        bool isOvertaking = false;
+    };
 
-    ServerStatus perform(Job job);
+    std::future<ServerStatus> add(const std::shared_ptr<Request>& request);
+    ServerStatus switchOn(DisplayID display);
+    ServerStatus switchOff(DisplayID display);
+    /// On `thread_`.
+    ServerStatus switchOffUnlessRescued(DisplayID display);
+    /// Whether the display has been switched on beside the changes, by a request that is waiting.
+    bool isRescued(DisplayID display);
     void work();
+    std::shared_ptr<Request> nextRequest();
     /// Blocks until there is something to do: a job, the watchdog's end, or our own.
     void awaitWork() const;
 
     DisplaySwitch& inner_;
+    const std::chrono::milliseconds longestWait_;
     /// Used by `thread_` only, but for what any thread may call.
     WatchdogSupervisor supervisor_;
     WakeUp wakeUp_;
     std::mutex mutex_;
-    std::deque<Job> jobs_;
+    std::condition_variable begun_;
+    std::deque<std::shared_ptr<Request>> waiting_;
+    /// Since when a request is being carried out.
+    std::optional<Clock::time_point> busySince_;
+    std::atomic<std::uint64_t> rescuesEnded_ = 0;
     bool isBeating_ = false;
     bool isEnding_ = false;
     std::thread thread_;

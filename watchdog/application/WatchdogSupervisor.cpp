@@ -23,7 +23,9 @@ WatchdogSupervisor::WatchdogSupervisor(DisplaySwitch& inner, DisplayQueries& que
 }
 
 ServerStatus WatchdogSupervisor::setDisplayEnabled(DisplayID display, bool enabled) {
-    return enabled ? switchOn(display) : switchOff(display);
+    const ServerStatus status = enabled ? switchOn(display) : switchOff(display);
+    ++changesEnded_;
+    return status;
 }
 
 void WatchdogSupervisor::beat() {
@@ -41,21 +43,34 @@ void WatchdogSupervisor::goodbye() {
     if (hasEnded_) {
         return;
     }
-    bringBackWhatIsOff();
+    bringBackWhatIsLeft();
     hasEnded_ = true;
-    if (watchdog_ && switchedOff_.isEmpty() && refused_.isEmpty()) {
+    const SwitchedOff stillLeft = left();
+    handOver(stillLeft.displays());
+    if (watchdog_ && stillLeft.isEmpty()) {
         watchdog_->dismiss();
     }
-    watchdog_.reset();
+    // It has been told, whether or not it is still waited for.
+    const auto ending = takeWatchdog();
 }
 
-void WatchdogSupervisor::bringBackWhatIsOff() {
-    SwitchedOff off = refused_;
+SwitchedOff WatchdogSupervisor::left() const {
+    SwitchedOff left = refused_;
     for (const DisplayID display : switchedOff_.displays()) {
-        off.add(display);
+        left.add(display);
     }
+    const std::lock_guard lock(handOverMutex_);
+    for (const DisplayID display : handedOver_.displays()) {
+        left.add(display);
+    }
+    return left;
+}
+
+void WatchdogSupervisor::bringBackWhatIsLeft() {
+    SwitchedOff off = left();
     const auto tryAgain = [&](DisplayID display) {
         const ServerStatus status = switchOn(display);
+        ++changesEnded_;
         if (status == serverStatus::illegalArgument) {
             // Unplugged: nobody misses it, and nobody could switch it on.
             switchedOff_.remove(display);
@@ -65,6 +80,32 @@ void WatchdogSupervisor::bringBackWhatIsOff() {
         }
     };
     insist(off, tryAgain, setup_.pause);
+}
+
+void WatchdogSupervisor::handOver(const std::vector<DisplayID>& displays) {
+    const std::lock_guard lock(handOverMutex_);
+    for (const DisplayID display : displays) {
+        handedOver_.add(display);
+    }
+    tellWhatIsHandedOver();
+}
+
+bool WatchdogSupervisor::isHandedOver() const {
+    const std::lock_guard lock(handOverMutex_);
+    return isTold_;
+}
+
+void WatchdogSupervisor::tellWhatIsHandedOver() {
+    const auto& displays = handedOver_.displays();
+    isTold_ =
+        watchdog_ && std::all_of(displays.begin(), displays.end(), [&](DisplayID display) {
+            return watchdog_->link().send({.kind = Message::Kind::handOver, .display = display});
+        });
+}
+
+std::unique_ptr<RunningWatchdog> WatchdogSupervisor::takeWatchdog() {
+    const std::lock_guard lock(handOverMutex_);
+    return std::move(watchdog_);
 }
 
 void WatchdogSupervisor::replaceIfDead() {
@@ -92,6 +133,8 @@ ServerStatus WatchdogSupervisor::switchOn(DisplayID display) {
     }
     if (status == serverStatus::success || status == serverStatus::illegalArgument) {
         refused_.remove(display);
+        const std::lock_guard lock(handOverMutex_);
+        handedOver_.remove(display);
     } else {
         refused_.add(display);
     }
@@ -165,7 +208,7 @@ Received WatchdogSupervisor::receive(std::chrono::milliseconds timeout) {
 }
 
 void WatchdogSupervisor::replaceWatchdog() {
-    const std::unique_ptr<RunningWatchdog> former = std::move(watchdog_);
+    const std::unique_ptr<RunningWatchdog> former = takeWatchdog();
     schedule_.noteCrash(setup_.now());
     startWatchdogIfDue();
     // It may still run, without answering. Its successor knows by now what is off: at every
@@ -178,15 +221,21 @@ void WatchdogSupervisor::startWatchdogIfDue() {
         return;
     }
     watchdogIsReady_ = false;
-    watchdog_ = setup_.startWatchdog();
-    if (!watchdog_) {
-        schedule_.noteRefusal(setup_.now());
-        return;
-    }
-    schedule_.noteStart();
-    for (const DisplayID display : switchedOff_.displays()) {
+    auto started = setup_.startWatchdog();
+    const bool isRefused = started == nullptr;
+    for (const DisplayID display : isRefused ? std::vector<DisplayID>{} : switchedOff_.displays()) {
         // If this one is gone already, the next receive tells.
-        watchdog_->link().send({.kind = Message::Kind::alreadyOff, .display = display});
+        started->link().send({.kind = Message::Kind::alreadyOff, .display = display});
+    }
+    {
+        const std::lock_guard lock(handOverMutex_);
+        watchdog_ = std::move(started);
+        tellWhatIsHandedOver();
+    }
+    if (isRefused) {
+        schedule_.noteRefusal(setup_.now());
+    } else {
+        schedule_.noteStart();
     }
 }
 

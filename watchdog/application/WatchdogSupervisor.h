@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <variant>
+#include <vector>
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
@@ -37,7 +39,7 @@ struct SupervisorSetup {
 /// The application's side of the conversation: has displays switched by a watchdog, sees to
 /// it that there is one, and switches in this process when no watchdog can run.
 ///
-/// To be used by one thread at a time, but for `hurry`.
+/// To be used by one thread at a time, but for what says otherwise.
 class WatchdogSupervisor {
 public:
     /// Starts a watchdog. `inner` switches in this process; it and `queries`, about the same
@@ -64,11 +66,23 @@ public:
     /// while a display is usable. For any thread, also during a request.
     void hurry() { isUrgent_ = true; }
 
-    /// Ends in good order. What is off because of us, or was refused when it was to be switched
-    /// on, is tried again as often as a watchdog would after a crash. If everything is on in
-    /// the end, the watchdog is dismissed; if not, it is left without a goodbye and tries for
-    /// itself. Returns when it has ended, or after some seconds. Later changes are made in
-    /// this process. Only the first call does anything.
+    /// The application has begun to end, and these displays are to be on when it is gone, whoever
+    /// switched them off: tells the watchdog, and each that takes its place, so that from now on
+    /// it does no harm if this process ends before it has switched them on itself. For any
+    /// thread, also during a request; never blocks for long.
+    void handOver(const std::vector<DisplayID>& displays);
+
+    /// Whether there is a watchdog that has been told of all that was handed over. For any thread.
+    bool isHandedOver() const;
+
+    /// How many changes have been asked for and have come to an end. For any thread.
+    std::uint64_t changesEnded() const { return changesEnded_; }
+
+    /// Ends in good order. What is off because of us, was refused when it was to be switched on,
+    /// or has been handed over, is tried again as often as a watchdog would after a crash. If
+    /// everything is on in the end, the watchdog is dismissed; if not, it is told of all that is
+    /// left, and tries for itself. Returns when it has ended, or after some seconds. Later
+    /// changes are made in this process. Only the first call does anything.
     void goodbye();
 
     /// Replaces the watchdog if it has died between requests. To be called whenever
@@ -91,7 +105,10 @@ private:
     bool isWaitingPointless();
     /// The watchdog's next message after the one that says it is ready.
     Received receive(std::chrono::milliseconds timeout);
-    void bringBackWhatIsOff();
+    SwitchedOff left() const;
+    void bringBackWhatIsLeft();
+    std::unique_ptr<RunningWatchdog> takeWatchdog();
+    void tellWhatIsHandedOver();
     void replaceWatchdog();
     void startWatchdogIfDue();
 
@@ -99,7 +116,13 @@ private:
     DisplayQueries& queries_;
     SupervisorSetup setup_;
     std::atomic<bool> isUrgent_ = false;
+    std::atomic<std::uint64_t> changesEnded_ = 0;
     bool hasEnded_ = false;
+    /// For what `handOver` and `isHandedOver` use: the next three, of which `watchdog_` is only
+    /// written under it.
+    mutable std::mutex handOverMutex_;
+    SwitchedOff handedOver_;
+    bool isTold_ = false;
     /// Null when changes are made in this process.
     std::unique_ptr<RunningWatchdog> watchdog_;
     bool watchdogIsReady_ = false;

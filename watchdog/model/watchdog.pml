@@ -10,7 +10,8 @@
  * which is checked too, and "in the end" is a matter of the states in which nobody can do
  * anything more.
  *
- * scripts/check-model runs it: as it is; with a fault planted, -DFORGETS or -DGOODBYE; and with
+ * scripts/check-model runs it: as it is; with a fault planted, -DFORGETS, -DGOODBYE or -DUNREPEATED; with
+ * -DRESCUES=1; and with
  * a claim that goes too far, -DLIMIT=1 to 5.
  */
 
@@ -19,7 +20,10 @@
 #endif
 #define REQUESTS 2     /* how often the user flips a switch */
 #define TRIES 4        /* more than there are faults; in the program nine */
-#define QUIT_TRIES 1   /* fewer, so that the application also fails; in the program nine too */
+#define QUIT_TRIES 2   /* fewer, so that the application also fails; in the program nine too */
+#ifndef RESCUES
+#define RESCUES 0      /* how often a display is brought back beside a change that hangs */
+#endif
 #define CRASHES 3      /* how many watchdogs a request to switch on is handed to */
 
 #define NOBODY 0
@@ -38,8 +42,13 @@ bool ours[2];                                   /* off because of us: only claim
 
 /* The application. */
 bool appAlive = true, appStopped, appEnded;
+bool mayQuit;                                   /* or it would always do so in the end */
 bool appOff[2], appDoubt[2], appRefused[2];     /* switchedOff_, its doubts, refused_ */
 byte current = NONE;
+bool asking;                                    /* a watchdog, and has no answer yet */
+bool repeat[2];                                 /* rescues that are still in the queue */
+byte rescues = RESCUES;
+bool saved[2];                                  /* last asked to be on: only a claim reads it */
 
 /* The watchdogs: one, and for a while its successor. */
 chan toWatchdog[2] = [4] of { mtype, byte };
@@ -138,13 +147,14 @@ inline replaceWatchdog() {
 
 inline ask(kind, x) {
     if
-    :: atomic { alive[current] -> toWatchdog[current]!kind, x };
+    :: atomic { alive[current] -> toWatchdog[current]!kind, x; asking = true };
         if
         :: atomic { toApp[current]?status -> reply = answered }
         :: !alive[current] && empty(toApp[current]) -> reply = died
         :: stopped[current] && empty(toApp[current]) -> reply = hung
         :: atomic { empty(toApp[current]) && aFault; reply = hung }
-        fi
+        fi;
+        asking = false
     :: !alive[current] -> reply = died
     fi
 }
@@ -174,7 +184,41 @@ inline appSwitchOn(x) {
     }
 }
 
+inline repeatRescues() {
+    do
+    :: atomic { repeat[0] -> repeat[0] = false };
+#ifndef UNREPEATED
+        appSwitchOn(0)
+#endif
+    :: atomic { repeat[1] -> repeat[1] = false };
+#ifndef UNREPEATED
+        appSwitchOn(1)
+#endif
+    :: !repeat[0] && !repeat[1] -> break
+    od
+}
+
+/* What was rescued beside a change is on when that has been made, unless it was refused. */
+inline judgeRescues() {
+    d_step {
+        assert(!saved[0] || repeat[0] || appRefused[0] || on[0]);
+        assert(!saved[1] || repeat[1] || appRefused[1] || on[1])
+    }
+}
+
+inline handOver(x) {
+    if
+    :: atomic {
+           serverAnswers && !on[x] && current != NONE && alive[current] ->
+           toWatchdog[current]!alreadyOff, x;
+           appOff[x] = true
+       }
+    :: serverAnswers && (on[x] || current == NONE || !alive[current])
+    fi
+}
+
 inline appSwitchOff(x) {
+    saved[x] = false;
     wasOff = appOff[x];
     appOff[x] = true;
     if
@@ -190,14 +234,17 @@ inline appSwitchOff(x) {
 }
 
 inline quit() {
+    handOver(0);
+    handOver(1);
     if
     :: serverAnswers && !on[0] -> appSwitchOn(0)
-    :: serverAnswers && on[0]
+    :: serverAnswers && (on[0] || appOff[0])   /* we may not have heard yet that it is off */
     fi;
     if
     :: serverAnswers && !on[1] -> appSwitchOn(1)
-    :: serverAnswers && on[1]
+    :: serverAnswers && (on[1] || appOff[1])
     fi;
+    repeatRescues();
     tries = 0;
     do
     :: tries < QUIT_TRIES && (appOff[0] || appRefused[0] || appOff[1] || appRefused[1]) ->
@@ -256,11 +303,13 @@ active proctype Application() provided (!appStopped) {
             if
             :: appSwitchOff(0)
             :: appSwitchOff(1)
-            fi
-        :: atomic { requests > 0 && appOff[0] -> requests-- }; appSwitchOn(0)
+            fi;
+            repeatRescues();
+            judgeRescues()
+        :: atomic { requests > 0 && appOff[0] -> requests-- }; appSwitchOn(0); repeatRescues()
         :: current != NONE && !alive[current] -> replaceWatchdog()
         :: current == NONE && parked[0] -> startIfDue(0)
-        :: serverAnswers && nothingOn -> appSwitchOn(0); appSwitchOn(1)
+        :: serverAnswers && nothingOn -> appSwitchOn(0); appSwitchOn(1); repeatRescues()
         :: atomic {
                serverAnswers && (appDoubt[0] || appDoubt[1]) ->
                if
@@ -273,7 +322,34 @@ active proctype Application() provided (!appStopped) {
                fi;
                appDoubt[0] = false; appDoubt[1] = false
            }
-        :: quit(); break
+        :: mayQuit -> quit(); break
+        od
+    } unless {
+        !appAlive
+    }
+}
+
+/*
+ * Another thread of the application, which brings a display back and has waited for long behind
+ * a change: it does so itself, and leaves its request where it was.
+ */
+active proctype Rescuer() provided (!appStopped) {
+    mtype status;
+    byte x;
+
+    {
+        do
+        :: atomic {
+               rescues > 0 && asking -> rescues--;
+               if
+               :: x = 0
+               :: x = 1
+               fi;
+               repeat[x] = true;
+               saved[x] = true
+           };
+           change(APPLICATION, x, true);
+           saved[x] = (saved[x] && status == success)
         od
     } unless {
         !appAlive
@@ -293,6 +369,23 @@ inline carryOut(s, x, wanted) {
     }
 }
 
+inline insistOn(s) {
+    tries = 0;
+    do
+    :: tries < TRIES && (off[2 * s] || off[2 * s + 1]) ->
+        if
+        :: off[2 * s + 1] -> carryOut(s, 1, true)
+        :: else
+        fi;
+        if
+        :: off[2 * s] -> carryOut(s, 0, true)
+        :: else
+        fi;
+        tries++
+    :: else -> break
+    od
+}
+
 inline serve(s) {
     do
     :: atomic { toWatchdog[s]?switchOff, x };
@@ -302,7 +395,11 @@ inline serve(s) {
         carryOut(s, x, true);
         toApp[s]!status
     :: atomic { toWatchdog[s]?alreadyOff, x; off[2 * s + x] = true }
+#ifdef GOODBYE
     :: toWatchdog[s]?goodbye, _ -> break
+#else
+    :: toWatchdog[s]?goodbye, _ -> insistOn(s); break
+#endif
     :: atomic {
            empty(toWatchdog[s]) && serverAnswers && nothingOn && appAlive && !closed[s] &&
            (appStopped || faults > 0) ->
@@ -314,20 +411,7 @@ inline serve(s) {
         carryOut(s, 0, true);
         carryOut(s, 1, true)
     :: empty(toWatchdog[s]) && (!appAlive || closed[s]) ->
-        tries = 0;
-        do
-        :: tries < TRIES && (off[2 * s] || off[2 * s + 1]) ->
-            if
-            :: off[2 * s + 1] -> carryOut(s, 1, true)
-            :: else
-            fi;
-            if
-            :: off[2 * s] -> carryOut(s, 0, true)
-            :: else
-            fi;
-            tries++
-        :: else -> break
-        od;
+        insistOn(s);
         break
     od
 }
@@ -419,9 +503,9 @@ active proctype Fate() {
     :: atomic {
            serverAnswers && aFault;
            if
-           :: on[0] = false
-           :: on[1] = false
-           :: on[0] = false; on[1] = false
+           :: on[0] = false; saved[0] = false
+           :: on[1] = false; saved[1] = false
+           :: on[0] = false; on[1] = false; saved[0] = false; saved[1] = false
            fi
        }
     :: break
@@ -431,5 +515,12 @@ active proctype Fate() {
 }
 
 init {
-    atomic { run Watchdog(0); run Watchdog(1) }
+    atomic {
+        if
+        :: mayQuit = true
+        :: mayQuit = false
+        fi;
+        run Watchdog(0);
+        run Watchdog(1)
+    }
 }

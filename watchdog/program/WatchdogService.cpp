@@ -26,18 +26,24 @@ WatchdogService::WatchdogService(DisplaySwitch& displays, DisplayQueries& querie
 void WatchdogService::run() {
     // No `send` is checked: that the application is gone shows at the next receive.
     application_.send({.kind = Message::Kind::ready});
-    if (converse() == Ending::gone) {
-        insist(
-            switchedOff_, [this](DisplayID display) { carryOut(display, true); }, pause_);
-    }
+    converse();
+    switchOnWhatIsLeft();
 }
 
-WatchdogService::Ending WatchdogService::converse() {
+void WatchdogService::switchOnWhatIsLeft() {
+    for (const DisplayID display : handedOver_.displays()) {
+        switchedOff_.add(display);
+    }
+    insist(
+        switchedOff_, [this](DisplayID display) { carryOut(display, true); }, pause_);
+}
+
+void WatchdogService::converse() {
     for (;;) {
         const Received received = awaitMessage();
         const auto* message = std::get_if<Message>(&received);
         if (message != nullptr && message->kind == Message::Kind::goodbye) {
-            return Ending::goodbye;
+            return;
         }
         if (message != nullptr && handle(*message)) {
             continue;
@@ -45,7 +51,7 @@ WatchdogService::Ending WatchdogService::converse() {
         if (message != nullptr || std::get<NoMessage>(received) == NoMessage::malformed) {
             application_.hangUp();
         }
-        return Ending::gone;
+        return;
     }
 }
 
@@ -62,6 +68,10 @@ bool WatchdogService::handle(const Message& message) {
     switch (message.kind) {
         case Message::Kind::alreadyOff:
             switchedOff_.add(message.display);
+            return true;
+        case Message::Kind::handOver:
+            switchedOff_.remove(message.display);
+            handedOver_.add(message.display);
             return true;
         case Message::Kind::switchOff:
         case Message::Kind::switchOn: {
@@ -86,6 +96,9 @@ bool WatchdogService::handle(const Message& message) {
 
 ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     const ServerStatus status = displays_.setDisplayEnabled(display, enabled);
+    if (enabled && (status == serverStatus::success || status == serverStatus::illegalArgument)) {
+        handedOver_.remove(display);
+    }
     if (status == serverStatus::success && enabled) {
         switchedOff_.remove(display);
     } else if (status == serverStatus::success) {

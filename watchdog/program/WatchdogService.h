@@ -12,8 +12,8 @@
 namespace tavrel::watchdog {
 
 /// The watchdog's side of the conversation: switches displays for the application, one at a
-/// time, switches on what is off when the application is gone without a goodbye, and steps
-/// in while it is there and does nothing.
+/// time, switches on what is off when the application has ended, and steps in while it is there
+/// and does nothing.
 class WatchdogService {
 public:
     /// The application says about once a second that it is running. After this much silence
@@ -26,8 +26,9 @@ public:
     WatchdogService(DisplaySwitch& displays, DisplayQueries& queries, MessageChannel& application,
                     Pause pause);
 
-    /// Serves the application until its end, then switches on what it left off unless it
-    /// said goodbye.
+    /// Serves the application until its end, then switches on what it left off, and what it has
+    /// handed over. After a goodbye that is nothing if all went well. But what the application
+    /// hears of a change made here may be behind the truth, and what is known here is not.
     ///
     /// While the application is silent for longer than `silenceLimit`, everything connected is
     /// switched on whenever no display is usable. As long as one is, nothing is done, so that
@@ -39,9 +40,9 @@ public:
     void run();
 
 private:
-    enum class Ending { goodbye, gone };
-
-    Ending converse();
+    /// Returns at the application's goodbye or when it is gone.
+    void converse();
+    void switchOnWhatIsLeft();
     /// The next message, or why there will be none.
     Received awaitMessage();
     /// Does what the message asks for; false when an application may not send such a one.
@@ -56,6 +57,9 @@ private:
     MessageChannel& application_;
     Pause pause_;
     SwitchedOff switchedOff_;
+    /// What the ending application wants to be on and has not switched on yet. Unlike what is
+    /// off because of us, it need not be there: displays of a month are remembered.
+    SwitchedOff handedOver_;
     /// All that was ever listed: where the window server has no list of what is off, nobody
     /// else here knows of it.
     std::set<DisplayID> seen_;

@@ -34,7 +34,7 @@ std::uint32_t get(std::span<const std::uint8_t> bytes, std::size_t at, std::size
 }
 
 bool isKnown(Message::Kind kind) {
-    return kind >= Message::Kind::ready && kind <= Message::Kind::heartbeat;
+    return kind >= Message::Kind::ready && kind <= Message::Kind::handOver;
 }
 
 bool fieldsArePossible(const Message& message) {
@@ -45,6 +45,7 @@ bool fieldsArePossible(const Message& message) {
         case Message::Kind::heartbeat:
             return message.id == 0 && message.display == 0 && message.status == 0;
         case Message::Kind::alreadyOff:
+        case Message::Kind::handOver:
             return message.id == 0 && message.status == 0;
         case Message::Kind::switchOff:
         case Message::Kind::switchOn:

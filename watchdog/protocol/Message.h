@@ -27,10 +27,14 @@ struct Message {
         switchOn = 4,
         /// Watchdog: how the switch with this `id` went.
         answer = 5,
-        /// Application: it ends in good order and leaves nothing to do.
+        /// Application: it ends in good order. What is still to be switched on, is; then the
+        /// watchdog ends too.
         goodbye = 6,
         /// Application: its main thread is running. Sent about once a second. No answer.
         heartbeat = 7,
+        /// Application: it has begun to end, and this display is to be on when it is gone,
+        /// whoever switched it off. No answer.
+        handOver = 8,
     };
 
     Kind kind = Kind::goodbye;

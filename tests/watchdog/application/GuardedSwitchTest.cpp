@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -30,9 +31,17 @@ protected:
         for (DisplayID id = 1; id <= displayCount; ++id) {
             server.connect({.id = id});
         }
+        useLongestWait(1h);
+    }
+
+    /// How long a rescue waits behind another change. Starts anew.
+    void useLongestWait(std::chrono::milliseconds longestWait) {
+        guarded.reset();
+        starts = 0;
         guarded.emplace(displays, reported,
                         SupervisorSetup{.startWatchdog = [this] { return start(); },
-                                        .now = [this] { return now.load(); }});
+                                        .now = [this] { return now.load(); },
+                                        .urgentTimeout = longestWait});
     }
 
     /// The application ends without a goodbye.
@@ -166,6 +175,99 @@ TEST_F(GuardedSwitchTest, RequestsFromManyThreadsGetTheirOwnAnswersOneChangeAtAT
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(displays.overlaps(), 0);
     EXPECT_EQ(server.takeChanges().size(), displayCount * rounds);
+}
+
+/// A watchdog's change that hangs until it is let go, and the rescues beside it.
+class RescueTest : public GuardedSwitchTest {
+protected:
+    RescueTest() {
+        useLongestWait(0ms);
+        decideOutcome = [this] {
+            if (isHolding.exchange(false)) {
+                hasBegun.set_value();
+                letGo.get_future().wait();
+            }
+            return Outcome::succeeds;
+        };
+    }
+
+    /// While what it uses is still there.
+    ~RescueTest() override { endWithoutGoodbye(); }
+
+    std::future<ServerStatus> hangWhileSwitchingOff(DisplayID display) {
+        auto status = std::async(std::launch::async,
+                                 [=, this] { return guarded->setDisplayEnabled(display, false); });
+        hasBegun.get_future().wait();
+        return status;
+    }
+
+    std::atomic<bool> isHolding = true;
+    std::promise<void> hasBegun;
+    std::promise<void> letGo;
+};
+
+TEST_F(RescueTest, DoesNotWaitBehindAChangeThatHangs) {
+    server.switchFromOutside(2, false);
+    auto hanging = hangWhileSwitchingOff(1);
+
+    EXPECT_EQ(guarded->setDisplayEnabled(2, true), 0);
+
+    EXPECT_TRUE(isOn(2));
+    EXPECT_EQ(guarded->changesEnded(), 1U);
+    letGo.set_value();
+    EXPECT_EQ(hanging.get(), 0) << "it was about another display";
+}
+
+TEST_F(RescueTest, IsTheLastWordAboutItsDisplayThoughTheHangingChangeIsMadeAfterIt) {
+    auto hanging = hangWhileSwitchingOff(1);
+
+    EXPECT_EQ(guarded->setDisplayEnabled(1, true), 0);
+    letGo.set_value();
+
+    EXPECT_EQ(hanging.get(), 1004);
+    EXPECT_EQ(guarded->setDisplayEnabled(2, false), 0) << "whose turn is after the repetition";
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(RescueTest, CallsOffASwitchOffThatIsStillWaiting) {
+    auto hanging = hangWhileSwitchingOff(1);
+    auto waiting =
+        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, false); });
+    ASSERT_TRUE(support::waitUntil([&] { return guarded->waiting() == 1; }));
+
+    EXPECT_EQ(guarded->setDisplayEnabled(2, true), 0);
+    letGo.set_value();
+
+    EXPECT_EQ(waiting.get(), 1004);
+    EXPECT_EQ(hanging.get(), 0);
+    EXPECT_EQ(guarded->setDisplayEnabled(3, false), 0);
+    EXPECT_TRUE(isOn(2));
+}
+
+TEST_F(RescueTest, IsForgottenOnceItsTurnHasCome) {
+    auto hanging = hangWhileSwitchingOff(1);
+    guarded->setDisplayEnabled(1, true);
+    letGo.set_value();
+    hanging.wait();
+
+    EXPECT_EQ(guarded->setDisplayEnabled(1, false), 0);
+
+    EXPECT_FALSE(isOn(1));
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(RescueTest, HandsOverWithoutWaitingBehindAChangeThatHangs) {
+    server.switchFromOutside(2, false);
+    auto hanging = hangWhileSwitchingOff(1);
+
+    guarded->handOver({2});
+    EXPECT_TRUE(guarded->isHandedOver());
+    letGo.set_value();
+    hanging.wait();
+    endWithoutGoodbye();
+
+    EXPECT_TRUE(isOn(2));
 }
 
 TEST_F(GuardedSwitchTest, EveryStatusIsTrueHoweverOftenWatchdogsCrash) {

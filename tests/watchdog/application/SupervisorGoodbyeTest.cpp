@@ -79,6 +79,73 @@ TEST_F(SupervisorGoodbyeTest, AtAGoodbyeNobodyWaitsForADisplayThatWasUnplugged) 
     EXPECT_EQ(paused, 0ms);
 }
 
+TEST_F(SupervisorGoodbyeTest, WhatIsHandedOverIsToldToTheWatchdogAndToEachThatTakesItsPlace) {
+    startPuppet();
+
+    supervisor().handOver({2, 3});
+    EXPECT_EQ(puppet->hear(), (Message{.kind = Kind::handOver, .display = 2}));
+    EXPECT_EQ(puppet->hear(), (Message{.kind = Kind::handOver, .display = 3}));
+    EXPECT_TRUE(supervisor().isHandedOver());
+
+    puppet->say({.kind = Kind::answer, .id = 9});
+    puppetSays = {{.kind = Kind::ready}};
+    supervisor().replaceIfDead();
+    EXPECT_EQ(starts, 2);
+    EXPECT_EQ(puppet->hear(), (Message{.kind = Kind::handOver, .display = 2}));
+    EXPECT_EQ(puppet->hear(), (Message{.kind = Kind::handOver, .display = 3}));
+    EXPECT_TRUE(supervisor().isHandedOver());
+}
+
+TEST_F(SupervisorGoodbyeTest, WithoutAWatchdogNothingIsHandedOver) {
+    failingStarts = 1000;
+
+    supervisor().handOver({1});
+
+    EXPECT_FALSE(supervisor().isHandedOver());
+}
+
+TEST_F(SupervisorGoodbyeTest, WhatIsHandedOverComesOnWhenTheApplicationIsGone) {
+    server.switchFromOutside(3, false);
+
+    supervisor().handOver({3});
+    EXPECT_FALSE(isOn(3));
+    endWithoutGoodbye();
+
+    EXPECT_TRUE(isOn(3));
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsHandedOverIsSwitchedOnOnce) {
+    server.switchFromOutside(3, false);
+    supervisor().handOver({3});
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(3));
+    EXPECT_THAT(requests, ElementsAre(Pair(3, true)));
+}
+
+TEST_F(SupervisorGoodbyeTest, WhatWasHandedOverAndSwitchedOnSinceIsLeftAlone) {
+    server.switchFromOutside(3, false);
+    supervisor().handOver({3, 9});
+    EXPECT_EQ(switchOn(3), 0);
+    EXPECT_EQ(switchOn(9), 1001);
+
+    supervisor().goodbye();
+
+    EXPECT_THAT(requests, ElementsAre(Pair(3, true), Pair(9, true)));
+    EXPECT_EQ(paused, 0ms);
+}
+
+TEST_F(SupervisorGoodbyeTest, EachChangeThatEndsIsCounted) {
+    switchOff(1);
+    EXPECT_EQ(supervisor().changesEnded(), 1U);
+
+    outcomes = {Outcome::isRefused, Outcome::isRefused};
+    supervisor().goodbye();
+
+    EXPECT_EQ(supervisor().changesEnded(), 4U) << "refused twice, then accepted";
+}
+
 TEST_F(SupervisorGoodbyeTest, AfterATimeoutAtTheServerADisplayCountsAsOff) {
     failingStarts = 1;
     inner.refusals = 1;

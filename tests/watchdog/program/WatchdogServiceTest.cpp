@@ -29,6 +29,9 @@ constexpr Message on(std::uint32_t id, DisplayID display) {
 constexpr Message answer(std::uint32_t id, ServerStatus status) {
     return {.kind = Kind::answer, .id = id, .status = status};
 }
+constexpr Message handOver(DisplayID display) {
+    return {.kind = Kind::handOver, .display = display};
+}
 constexpr Message alreadyOff(DisplayID display) {
     return {.kind = Kind::alreadyOff, .display = display};
 }
@@ -90,10 +93,52 @@ TEST_F(WatchdogServiceTest, PassesTheServersStatusOnAsItIs) {
                 ElementsAre(ready, answer(1, 1001), answer(2, -17)));
 }
 
-TEST_F(WatchdogServiceTest, AfterAGoodbyeTheDisplaysStayAsTheyAre) {
+TEST_F(WatchdogServiceTest, AfterAGoodbyeSwitchesOnWhatItSwitchedOffAndTheApplicationMissed) {
     serve({off(1, 1), goodbye});
 
-    EXPECT_FALSE(isOn(1));
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(WatchdogServiceTest, AfterAGoodbyeWithNothingOffChangesNothing) {
+    server.switchFromOutside(2, false);
+
+    serve({off(1, 1), on(2, 1), goodbye});
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)));
+}
+
+TEST_F(WatchdogServiceTest, SwitchesOnWhatIsHandedOverAtTheEndWhoeverSwitchedItOff) {
+    server.switchFromOutside(2, false);
+
+    EXPECT_THAT(serve({off(1, 1), handOver(2), heartbeat}), ElementsAre(ready, answer(1, 0)));
+
+    EXPECT_TRUE(isOn(1));
+    EXPECT_TRUE(isOn(2));
+}
+
+TEST_F(WatchdogServiceTest, WhatIsHandedOverStaysOffUntilTheEnd) {
+    server.switchFromOutside(2, false);
+
+    serve({handOver(2), off(1, 3), heartbeat, on(2, 3)});
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(3, false), Pair(3, true), Pair(2, true)));
+}
+
+TEST_F(WatchdogServiceTest, WhatIsHandedOverAndThenSwitchedOnByRequestIsNotSwitchedOnTwice) {
+    server.switchFromOutside(2, false);
+
+    serve({handOver(2), on(1, 2), goodbye});
+
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(2, true)));
+}
+
+TEST_F(WatchdogServiceTest, NobodyInsistsOnADisplayThatWasHandedOverAndIsNotThere) {
+    server.disconnect(2);
+
+    EXPECT_THAT(serve({alreadyOff(2), handOver(2), on(1, 2), goodbye}),
+                ElementsAre(ready, answer(1, 1001)));
+
+    EXPECT_EQ(pauses, 0);
 }
 
 TEST_F(WatchdogServiceTest, WithoutAGoodbyeSwitchesOnWhatItSwitchedOffLatestFirst) {
@@ -190,7 +235,9 @@ TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAndNothingIsUsableEveryth
 TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentWhatIsOffStaysOffIfAnythingIsUsable) {
     serve({off(1, 1), off(2, 3), silence, silence, silence, goodbye});
 
-    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(3, false)));
+    EXPECT_THAT(server.takeChanges(),
+                ElementsAre(Pair(1, false), Pair(3, false), Pair(3, true), Pair(1, true)))
+        << "in the order of a good end, not in that of a rescue";
 }
 
 TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAServerThatCannotSayIsLeftAlone) {

@@ -32,6 +32,7 @@ std::vector<Message> messagesOfEachKind() {
         {.kind = Kind::answer, .id = 7, .status = std::numeric_limits<ServerStatus>::min()},
         {.kind = Kind::goodbye},
         {.kind = Kind::heartbeat},
+        {.kind = Kind::handOver, .display = 9},
     };
 }
 
@@ -85,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
                                          Damage{4, 0, MessageError::otherVersion},
                                          Damage{4, 2, MessageError::otherVersion},
                                          Damage{5, 0, MessageError::unknownKind},
-                                         Damage{5, 8, MessageError::unknownKind},
+                                         Damage{5, 9, MessageError::unknownKind},
                                          Damage{5, 255, MessageError::unknownKind},
                                          Damage{6, 19, MessageError::wrongLength},
                                          Damage{7, 1, MessageError::wrongLength},
@@ -96,6 +97,8 @@ INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
                                          Damage{5, 6, MessageError::impossibleField},
                                          // A heartbeat with a number and a display.
                                          Damage{5, 7, MessageError::impossibleField},
+                                         // A hand-over with a number.
+                                         Damage{5, 8, MessageError::impossibleField},
                                          // An answer about a display.
                                          Damage{5, 5, MessageError::impossibleField}));
 
