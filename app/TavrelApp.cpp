@@ -1,10 +1,13 @@
 #include "app/TavrelApp.h"
 
+#include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include <QApplication>
 #include <QSocketNotifier>
 
+#include "app/BringToFront.h"
 #include "app/MainWindow.h"
 #include "app/QuitRequests.h"
 #include "app/StartupFailure.h"
@@ -24,8 +27,14 @@ constexpr const char* unwritableStoreText =
 
 int TavrelApp::main(int argc, char** argv) {
     const TerminationSignals terminationSignals;
+    auto onlyCopy = becomeOnlyCopy();
+    if (onlyCopy == nullptr) {
+        return EXIT_SUCCESS;
+    }
     QApplication::setApplicationName(QStringLiteral("Tavrel"));
     QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
+    // By which a Linux desktop knows whose window it is, and which icon it has.
+    QGuiApplication::setDesktopFileName(QStringLiteral(TAVREL_APPLICATION_ID));
 
     std::optional<StartupFailure> startupFailure(std::in_place);
     QApplication application(argc, argv);
@@ -35,12 +44,13 @@ int TavrelApp::main(int argc, char** argv) {
     const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);
-    return TavrelApp().run(application);
+    return TavrelApp(std::move(onlyCopy)).run(application);
 }
 
-TavrelApp::TavrelApp()
+TavrelApp::TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy)
     : _appDelegate(composition_.platform(), composition_.hotKeys()),
-      quitSequence_(_appDelegate, composition_.switchOffGate(), composition_.quitHelp()) {}
+      quitSequence_(_appDelegate, composition_.switchOffGate(), composition_.quitHelp()),
+      onlyCopy_(std::move(onlyCopy)) {}
 
 int TavrelApp::run(QApplication& application) {
     const QuitRequests quitRequests(application, [this] { end(); });
@@ -66,6 +76,11 @@ int TavrelApp::run(QApplication& application) {
                          });
     }
     window.show();
+    onlyCopy_->serve(
+        composition_.platform().mainQueue,
+        {.activate = [&window](const std::string& token) { bringToFront(window, token); },
+         .wake = [this] { _controller->wakeAll(); },
+         .refresh = [this] { _controller->refresh(std::nullopt); }});
     return QApplication::exec();
 }
 

@@ -4,6 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Composition.h"
+#include "app/OnlyCopy.h"
 #include "app/QuitSequence.h"
 #include "controller/DisplayController.h"
 
@@ -18,7 +19,7 @@ public:
     static int main(int argc, char** argv);
 
 private:
-    TavrelApp();
+    explicit TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy);
     int run(QApplication& application);
     /// What is to be done before the process ends; only the first call does anything.
     void end();
@@ -27,6 +28,8 @@ private:
     AppDelegate _appDelegate;
     QuitSequence quitSequence_;
     std::shared_ptr<DisplayController> _controller;
+    /// Goes first, since others may call it until then.
+    const std::unique_ptr<OnlyCopy> onlyCopy_;
 };
 
 }  // namespace tavrel

@@ -5,12 +5,15 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "platform/Lid.h"
-#include "platform/posix/WakeUp.h"
+#include "platform/dbus/ConversationThread.h"
 
 namespace tavrel {
+
+namespace dbus {
+class LidConversation;
+}
 
 /// The lid by the word of the power services on the system's message bus. Open while there is
 /// no such bus, while it does not answer, and while no service on it knows of a lid.
@@ -32,19 +35,14 @@ public:
     void observe(std::function<void()> changed) override;
 
 private:
-    void run();
-    void converse();
     void setClosed(bool isClosed);
 
-    std::optional<std::string> busAddress_;
     std::atomic<bool> isClosed_ = false;
-    std::atomic<bool> isStopping_ = false;
     /// Held while the observer runs; recursive, so that it may end itself.
     std::recursive_mutex mutex_;
     std::function<void()> changed_;
-    WakeUp wakeUp_;
     /// Last, so that it finds all the others.
-    std::thread thread_;
+    dbus::ConversationThread<dbus::LidConversation> thread_;
 };
 
 }  // namespace tavrel

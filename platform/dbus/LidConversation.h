@@ -1,13 +1,12 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
-
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <string>
+
+#include "platform/dbus/Bus.h"
 
 namespace tavrel::dbus {
 
@@ -21,8 +20,8 @@ namespace tavrel::dbus {
 /// For one thread. Nothing here blocks, whatever the bus and the services do.
 class LidConversation {
 public:
-    /// `address` as the bus libraries write it; std::nullopt for the system's bus.
-    explicit LidConversation(const std::optional<std::string>& address);
+    /// `address` as the bus libraries write it.
+    explicit LidConversation(const std::string& address);
     LidConversation(const LidConversation&) = delete;
     LidConversation& operator=(const LidConversation&) = delete;
 
@@ -31,11 +30,6 @@ public:
     bool serve();
 
     /// What to poll for, and until when, before `serve` has something to do.
-    struct Wait {
-        int descriptor;
-        short events;
-        std::chrono::milliseconds timeout;
-    };
     Wait nextWait() const;
 
     /// The word of the services so far: false when neither has said that it is closed.
@@ -60,12 +54,6 @@ private:
         std::optional<bool> isClosed = std::nullopt;
     };
 
-    struct CloseBus {
-        /// Without sending what is still queued, which might take for ever.
-        void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-    };
-
-    bool open(const std::optional<std::string>& address);
     void listen();
     void ask();
     void planNextQuestion();
@@ -76,8 +64,7 @@ private:
 
     std::array<Word, 2> words_;
     Clock::time_point nextQuestion_ = Clock::now();
-    bool isOver_ = false;
-    std::unique_ptr<sd_bus, CloseBus> bus_;
+    Bus bus_;
 };
 
 }  // namespace tavrel::dbus

@@ -6,6 +6,7 @@
 
 #include "tests/e2e/Session.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/MessageBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/watchdog/Processes.h"
 
@@ -27,6 +28,17 @@ protected:
 
     std::vector<pid_t> watchdogs() const {
         return watchdog::processesOf(watchdogFile, "DISPLAY=" + desktop.displayName());
+    }
+
+    /// What was installed for a message bus, told where the program really is: elsewhere than
+    /// this build was configured for.
+    std::filesystem::path services() const {
+        const std::string file = TAVREL_APPLICATION_ID + std::string(".service");
+        std::string text = support::readFile(prefix.path() / INSTALLED_SERVICES / file);
+        const std::string configured = CONFIGURED_PROGRAM;
+        text.replace(text.find(configured), configured.size(), prefix.path() / INSTALLED_PROGRAM);
+        support::writeFile(home.path() / "services" / file, text);
+        return home.path() / "services";
     }
 
     support::TemporaryFolder prefix;
@@ -69,6 +81,36 @@ TEST_F(InstalledTest, AWatchdogThatCannotBeStartedAtFirstIsStartedLaterAndToldWh
     ASSERT_TRUE(support::waitUntil([&] { return watchdogs().size() == 1; }));
     session.application().process().signal(SIGKILL);
     EXPECT_TRUE(support::waitUntil([&] { return desktop.monitorsOn() == 3; }));
+}
+
+TEST_F(InstalledTest, TheMessageBusStartsItWhenAKeyOfTheDesktopWantsAllAwake) {
+    support::Environment environment = support::bareEnvironment();
+    environment["DISPLAY"] = desktop.displayName();
+    environment["QT_QPA_PLATFORM"] = "xcb";
+    environment["HOME"] = environment["XDG_RUNTIME_DIR"] = home.path();
+    environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nowhere";
+    const support::MessageBus bus(home.path(), "session", home.janitor(),
+                                  {.services = services(), .environment = environment});
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+
+    support::runToEnd({"gapplication", "action", TAVREL_APPLICATION_ID, "wake"}, environment);
+
+    const auto started = watchdog::processesOf(prefix.path() / INSTALLED_PROGRAM,
+                                               "DISPLAY=" + desktop.displayName());
+    ASSERT_THAT(started, SizeIs(1));
+    EXPECT_TRUE(support::waitUntil([&] {
+        return support::AppWindow::find(desktop.displayName(), started.front()).has_value();
+    }));
+    ::kill(started.front(), SIGTERM);
+    EXPECT_TRUE(support::waitUntil([&] { return watchdogs().empty(); }));
+}
+
+TEST_F(InstalledTest, ItsDesktopFileIsAsTheSpecificationWantsIt) {
+    const auto file =
+        prefix.path() / INSTALLED_DESKTOP_FILES / (TAVREL_APPLICATION_ID + std::string(".desktop"));
+    ASSERT_NE(support::readFile(file), "");
+
+    EXPECT_EQ(support::runToEnd({"desktop-file-validate", file}, support::bareEnvironment()), "");
 }
 
 }  // namespace

@@ -68,7 +68,8 @@ TEST_F(QuickFlipsTest, OfAllDisplaysBeforeTheWatchdogHasDoneOneLeaveOneOn) {
 TEST_F(QuickFlipsTest, InTwoApplicationsLeaveOneOn) {
     const support::UserHome secondHome;
     const pid_t firstWatchdog = run.watchdog();
-    Session second(run.desktop, secondHome);
+    const support::OtherSession otherSession(run.desktop.displayName());
+    Session second(run.desktop, secondHome, otherSession);
     ASSERT_TRUE(second.says("Found 3 displays"));
     SwitchCount count(run.desktop.displayName());
     std::vector<pid_t> watchdogs;

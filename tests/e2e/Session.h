@@ -8,6 +8,7 @@
 #include "tests/support/AccessibleWindow.h"
 #include "tests/support/AppProcess.h"
 #include "tests/support/AppWindow.h"
+#include "tests/support/OtherSession.h"
 #include "tests/support/VirtualDesktop.h"
 
 namespace tavrel::e2e {
@@ -24,6 +25,13 @@ public:
         : desktop_(desktop),
           application_(desktop, home, {.program = executable, .environment = environment}),
           accessible_(desktop.accessibilityBusAddress(), application_.pid()) {}
+
+    /// The same in another session of the desktop's user.
+    Session(const support::VirtualDesktop& desktop, const support::UserHome& home,
+            const support::OtherSession& session)
+        : desktop_(desktop),
+          application_(desktop, home, {.program = program, .environment = session.environment()}),
+          accessible_(session.accessibilityBusAddress(), application_.pid()) {}
 
     support::AppProcess& application() { return application_; }
     const support::AccessibleWindow& accessible() const { return accessible_; }

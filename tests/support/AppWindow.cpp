@@ -1,5 +1,6 @@
 #include "tests/support/AppWindow.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iosfwd>
 #include <ostream>
@@ -69,6 +70,19 @@ std::optional<AppWindow> AppWindow::find(const std::string& displayName, pid_t p
         }
     }
     return std::nullopt;
+}
+
+bool AppWindow::isAbove(const AppWindow& other) const {
+    const XConnection connection(displayName_);
+    const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+        connection.get(), xcb_query_tree(connection.get(), connection.root()), nullptr));
+    if (!tree) {
+        return false;
+    }
+    // The uppermost comes last.
+    const std::span windows(xcb_query_tree_children(tree.get()), tree->children_len);
+    const auto ours = std::find(windows.begin(), windows.end(), window_);
+    return ours != windows.end() && std::find(windows.begin(), ours, other.window_) != ours;
 }
 
 Bounds AppWindow::bounds() const {

@@ -33,6 +33,9 @@ public:
     static std::optional<AppWindow> find(const std::string& displayName, pid_t process);
 
     xcb_window_t id() const { return window_; }
+    /// Whether it hides `other` where they overlap.
+    bool isAbove(const AppWindow& other) const;
+
     /// Where it is now. Throws std::runtime_error when it is gone.
     Bounds bounds() const;
 

@@ -9,15 +9,16 @@ namespace tavrel::support {
 
 namespace {
 
-/// A session without activatable services, so that it starts no other program.
-std::string configuration(const std::string& address) {
+/// A session without the services of this computer, so that it starts none of its programs.
+std::string configuration(const std::string& address, const std::filesystem::path& services) {
+    const std::string serviceFolder =
+        services.empty() ? "" : "<servicedir>" + services.string() + "</servicedir>\n";
     return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
            "<busconfig>\n"
            "<type>session</type>\n"
            "<listen>" +
-           address +
-           "</listen>\n"
+           address + "</listen>\n" + serviceFolder +
            "<auth>EXTERNAL</auth>\n"
            "<policy context=\"default\">\n"
            "<allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
@@ -28,10 +29,11 @@ std::string configuration(const std::string& address) {
 }
 
 ChildProcess::Options daemonOptions(const std::filesystem::path& folder, const std::string& name,
-                                    const std::string& address) {
+                                    const std::string& address, const MessageBus::Options& bus) {
     const auto file = folder / (name + ".conf");
-    writeFile(file, configuration(address));
+    writeFile(file, configuration(address, bus.services));
     ChildProcess::Options options;
+    options.environment = bus.environment;
     options.command = {"dbus-daemon", "--nofork", "--config-file=" + file.string()};
     options.standardError = folder / (name + ".err");
     return options;
@@ -49,9 +51,9 @@ bool answers(const std::string& address) {
 }  // namespace
 
 MessageBus::MessageBus(const std::filesystem::path& folder, const std::string& name,
-                       Janitor& janitor)
+                       Janitor& janitor, const Options& options)
     : address_("unix:path=" + (folder / name).string()),
-      daemon_(daemonOptions(folder, name, address_)) {
+      daemon_(daemonOptions(folder, name, address_, options)) {
     janitor.watchGroup(daemon_.pid());
     if (!waitUntil([&] { return answers(address_); })) {
         throw std::runtime_error("no message bus:\n" + readFile(folder / (name + ".err")));
