@@ -11,6 +11,7 @@
 #include "app/MainWindow.h"
 #include "app/QuitRequests.h"
 #include "app/StartupFailure.h"
+#include "app/Tray.h"
 #include "app/WindowKeeper.h"
 #include "platform/posix/TerminationSignals.h"
 #include "ui/paint/Theme.h"
@@ -76,6 +77,10 @@ int TavrelApp::run(QApplication& application) {
                          });
     }
     window.show();
+    std::optional<Tray> tray;
+    if (auto trayHost = makeTrayHost(composition_.platform().mainQueue)) {
+        tray.emplace(window, _controller, std::move(trayHost));
+    }
     onlyCopy_->serve(
         composition_.platform().mainQueue,
         {.activate = [&window](const std::string& token) { bringToFront(window, token); },

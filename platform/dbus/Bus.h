@@ -27,7 +27,8 @@ struct UnrefMessage {
 };
 using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
 
-/// Begins to connect, without waiting for the bus. Null when there is none.
+/// Begins to connect, without waiting for the bus. Null when there is none. `address` as the bus
+/// libraries write it.
 Bus openBus(const std::string& address);
 
 /// A call to be sent; null when these are no names, or the connection is over.

@@ -32,22 +32,6 @@ bool isReady(sd_bus* bus, Clock::time_point deadline) {
 
 }  // namespace
 
-Bus openBus(const std::optional<std::string>& address) {
-    sd_bus* bus = nullptr;
-    if (!address.has_value()) {
-        const bool isOpen = sd_bus_open_user(&bus) >= 0;
-        Bus opened(bus);
-        return isOpen ? std::move(opened) : nullptr;
-    }
-    if (sd_bus_new(&bus) < 0) {
-        return nullptr;
-    }
-    Bus opened(bus);
-    const bool isOpen = sd_bus_set_address(bus, address->c_str()) >= 0 &&
-                        sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
-    return isOpen ? std::move(opened) : nullptr;
-}
-
 sd_bus* BusLink::bus(std::chrono::milliseconds timeout) {
     const auto deadline = Clock::now() + timeout;
     if (bus_ != nullptr && !isReady(bus_.get(), deadline)) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "platform/ServerPatience.h"
@@ -12,8 +11,8 @@ namespace tavrel {
 
 /// Which compositor, and how long to wait for its answers.
 struct GnomeOptions {
-    /// As the bus libraries write it; std::nullopt for the session's bus.
-    std::optional<std::string> busAddress = std::nullopt;
+    /// As the bus libraries write it; empty when there is none.
+    std::string busAddress = dbus::sessionBusAddress();
     /// How long it may take over each answer.
     std::chrono::milliseconds timeout = serverPatience;
 };
