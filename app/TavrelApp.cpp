@@ -24,9 +24,21 @@ constexpr const char* unwritableStoreText =
     "Your displays can’t be saved right now. Tavrel remembers them until it quits and keeps "
     "trying.";
 
+/// On a Wayland desktop the window is one of Wayland's, also where the toolkit would rather go
+/// through Xwayland; unless somebody has said otherwise.
+void preferWayland() {
+#ifndef Q_OS_MACOS
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "wayland;xcb");
+    }
+#endif
+}
+
 }  // namespace
 
 int TavrelApp::main(int argc, char** argv) {
+    preferWayland();
     const TerminationSignals terminationSignals;
     auto onlyCopy = becomeOnlyCopy();
     if (onlyCopy == nullptr) {

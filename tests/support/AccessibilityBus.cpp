@@ -56,11 +56,25 @@ std::string askForAccessibilityBus(const std::string& sessionAddress) {
 
 AccessibilityBus::AccessibilityBus(const std::filesystem::path& folder,
                                    const std::string& displayName, Janitor& janitor)
-    : session_(folder, "session", janitor),
-      launcher_(launcherOptions(folder, displayName, session_.address())) {
+    : session_(std::in_place, folder, "session", janitor),
+      sessionAddress_(session_->address()),
+      launcher_(launcherOptions(folder, displayName, sessionAddress_)) {
     janitor.watchGroup(launcher_.pid());
+    awaitAddress(folder);
+}
+
+AccessibilityBus::AccessibilityBus(const std::filesystem::path& folder,
+                                   const std::string& displayName,
+                                   const std::string& sessionAddress, Janitor& janitor)
+    : sessionAddress_(sessionAddress),
+      launcher_(launcherOptions(folder, displayName, sessionAddress_)) {
+    janitor.watchGroup(launcher_.pid());
+    awaitAddress(folder);
+}
+
+void AccessibilityBus::awaitAddress(const std::filesystem::path& folder) {
     const bool answered = waitUntil([&] {
-        accessibilityAddress_ = askForAccessibilityBus(session_.address());
+        accessibilityAddress_ = askForAccessibilityBus(sessionAddress_);
         return !accessibilityAddress_.empty();
     });
     if (!answered) {

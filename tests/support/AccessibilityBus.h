@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "tests/support/ChildProcess.h"
@@ -17,12 +18,18 @@ public:
     /// throws std::runtime_error when one does not.
     AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
                      Janitor& janitor);
+    /// The same, in the session of that bus.
+    AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
+                     const std::string& sessionAddress, Janitor& janitor);
 
-    const std::string& sessionAddress() const { return session_.address(); }
+    const std::string& sessionAddress() const { return sessionAddress_; }
     const std::string& accessibilityAddress() const { return accessibilityAddress_; }
 
 private:
-    MessageBus session_;
+    void awaitAddress(const std::filesystem::path& folder);
+
+    std::optional<MessageBus> session_;
+    std::string sessionAddress_;
     ChildProcess launcher_;
     std::string accessibilityAddress_;
 };

@@ -131,6 +131,12 @@ GnomeDesktop::Screen GnomeDesktop::screen(const std::string& connector) const {
     return found == all.end() ? Screen{.connector = connector} : *found;
 }
 
+std::string GnomeDesktop::preferredMode(const std::string& connector) {
+    return connector == "Meta-0"   ? "1920x1080@60.000"
+           : connector == "Meta-1" ? "1600x900@60.000"
+                                   : "1280x1024@60.000";
+}
+
 void GnomeDesktop::apply(const std::vector<Screen>& screens) const {
     const Variant state = currentState(bus_.address());
     GVariantBuilder logical;

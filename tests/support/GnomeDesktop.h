@@ -44,11 +44,13 @@ public:
     /// As in the WAYLAND_DISPLAY variable: a path.
     std::string displayName() const { return (folder_.path() / "wayland").string(); }
     const std::string& busAddress() const { return bus_.address(); }
-    const std::filesystem::path& folder() const { return folder_.path(); }
 
     /// What mutter itself says, in its order. Throws DBusError.
     std::vector<Screen> screens() const;
     Screen screen(const std::string& connector) const;
+
+    /// The mode of a monitor, which has only one.
+    static std::string preferredMode(const std::string& connector);
 
     /// Another program changes the layout, to those of `screens` that are on.
     void apply(const std::vector<Screen>& screens) const;

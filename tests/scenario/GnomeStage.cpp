@@ -1,0 +1,180 @@
+#include "tests/scenario/GnomeStage.h"
+
+#include <algorithm>
+#include <csignal>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "tests/scenario/AccessibleReading.h"
+#include "tests/support/WaitUntil.h"
+
+namespace tavrel::scenario {
+
+namespace {
+
+using support::AppProcess;
+using support::GnomeDesktop;
+using support::waitUntil;
+
+constexpr std::size_t displays = 3;
+
+std::string place(const GnomeDesktop::Screen& screen) {
+    std::ostringstream text;
+    text << screen;
+    return text.str().substr(screen.connector.size());
+}
+
+}  // namespace
+
+GnomeStage::GnomeStage(std::string program) : program_(std::move(program)) {
+    startApplication();
+    learnOutputs();
+    quitApplication();
+    home_.emplace();
+    serverAtFirst_ = server();
+    startApplication();
+}
+
+support::VirtualDesktop::Options GnomeStage::asideOptions() {
+    support::VirtualDesktop::Options options;
+    options.monitors = 1;
+    return options;
+}
+
+GnomeStage::~GnomeStage() {
+    application_.reset();
+}
+
+/// The application numbers displays in its own way, so it has to switch off one after the other.
+void GnomeStage::learnOutputs() {
+    for (Display display = 0; display < displays; ++display) {
+        flip(display);
+        std::vector<GnomeDesktop::Screen> screens;
+        const auto isOff = [](const GnomeDesktop::Screen& each) { return !each.isOn; };
+        if (!waitUntil([&] {
+                screens = desktop_.screens();
+                return std::count_if(screens.begin(), screens.end(), isOff) == 1;
+            })) {
+            throw std::runtime_error("switching a display off changes nothing at the compositor");
+        }
+        outputs_.push_back(std::find_if(screens.begin(), screens.end(), isOff)->connector);
+        flip(display);
+        waitUntil([&] {
+            screens = desktop_.screens();
+            return std::none_of(screens.begin(), screens.end(), isOff);
+        });
+    }
+}
+
+void GnomeStage::startApplication() {
+    application_.reset();
+    support::Environment environment;
+    environment["WAYLAND_DISPLAY"] = desktop_.displayName();
+    environment["DBUS_SESSION_BUS_ADDRESS"] = desktop_.busAddress();
+    environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
+    // It is to find out by itself.
+    environment["QT_QPA_PLATFORM"] = "";
+    const std::string& bus = accessibility_.accessibilityAddress();
+    application_ = std::make_unique<AppProcess>(
+        *home_, AppProcess::Options{.program = program_, .environment = environment});
+    accessible_ = std::make_unique<support::AccessibleWindow>(bus, application_->pid());
+    const bool isUp = waitUntil([&] {
+        const Window shown = window();
+        return shown.rows.size() == displays &&
+               std::none_of(shown.rows.begin(), shown.rows.end(),
+                            [](const Row& row) { return row.isBusy; });
+    });
+    if (!isUp) {
+        std::ostringstream shown;
+        shown << window();
+        throw std::runtime_error("the application does not come up: " + shown.str() +
+                                 application_->standardError());
+    }
+}
+
+void GnomeStage::quitApplication() {
+    application_->process().signal(SIGTERM);
+    if (application_->process().waitForEnd() != support::ChildProcess::Ending{0, std::nullopt}) {
+        throw std::runtime_error("the application does not quit: " + application_->standardError());
+    }
+}
+
+void GnomeStage::killApplication() {
+    application_->process().killFamily();
+}
+
+void GnomeStage::crashApplication() {
+    application_->process().signal(SIGKILL);
+    application_->process().waitForEnd();
+}
+
+void GnomeStage::flip(Display display) {
+    accessible_->actOn([&]() -> std::optional<support::AccessibleElement> {
+        auto found = findSwitch(accessible_->elements(), display);
+        return found;
+    });
+}
+
+void GnomeStage::press(const std::string& name) {
+    accessible_->actOn([&]() -> std::optional<support::AccessibleElement> {
+        auto button = accessible_->find(name);
+        return button && button->isEnabled() ? button : std::nullopt;
+    });
+}
+
+void GnomeStage::pressRefresh() {
+    press("Refresh displays");
+}
+
+void GnomeStage::pressWake() {
+    press("Wake both displays");
+}
+
+void GnomeStage::pressHotKey() {
+    throw std::logic_error("there is no hot key here");
+}
+
+void GnomeStage::switchElsewhere(const std::vector<Display>& which, bool on) {
+    std::vector<GnomeDesktop::Screen> screens = desktop_.screens();
+    for (const Display display : which) {
+        for (GnomeDesktop::Screen& screen : screens) {
+            if (screen.connector == outputs_.at(display)) {
+                screen.isOn = on;
+            }
+        }
+    }
+    // Side by side, as far as there are any.
+    int right = 0;
+    bool hasPrimary = false;
+    for (GnomeDesktop::Screen& screen : screens) {
+        if (screen.isOn) {
+            screen.mode =
+                screen.mode.empty() ? desktop_.preferredMode(screen.connector) : screen.mode;
+            screen.x = right;
+            screen.y = 0;
+            screen.isPrimary = !std::exchange(hasPrimary, true);
+            right += std::stoi(screen.mode);
+        }
+    }
+    desktop_.apply(screens);
+}
+
+Window GnomeStage::window() {
+    return readWindow(accessible_->elements());
+}
+
+std::vector<ServerDisplay> GnomeStage::server() {
+    std::vector<ServerDisplay> result;
+    for (const std::string& output : outputs_) {
+        const GnomeDesktop::Screen screen = desktop_.screen(output);
+        result.push_back({screen.isOn, screen.isOn ? place(screen) : ""});
+    }
+    return result;
+}
+
+bool GnomeStage::await(const std::function<bool()>& condition) {
+    return waitUntil(condition);
+}
+
+}  // namespace tavrel::scenario
