@@ -33,6 +33,7 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
     layout::LastSeen lastSeen_;

@@ -21,6 +21,7 @@ public:
     }
 
     std::unique_ptr<DisplayMoment> now() override { return std::make_unique<Moment>(); }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
     class Moment final : public DisplayMoment {
