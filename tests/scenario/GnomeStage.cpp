@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <csignal>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
+#include "platform/gnome/GnomeWindowServer.h"
 #include "tests/scenario/AccessibleReading.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/WaitUntil.h"
 
 namespace tavrel::scenario {
@@ -27,12 +30,8 @@ std::string place(const GnomeDesktop::Screen& screen) {
 
 }  // namespace
 
-GnomeStage::GnomeStage(std::string program) : program_(std::move(program)) {
-    startApplication();
-    learnOutputs();
-    quitApplication();
-    home_.emplace();
-    serverAtFirst_ = server();
+GnomeStage::GnomeStage(std::string program)
+    : program_(std::move(program)), outputs_(inOrderOfRows()), serverAtFirst_(server()) {
     startApplication();
 }
 
@@ -46,25 +45,21 @@ GnomeStage::~GnomeStage() {
     application_.reset();
 }
 
-/// The application numbers displays in its own way, so it has to switch off one after the other.
-void GnomeStage::learnOutputs() {
-    for (Display display = 0; display < displays; ++display) {
-        flip(display);
-        std::vector<GnomeDesktop::Screen> screens;
-        const auto isOff = [](const GnomeDesktop::Screen& each) { return !each.isOn; };
-        if (!waitUntil([&] {
-                screens = desktop_.screens();
-                return std::count_if(screens.begin(), screens.end(), isOff) == 1;
-            })) {
-            throw std::runtime_error("switching a display off changes nothing at the compositor");
-        }
-        outputs_.push_back(std::find_if(screens.begin(), screens.end(), isOff)->connector);
-        flip(display);
-        waitUntil([&] {
-            screens = desktop_.screens();
-            return std::none_of(screens.begin(), screens.end(), isOff);
-        });
+/// The application lists displays by number. The compositor lists them in the order it was told.
+std::vector<std::string> GnomeStage::inOrderOfRows() const {
+    SimulatedUserDefaults store;
+    GnomeWindowServer server(store, {.busAddress = desktop_.busAddress()});
+    const auto numbers = server.now()->allDisplays().value();
+    std::map<DisplayID, std::string> byNumber;
+    const auto screens = desktop_.screens();
+    for (std::size_t i = 0; i < screens.size(); ++i) {
+        byNumber.emplace(numbers.at(i), screens[i].connector);
     }
+    std::vector<std::string> connectors;
+    for (const auto& [number, connector] : byNumber) {
+        connectors.push_back(connector);
+    }
+    return connectors;
 }
 
 void GnomeStage::startApplication() {
@@ -77,7 +72,7 @@ void GnomeStage::startApplication() {
     environment["QT_QPA_PLATFORM"] = "";
     const std::string& bus = accessibility_.accessibilityAddress();
     application_ = std::make_unique<AppProcess>(
-        *home_, AppProcess::Options{.program = program_, .environment = environment});
+        home_, AppProcess::Options{.program = program_, .environment = environment});
     accessible_ = std::make_unique<support::AccessibleWindow>(bus, application_->pid());
     const bool isUp = waitUntil([&] {
         const Window shown = window();

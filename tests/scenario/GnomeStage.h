@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "tests/scenario/Stage.h"
@@ -46,14 +45,14 @@ public:
 
 private:
     static support::VirtualDesktop::Options asideOptions();
-    void learnOutputs();
+    std::vector<std::string> inOrderOfRows() const;
     void press(const std::string& name);
 
     std::string program_;
     /// For the accessibility service alone, which wants an X server.
     support::VirtualDesktop aside_{asideOptions()};
     support::GnomeDesktop desktop_;
-    std::optional<support::UserHome> home_{std::in_place};
+    support::UserHome home_;
     support::TemporaryFolder accessibilityFolder_;
     support::Janitor accessibilityJanitor_{accessibilityFolder_.path()};
     support::AccessibilityBus accessibility_{accessibilityFolder_.path(), aside_.displayName(),
