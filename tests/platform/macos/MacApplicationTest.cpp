@@ -37,6 +37,18 @@ protected:
         stage.mac().with([&](State& state) { state.refusals.*which = status; });
     }
 
+    /// This change, and the ones after it until there are so many, hang until they are let go.
+    void hangWhileSwitchingOffFirst(int changes) {
+        stage.mac().with([&](State& state) { state.changesToHang = changes; });
+        expectStory({userFlips(first), windowSays("Turning off External Display 1…")});
+        ASSERT_TRUE(support::waitUntil([&] {
+            return stage.mac().with([](State& state) { return state.hangingChanges > 0; });
+        }));
+    }
+    void letGo() {
+        stage.mac().with([](State& state) { state.changesToHang = state.hangingChanges = 0; });
+    }
+
     MacStage stage{3};
 };
 
@@ -120,6 +132,40 @@ TEST_F(MacApplicationTest, AtALogOutEverythingIsOnBeforeItAnswersWhetherItMayEnd
     EXPECT_EQ(stage.logOut(), 3U);
 
     EXPECT_TRUE(support::waitUntil([&] { return !stage.application().isRunning(); }));
+}
+
+TEST_F(MacApplicationTest, QuittingWithASwitchOffInFlightLeavesThatDisplayOn) {
+    hangWhileSwitchingOffFirst(1);
+
+    // Nobody listens to reports any more when the change is made.
+    stage.beginToQuit();
+    letGo();
+    stage.awaitQuit();
+
+    EXPECT_EQ(stage.server(), stage.serverAtFirst());
+}
+
+TEST_F(MacApplicationTest, QuittingWhileEveryChangeHangsLeavesTheRestToTheHelper) {
+    expectStory({userFlips(third), windowShowsOff(third)});
+    hangWhileSwitchingOffFirst(100);
+
+    stage.quitApplication();
+    EXPECT_FALSE(stage.server().at(third).isOn);
+    letGo();
+
+    EXPECT_TRUE(support::waitUntil([&] { return stage.server() == stage.serverAtFirst(); }));
+}
+
+TEST_F(MacApplicationTest, WakesWhatIsOffBesideAChangeThatHangsAndUndoesThat) {
+    expectStory({userFlips(third), windowShowsOff(third)});
+    hangWhileSwitchingOffFirst(1);
+
+    stage.pressWake();
+    expectStory({serverIsAsAtFirst(), windowSays("Both displays are on")});
+    letGo();
+
+    expectStory({windowSays("macOS couldn’t change the desktop display layout (error 1004)"),
+                 serverIsAsAtFirst(), windowShowsOn(first)});
 }
 
 TEST_F(MacApplicationTest, StartsAnewWhereThePreferenceIsOfAnotherKind) {

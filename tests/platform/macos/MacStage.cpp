@@ -92,7 +92,15 @@ void MacStage::startApplication() {
 }
 
 void MacStage::quitApplication() {
+    beginToQuit();
+    awaitQuit();
+}
+
+void MacStage::beginToQuit() {
     application_->signal(SIGTERM);
+}
+
+void MacStage::awaitQuit() {
     if (application_->waitForEnd() != ChildProcess::Ending{0, std::nullopt}) {
         fail("the application does not quit");
     }

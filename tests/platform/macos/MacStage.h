@@ -44,6 +44,9 @@ public:
 
     /// Clicks the window's red button. Returns false when there is no window.
     bool closeWindow();
+    /// The two halves of quitting: asks for it, and waits until it is done.
+    void beginToQuit();
+    void awaitQuit();
     /// The user logs out, and the system asks the application whether it may end. Returns how many
     /// displays are on when the application answers.
     std::size_t logOut();

@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/ReconfigurationReports.h"
 #include "tests/platform/macos/simulated/Calls.h"
 #include "tests/platform/macos/simulated/Desk.h"
 
@@ -17,25 +18,6 @@ namespace tavrel::simulatedMac {
 namespace {
 
 constexpr std::uint32_t unknown = 0xFFFFFFFF;
-
-/// What `answer` says of the display, or −1 if the server does not know it.
-template <typename Answer>
-std::uint32_t ask(CGDirectDisplayID id, const Answer& answer) {
-    return SharedState::ofThisProcess().with([&](State& state) -> std::uint32_t {
-        const Display* display = find(state, id);
-        const bool isKnown = display != nullptr && display->connected &&
-                             (display->enabled || display->whenOff != Display::WhenOff::vanishes);
-        return isKnown ? static_cast<std::uint32_t>(answer(*display)) : unknown;
-    });
-}
-
-boolean_t askWhether(CGDirectDisplayID id, bool Display::*holds) {
-    return static_cast<boolean_t>(ask(id, [&](const Display& each) { return each.*holds; }));
-}
-
-std::uint32_t askNumber(CGDirectDisplayID id, std::uint32_t Display::*number) {
-    return ask(id, [&](const Display& each) { return each.*number; });
-}
 
 using Callback = std::pair<CGDisplayReconfigurationCallBack, void*>;
 
@@ -49,6 +31,55 @@ struct Callbacks {
 Callbacks& callbacks() {
     static Callbacks callbacks;
     return callbacks;
+}
+
+/// The display as this process knows it. What is said of a change by another process is promised
+/// to be true only once the callback about it has been called, so until then it isn't. A process
+/// without a callback is told the truth.
+Display known(State& state, const Display& display) {
+    Display known = display;
+    {
+        const std::lock_guard lock(callbacks().mutex);
+        if (callbacks().all.empty()) {
+            return known;
+        }
+    }
+    const std::uint64_t size = state.reports.size();
+    const std::uint64_t oldest = state.reportCount > size ? state.reportCount - size : 0;
+    for (auto next = std::max(callbacks().delivered, oldest); next < state.reportCount; ++next) {
+        const Report& report = state.reports.at(next % size);
+        const bool isSwitch =
+            (report.flags & (displayChange::enabled | displayChange::disabled)) != 0;
+        if (report.display == display.id && report.madeBy != getpid() && isSwitch) {
+            // The first one that is not known yet says how it was before.
+            known.enabled = (report.flags & displayChange::disabled) != 0;
+            break;
+        }
+    }
+    return known;
+}
+
+/// What `answer` says of the display, or −1 if the server does not know it.
+template <typename Answer>
+std::uint32_t ask(CGDirectDisplayID id, const Answer& answer) {
+    return SharedState::ofThisProcess().with([&](State& state) -> std::uint32_t {
+        const Display* display = find(state, id);
+        if (display == nullptr || !display->connected) {
+            return unknown;
+        }
+        const Display each = known(state, *display);
+        return each.enabled || each.whenOff != Display::WhenOff::vanishes
+                   ? static_cast<std::uint32_t>(answer(each))
+                   : unknown;
+    });
+}
+
+boolean_t askWhether(CGDirectDisplayID id, bool Display::*holds) {
+    return static_cast<boolean_t>(ask(id, [&](const Display& each) { return each.*holds; }));
+}
+
+std::uint32_t askNumber(CGDirectDisplayID id, std::uint32_t Display::*number) {
+    return ask(id, [&](const Display& each) { return each.*number; });
 }
 
 }  // namespace
@@ -100,7 +131,7 @@ CGError CGGetOnlineDisplayList(std::uint32_t maxDisplays, CGDirectDisplayID* dis
         }
         std::vector<CGDirectDisplayID> online;
         for (const Display& each : state.displays) {
-            if (each.id != 0 && each.connected && each.enabled) {
+            if (each.id != 0 && each.connected && known(state, each).enabled) {
                 online.push_back(each.id);
             }
         }

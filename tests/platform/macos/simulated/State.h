@@ -81,6 +81,10 @@ struct State {
     Refusals refusals{};
     /// How many more entries a list claims to have written than it has; fewer if negative.
     std::int32_t claimedTooMany = 0;
+    /// How many of the next changes hang before they are made, and how many do. With the second
+    /// set to 0, all go on.
+    int changesToHang = 0;
+    int hangingChanges = 0;
     /// Whether the private entry points are there.
     bool hasEntryPoints = true;
     /// All reports ever made are numbered. The newest are here, each at its number modulo

@@ -156,6 +156,15 @@ CGError CGCompleteDisplayConfiguration(CGDisplayConfigRef configuration, CGConfi
         return static_cast<CGError>(status);
     }
     SharedState& mac = SharedState::ofThisProcess();
+    const bool hangs = mac.with([](State& each) {
+        const bool isOne = each.changesToHang > 0;
+        each.changesToHang -= isOne ? 1 : 0;
+        each.hangingChanges += isOne ? 1 : 0;
+        return isOne;
+    });
+    while (hangs && mac.with([](State& each) { return each.hangingChanges > 0; })) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     report(mac.with([&](State& each) { return begin(each, transaction->changes, getpid()); }));
     report(mac.with([&](State& each) { return complete(each, transaction->changes, getpid()); }));
     return kCGErrorSuccess;
