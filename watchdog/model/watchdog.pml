@@ -11,7 +11,7 @@
  * anything more.
  *
  * scripts/check-model runs it: as it is; with a fault planted, -DFORGETS, -DGOODBYE or -DUNREPEATED; with
- * -DRESCUES=1; and with
+ * -DRESCUES=1; with an application that always quits in the end, -DQUITS; and with
  * a claim that goes too far, -DLIMIT=1 to 5.
  */
 
@@ -518,7 +518,9 @@ init {
     atomic {
         if
         :: mayQuit = true
+#ifndef QUITS
         :: mayQuit = false
+#endif
         fi;
         run Watchdog(0);
         run Watchdog(1)
