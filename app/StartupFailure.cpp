@@ -10,6 +10,16 @@ namespace tavrel {
 
 namespace {
 
+#ifdef Q_OS_MACOS
+/// A Mac always has a display server. What is missing is a part of the application, and the
+/// toolkit says which.
+void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+    std::fprintf(stderr, "tavrel: %s\n", qPrintable(message));
+    if (type == QtFatalMsg) {
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+#else
 void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
                    const QString& /*message*/) {
     if (type != QtFatalMsg) {
@@ -20,6 +30,7 @@ void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
                  display == nullptr ? "" : display);
     std::_Exit(EXIT_FAILURE);
 }
+#endif
 
 }  // namespace
 

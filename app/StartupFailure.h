@@ -4,8 +4,9 @@
 
 namespace tavrel {
 
-/// While it exists, a toolkit that cannot start because there is no display server ends
-/// the process with one plain line and status 1 instead of an abort and a core dump. For
+/// While it exists, a toolkit that cannot start ends the process with status 1 instead of an
+/// abort and a core dump: with one plain line where that is for want of a display server, on a
+/// Mac with what the toolkit itself says. For
 /// the time until the application object exists; one at a time, main thread only.
 class StartupFailure {
 public:

@@ -27,6 +27,12 @@ install(TARGETS display-watchdog RUNTIME DESTINATION ${bundle}/Contents/MacOS)
 qt_generate_deploy_app_script(TARGET tavrel OUTPUT_SCRIPT deploy_script
   NO_UNSUPPORTED_PLATFORM_ERROR)
 install(SCRIPT ${deploy_script})
+# Of what was deployed, only what is needed stays, and what stays says on which macOS it runs.
+foreach(work prune check minimum)
+  install(CODE "execute_process(
+    COMMAND \"${PROJECT_SOURCE_DIR}/scripts/mac-bundle\" ${work} \"\${CMAKE_INSTALL_PREFIX}/${bundle}\"
+    COMMAND_ERROR_IS_FATAL ANY)")
+endforeach()
 # Last, since it seals all that came before.
 install(CODE "execute_process(
   COMMAND \"${PROJECT_SOURCE_DIR}/scripts/sign-mac\" \"\${CMAKE_INSTALL_PREFIX}/${bundle}\"
@@ -37,5 +43,7 @@ set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-${CMAKE_OSX_ARCHITECTURES})
 set(CPACK_PACKAGE_ICON ${icon})
+# The system's tool for images now and then finds its own disk busy.
+set(CPACK_COMMAND_HDIUTIL ${PROJECT_SOURCE_DIR}/scripts/hdiutil-again)
 set(CPACK_DMG_VOLUME_NAME ${PROJECT_NAME})
 include(CPack)
