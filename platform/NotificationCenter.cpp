@@ -29,10 +29,10 @@ void NotificationCenter::post(std::string_view name) {
     const std::lock_guard lock(mutex_);
     for (const auto& [token, observer] : observers_) {
         if (observer->name == name) {
-            mainQueue_.async([observer = observer] {
-                if (observer->block != nullptr) {
+            mainQueue_.async([posted = observer] {
+                if (posted->block != nullptr) {
                     // The block may remove its own observer.
-                    const auto block = observer->block;
+                    const auto block = posted->block;
                     block();
                 }
             });
