@@ -58,7 +58,11 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& h
         menu->setFont(menuFont);
     }
 
-    const auto showWhetherHeld = [view, &hotKeys] { view->setWakeShortcutWorks(hotKeys.isHeld()); };
+    const auto showWhetherHeld = [view, &hotKeys] {
+        view->setWakeShortcut({.works = hotKeys.isHeld(),
+                               .keys = QString::fromStdString(hotKeys.boundTo()).simplified(),
+                               .isUpToTheDesktop = hotKeys.isUpToTheDesktop()});
+    };
     heldObserver_ = hotKeys.observeHeld(showWhetherHeld);
     showWhetherHeld();
 #endif

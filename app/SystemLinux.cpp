@@ -6,13 +6,14 @@
 
 #include "app/System.h"
 #include "platform/LidAwareDisplays.h"
+#include "platform/dbus/Bus.h"
 #include "platform/dbus/DBusLid.h"
+#include "platform/dbus/PortalHotKeys.h"
 #include "platform/posix/BufferedUserDefaults.h"
 #include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/session/LinuxWindowServer.h"
-#include "platform/session/NoWindowServer.h"
 #include "platform/x11/hotkeys/X11HotKeys.h"
 
 namespace tavrel {
@@ -69,7 +70,10 @@ public:
         if (kind_ == session::WindowServerKind::x11) {
             return std::make_unique<X11HotKeys>(mainQueue);
         }
-        return std::make_unique<NoHotKeys>();
+        return std::make_unique<PortalHotKeys>(
+            mainQueue, PortalHotKeys::Options{.busAddress = dbus::sessionBusAddress(),
+                                              .applicationId = TAVREL_APPLICATION_ID,
+                                              .description = "Wake Both Displays"});
     }
     std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
         return std::make_unique<ThreadBackgroundQueue>();

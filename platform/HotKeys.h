@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "platform/MainQueue.h"
 
@@ -52,9 +53,17 @@ public:
     /// Whether the registered chord reaches this application now.
     virtual bool isHeld() const = 0;
 
-    /// Runs `changed` on the main thread each time `isHeld` may have changed by itself. Returns
-    /// null where it never does, because what was accepted stays held.
+    /// Runs `changed` on the main thread each time `isHeld` or `boundTo` may have changed by
+    /// itself. Returns null where they never do, because what was accepted stays held.
     virtual std::unique_ptr<Handle> observeHeld(Task changed) = 0;
+
+    /// The keys that the user has bound in place of the registered chord, in the system's words;
+    /// empty where it is that chord.
+    virtual std::string boundTo() const { return {}; }
+
+    /// Whether the desktop gives hot keys, at its user's word, so that a chord which is not held
+    /// is neither another program's nor the keyboard's doing.
+    virtual bool isUpToTheDesktop() const { return false; }
 };
 
 }  // namespace tavrel

@@ -32,9 +32,9 @@ public:
     explicit DisplayControlView(std::shared_ptr<DisplayController> controller,
                                 QWidget* parent = nullptr);
 
-    /// Says whether the hot key works, which is shown beside the wake button. It is taken to
-    /// work until this is called.
-    void setWakeShortcutWorks(bool works) { footer_.setWakeShortcutWorks(works); }
+    /// Says how the hot key fares, which is shown beside the wake button. It is taken to work
+    /// until this is called.
+    void setWakeShortcut(const WakeShortcut& shortcut) { footer_.setWakeShortcut(shortcut); }
 
     QSize sizeHint() const override { return contentSize; }
 

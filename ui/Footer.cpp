@@ -40,8 +40,12 @@ void Footer::update(const std::string& statusMessage,
     focus.setEnabled(*wake_, canWake);
 }
 
-void Footer::setWakeShortcutWorks(bool works) {
-    wake_->setShortcutWorks(works, works ? QString() : texts::wakeShortcutNotHeld.toString());
+void Footer::setWakeShortcut(const WakeShortcut& shortcut) {
+    wake_->setShortcutHint(shortcut.keys.isEmpty() ? texts::wakeShortcutHint.toString()
+                                                   : shortcut.keys);
+    const QStringView trouble =
+        shortcut.isUpToTheDesktop ? texts::wakeShortcutNotGiven : texts::wakeShortcutNotHeld;
+    wake_->setShortcutWorks(shortcut.works, shortcut.works ? QString() : trouble.toString());
 }
 
 void Footer::showDot(bool isRefreshing) {

@@ -10,6 +10,15 @@
 
 namespace tavrel {
 
+/// How the hot key fares that does what the wake button does.
+struct WakeShortcut {
+    bool works = true;
+    /// What it is instead of the usual one, in the desktop's words; empty for that one.
+    QString keys = {};
+    /// Whether only the desktop gives hot keys.
+    bool isUpToTheDesktop = false;
+};
+
 /// The status line, or in its place the error line, above the wake button. `view`
 /// owns the widgets.
 class Footer {
@@ -22,8 +31,7 @@ public:
     void update(const std::string& statusMessage, const std::optional<std::string>& errorMessage,
                 bool isRefreshing, bool canWake, FocusKeeper& focus);
 
-    /// Whether the hot key that the wake button names does what the button does.
-    void setWakeShortcutWorks(bool works);
+    void setWakeShortcut(const WakeShortcut& shortcut);
 
     int heightForWidth(int width) const;
     /// Fills the bottom of `column`.

@@ -15,6 +15,10 @@ inline constexpr QStringView wakeShortcutNotHeld =
     u"⌃⌥⌘W doesn’t work at the moment: another program is using it, or this keyboard lacks one of "
     u"its keys";
 
+inline constexpr QStringView wakeShortcutNotGiven =
+    u"This desktop gives Tavrel no hot key. Bind a key to: gapplication "
+    u"action " TAVREL_APPLICATION_ID u" wake";
+
 inline constexpr QStringView mustStayOn = u"Must stay on";
 inline constexpr QStringView atLeastOneMustStayOn = u"At least one display must stay on";
 

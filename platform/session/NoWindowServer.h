@@ -2,7 +2,6 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
-#include "platform/HotKeys.h"
 #include "platform/ReconfigurationReports.h"
 
 namespace tavrel {
@@ -50,17 +49,6 @@ public:
                                 void* /*userInfo*/) override {
         return serverStatus::illegalArgument;
     }
-};
-
-/// A desktop that lets no program claim keys for itself.
-class NoHotKeys final : public HotKeys {
-public:
-    std::unique_ptr<Handle> installEventHandler(Task /*pressed*/) override { return nullptr; }
-    std::unique_ptr<Handle> registerHotKey(const HotKeyRegistration& /*hotKey*/) override {
-        return nullptr;
-    }
-    bool isHeld() const override { return false; }
-    std::unique_ptr<Handle> observeHeld(Task /*changed*/) override { return nullptr; }
 };
 
 }  // namespace tavrel

@@ -129,6 +129,22 @@ TEST_F(MainWindowTest, AHotKeyThatIsNotHeldIsDimmedAndExplainedForAsLongAsThatLa
     system.hotKeys.setTaken(false);
     EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.48), std::string()));
 }
+
+TEST_F(MainWindowTest, WhatTheDesktopBindsIsShownAsSoonAsThatIsKnown) {
+    const auto chord = system.hotKeys.registerHotKey(support::wakeChord);
+    const auto hint = [&] {
+        return window->findChild<WakeButton*>()->findChild<Label*>()->text().toStdString();
+    };
+    EXPECT_EQ(hint(), "⌃⌥⌘W");
+
+    system.hotKeys.bindInstead(" Super+\nF9 ");
+    EXPECT_EQ(hint(), "Super+ F9");
+
+    system.hotKeys.bindInstead("");
+    EXPECT_EQ(hint(), "⌃⌥⌘W");
+    EXPECT_THAT(window->findChild<WakeButton*>()->toolTip().toStdString(),
+                testing::HasSubstr("gapplication action"));
+}
 #endif
 
 TEST_F(MainWindowTest, WakeBothDisplaysWakesOnceWithoutTheNotification) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,16 @@ public:
     std::unique_ptr<Handle> observeHeld(Task changed) override {
         heldChanged_ = std::move(changed);
         return std::make_unique<Claim>([this] { heldChanged_ = nullptr; });
+    }
+
+    std::string boundTo() const override { return boundTo_; }
+    bool isUpToTheDesktop() const override { return isUpToTheDesktop_; }
+
+    /// From now on it is a desktop that gives the chord, or these keys in its place.
+    void bindInstead(std::string keys) {
+        isUpToTheDesktop_ = true;
+        boundTo_ = std::move(keys);
+        setTaken(boundTo_.empty());
     }
 
     /// Another program takes the chord, or lets it go.
@@ -76,6 +87,8 @@ private:
     bool acceptsHotKey_ = true;
     bool isRegistered_ = false;
     bool isTaken_ = false;
+    std::string boundTo_;
+    bool isUpToTheDesktop_ = false;
     std::vector<HotKeyRegistration> requests_;
 };
 

@@ -198,7 +198,7 @@ TEST_F(ViewPaintTest, AHotKeyThatDoesNotWorkIsAtHalfStrengthAndExplained) {
     open({builtInDisplay(true)});
     EXPECT_EQ(wakeButton().toolTip(), "");
 
-    view->setWakeShortcutWorks(false);
+    view->setWakeShortcut({.works = false});
     EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24));
     EXPECT_THAT(wakeButton().toolTip().toStdString(), testing::StartsWith("⌃⌥⌘W doesn’t work"));
     EXPECT_TRUE(wakeButton().isEnabled());
@@ -207,9 +207,32 @@ TEST_F(ViewPaintTest, AHotKeyThatDoesNotWorkIsAtHalfStrengthAndExplained) {
     EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24)) << "not weaker for being disabled too";
 
     setDisplays({builtInDisplay(true)});
-    view->setWakeShortcutWorks(true);
+    view->setWakeShortcut({.works = true});
     EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.48));
     EXPECT_EQ(wakeButton().toolTip(), "");
+}
+
+TEST_F(ViewPaintTest, WhatTheDesktopHasBoundInsteadIsTheHintAndNothingBoundIsExplained) {
+    open({builtInDisplay(true)});
+
+    view->setWakeShortcut({.works = true, .keys = "Super+F9", .isUpToTheDesktop = true});
+    EXPECT_EQ(text("Super+F9")->color(), theme::white(0.48));
+    EXPECT_EQ(text("Super+F9")->visibleLines(), QStringList("Super+F9"));
+    EXPECT_EQ(wakeButton().toolTip(), "");
+
+    view->setWakeShortcut({.works = false, .isUpToTheDesktop = true});
+    EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24));
+    EXPECT_THAT(wakeButton().toolTip().toStdString(),
+                testing::EndsWith("gapplication action io.github.tavrel.Tavrel wake"));
+}
+
+TEST_F(ViewPaintTest, AHotKeyOfManyWordsLeavesTheWakeButtonsLabelAlone) {
+    open({builtInDisplay(true)});
+    const QString words = QString("Press ").repeated(40);
+
+    view->setWakeShortcut({.works = true, .keys = words, .isUpToTheDesktop = true});
+
+    EXPECT_LE(text(words)->width(), wakeButton().width() / 2);
 }
 
 TEST_F(ViewPaintTest, TheWakeButtonIsFilledAndAtHalfStrengthWhenDisabled) {

@@ -47,13 +47,23 @@ void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
     labelFont_.draw(painter, {icon.right() + iconSpacing, baseline}, text());
 }
 
+void WakeButton::setShortcutHint(const QString& hint) {
+    hint_->setText(hint);
+    placeHint();
+}
+
 void WakeButton::resizeEvent(QResizeEvent* event) {
-    const QSize size = hint_->sizeHint();
+    placeHint();
+    Control::resizeEvent(event);
+}
+
+void WakeButton::placeHint() {
     const QRect place = face();
+    // A desktop's words may be long; the label comes first.
+    const QSize size = hint_->sizeHint().boundedTo({place.width() / 2, place.height()});
     hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width(),
                        place.top() + (place.height() - size.height()) / 2, size.width(),
                        size.height());
-    Control::resizeEvent(event);
 }
 
 void WakeButton::changeEvent(QEvent* event) {

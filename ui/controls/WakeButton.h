@@ -16,6 +16,9 @@ public:
 
     static constexpr int faceHeight = 42;
 
+    /// Names the hot key that does the same; cut where there is no room.
+    void setShortcutHint(const QString& hint);
+
     /// A hot key that does not work is dimmed, and `explanation`, empty for one that works, is
     /// the button's tooltip.
     void setShortcutWorks(bool works, const QString& explanation);
@@ -27,6 +30,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void placeHint();
     void colorHint();
 
     DesignFont labelFont_;

@@ -26,14 +26,5 @@ TEST(NoWindowServerTest, ListsNothingOfItsOwnAndMissesNothing) {
     EXPECT_TRUE(moment->isActive(remembered));
 }
 
-TEST(NoHotKeysTest, AreNotHeld) {
-    NoHotKeys hotKeys;
-
-    EXPECT_EQ(hotKeys.installEventHandler([] {}), nullptr);
-    EXPECT_EQ(hotKeys.registerHotKey({}), nullptr);
-    EXPECT_EQ(hotKeys.observeHeld([] {}), nullptr);
-    EXPECT_FALSE(hotKeys.isHeld());
-}
-
 }  // namespace
 }  // namespace tavrel
