@@ -27,7 +27,9 @@ ChildProcess::Options launcherOptions(const std::filesystem::path& folder,
     std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
     ChildProcess::Options options;
     options.command = {launcherProgram(), "--launch-immediately", "--a11y=1"};
-    options.environment["DISPLAY"] = displayName;
+    if (!displayName.empty()) {
+        options.environment["DISPLAY"] = displayName;
+    }
     options.environment["DBUS_SESSION_BUS_ADDRESS"] = sessionAddress;
     options.environment["HOME"] = folder.string();
     options.environment["XDG_RUNTIME_DIR"] = runtime.string();

@@ -14,8 +14,9 @@ namespace tavrel::support {
 /// switched on, so that programs started in it describe their windows.
 class AccessibilityBus {
 public:
-    /// Keeps its files in `folder`, which must outlive it. Blocks until both buses answer;
-    /// throws std::runtime_error when one does not.
+    /// Keeps its files in `folder`, which must outlive it. `displayName` is that of the X server;
+    /// empty where there is none. Blocks until both buses answer; throws std::runtime_error when
+    /// one does not.
     AccessibilityBus(const std::filesystem::path& folder, const std::string& displayName,
                      Janitor& janitor);
     /// The same, in the session of that bus.

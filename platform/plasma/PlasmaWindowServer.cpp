@@ -1,0 +1,66 @@
+#include "platform/plasma/PlasmaWindowServer.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+
+#include "platform/layout/LayoutMoment.h"
+#include "platform/plasma/switching/LayoutSwitch.h"
+#include "platform/plasma/switching/PlasmaLayoutServer.h"
+
+namespace tavrel {
+
+namespace {
+
+using LastWord = layout::LastWord<layout::Layout>;
+
+LastWord::MakeAsk askingServer(const PlasmaServerOptions& options) {
+    return [options] {
+        return [link = std::make_shared<plasma::ServerLink>(options)](
+                   bool /*isToProbe*/) -> std::optional<LastWord::Answer> {
+            if (const plasma::Session* session = link->session()) {
+                return LastWord::Answer{
+                    .word = std::make_shared<const layout::Layout>(session->outputs->layout())};
+            }
+            return link->isKnownToBeGone() ? std::optional(LastWord::Answer{}) : std::nullopt;
+        };
+    };
+}
+
+}  // namespace
+
+bool isPlasmaOffered(const std::optional<std::string>& displayName) {
+    constexpr std::chrono::seconds patience{2};
+    plasma::ServerLink link({.displayName = displayName, .timeout = patience});
+    if (link.session() != nullptr) {
+        return true;
+    }
+    const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+    return !link.isKnownToBeGone() && desktop != nullptr &&
+           std::string_view(desktop).find("KDE") != std::string_view::npos;
+}
+
+PlasmaWindowServer::PlasmaWindowServer(UserDefaults& store, const PlasmaServerOptions& options)
+    : lastWord_(askingServer(options), options.timeout), changeLink_(options), remembered_(store) {}
+
+bool PlasmaWindowServer::canSwitch() {
+    return lastWord_.ask(false).word != nullptr;
+}
+
+ServerStatus PlasmaWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
+    const std::lock_guard lock(changeMutex_);
+    plasma::PlasmaLayoutServer server(changeLink_);
+    return plasma::switchDisplay(server, remembered_, lastSeen_, display, enabled);
+}
+
+std::unique_ptr<DisplayMoment> PlasmaWindowServer::now() {
+    const LastWord::Answer answer = lastWord_.ask(false);
+    if (answer.word == nullptr) {
+        return layout::silentMoment(std::nullopt, answer.isFresh);
+    }
+    plasma::noteSeen(lastSeen_, *answer.word);
+    return layout::momentOf(*answer.word, answer.isFresh);
+}
+
+}  // namespace tavrel

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <plasma-outputs-client.h>
+#include <wayland-client.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/DisplayID.h"
+#include "platform/layout/Layout.h"
+#include "platform/plasma/connection/Connection.h"
+#include "platform/plasma/connection/OutputDevice.h"
+
+namespace tavrel::plasma {
+
+/// All outputs that a Plasma server describes, kept up to date while their connection passes
+/// events on. To be used by the connection's thread.
+class Outputs {
+public:
+    /// Begins to listen; what there is has been said after two round trips. `connection` must
+    /// outlive it.
+    explicit Outputs(Connection& connection);
+    ~Outputs();
+    Outputs(const Outputs&) = delete;
+    Outputs& operator=(const Outputs&) = delete;
+
+    /// Whether the server lets its outputs be configured; it may have none at the moment.
+    bool canConfigure() const { return management_ != nullptr; }
+
+    /// What the server shows, by all it has said until now.
+    layout::Layout layout() const;
+
+    /// The device that is this display in `layout`; null when there is none.
+    const OutputDevice* find(DisplayID display) const;
+
+    /// Grows with each description, order or removal.
+    std::uint64_t changes() const;
+
+    /// The displays that are on, in the order in which the server gives them its panels, the
+    /// primary one first. Empty where it says nothing of an order.
+    std::vector<DisplayID> order() const;
+
+    /// Null when the server offers none.
+    kde_output_management_v2* management() const { return management_; }
+
+private:
+    struct Listeners;
+
+    void take(std::uint32_t name, std::string_view interface, std::uint32_t version);
+    void lose(std::uint32_t name);
+    void addDevice(kde_output_device_v2* device, std::uint32_t name);
+    std::vector<DisplayID> orderIn(const layout::Layout& layout) const;
+    /// Those that are described, and have not gone.
+    std::vector<const OutputDevice*> present() const;
+
+    wl_registry* registry_;
+    kde_output_management_v2* management_ = nullptr;
+    kde_output_device_registry_v2* deviceRegistry_ = nullptr;
+    kde_output_order_v1* order_ = nullptr;
+    std::vector<std::unique_ptr<OutputDevice>> devices_;
+    /// The connectors of what is on, the primary one first; std::nullopt until the server says.
+    std::optional<std::vector<std::string>> orderOfOutputs_;
+    std::vector<std::string> nextOrder_;
+    std::uint64_t changes_ = 0;
+};
+
+}  // namespace tavrel::plasma

@@ -1,0 +1,143 @@
+#include "tests/support/PlasmaDesktop.h"
+
+#include <algorithm>
+#include <csignal>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+
+#include "tests/support/DBus.h"
+#include "tests/support/WaitUntil.h"
+
+namespace tavrel::support {
+
+namespace {
+
+constexpr const char* installed = "/usr/bin/kwin_wayland";
+
+std::string supportInformation(const std::string& bus) {
+    const DBus connection(bus);
+    const Variant answer =
+        connection.call("org.kde.KWin", "/KWin", "org.kde.KWin", "supportInformation");
+    const char* text = nullptr;
+    g_variant_get(answer.get(), "(&s)", &text);
+    return text;
+}
+
+std::string valueOf(const std::string& line) {
+    const std::size_t colon = line.find(": ");
+    return colon == std::string::npos ? std::string() : line.substr(colon + 2);
+}
+
+std::vector<PlasmaDesktop::Screen> readScreens(const std::string& information) {
+    std::vector<PlasmaDesktop::Screen> screens;
+    std::istringstream lines(information);
+    bool isInScreen = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("Screen ")) {
+            screens.emplace_back();
+            isInScreen = true;
+        } else if (line.empty()) {
+            isInScreen = false;
+        } else if (isInScreen && line.starts_with("Name: ")) {
+            screens.back().name = valueOf(line);
+        } else if (isInScreen && line.starts_with("Enabled: ")) {
+            screens.back().isOn = valueOf(line) == "1";
+        } else if (isInScreen && line.starts_with("Geometry: ")) {
+            screens.back().geometry = valueOf(line);
+        } else if (isInScreen && line.starts_with("Scale: ")) {
+            screens.back().scale = valueOf(line);
+        }
+    }
+    return screens;
+}
+
+}  // namespace
+
+bool PlasmaDesktop::isInstalled() {
+    return std::filesystem::exists(installed);
+}
+
+PlasmaDesktop::PlasmaDesktop(int outputs)
+    : outputs_(outputs), janitor_(folder_.path()), bus_(folder_.path(), "bus", janitor_) {
+    // The packaged file has a capability that not everybody may use. A copy has none; it must be
+    // called the same, by which its plug-ins recognise it.
+    std::filesystem::create_directories(folder_.path() / "bin");
+    std::filesystem::copy_file(installed, folder_.path() / "bin" / "kwin_wayland");
+    start();
+}
+
+PlasmaDesktop::~PlasmaDesktop() {
+    kill();
+}
+
+void PlasmaDesktop::start() {
+    Environment environment = bareEnvironment();
+    environment["HOME"] = folder_.path().string();
+    environment["XDG_RUNTIME_DIR"] = folder_.path().string();
+    environment["XDG_CONFIG_HOME"] = (folder_.path() / "config").string();
+    environment["XDG_CACHE_HOME"] = (folder_.path() / "cache").string();
+    environment["XDG_DATA_HOME"] = (folder_.path() / "data").string();
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
+    // Painted by the processor, and not by a pretended graphics card: quick to start.
+    environment["KWIN_COMPOSE"] = "Q";
+    const auto errors = folder_.path() / "kwin.err";
+    compositor_ = std::make_unique<ChildProcess>(ChildProcess::Options{
+        .command = {(folder_.path() / "bin" / "kwin_wayland").string(), "--virtual",
+                    "--output-count", std::to_string(outputs_), "--no-lockscreen",
+                    "--no-global-shortcuts", "--socket", "wayland"},
+        .environment = environment,
+        .standardOutput = {},
+        .standardError = errors,
+        .descriptorThree = -1});
+    janitor_.watchGroup(compositor_->pid());
+    const bool isUp = waitUntil([&] {
+        try {
+            return compositor_->isRunning() && std::filesystem::exists(displayName()) &&
+                   !screens().empty();
+        } catch (const DBusError&) {
+            return !compositor_->isRunning();
+        }
+    });
+    if (!isUp || !compositor_->isRunning()) {
+        throw std::runtime_error("KWin did not come up:\n" + readFile(errors));
+    }
+}
+
+std::vector<PlasmaDesktop::Screen> PlasmaDesktop::screens() const {
+    return readScreens(supportInformation(bus_.address()));
+}
+
+PlasmaDesktop::Screen PlasmaDesktop::screen(const std::string& name) const {
+    const std::vector<Screen> all = screens();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const Screen& each) { return each.name == name; });
+    return found == all.end() ? Screen{name, false, {}, {}} : *found;
+}
+
+void PlasmaDesktop::pause() const {
+    compositor_->signal(SIGSTOP);
+}
+
+void PlasmaDesktop::resume() const {
+    compositor_->signal(SIGCONT);
+}
+
+void PlasmaDesktop::kill() {
+    if (compositor_ == nullptr) {
+        return;
+    }
+    const pid_t leader = compositor_->pid();
+    compositor_->killFamily();
+    compositor_.reset();
+    janitor_.forgetGroup(leader);
+    std::filesystem::remove(displayName());
+    std::filesystem::remove(displayName() + ".lock");
+}
+
+std::ostream& operator<<(std::ostream& out, const PlasmaDesktop::Screen& screen) {
+    return out << screen.name << (screen.isOn ? " on " : " off ") << screen.geometry << " scale "
+               << screen.scale;
+}
+
+}  // namespace tavrel::support

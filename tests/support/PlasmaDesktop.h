@@ -1,0 +1,65 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Janitor.h"
+#include "tests/support/MessageBus.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace tavrel::support {
+
+/// A real Plasma compositor for one test: KWin without hardware, in folders and on a session bus
+/// of its own. It leaves nothing behind, also when this process dies. Use it on the thread that
+/// created it.
+class PlasmaDesktop {
+public:
+    /// What KWin itself says of an output, to whoever asks it for support information.
+    struct Screen {
+        std::string name;
+        bool isOn = false;
+        /// As KWin writes it: "1024,0,1024x768".
+        std::string geometry;
+        std::string scale;
+
+        friend bool operator==(const Screen&, const Screen&) = default;
+    };
+
+    static bool isInstalled();
+
+    /// Outputs side by side, each 1024×768, Virtual-0 leftmost and primary. Blocks until KWin
+    /// answers. Throws std::runtime_error with its own messages when it does not start.
+    explicit PlasmaDesktop(int outputs = 3);
+    ~PlasmaDesktop();
+    PlasmaDesktop(const PlasmaDesktop&) = delete;
+    PlasmaDesktop& operator=(const PlasmaDesktop&) = delete;
+
+    /// As in the WAYLAND_DISPLAY variable: a path.
+    std::string displayName() const { return (folder_.path() / "wayland").string(); }
+    const std::string& sessionBusAddress() const { return bus_.address(); }
+
+    std::vector<Screen> screens() const;
+    Screen screen(const std::string& name) const;
+
+    /// Holds KWin up: it takes in what is said to it, and does and answers nothing.
+    void pause() const;
+    void resume() const;
+    /// Kills it and blocks until it is gone; its clients lose their connection.
+    void kill();
+    /// Starts it again after it was killed, with what it has kept on the disk.
+    void start();
+
+private:
+    int outputs_;
+    TemporaryFolder folder_;
+    Janitor janitor_;
+    MessageBus bus_;
+    std::unique_ptr<ChildProcess> compositor_;
+};
+
+std::ostream& operator<<(std::ostream& out, const PlasmaDesktop::Screen& screen);
+
+}  // namespace tavrel::support
