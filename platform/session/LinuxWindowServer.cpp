@@ -2,6 +2,8 @@
 
 #include "platform/gnome/GnomeReconfigurationReports.h"
 #include "platform/gnome/GnomeWindowServer.h"
+#include "platform/plasma/PlasmaReconfigurationReports.h"
+#include "platform/plasma/PlasmaWindowServer.h"
 #include "platform/session/NoWindowServer.h"
 #include "platform/x11/X11ReconfigurationReports.h"
 #include "platform/x11/X11WindowServer.h"
@@ -24,6 +26,7 @@ LinuxWindowServer makeWindowServer(WindowServerKind kind, UserDefaults& store) {
         case WindowServerKind::gnome:
             return both(std::make_shared<GnomeWindowServer>(store));
         case WindowServerKind::plasma:
+            return both(std::make_shared<PlasmaWindowServer>(store));
         case WindowServerKind::none:
             break;
     }
@@ -37,6 +40,7 @@ std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind) {
         case WindowServerKind::gnome:
             return std::make_unique<GnomeReconfigurationReports>();
         case WindowServerKind::plasma:
+            return std::make_unique<PlasmaReconfigurationReports>();
         case WindowServerKind::none:
             break;
     }

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/gnome/GnomeProbe.h"
+#include "platform/plasma/PlasmaWindowServer.h"
 #include "platform/session/WindowServerChoice.h"
 #include "platform/x11/XServerProbe.h"
 
@@ -31,8 +32,7 @@ XServerKind xServer() {
 
 WindowServerKind chooseWindowServer() {
     return chooseWindowServer({.isWayland = isWayland,
-                               // Nobody here speaks its protocol yet.
-                               .speaksPlasma = [] { return false; },
+                               .speaksPlasma = [] { return isPlasmaOffered(); },
                                .answersLikeGnome = [] { return gnome::answersLikeGnome(); },
                                .xServer = xServer});
 }
