@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <optional>
+#include <vector>
+
+#include "tests/scenario/PlasmaStage.h"
+#include "tests/watchdog/Processes.h"
+
+/// Application, watchdog and compositor are killed or held up on a Plasma desktop.
+namespace tavrel::e2e {
+namespace {
+
+using scenario::Display;
+using support::waitUntil;
+
+class PlasmaRecoveryTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!support::PlasmaDesktop::isInstalled()) {
+            GTEST_SKIP() << "Plasma's compositor, kwin_wayland, is not installed";
+        }
+        stage.emplace(3, TAVREL_PROGRAM);
+    }
+
+    std::vector<pid_t> watchdogs() const {
+        return watchdog::processesOf(TAVREL_WATCHDOG,
+                                     "WAYLAND_DISPLAY=" + stage->desktop().displayName());
+    }
+    void killWatchdog() const {
+        for (const pid_t each : watchdogs()) {
+            ::kill(each, SIGKILL);
+        }
+    }
+    bool isOff(Display display) { return !stage->server().at(display).isOn; }
+    bool switchesOff(Display display) {
+        stage->flip(display);
+        return waitUntil([&] { return isOff(display) && showsSwitch(display, false); });
+    }
+    bool showsSwitch(Display display, bool on) {
+        const auto rows = stage->window().rows;
+        return display < rows.size() && !rows[display].isBusy && rows[display].isOn == on;
+    }
+    bool allIsAsAtFirst() {
+        return waitUntil([&] { return stage->server() == stage->serverAtFirst(); });
+    }
+
+    mutable std::optional<scenario::PlasmaStage> stage;
+};
+
+TEST_F(PlasmaRecoveryTest, AKilledApplicationLeavesNothingOff) {
+    ASSERT_TRUE(switchesOff(0));
+    ASSERT_TRUE(switchesOff(2));
+
+    const auto killed = std::chrono::steady_clock::now();
+    stage->crashApplication();
+
+    EXPECT_TRUE(allIsAsAtFirst());
+    const std::chrono::duration<double, std::milli> took =
+        std::chrono::steady_clock::now() - killed;
+    std::cout << "all displays were back after " << took.count() << " ms\n";
+    EXPECT_TRUE(waitUntil([&] { return watchdogs().empty(); }));
+}
+
+TEST_F(PlasmaRecoveryTest, AKilledWatchdogIsReplacedByOneThatKnowsWhatIsOff) {
+    ASSERT_TRUE(switchesOff(1));
+    const std::vector<pid_t> first = watchdogs();
+    ASSERT_EQ(first.size(), 1U);
+
+    killWatchdog();
+
+    EXPECT_TRUE(waitUntil([&] { return watchdogs().size() == 1 && watchdogs() != first; }));
+    EXPECT_TRUE(isOff(1));
+    ASSERT_TRUE(switchesOff(2));
+    stage->crashApplication();
+    EXPECT_TRUE(allIsAsAtFirst());
+}
+
+TEST_F(PlasmaRecoveryTest, WhatIsOffAfterBothWereKilledIsListedAndWakes) {
+    ASSERT_TRUE(switchesOff(1));
+    killWatchdog();
+    stage->killApplication();
+    ASSERT_TRUE(waitUntil([&] { return watchdogs().empty(); }));
+
+    stage->startApplication();
+    stage->pressWake();
+
+    EXPECT_TRUE(allIsAsAtFirst());
+}
+
+TEST_F(PlasmaRecoveryTest, ACompositorThatHangsDoesLaterWhatItWasAskedFor) {
+    stage->desktop().pause();
+    stage->flip(1);
+    EXPECT_TRUE(waitUntil([&] { return stage->window().rows.at(1).isBusy; }));
+    stage->desktop().resume();
+
+    EXPECT_TRUE(waitUntil([&] { return isOff(1) && showsSwitch(1, false); }));
+    stage->quitApplication();
+    EXPECT_TRUE(allIsAsAtFirst());
+}
+
+TEST_F(PlasmaRecoveryTest, ACompositorThatEndsTakesTheWindowAndNotTheWatchdog) {
+    ASSERT_TRUE(switchesOff(1));
+    const std::vector<pid_t> watchdog = watchdogs();
+
+    stage->desktop().kill();
+    // The toolkit ends a program whose window is gone for good.
+    ASSERT_TRUE(stage->application().process().waitForEnd().has_value());
+    EXPECT_EQ(watchdogs(), watchdog);
+    stage->desktop().start();
+
+    EXPECT_TRUE(waitUntil([&] { return watchdogs().empty(); })) << "it has nothing left to do";
+    EXPECT_TRUE(allIsAsAtFirst());
+}
+
+}  // namespace
+}  // namespace tavrel::e2e
