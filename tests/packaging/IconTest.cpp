@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
+#include <set>
 
 extern char** environ;  // NOLINT(*-avoid-non-const-global-variables): the system's.
 
@@ -16,11 +17,13 @@ class IconTest : public testing::Test {
 protected:
     /// The program's exit code, or -1. Not by QProcess, whose way of starting programs the
     /// thread sanitizer cannot follow.
-    static int draw(const QString& picture, const QString& folder) {
+    static int draw(const QString& picture, const QString& folder, const QString& name = {}) {
         QByteArray program(ICON_PROGRAM);
         QByteArray from = picture.toUtf8();
         QByteArray to = folder.toUtf8();
-        char* const arguments[] = {program.data(), from.data(), to.data(), nullptr};
+        QByteArray as = name.toUtf8();
+        char* const arguments[] = {program.data(), from.data(), to.data(),
+                                   name.isEmpty() ? nullptr : as.data(), nullptr};
         pid_t pid = -1;
         int status = -1;
         const bool hasRun =
@@ -46,6 +49,18 @@ TEST_F(IconTest, IsDrawnInAllTheSizesThatASetHas) {
         const QString name = QStringLiteral("%1x%1").arg(points);
         EXPECT_EQ(drawn(name).size(), QSize(points, points));
         EXPECT_EQ(drawn(name + QStringLiteral("@2x")).size(), QSize(2 * points, 2 * points));
+    }
+}
+
+TEST_F(IconTest, IsDrawnInAllTheSizesThatAnIconThemeHas) {
+    ASSERT_EQ(draw(icon, folder.path(), QStringLiteral("some.Name")), 0);
+
+    const std::set<int> sizes{16, 22, 24, 32, 48, 64, 128, 256, 512};
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(),
+              static_cast<int>(sizes.size()));
+    for (const int size : sizes) {
+        const QString file = QStringLiteral("%1x%1/apps/some.Name.png").arg(size);
+        EXPECT_EQ(QImage(folder.filePath(file)).size(), QSize(size, size)) << size;
     }
 }
 
