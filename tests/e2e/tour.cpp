@@ -107,10 +107,8 @@ bool visit(const Sight& sight, std::size_t number, VirtualDesktopStage& stage,
     return agreed && window;
 }
 
-int takeTour() {
-    const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const auto pictures = here.parent_path() / "tour";
-    VirtualDesktopStage stage(3, (here / "tavrel").string());
+int takeTour(const std::filesystem::path& program, const std::filesystem::path& pictures) {
+    VirtualDesktopStage stage(3, program.string());
     std::cout << "Tavrel on a virtual desktop of its own (" << stage.desktop().displayName()
               << ") with three monitors.\n";
     bool allAgreed = true;
@@ -126,9 +124,19 @@ int takeTour() {
 }  // namespace
 }  // namespace tavrel::scenario
 
-int main() {
+/// Of the application beside this program, or of the one that is named; the pictures are then
+/// left in the folder that is named after it.
+int main(int argc, char** argv) {
+    if (argc != 1 && argc != 3) {
+        std::cerr << "usage: tavrel-tour [PROGRAM FOLDER]\n";
+        return 2;
+    }
     try {
-        return tavrel::scenario::takeTour();
+        if (argc == 3) {
+            return tavrel::scenario::takeTour(argv[1], argv[2]);
+        }
+        const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+        return tavrel::scenario::takeTour(here / "tavrel", here.parent_path() / "tour");
     } catch (const std::exception& error) {
         std::cerr << "The tour ended early: " << error.what() << '\n';
         return 1;
