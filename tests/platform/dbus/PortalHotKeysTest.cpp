@@ -30,9 +30,7 @@ protected:
         ASSERT_NE(chord, nullptr);
     }
 
-    bool becomes(const std::function<bool()>& condition) {
-        return mainQueue.runUntil(condition);
-    }
+    bool becomes(const std::function<bool()>& condition) { return mainQueue.runUntil(condition); }
 
     bool isBoundTo(const std::string& trigger) {
         return becomes([&] { return hotKeys.isHeld() && hotKeys.boundTo() == trigger; });
