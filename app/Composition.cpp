@@ -74,7 +74,8 @@ Platform Composition::platform() {
             .wallClock = parts_->wallClock,
             .mainQueue = parts_->mainQueue,
             .backgroundQueue = *parts_->backgroundQueue,
-            .notificationCenter = parts_->notificationCenter};
+            .notificationCenter = parts_->notificationCenter,
+            .words = system.words()};
 }
 
 HotKeys& Composition::hotKeys() {

@@ -11,6 +11,7 @@
 #include "platform/MainQueue.h"
 #include "platform/ReconfigurationReports.h"
 #include "platform/UserDefaults.h"
+#include "platform/Words.h"
 
 namespace tavrel {
 
@@ -26,6 +27,9 @@ public:
 
     /// What the watchdog is told about which window server that is; empty where there is one only.
     virtual std::string windowServerName() const { return {}; }
+
+    /// What texts for the user call this system and its keys.
+    virtual Words words() const { return {}; }
 
     /// They live as long as this object.
     virtual DisplaySwitch& displaySwitch() = 0;

@@ -62,6 +62,14 @@ public:
 
     std::string windowServerName() const override { return std::string(session::nameOf(kind_)); }
 
+    Words words() const override {
+        return {.desktop = "The desktop",
+                .thisSystem = "This desktop session",
+                .builtInDisplay = "Built-in Display",
+                .wakeChord = "Ctrl+Alt+Super+W",
+                .wakeChordInShort = "Ctrl+Alt+Super+W"};
+    }
+
     void observeStore(std::function<void()> unwritable) override {
         storeTrouble_->observe(std::move(unwritable));
     }

@@ -86,6 +86,9 @@ public:
     /// whether one of them is now, and shows the outcome. Ignored while one is running.
     void restoreSafeLayout(const std::string& successMessage);
 
+    /// What texts for the user call the system and its keys.
+    const Words& words() const { return platform_.words; }
+
     // ---- The controller's own state.
 
     bool displayCallbackRegistered() const;

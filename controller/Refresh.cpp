@@ -18,7 +18,7 @@ using ErrorText = std::string;
 std::variant<Displays, ErrorText> fetch(const Platform& platform) {
     try {
         return DisplayIntegration::fetchDisplays(platform.queries, platform.userDefaults,
-                                                 platform.wallClock);
+                                                 platform.wallClock, platform.words);
     } catch (const std::exception& error) {
         return ErrorText(error.what());
     }

@@ -61,8 +61,8 @@ void DisplayController::verifyRestoration(const std::vector<StoredDisplay>& cand
         return;
     }
     setErrorMessage(
-        "No usable display could be restored automatically. Reconnect a monitor, then press "
-        "Control–Option–Command–W.");
+        "No usable display could be restored automatically. Reconnect a monitor, then press " +
+        platform_.words.wakeChord + ".");
     setStatusMessage("Display recovery needs attention");
     refresh(std::nullopt);
 }

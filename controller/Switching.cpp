@@ -14,14 +14,13 @@ namespace tavrel {
 
 namespace {
 
-std::optional<DisplayError> switchDisplay(DisplaySwitch& displaySwitch, DisplayID display,
-                                          bool isOn) {
-    if (!displaySwitch.canSwitch()) {
-        return DisplayError::lifecycleUnavailable();
+std::optional<DisplayError> switchDisplay(const Platform& platform, DisplayID display, bool isOn) {
+    if (!platform.displaySwitch.canSwitch()) {
+        return DisplayError::lifecycleUnavailable(platform.words);
     }
-    const ServerStatus status = displaySwitch.setDisplayEnabled(display, isOn);
+    const ServerStatus status = platform.displaySwitch.setDisplayEnabled(display, isOn);
     if (status != serverStatus::success) {
-        return DisplayError::lifecycleFailed(status);
+        return DisplayError::lifecycleFailed(status, platform.words);
     }
     return std::nullopt;
 }
@@ -44,7 +43,7 @@ void DisplayController::set(const DisplayDevice& display, bool isOn) {
     setStatusMessage((isOn ? "Waking " : "Turning off ") + display.name() + "…");
 
     platform_.backgroundQueue.async([self = shared_from_this(), display, isOn] {
-        const auto error = switchDisplay(self->platform_.displaySwitch, display.displayID(), isOn);
+        const auto error = switchDisplay(self->platform_, display.displayID(), isOn);
         self->platform_.mainQueue.async([weak = std::weak_ptr(self), display, isOn, error] {
             if (const auto controller = weak.lock()) {
                 controller->finishSwitch(display, isOn, error);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/DisplayID.h"
+#include "platform/Words.h"
 
 namespace tavrel {
 
@@ -20,9 +21,9 @@ public:
         lifecycleUnavailable,
     };
 
-    static DisplayError lifecycleFailed(ServerStatus code);
+    static DisplayError lifecycleFailed(ServerStatus code, const Words& words = {});
     static DisplayError invalidDisplayList();
-    static DisplayError lifecycleUnavailable();
+    static DisplayError lifecycleUnavailable(const Words& words = {});
 
     Reason reason() const { return reason_; }
     /// The status of a `lifecycleFailed`; 0 for the other reasons.

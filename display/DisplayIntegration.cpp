@@ -49,7 +49,7 @@ bool comesBefore(const DisplayDevice& a, const DisplayDevice& b) {
 }  // namespace
 
 std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& userDefaults,
-                                         WallClock& wallClock) {
+                                         WallClock& wallClock, const Words& words) {
     const auto moment = queries.nowAfterProbing();
     const auto online = presentDisplays(*moment);
     const bool numbered = online.size() >= numberedFrom;
@@ -60,7 +60,8 @@ std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& 
          DisplayRegistry::merge(online, userDefaults, *moment, wallClock)) {
         const bool isOn = moment->isActive(record.id);
         if (record.isBuiltIn) {
-            displays.emplace_back(record.id, "MacBook Display", DisplayDevice::Kind::builtIn, isOn);
+            displays.emplace_back(record.id, words.builtInDisplay, DisplayDevice::Kind::builtIn,
+                                  isOn);
         } else {
             displays.emplace_back(record.id, externalName(numbered, ++externals),
                                   DisplayDevice::Kind::external, isOn);

@@ -6,6 +6,7 @@
 #include "platform/DisplayQueries.h"
 #include "platform/UserDefaults.h"
 #include "platform/WallClock.h"
+#include "platform/Words.h"
 
 /// The only producer of `DisplayDevice` values.
 namespace tavrel::DisplayIntegration {
@@ -17,6 +18,6 @@ namespace tavrel::DisplayIntegration {
 /// Throws `DisplayError::invalidDisplayList` when the server has no list at all, before it
 /// touches the registry. From any thread.
 std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& userDefaults,
-                                         WallClock& wallClock);
+                                         WallClock& wallClock, const Words& words = {});
 
 }  // namespace tavrel::DisplayIntegration

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Words.h"
+
 namespace tavrel {
 
 class BackgroundQueue;
@@ -22,6 +24,7 @@ struct Platform {
     MainQueue& mainQueue;
     BackgroundQueue& backgroundQueue;
     NotificationCenter& notificationCenter;
+    Words words = {};
 
     /// The same platform with another switch, for example one that wraps this one's.
     Platform with(DisplaySwitch& other) const {
@@ -32,7 +35,8 @@ struct Platform {
                 .wallClock = wallClock,
                 .mainQueue = mainQueue,
                 .backgroundQueue = backgroundQueue,
-                .notificationCenter = notificationCenter};
+                .notificationCenter = notificationCenter,
+                .words = words};
     }
 };
 

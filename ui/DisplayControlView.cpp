@@ -17,7 +17,7 @@ DisplayControlView::DisplayControlView(std::shared_ptr<DisplayController> contro
       header_(*this),
       emptyState_(new EmptyState(this)),
       rows_(new RowList(this)),
-      footer_(*this) {
+      footer_(*this, controller_->words()) {
     setPalette(theme::darkPalette());
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedSize(contentSize);

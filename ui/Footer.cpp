@@ -20,11 +20,12 @@ constexpr double dotSpacing = 7;
 
 }  // namespace
 
-Footer::Footer(QWidget& view)
+Footer::Footer(QWidget& view, const Words& words)
     : status_(new Label(lineFont, theme::white(statusOpacity), &view)),
       error_(new Label(lineFont, theme::withAlpha(theme::red, errorOpacity), &view)),
-      wake_(new WakeButton(texts::wakeBothDisplays.toString(), texts::wakeShortcutHint.toString(),
-                           &view)) {
+      wake_(new WakeButton(texts::wakeBothDisplays.toString(),
+                           QString::fromStdString(words.wakeChordInShort), &view)),
+      shortcut_(QString::fromStdString(words.wakeChordInShort)) {
     error_->setMaximumLines(maximumErrorLines);
     error_->setAlignment(Qt::AlignCenter);
     error_->hide();
@@ -41,11 +42,10 @@ void Footer::update(const std::string& statusMessage,
 }
 
 void Footer::setWakeShortcut(const WakeShortcut& shortcut) {
-    wake_->setShortcutHint(shortcut.keys.isEmpty() ? texts::wakeShortcutHint.toString()
-                                                   : shortcut.keys);
-    const QStringView trouble =
-        shortcut.isUpToTheDesktop ? texts::wakeShortcutNotGiven : texts::wakeShortcutNotHeld;
-    wake_->setShortcutWorks(shortcut.works, shortcut.works ? QString() : trouble.toString());
+    wake_->setShortcutHint(shortcut.keys.isEmpty() ? shortcut_ : shortcut.keys);
+    const QString trouble = shortcut.isUpToTheDesktop ? texts::wakeShortcutNotGiven.toString()
+                                                      : texts::wakeShortcutNotHeld(shortcut_);
+    wake_->setShortcutWorks(shortcut.works, shortcut.works ? QString() : trouble);
 }
 
 void Footer::showDot(bool isRefreshing) {

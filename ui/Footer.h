@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QRect>
+#include <QString>
 #include <optional>
 #include <string>
 
+#include "platform/Words.h"
 #include "ui/controls/FocusKeeper.h"
 #include "ui/controls/Label.h"
 #include "ui/controls/WakeButton.h"
@@ -23,7 +25,7 @@ struct WakeShortcut {
 /// owns the widgets.
 class Footer {
 public:
-    explicit Footer(QWidget& view);
+    Footer(QWidget& view, const Words& words);
 
     WakeButton* wakeButton() const { return wake_; }
 
@@ -45,6 +47,7 @@ private:
     Label* status_;
     Label* error_;
     WakeButton* wake_;
+    const QString shortcut_;
     std::optional<bool> dotIsRefreshing_;
 };
 

@@ -10,10 +10,6 @@ inline constexpr QStringView productTitle = u"TAVREL";
 inline constexpr QStringView heading = u"Your screens";
 inline constexpr QStringView refreshDisplays = u"Refresh displays";
 inline constexpr QStringView wakeBothDisplays = u"Wake both displays";
-inline constexpr QStringView wakeShortcutHint = u"⌃⌥⌘W";
-inline constexpr QStringView wakeShortcutNotHeld =
-    u"⌃⌥⌘W doesn’t work at the moment: another program is using it, or this keyboard lacks one of "
-    u"its keys";
 
 inline constexpr QStringView wakeShortcutNotGiven =
     u"This desktop gives Tavrel no hot key. Bind a key to: gapplication "
@@ -32,6 +28,13 @@ inline constexpr QStringView switchOff = u"Off";
 /// The accessible name of a display's switch.
 inline QString powerName(const QString& displayName) {
     return displayName + QStringLiteral(" power");
+}
+
+/// The tooltip of the hint, when the hot key doesn't work.
+inline QString wakeShortcutNotHeld(const QString& shortcut) {
+    return shortcut + QStringLiteral(
+                          " doesn’t work at the moment: another program is using it, or this "
+                          "keyboard lacks one of its keys");
 }
 
 /// The tooltip of a switch that may be used.

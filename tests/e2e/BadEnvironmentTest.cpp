@@ -75,7 +75,7 @@ TEST(BadEnvironmentTest, WithoutRandRASwitchOfARememberedDisplaySaysWhyItCannot)
     EXPECT_TRUE(waitUntil([&] {
         session.accessible().act(session.element("External Display power"));
         return session.window().footer ==
-               "This macOS version doesn’t expose display enable/disable control";
+               "This desktop session doesn’t expose display enable/disable control";
     })) << session.window();
     EXPECT_FALSE(session.element("External Display power").isChecked());
 }

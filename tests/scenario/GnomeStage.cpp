@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -105,10 +106,12 @@ void GnomeStage::crashApplication() {
 }
 
 void GnomeStage::flip(Display display) {
-    accessible_->actOn([&]() -> std::optional<support::AccessibleElement> {
-        auto found = findSwitch(accessible_->elements(), display);
-        return found;
-    });
+    std::optional<support::AccessibleElement> target;
+    waitUntil([&] { return (target = findSwitch(accessible_->elements(), display)).has_value(); });
+    // As a click on one that may not be used: nothing happens.
+    if (target.has_value() && target->isEnabled()) {
+        accessible_->actOn([&] { return findSwitch(accessible_->elements(), display); });
+    }
 }
 
 void GnomeStage::press(const std::string& name) {
