@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include "app/MacMenus.h"
 #include "ui/DisplayControlView.h"
 #include "ui/paint/Theme.h"
 
@@ -41,7 +42,8 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& h
     view->setGeometry(rect());
 
 #ifdef Q_OS_MACOS
-    // Here a hot key that was accepted stays ours, so there is nothing to show.
+    // Here no program learns whether another holds the chord exclusively, so there is nothing to
+    // show.
     static_cast<void>(hotKeys);
     sharedMenuBar_ = std::make_unique<QMenuBar>(nullptr);
     addMenus(*sharedMenuBar_);
@@ -77,6 +79,9 @@ void MainWindow::addMenus(QMenuBar& menuBar) {
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
 #endif
+#ifdef Q_OS_MACOS
+    addMacFileMenu(menuBar, *this);
+#endif
     QMenu* displays = menuBar.addMenu(menuTexts::displays);
 
     QAction* wake = displays->addAction(menuTexts::wakeBothDisplays);
@@ -87,6 +92,9 @@ void MainWindow::addMenus(QMenuBar& menuBar) {
     QAction* refresh = displays->addAction(menuTexts::refreshDisplays);
     refresh->setShortcut(Qt::CTRL | Qt::Key_R);
     connect(refresh, &QAction::triggered, this, [this] { controller_->refresh(std::nullopt); });
+#ifdef Q_OS_MACOS
+    addMacWindowMenu(menuBar, *this);
+#endif
 }
 
 }  // namespace tavrel

@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include "app/AppDelegate.h"
+#include "app/MacMenus.h"
 #include "app/MainWindow.h"
 #include "tests/simulated/SimulatedPlatform.h"
 #include "tests/support/WakeChord.h"
@@ -64,6 +65,30 @@ protected:
     std::optional<MainWindow> window;
 };
 
+TEST_F(MainWindowTest, AMacsStandardMenusCloseAndMinimizeTheWindowAndOpenNoOther) {
+    QMenuBar standard;
+    addMacFileMenu(standard, *window);
+    addMacWindowMenu(standard, *window);
+    const QList<QAction*> file = standard.actions().at(0)->menu()->actions();
+    const QList<QAction*> menu = standard.actions().at(1)->menu()->actions();
+    ASSERT_THAT(titles(standard.actions()), ElementsAre("File", "Window"));
+    ASSERT_THAT(titles(file), ElementsAre("Close"));
+    ASSERT_THAT(titles(menu), ElementsAre("Minimize", "Zoom"));
+    EXPECT_EQ(file.at(0)->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W));
+    EXPECT_EQ(menu.at(0)->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_M));
+    EXPECT_FALSE(menu.at(1)->isEnabled());
+
+    menu.at(0)->trigger();
+    EXPECT_TRUE(window->isMinimized());
+
+    window->showNormal();
+    file.at(0)->trigger();
+    EXPECT_FALSE(window->isVisible());
+
+    menu.at(0)->trigger();
+    EXPECT_FALSE(window->isVisible()) << "minimizing does not show it again";
+}
+
 TEST_F(MainWindowTest, TheWindowsSizeIsFixed) {
     EXPECT_EQ(window->size(), QSize(520, 486));
     EXPECT_EQ(window->minimumSize(), window->maximumSize());
@@ -99,7 +124,7 @@ TEST_F(MainWindowTest, TheDisplaysMenuHasItsTwoCommandsWithTheirKeys) {
 
 TEST_F(MainWindowTest, NoMenuOffersAnotherWindow) {
 #ifdef Q_OS_MACOS
-    EXPECT_THAT(titles(menuBar().actions()), ElementsAre("Displays"));
+    EXPECT_THAT(titles(menuBar().actions()), ElementsAre("File", "Displays", "Window"));
 #else
     EXPECT_THAT(titles(menuBar().actions()), ElementsAre("File", "Displays"));
     EXPECT_THAT(titles(action("File").menu()->actions()), ElementsAre("Quit"));

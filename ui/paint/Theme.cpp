@@ -33,7 +33,12 @@ QStringList families(FontDesign design) {
         case FontDesign::standard:
             break;
     }
+#ifdef Q_OS_MACOS
+    // The system's own design, also where somebody has installed the other one.
+    return {systemFamily()};
+#else
     return {QStringLiteral("Inter"), systemFamily()};
+#endif
 }
 
 QStringList installed(const QStringList& wanted) {

@@ -39,8 +39,8 @@ struct FontSpec {
 };
 
 /// The font for `spec`, `scale` times as large, in the best family installed: the system's
-/// rounded font or Quicksand, Inter, the system's fixed font; where that is missing, the
-/// system font.
+/// rounded font or Quicksand, Inter (on a Mac the system font), the system's fixed font; where
+/// that is missing, the system font.
 ///
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);

@@ -87,7 +87,7 @@ TEST_F(MacApplicationTest, ShowsTheStatusOfASwitchThatTheServerRefuses) {
                  windowShowsOn(first), serverIsAsAtFirst()});
 }
 
-TEST_F(MacApplicationTest, RunsWithoutAHotKeyWhenTheChordIsTaken) {
+TEST_F(MacApplicationTest, RunsWithoutAHotKeyWhenTheChordIsRefused) {
     stage.quitApplication();
     refuse(&Refusals::registerHotKey, -9878);
     stage.startApplication();
@@ -95,6 +95,16 @@ TEST_F(MacApplicationTest, RunsWithoutAHotKeyWhenTheChordIsTaken) {
     EXPECT_THROW(stage.pressHotKey(), std::runtime_error);
     expectStory({userFlips(first), windowShowsOff(first), scenario::userPressesWake(),
                  serverIsAsAtFirst()});
+}
+
+TEST_F(MacApplicationTest, WakesByItsButtonWhereAnotherProgramHoldsTheChordExclusively) {
+    stage.mac().with([](State& state) { state.chordsAreHeldElsewhere = true; });
+    expectStory({userFlips(first), windowShowsOff(first), windowSays("External Display 1 is off")});
+
+    stage.pressHotKey();
+
+    expectStory({windowSays("External Display 1 is off"), windowShowsOff(first),
+                 scenario::userPressesWake(), serverIsAsAtFirst()});
 }
 
 TEST_F(MacApplicationTest, RecoversByItsTimerWithoutReports) {

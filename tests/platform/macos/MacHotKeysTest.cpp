@@ -125,7 +125,18 @@ TEST_F(MacHotKeysTest, GiveNoHandleForAHandlerThatTheSystemRefuses) {
     EXPECT_NE(hotKeys.installEventHandler(count), nullptr);
 }
 
-TEST_F(MacHotKeysTest, GiveNoHandleForAChordThatIsTakenAndTheDelegateDoesWithoutIt) {
+TEST_F(MacHotKeysTest, AreAcceptedButDoNotFireWhileAnotherProgramHoldsTheChordExclusively) {
+    mac.with([](simulatedMac::State& state) { state.chordsAreHeldElsewhere = true; });
+    const auto handler = hotKeys.installEventHandler(count);
+    const auto hotKey = hotKeys.registerHotKey(wakeChord);
+
+    EXPECT_NE(hotKey, nullptr);
+    EXPECT_TRUE(hotKeys.isHeld());
+    EXPECT_THAT(press(), Optional(IsEmpty()));
+    EXPECT_EQ(presses, 0);
+}
+
+TEST_F(MacHotKeysTest, GiveNoHandleForAChordThatIsRefusedAndTheDelegateDoesWithoutIt) {
     refuse(&Refusals::registerHotKey, -9878);
     EXPECT_EQ(hotKeys.registerHotKey(wakeChord), nullptr);
 

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 using WatchdogWindowServerTest = MacFixture;
 
 TEST_F(WatchdogWindowServerTest, AsksForTheOnlineListWhenItIsMadeAndBeforeEachChange) {
-    const WindowServer server = makeWindowServer();
+    const WindowServer server = makeWindowServer({});
     EXPECT_THAT(takeCalls(), ElementsAre("CGGetOnlineDisplayList(0)", "CGGetOnlineDisplayList(3)"));
 
     EXPECT_EQ(server.displaySwitch->setDisplayEnabled(monitor, true), 0);
@@ -21,7 +21,7 @@ TEST_F(WatchdogWindowServerTest, AsksForTheOnlineListWhenItIsMadeAndBeforeEachCh
 }
 
 TEST_F(WatchdogWindowServerTest, KeepsTheLastDisplayOnByItself) {
-    const WindowServer server = makeWindowServer();
+    const WindowServer server = makeWindowServer({});
     EXPECT_EQ(server.displaySwitch->setDisplayEnabled(monitor, false), 0);
     EXPECT_EQ(server.displaySwitch->setDisplayEnabled(panel, false), 0);
 
@@ -31,7 +31,7 @@ TEST_F(WatchdogWindowServerTest, KeepsTheLastDisplayOnByItself) {
 }
 
 TEST_F(WatchdogWindowServerTest, AnswersQuestionsAboutTheDisplaysItSwitches) {
-    const WindowServer server = makeWindowServer();
+    const WindowServer server = makeWindowServer({});
 
     server.displaySwitch->setDisplayEnabled(monitor, false);
 

@@ -76,6 +76,9 @@ std::optional<std::vector<std::int32_t>> pressHotKey(std::uint32_t keyCode,
         return std::nullopt;
     }
     std::vector<std::int32_t> statuses;
+    if (SharedState::ofThisProcess().with([](State& mac) { return mac.chordsAreHeldElsewhere; })) {
+        return statuses;
+    }
     // A copy, since a handler may remove itself.
     for (const SimulatedEventHandler& each : std::list(manager().handlers)) {
         SimulatedEvent event;
