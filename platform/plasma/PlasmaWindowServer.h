@@ -41,6 +41,8 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    /// The server notices by itself what is plugged in.
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
     layout::LastSeen lastSeen_;
