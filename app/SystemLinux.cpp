@@ -94,7 +94,7 @@ private:
     BufferedUserDefaults userDefaults_{
         std::make_unique<FileUserDefaults>(defaultsPath()),
         {.onUnwritable = [trouble = storeTrouble_] { trouble->found(); }}};
-    std::unique_ptr<ReconfigurationReports> reports_ = session::makeReports(kind_);
+    std::unique_ptr<ReconfigurationReports> reports_ = session::makeReports(kind_, userDefaults_);
     session::LinuxWindowServer windowServer_ = session::makeWindowServer(kind_, userDefaults_);
     // An X server does not know the lid; for one that does, it is nothing new.
     DBusLid lid_;

@@ -98,7 +98,7 @@ layout::Layout layoutOf(const MonitorState& state) {
         identities.push_back(output.identity);
         layout.outputs.push_back(std::move(output));
     }
-    const std::vector<DisplayID> displays = layout::displayIdentifiers(identities);
+    const std::vector<DisplayID> displays = layout::identify(identities, {}).displays;
     for (std::size_t i = 0; i < displays.size(); ++i) {
         layout.outputs[i].display = displays[i];
         const LogicalMonitor* logical = showing(state, state.monitors[i].connector);

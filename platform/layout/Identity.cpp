@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <numeric>
-#include <set>
 #include <utility>
 
 namespace tavrel::layout {
@@ -53,26 +52,111 @@ std::uint32_t stableHash(std::string_view bytes) {
     return hash;
 }
 
-std::vector<DisplayID> displayIdentifiers(const std::vector<Identity>& outputs,
-                                          const IdentityHash& hash) {
-    std::vector<std::pair<std::string, std::size_t>> byIdentity;
-    byIdentity.reserve(outputs.size());
-    for (const Identity& output : outputs) {
-        byIdentity.emplace_back(toText(output), byIdentity.size());
-    }
-    // The order decides who gives way when two collide, so it must not be the server's.
-    std::sort(byIdentity.begin(), byIdentity.end());
+namespace {
 
-    std::vector<DisplayID> identifiers(outputs.size());
-    std::set<DisplayID> taken{0};
-    for (const auto& [text, index] : byIdentity) {
-        DisplayID identifier = hash(text);
-        while (!taken.insert(identifier).second) {
-            ++identifier;
+/// One pass over the outputs, in which each gets its number.
+class Roll {
+public:
+    Roll(const std::vector<Identity>& outputs, KnownMonitors known, const IdentityHash& hash)
+        : outputs_(outputs), hash_(hash), result_{{}, std::move(known)} {
+        result_.displays.resize(outputs.size());
+        for (const Identity& output : outputs) {
+            byIdentity_.emplace_back(toText(output), byIdentity_.size());
         }
-        identifiers[index] = identifier;
+        // The order decides who gives way when two collide, so it must not be the server's.
+        std::sort(byIdentity_.begin(), byIdentity_.end());
     }
-    return identifiers;
+
+    Identification call() {
+        forEachUnnumbered([this](std::size_t at) { recognizeAtConnector(at); });
+        forEachUnnumbered([this](std::size_t at) { recognizeElsewhere(at); });
+        forEachUnnumbered([this](std::size_t at) {
+            if (!hasEdid(outputs_[at])) {
+                result_.displays[at] = freeNumber(at);
+            }
+        });
+        forEachUnnumbered([this](std::size_t at) {
+            result_.displays[at] = freeNumber(at);
+            result_.known.push_back({outputs_[at], result_.displays[at]});
+        });
+        return std::move(result_);
+    }
+
+private:
+    template <typename Step>
+    void forEachUnnumbered(const Step& step) {
+        for (const auto& [text, at] : byIdentity_) {
+            if (result_.displays[at] == 0) {
+                step(at);
+            }
+        }
+    }
+
+    static bool hasEdid(const Identity& identity) { return identity.edid != EdidNumbers(); }
+
+    /// Whether nothing but the connector can tell them apart.
+    static bool areAlike(const Identity& a, const Identity& b) {
+        return a.edid == b.edid &&
+               isBuiltInConnector(a.connector) == isBuiltInConnector(b.connector);
+    }
+
+    void recognizeAtConnector(std::size_t at) {
+        const Identity& output = outputs_[at];
+        const bool isSilentPanel = !hasEdid(output) && isBuiltInConnector(output.connector);
+        for (const KnownMonitor& each : result_.known) {
+            if ((each.identity == output ||
+                 (isSilentPanel && each.identity.connector == output.connector)) &&
+                !isTaken(each.display)) {
+                result_.displays[at] = each.display;
+                return;
+            }
+        }
+    }
+
+    void recognizeElsewhere(std::size_t at) {
+        const Identity& output = outputs_[at];
+        const auto isLikeIt = [&](const Identity& other) { return areAlike(other, output); };
+        const auto isKnownLikeIt = [&](const KnownMonitor& each) {
+            return isLikeIt(each.identity);
+        };
+        KnownMonitors& known = result_.known;
+        if (hasEdid(output) && std::count_if(outputs_.begin(), outputs_.end(), isLikeIt) == 1 &&
+            std::count_if(known.begin(), known.end(), isKnownLikeIt) == 1) {
+            KnownMonitor& moved = *std::find_if(known.begin(), known.end(), isKnownLikeIt);
+            moved.identity.connector = output.connector;
+            result_.displays[at] = moved.display;
+        }
+    }
+
+    DisplayID freeNumber(std::size_t at) const {
+        DisplayID number = hash_(toText(outputs_[at]));
+        while (number == 0 || isTaken(number) || isKnown(number)) {
+            ++number;
+        }
+        return number;
+    }
+
+    bool isTaken(DisplayID number) const {
+        return std::find(result_.displays.begin(), result_.displays.end(), number) !=
+               result_.displays.end();
+    }
+
+    bool isKnown(DisplayID number) const {
+        return std::any_of(result_.known.begin(), result_.known.end(),
+                           [&](const KnownMonitor& each) { return each.display == number; });
+    }
+
+    const std::vector<Identity>& outputs_;
+    const IdentityHash& hash_;
+    std::vector<std::pair<std::string, std::size_t>> byIdentity_;
+    Identification result_;
+};
+
+}  // namespace
+
+Identification identify(const std::vector<Identity>& outputs, const KnownMonitors& known,
+                        const IdentityHash& hash) {
+    return Roll(outputs, known, hash).call();
 }
 
 bool isBuiltInConnector(std::string_view name) {

@@ -23,7 +23,7 @@ struct EdidNumbers {
 /// number read wrongly would make the monitor a stranger.
 EdidNumbers parseEdid(const std::vector<std::uint8_t>& bytes);
 
-/// What tells one monitor at one connector from all others.
+/// A connector, and the numbers of the monitor that is connected to it: all 0 when none is.
 struct Identity {
     std::string connector;
     EdidNumbers edid;
@@ -31,16 +31,42 @@ struct Identity {
     friend bool operator==(const Identity&, const Identity&) = default;
 };
 
+/// A monitor that was given a number, and the connector it was last seen at.
+struct KnownMonitor {
+    Identity identity;
+    DisplayID display = 0;
+
+    friend bool operator==(const KnownMonitor&, const KnownMonitor&) = default;
+};
+
+/// In the order in which they were met.
+using KnownMonitors = std::vector<KnownMonitor>;
+
 using IdentityHash = std::function<std::uint32_t(std::string_view)>;
 
 /// FNV-1a. The numbers it gives are stored by users, so it must never change.
 std::uint32_t stableHash(std::string_view bytes);
 
-/// The number of each output, in the order of `outputs`, which are all there are, connected
-/// or not. Never 0, no two alike, and the same for the same monitor at the same connector
-/// each time, in whatever order the window server lists its outputs.
-std::vector<DisplayID> displayIdentifiers(const std::vector<Identity>& outputs,
-                                          const IdentityHash& hash = stableHash);
+struct Identification {
+    /// The number of each output, in the order of the outputs. Never 0, no two alike.
+    std::vector<DisplayID> displays;
+    /// What was known before, and the monitors that were met or have moved.
+    KnownMonitors known;
+};
+
+/// Who is who. `outputs` are all there are, connected or not; their order makes no difference.
+///
+/// A monitor is told by its EDID's numbers for as long as no other with the same was seen beside
+/// it: then it is the same display at every connector. Of monitors with the same numbers, each is
+/// told by its connector too, from then on and for good, however many of them are there. A
+/// monitor without an EDID is its connector, and so is a connector without a monitor; but a panel
+/// is wired to its connector, so one that keeps its EDID to itself is the one known there, and it
+/// is never taken for a monitor that has the same numbers.
+///
+/// Once given, a number stays. A monitor met for the first time gets the one that version 0.1
+/// gave to every monitor at that connector, so that what was stored under it stays its own.
+Identification identify(const std::vector<Identity>& outputs, const KnownMonitors& known,
+                        const IdentityHash& hash = stableHash);
 
 /// Whether a connector of this name is wired to the machine's own panel.
 bool isBuiltInConnector(std::string_view name);

@@ -33,10 +33,10 @@ LinuxWindowServer makeWindowServer(WindowServerKind kind, UserDefaults& store) {
     return both(std::make_shared<NoWindowServer>());
 }
 
-std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind) {
+std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind, UserDefaults& store) {
     switch (kind) {
         case WindowServerKind::x11:
-            return std::make_unique<X11ReconfigurationReports>();
+            return std::make_unique<X11ReconfigurationReports>(store);
         case WindowServerKind::gnome:
             return std::make_unique<GnomeReconfigurationReports>();
         case WindowServerKind::plasma:

@@ -19,7 +19,7 @@ struct LinuxWindowServer {
 /// `store` must outlive what is returned. Blocks no longer than the window server's patience.
 LinuxWindowServer makeWindowServer(WindowServerKind kind, UserDefaults& store);
 
-/// Its reports.
-std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind);
+/// Its reports. `store` must outlive them.
+std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind, UserDefaults& store);
 
 }  // namespace tavrel::session

@@ -10,8 +10,9 @@
 
 namespace tavrel {
 
-X11ReconfigurationReports::X11ReconfigurationReports(const X11ServerOptions& options)
-    : thread_(options, *this) {}
+X11ReconfigurationReports::X11ReconfigurationReports(UserDefaults& store,
+                                                     const X11ServerOptions& options)
+    : directory_(store), thread_(options, *this) {}
 
 ServerStatus X11ReconfigurationReports::registerCallback(DisplayReconfigurationCallback callback,
                                                          void* userInfo) {
@@ -50,10 +51,11 @@ void X11ReconfigurationReports::settled(x11::Connection& connection) {
     if (!std::exchange(hasNews_, false)) {
         return;
     }
-    const auto now = x11::readSnapshot(connection, x11::Probing::onContradiction);
+    auto now = x11::readSnapshot(connection, x11::Probing::onContradiction);
     if (!now.has_value()) {
         return;
     }
+    now->known = directory_.meet(x11::identitiesIn(*now));
     const auto before = std::exchange(reported_, x11::layoutOf(*now));
     if (!before.has_value()) {
         return;

@@ -6,6 +6,7 @@
 #include "platform/ReconfigurationReports.h"
 #include "platform/ReportRegistration.h"
 #include "platform/layout/Layout.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/x11/connection/EventThread.h"
 
 namespace tavrel {
@@ -19,8 +20,9 @@ namespace tavrel {
 class X11ReconfigurationReports final : public ReconfigurationReports,
                                         private x11::EventThread::Client {
 public:
-    /// Blocks at most for the options' timeout.
-    explicit X11ReconfigurationReports(const X11ServerOptions& options = {});
+    /// Blocks at most for the options' timeout. `store`, which must outlive this, says which
+    /// monitor is which display.
+    explicit X11ReconfigurationReports(UserDefaults& store, const X11ServerOptions& options = {});
 
     /// One pair at a time: 1004 while one is registered. 1006 without a server that has
     /// RandR 1.3.
@@ -35,6 +37,7 @@ private:
     void settled(x11::Connection& connection) override;
 
     ReportRegistration registration_;
+    layout::MonitorDirectory directory_;
     /// What was reported last, also of a server that has gone away since.
     std::optional<layout::Layout> reported_;
     bool hasNews_ = false;

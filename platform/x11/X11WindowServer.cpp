@@ -12,22 +12,20 @@ namespace tavrel {
 
 namespace {
 
-std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer) {
+std::unique_ptr<DisplayMoment> momentWithoutDisplays(const x11::LastWord::Answer& answer) {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }
-    if (!answer.word->hasRandr) {
-        // Its displays cannot be told apart, so none is known to be online; those remembered
-        // from elsewhere can still be listed.
-        return layout::silentMoment(std::vector<DisplayID>{}, answer.isFresh);
-    }
-    return layout::momentOf(x11::layoutOf(answer.word->snapshot), answer.isFresh);
+    // The displays of a server without RandR cannot be told apart, so none is known to be online;
+    // those remembered from elsewhere can still be listed.
+    return layout::silentMoment(std::vector<DisplayID>{}, answer.isFresh);
 }
 
 }  // namespace
 
 X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& options)
-    : lastWord_(x11::askingServer(options), options.timeout),
+    : directory_(store),
+      lastWord_(x11::askingServer(options), options.timeout),
       changeLink_(options),
       remembered_(store) {}
 
@@ -44,7 +42,8 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
     }
     // Whoever misses a display may have just plugged it in.
     x11::RandrLayoutServer server(*connection,
-                                  enabled ? x11::Probing::always : x11::Probing::onContradiction);
+                                  enabled ? x11::Probing::always : x11::Probing::onContradiction,
+                                  directory_.all());
     return x11::switchDisplay(server, remembered_, lastSeen_, display, enabled);
 }
 
@@ -58,10 +57,13 @@ std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
 
 std::unique_ptr<DisplayMoment> X11WindowServer::ask(bool isToProbe) {
     const x11::LastWord::Answer answer = lastWord_.ask(isToProbe);
-    if (answer.word != nullptr && answer.word->hasRandr) {
-        x11::noteSeen(lastSeen_, answer.word->snapshot);
+    if (answer.word == nullptr || !answer.word->hasRandr) {
+        return momentWithoutDisplays(answer);
     }
-    return momentOf(answer);
+    x11::Snapshot snapshot = answer.word->snapshot;
+    snapshot.known = directory_.meet(x11::identitiesIn(snapshot));
+    x11::noteSeen(lastSeen_, snapshot);
+    return layout::momentOf(x11::layoutOf(snapshot), answer.isFresh);
 }
 
 }  // namespace tavrel

@@ -6,6 +6,7 @@
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
 #include "platform/layout/LastSeen.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
 #include "platform/x11/snapshot/LastWord.h"
@@ -28,7 +29,8 @@ namespace tavrel {
 /// about its displays.
 class X11WindowServer : public DisplaySwitch, public DisplayQueries {
 public:
-    /// Keeps in `store`, which must outlive this, how displays were when switched off.
+    /// Keeps in `store`, which must outlive this, how displays were when switched off, and which
+    /// monitor is which display.
     explicit X11WindowServer(UserDefaults& store, const X11ServerOptions& options = {});
 
     bool canSwitch() override;
@@ -40,6 +42,7 @@ public:
 private:
     std::unique_ptr<DisplayMoment> ask(bool isToProbe);
 
+    layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
     x11::LastWord lastWord_;
 

@@ -61,19 +61,40 @@ void checkEdid(const Bytes& edid) {
     }
 }
 
-void checkNumbers(const std::vector<Identity>& outputs, const IdentityHash& hash) {
-    const std::vector<DisplayID> displays = displayIdentifiers(outputs, hash);
+/// Whether the numbers are there, and none is given twice. Returns them.
+std::vector<DisplayID> numbersOf(const std::vector<Identity>& outputs, const KnownMonitors& known,
+                                 const IdentityHash& hash) {
+    std::vector<DisplayID> displays = identify(outputs, known, hash).displays;
     require(displays.size() == outputs.size(), "each output has a number");
-    std::set<DisplayID> all(displays.begin(), displays.end());
+    const std::set<DisplayID> all(displays.begin(), displays.end());
     require(all.size() == outputs.size() && !all.contains(0), "no two are alike, and none is 0");
+    return displays;
+}
+
+void checkNumbers(const std::vector<Identity>& outputs, const IdentityHash& hash) {
+    const std::vector<DisplayID> displays = numbersOf(outputs, {}, hash);
+    const KnownMonitors known = identify(outputs, {}, hash).known;
+    require(numbersOf(outputs, known, hash) == displays, "who is met again keeps the number");
+    require(identify(outputs, known, hash).known == known, "there is nothing new about them");
 
     const std::vector<Identity> backwards(outputs.rbegin(), outputs.rend());
-    const std::vector<DisplayID> reversed = displayIdentifiers(backwards, hash);
+    const std::vector<DisplayID> reversed = numbersOf(backwards, {}, hash);
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         // Two that cannot be told apart may change places.
         const bool isAlone = std::count(outputs.begin(), outputs.end(), outputs[i]) == 1;
         require(!isAlone || displays[i] == reversed[outputs.size() - 1 - i],
                 "the order of the outputs makes no difference");
+    }
+    for (std::size_t unplugged = 0; unplugged < outputs.size(); ++unplugged) {
+        std::vector<Identity> fewer = outputs;
+        fewer[unplugged].edid = {};
+        const std::vector<DisplayID> left = numbersOf(fewer, known, hash);
+        for (std::size_t i = 0; i < outputs.size(); ++i) {
+            const bool isAlone = std::count(outputs.begin(), outputs.end(), outputs[i]) == 1;
+            require(i == unplugged || !isAlone || outputs[i].edid == EdidNumbers() ||
+                        displays[i] == left[i],
+                    "a monitor keeps its number while another is unplugged");
+        }
     }
 }
 

@@ -125,7 +125,7 @@ layout::Layout Outputs::layout() const {
         layout.outputs.push_back(device->describe());
         identities.push_back(layout.outputs.back().identity);
     }
-    const std::vector<DisplayID> displays = layout::displayIdentifiers(identities);
+    const std::vector<DisplayID> displays = layout::identify(identities, {}).displays;
     for (std::size_t i = 0; i < displays.size(); ++i) {
         layout.outputs[i].display = displays[i];
     }

@@ -2,14 +2,21 @@
 
 #include <xcb/randr.h>
 
+#include <utility>
+
 namespace tavrel::x11 {
 
-RandrLayoutServer::RandrLayoutServer(Connection& connection, Probing probing)
-    : connection_(connection), probing_(probing) {}
+RandrLayoutServer::RandrLayoutServer(Connection& connection, Probing probing,
+                                     layout::KnownMonitors known)
+    : connection_(connection), probing_(probing), known_(std::move(known)) {}
 
 std::optional<Snapshot> RandrLayoutServer::read() {
     connection_.discardEvents();
-    return readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_);
+    std::optional<Snapshot> now = readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_);
+    if (now.has_value()) {
+        now->known = known_;
+    }
+    return now;
 }
 
 bool RandrLayoutServer::grab() {

@@ -14,7 +14,9 @@ class RandrLayoutServer : public LayoutServer {
 public:
     /// `probing` is for what is read before the server is grabbed. While it is, all others wait,
     /// and it is never made to look for monitors.
-    explicit RandrLayoutServer(Connection& connection, Probing probing = Probing::never);
+    /// What is read takes the monitors for those `known`.
+    explicit RandrLayoutServer(Connection& connection, Probing probing = Probing::never,
+                               layout::KnownMonitors known = {});
 
     std::optional<Snapshot> read() override;
     bool grab() override;
@@ -28,6 +30,7 @@ public:
 private:
     Connection& connection_;
     Probing probing_;
+    const layout::KnownMonitors known_;
     bool isGrabbed_ = false;
 };
 

@@ -17,8 +17,14 @@ const Resource* find(const std::vector<Resource>& all, Xid id) {
 /// RandR sends places as signed 16-bit numbers, whatever the server's largest screen.
 constexpr int largestCoordinate = 32767;
 
+layout::Identity identityOf(const Output& output) {
+    // A driver may go on showing the EDID of a monitor that has been unplugged; by now that may
+    // be at another connector.
+    return {output.name, output.connected ? output.edid : layout::EdidNumbers()};
+}
+
 layout::Output describe(const Snapshot& snapshot, const Output& output) {
-    layout::Output described{.identity = {output.name, output.edid},
+    layout::Output described{.identity = identityOf(output),
                              .isConnected = output.connected,
                              .isBuiltIn = layout::isBuiltInConnector(output.name)};
     for (const Xid id : output.modes) {
@@ -67,12 +73,11 @@ bool Snapshot::isFree(const Crtc& crtc) const {
 layout::Layout layoutOf(const Snapshot& snapshot) {
     layout::Layout layout{.maxWidth = std::min(snapshot.maxWidth, largestCoordinate),
                           .maxHeight = std::min(snapshot.maxHeight, largestCoordinate)};
-    std::vector<layout::Identity> identities;
     for (const Output& output : snapshot.outputs) {
         layout.outputs.push_back(describe(snapshot, output));
-        identities.push_back(layout.outputs.back().identity);
     }
-    const std::vector<DisplayID> displays = layout::displayIdentifiers(identities);
+    const std::vector<DisplayID> displays =
+        layout::identify(identitiesIn(snapshot), snapshot.known).displays;
     if (snapshot.primary.has_value()) {
         layout.primary = 0;
     }
@@ -83,6 +88,14 @@ layout::Layout layoutOf(const Snapshot& snapshot) {
         }
     }
     return layout;
+}
+
+std::vector<layout::Identity> identitiesIn(const Snapshot& snapshot) {
+    std::vector<layout::Identity> identities;
+    for (const Output& output : snapshot.outputs) {
+        identities.push_back(identityOf(output));
+    }
+    return identities;
 }
 
 const Output* outputOf(const Snapshot& snapshot, const layout::Layout& layout, DisplayID display) {

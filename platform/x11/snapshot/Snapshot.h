@@ -97,6 +97,9 @@ struct Snapshot {
     /// The server's times of the last change to the layout, and to outputs and modes.
     std::uint32_t layoutTimestamp = 0;
     std::uint32_t configTimestamp = 0;
+    /// Whom the outputs' monitors are to be taken for. Not the server's word: whoever reads the
+    /// snapshot adds it.
+    layout::KnownMonitors known;
 
     /// Null for a number that is not in here.
     const Output* output(Xid id) const;
@@ -117,6 +120,9 @@ struct Snapshot {
 /// What `snapshot` shows, in the words common to all window servers. A display is an output;
 /// it is on when a CRTC drives it with a mode. The outputs are in the snapshot's order.
 layout::Layout layoutOf(const Snapshot& snapshot);
+
+/// The connectors in `snapshot` and their monitors, in its order.
+std::vector<layout::Identity> identitiesIn(const Snapshot& snapshot);
 
 /// The output in `snapshot` that is this display in its layout; null when there is none.
 const Output* outputOf(const Snapshot& snapshot, const layout::Layout& layout, DisplayID display);

@@ -67,14 +67,6 @@ TEST(EdidTest, SaysNothingWhenTheHeaderIsAnother) {
 constexpr EdidNumbers someone{.vendor = 1, .product = 2, .serial = 3};
 constexpr EdidNumbers other{.vendor = 1, .product = 2, .serial = 4};
 
-DisplayID numberOf(const std::string& connector, const std::vector<Identity>& outputs,
-                   const IdentityHash& hash = stableHash) {
-    const auto found = std::find_if(outputs.begin(), outputs.end(), [&](const Identity& each) {
-        return each.connector == connector;
-    });
-    return displayIdentifiers(outputs, hash).at(static_cast<std::size_t>(found - outputs.begin()));
-}
-
 TEST(StableHashTest, GivesTheNumbersItAlwaysGave) {
     // Users' stores hold such numbers. These are FNV-1a's published ones.
     EXPECT_EQ(stableHash(""), 0x811c9dc5U);
@@ -82,42 +74,209 @@ TEST(StableHashTest, GivesTheNumbersItAlwaysGave) {
     EXPECT_EQ(stableHash("foobar"), 0xbf9cf968U);
 }
 
-TEST(DisplayIdentifiersTest, AMonitorKeepsItsNumber) {
-    EXPECT_EQ(numberOf("DP-1", {{"DP-1", someone}}), stableHash("DP-1/1/2/3"));
-    EXPECT_EQ(numberOf("DP-1", {{"DP-9", {}}, {"DP-1", someone}}), stableHash("DP-1/1/2/3"));
+/// A machine with its connectors, who remembers whom it has met.
+class Machine {
+public:
+    explicit Machine(std::vector<std::string> connectors, IdentityHash hash = stableHash)
+        : hash_(std::move(hash)) {
+        for (std::string& connector : connectors) {
+            outputs_.push_back({std::move(connector), {}});
+        }
+    }
+
+    Machine& plug(const EdidNumbers& monitor, const std::string& connector) {
+        at(connector).edid = monitor;
+        return *this;
+    }
+    Machine& unplug(const std::string& connector) { return plug({}, connector); }
+    Machine& listBackwards() {
+        std::reverse(outputs_.begin(), outputs_.end());
+        return *this;
+    }
+
+    /// Looks at all connectors, and says who is at this one.
+    DisplayID meet(const std::string& connector) {
+        Identification now = identify(outputs_, known_, hash_);
+        known_ = std::move(now.known);
+        return now.displays.at(static_cast<std::size_t>(&at(connector) - outputs_.data()));
+    }
+    std::vector<DisplayID> meetAll() {
+        Identification now = identify(outputs_, known_, hash_);
+        known_ = std::move(now.known);
+        return now.displays;
+    }
+    const KnownMonitors& known() const { return known_; }
+
+private:
+    Identity& at(const std::string& connector) {
+        return *std::find_if(outputs_.begin(), outputs_.end(),
+                             [&](const Identity& each) { return each.connector == connector; });
+    }
+
+    const IdentityHash hash_;
+    std::vector<Identity> outputs_;
+    KnownMonitors known_;
+};
+
+Machine dock() {
+    return Machine({"eDP-1", "DP-1", "DP-2", "DP-3"});
 }
 
-TEST(DisplayIdentifiersTest, ConnectorAndMonitorBothCount) {
-    const std::vector<Identity> twins{{"DP-1", someone}, {"DP-2", someone}};
-    const std::vector<Identity> swapped{{"DP-1", other}, {"DP-2", someone}};
-
-    EXPECT_NE(numberOf("DP-1", twins), numberOf("DP-2", twins)) << "twins differ by connector";
-    EXPECT_NE(numberOf("DP-1", twins), numberOf("DP-1", swapped));
-    EXPECT_EQ(numberOf("DP-2", twins), numberOf("DP-2", swapped));
+TEST(IdentifyTest, AMonitorGetsTheNumberThatVersion01GaveIt) {
+    // Users' stores hold these numbers.
+    EXPECT_EQ(dock().plug(someone, "DP-1").meet("DP-1"), stableHash("DP-1/1/2/3"));
+    EXPECT_EQ(dock().meet("DP-1"), stableHash("DP-1/0/0/0"));
 }
 
-TEST(DisplayIdentifiersTest, CollisionsAreResolvedTheSameWayInWhateverOrderTheyAreListed) {
+TEST(IdentifyTest, AMonitorOnAnotherPortIsTheSameDisplay) {
+    Machine machine = dock();
+    const DisplayID first = machine.plug(someone, "DP-1").meet("DP-1");
+
+    EXPECT_EQ(machine.unplug("DP-1").plug(someone, "DP-2").meet("DP-2"), first);
+    EXPECT_EQ(machine.unplug("DP-2").plug(someone, "DP-3").meet("DP-3"), first);
+    EXPECT_EQ(machine.unplug("DP-3").plug(someone, "DP-1").meet("DP-1"), first);
+    EXPECT_THAT(machine.known(), testing::SizeIs(1));
+}
+
+TEST(IdentifyTest, AnotherMonitorOnTheSamePortIsAnotherDisplay) {
+    Machine machine = dock();
+    const DisplayID first = machine.plug(someone, "DP-1").meet("DP-1");
+
+    const DisplayID second = machine.plug(other, "DP-1").meet("DP-1");
+
+    EXPECT_NE(second, first);
+    EXPECT_EQ(machine.plug(someone, "DP-2").meet("DP-2"), first);
+    EXPECT_EQ(machine.meet("DP-1"), second);
+}
+
+TEST(IdentifyTest, TwoMonitorsThatChangePortsKeepTheirNumbers) {
+    Machine machine = dock().plug(someone, "DP-1").plug(other, "DP-2");
+    const DisplayID first = machine.meet("DP-1");
+    const DisplayID second = machine.meet("DP-2");
+
+    machine.plug(other, "DP-1").plug(someone, "DP-2");
+
+    EXPECT_EQ(machine.meet("DP-1"), second);
+    EXPECT_EQ(machine.meet("DP-2"), first);
+}
+
+TEST(IdentifyTest, TwinsAreToldByTheirPorts) {
+    Machine machine = dock().plug(someone, "DP-1").plug(someone, "DP-2");
+
+    EXPECT_EQ(machine.meet("DP-1"), stableHash("DP-1/1/2/3"));
+    EXPECT_EQ(machine.meet("DP-2"), stableHash("DP-2/1/2/3"));
+}
+
+TEST(IdentifyTest, AMonitorKeepsItsNumberWhenItsTwinComesAndGoes) {
+    Machine machine = dock().plug(someone, "DP-1");
+    const DisplayID first = machine.meet("DP-1");
+
+    const DisplayID twin = machine.plug(someone, "DP-2").meet("DP-2");
+    EXPECT_NE(twin, first);
+    EXPECT_EQ(machine.meet("DP-1"), first);
+
+    EXPECT_EQ(machine.unplug("DP-1").meet("DP-2"), twin) << "the one that is left";
+    EXPECT_EQ(machine.plug(someone, "DP-1").meet("DP-1"), first);
+    EXPECT_EQ(machine.unplug("DP-2").meet("DP-1"), first) << "the other way round";
+    EXPECT_EQ(machine.plug(someone, "DP-2").meet("DP-2"), twin);
+}
+
+TEST(IdentifyTest, AMonitorThatHasMovedKeepsItsNumberWhenItsTwinTakesItsOldPort) {
+    Machine machine = dock().plug(someone, "DP-1");
+    const DisplayID first = machine.meet("DP-1");
+    ASSERT_EQ(machine.unplug("DP-1").plug(someone, "DP-2").meet("DP-2"), first);
+
+    const DisplayID twin = machine.plug(someone, "DP-1").meet("DP-1");
+
+    EXPECT_NE(twin, first);
+    EXPECT_EQ(machine.meet("DP-2"), first);
+}
+
+TEST(IdentifyTest, OfTwinsNobodyGuessesWhichHasMoved) {
+    Machine machine = dock().plug(someone, "DP-1").plug(someone, "DP-2");
+    const DisplayID first = machine.meet("DP-1");
+    const DisplayID second = machine.meet("DP-2");
+
+    const DisplayID moved = machine.unplug("DP-2").plug(someone, "DP-3").meet("DP-3");
+
+    EXPECT_EQ(machine.meet("DP-1"), first);
+    EXPECT_NE(moved, second);
+    EXPECT_EQ(machine.unplug("DP-3").plug(someone, "DP-2").meet("DP-2"), second);
+}
+
+TEST(IdentifyTest, WithoutAnEdidAMonitorIsItsConnector) {
+    Machine machine = dock();
+    const DisplayID unknown = machine.meet("DP-1");
+
+    machine.plug(someone, "DP-2");
+
+    EXPECT_EQ(machine.meet("DP-1"), unknown);
+    EXPECT_NE(machine.meet("DP-3"), unknown);
+    EXPECT_THAT(machine.known(), testing::SizeIs(1)) << "nothing to be kept of it";
+}
+
+TEST(IdentifyTest, APortIsItselfAgainWhenItsMonitorHasGone) {
+    Machine machine = dock();
+    const DisplayID empty = machine.meet("DP-1");
+    const DisplayID monitor = machine.plug(someone, "DP-1").meet("DP-1");
+
+    EXPECT_NE(monitor, empty);
+    EXPECT_EQ(machine.unplug("DP-1").meet("DP-1"), empty);
+}
+
+TEST(IdentifyTest, APanelWhoseEdidCannotBeReadIsStillThatPanel) {
+    Machine machine = dock().plug(someone, "eDP-1");
+    const DisplayID panel = machine.meet("eDP-1");
+
+    EXPECT_EQ(machine.unplug("eDP-1").meet("eDP-1"), panel);
+}
+
+TEST(IdentifyTest, APanelIsTheSameWhateverADriverCallsItsConnector) {
+    Machine machine({"eDP-1", "eDP-1-1"});
+    const DisplayID panel = machine.plug(someone, "eDP-1").meet("eDP-1");
+
+    EXPECT_EQ(machine.unplug("eDP-1").plug(someone, "eDP-1-1").meet("eDP-1-1"), panel);
+}
+
+TEST(IdentifyTest, APanelIsNoMonitorThoughBothHaveTheSameNumbers) {
+    Machine machine = dock().plug(someone, "eDP-1");
+    const DisplayID panel = machine.meet("eDP-1");
+
+    const DisplayID monitor = machine.unplug("eDP-1").plug(someone, "DP-1").meet("DP-1");
+
+    EXPECT_NE(monitor, panel);
+    EXPECT_EQ(machine.unplug("DP-1").plug(someone, "DP-2").meet("DP-2"), monitor)
+        << "there is no other monitor like it";
+}
+
+TEST(IdentifyTest, CollisionsAreResolvedTheSameWayInWhateverOrderTheyAreListed) {
     const auto alike = [](std::string_view) { return 7U; };
-    std::vector<Identity> outputs{{"A", other}, {"B", {}}, {"C", {}}, {"D", someone}};
-    const auto byConnector = [](const Identity& a, const Identity& b) {
-        return a.connector < b.connector;
-    };
+    const Machine machine =
+        Machine({"A", "B", "C", "D"}, alike).plug(other, "A").plug(someone, "D");
 
-    do {
-        EXPECT_EQ(numberOf("A", outputs, alike), 7U);
-        EXPECT_EQ(numberOf("B", outputs, alike), 8U);
-        EXPECT_EQ(numberOf("C", outputs, alike), 9U);
-        EXPECT_EQ(numberOf("D", outputs, alike), 10U);
-    } while (std::next_permutation(outputs.begin(), outputs.end(), byConnector));
+    for (Machine each : {machine, Machine(machine).listBackwards()}) {
+        EXPECT_EQ(each.meet("B"), 7U);
+        EXPECT_EQ(each.meet("C"), 8U);
+        EXPECT_EQ(each.meet("A"), 9U);
+        EXPECT_EQ(each.meet("D"), 10U);
+    }
 }
 
-TEST(DisplayIdentifiersTest, NoneIsZero) {
-    const std::vector<Identity> outputs{{"A", {}}, {"B", {}}, {"C", {}}};
+TEST(IdentifyTest, WhoCollidesKeepsTheNumberWhenTheOtherHasGone) {
+    const auto alike = [](std::string_view) { return 7U; };
+    Machine machine = Machine({"A", "B", "C"}, alike).plug(someone, "A").plug(other, "B");
+    const DisplayID second = machine.meet("B");
+
+    EXPECT_EQ(machine.unplug("A").meet("B"), second);
+}
+
+TEST(IdentifyTest, NoNumberIsZero) {
+    const std::vector<std::string> names{"A", "B", "C"};
     const auto zero = [](std::string_view) { return 0U; };
     const auto last = [](std::string_view) { return 0xFFFFFFFFU; };
 
-    EXPECT_THAT(displayIdentifiers(outputs, zero), testing::ElementsAre(1U, 2U, 3U));
-    EXPECT_THAT(displayIdentifiers(outputs, last), testing::ElementsAre(0xFFFFFFFFU, 1U, 2U));
+    EXPECT_THAT(Machine(names, zero).meetAll(), testing::ElementsAre(1U, 2U, 3U));
+    EXPECT_THAT(Machine(names, last).meetAll(), testing::ElementsAre(0xFFFFFFFFU, 1U, 2U));
 }
 
 TEST(BuiltInConnectorTest, PanelsAreWiredToTheMachine) {

@@ -73,7 +73,7 @@ protected:
     }
 
     ReportRecorder recorder;
-    X11ReconfigurationReports reports{{.displayName = desktop.displayName()}};
+    X11ReconfigurationReports reports{store, {.displayName = desktop.displayName()}};
     const DisplayID left = idOf("DUMMY0");
     const DisplayID middle = idOf("DUMMY1");
     const DisplayID right = idOf("DUMMY2");
@@ -225,7 +225,8 @@ TEST_F(X11ReconfigurationReportsTest, ACallbackMayBeRemovedWhenTheServerIsGone) 
 }
 
 TEST(X11ReconfigurationReportsWithoutServerTest, TheCallbackIsRefused) {
-    X11ReconfigurationReports reports({.displayName = ":4093"});
+    SimulatedUserDefaults store;
+    X11ReconfigurationReports reports(store, {.displayName = ":4093"});
     ReportRecorder recorder;
 
     EXPECT_EQ(reports.registerCallback(&ReportRecorder::callback, &recorder),
@@ -236,7 +237,8 @@ TEST(X11ReconfigurationReportsWithoutServerTest, TheCallbackIsRefused) {
 
 TEST(X11ReconfigurationReportsWithoutRandrTest, TheCallbackIsRefused) {
     const VirtualDesktop desktop({.randr = false});
-    X11ReconfigurationReports reports({.displayName = desktop.displayName()});
+    SimulatedUserDefaults store;
+    X11ReconfigurationReports reports(store, {.displayName = desktop.displayName()});
     ReportRecorder recorder;
 
     EXPECT_EQ(reports.registerCallback(&ReportRecorder::callback, &recorder),
