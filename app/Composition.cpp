@@ -2,14 +2,17 @@
 
 #include <chrono>
 #include <utility>
+#include <vector>
 
 #include <QCoreApplication>
 #include <QTimer>
 
 #include "app/System.h"
 #include "platform/LastDisplayGate.h"
+#include "platform/LeftOffRecovery.h"
 #include "platform/NotificationCenter.h"
 #include "platform/RescueReview.h"
+#include "platform/layout/RememberedOutputs.h"
 #include "platform/posix/SystemWallClock.h"
 #include "platform/qt/QtMainQueue.h"
 #include "watchdog/application/GuardedSwitch.h"
@@ -29,6 +32,16 @@ watchdog::SupervisorSetup supervisorSetup(const System& system) {
     }};
 }
 
+/// What was switched off here is remembered until it is on again. Empty where the window server
+/// does that itself.
+std::vector<DisplayID> rememberedDisplays(UserDefaults& store) {
+    std::vector<DisplayID> displays;
+    for (const layout::RememberedOutput& each : layout::RememberedOutputs(store).all()) {
+        displays.push_back(each.display);
+    }
+    return displays;
+}
+
 }  // namespace
 
 struct Composition::Parts {
@@ -41,7 +54,9 @@ struct Composition::Parts {
     LastDisplayGate lastDisplay{guarded, system->queries()};
     SwitchOffGate gate{lastDisplay};
     QtMainQueue mainQueue;
-    RescueReview review{gate, system->queries(), mainQueue};
+    LeftOffRecovery leftOff{gate, system->queries(),
+                            [this] { return rememberedDisplays(system->userDefaults()); }};
+    RescueReview review{gate, leftOff, mainQueue};
     NotificationCenter notificationCenter{mainQueue};
     std::unique_ptr<HotKeys> hotKeys = system->makeHotKeys(mainQueue);
     std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();

@@ -99,6 +99,7 @@ ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     if (enabled && (status == serverStatus::success || status == serverStatus::illegalArgument)) {
         handedOver_.remove(display);
     }
+    seenOn_.erase(display);
     if (status == serverStatus::success && enabled) {
         switchedOff_.remove(display);
     } else if (status == serverStatus::success) {
@@ -113,6 +114,21 @@ void WatchdogService::look() {
     const auto moment = queries_.now();
     switchedOff_.settle(*moment);
     seen_.merge(listedDisplays(*moment));
+    leaveToOthers(*moment);
+}
+
+void WatchdogService::leaveToOthers(DisplayMoment& moment) {
+    std::set<DisplayID> on;
+    for (const DisplayID display : std::vector(switchedOff_.displays())) {
+        if (!moment.isCurrent() || !moment.isActive(display)) {
+            continue;
+        }
+        on.insert(display);
+        if (seenOn_.contains(display)) {
+            carryOut(display, true);
+        }
+    }
+    seenOn_ = std::move(on);
 }
 
 void WatchdogService::switchOnIfNothingIsUsable() {

@@ -49,6 +49,10 @@ private:
     bool handle(const Message& message);
     ServerStatus carryOut(DisplayID display, bool enabled);
     void look();
+    /// What was switched off here and is on at two looks in a row was switched on by another
+    /// program, and is its affair from now on, also when it switches it off again. Asked to
+    /// switch it on, the window server forgets that it was off.
+    void leaveToOthers(DisplayMoment& moment);
     /// The built-in display first, then by number.
     void switchOnIfNothingIsUsable();
 
@@ -60,6 +64,8 @@ private:
     /// What the ending application wants to be on and has not switched on yet. Unlike what is
     /// off because of us, it need not be there: displays of a month are remembered.
     SwitchedOff handedOver_;
+    /// What of that was on at the last look.
+    std::set<DisplayID> seenOn_;
     /// All that was ever listed: where the window server has no list of what is off, nobody
     /// else here knows of it.
     std::set<DisplayID> seen_;

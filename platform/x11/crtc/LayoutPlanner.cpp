@@ -85,6 +85,8 @@ std::vector<LayoutPlan> plansOn(const Scene& now, const Output& output, DisplayI
 LayoutDecision decideOn(const Scene& now, const Output& output, DisplayID display,
                         const layout::LastSeen& lastSeen, LayoutDecision decision) {
     if (now.snapshot.activeCrtc(output) != nullptr) {
+        // Another program has switched it on.
+        layout::forget(decision.memory, display);
         return decision;
     }
     const layout::Memory known = lastSeen.completed(decision.memory, display);

@@ -17,8 +17,8 @@ struct LayoutDecision {
     /// In order of preference: the first that the server carries out is enough. Empty when
     /// the display is as it should be already.
     std::vector<LayoutPlan> plans = {};
-    /// What is to be remembered once a plan has been carried out; the same as before when
-    /// there is none.
+    /// What is to be remembered once a plan has been carried out, or at once when there is
+    /// none: then, the same as before, unless the display is on that was to come on.
     layout::Memory memory = {};
 };
 

@@ -127,6 +127,7 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
     Snapshot snapshot;
     const LayoutDecision preview = decide(server, request, snapshot);
     if (isDone(preview)) {
+        store(remembered, request.memory, preview.memory);
         return preview.status;
     }
     const layout::Memory& noted = enabled ? request.memory : preview.memory;

@@ -282,6 +282,51 @@ TEST_F(WatchdogServiceTest, ADisplayThatIsInNoListWhileItIsOffIsKnownFromEarlier
     EXPECT_THAT(forgetful.takeChanges(), ElementsAre(Pair(1, true), Pair(2, true)));
 }
 
+/// The connection of an application beside which another program switches display 1.
+class SharingApplication : public ScriptedChannel {
+public:
+    /// Before each of these messages, counting from 0, the other program acts.
+    struct Acts {
+        std::size_t on;
+        std::size_t off;
+    };
+
+    SharingApplication(std::deque<Received> said, SimulatedWindowServer& server, Acts acts)
+        : ScriptedChannel(std::move(said)), server_(server), acts_(acts) {}
+
+    Received receive(std::chrono::milliseconds timeout) override {
+        if (received_ == acts_.on || received_ == acts_.off) {
+            server_.switchFromOutside(1, received_ == acts_.on);
+        }
+        ++received_;
+        return ScriptedChannel::receive(timeout);
+    }
+
+private:
+    SimulatedWindowServer& server_;
+    const Acts acts_;
+    std::size_t received_ = 0;
+};
+
+TEST_F(WatchdogServiceTest, WhatAnotherProgramSwitchedOnAndOffAgainStaysOff) {
+    SharingApplication application({off(1, 1), heartbeat, heartbeat, heartbeat}, server,
+                                   {.on = 2, .off = 4});
+
+    WatchdogService(displays, server, application, [](auto /*time*/) {}).run();
+
+    EXPECT_FALSE(isOn(1));
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, false), Pair(1, true)))
+        << "asked for while it was on, so that the server forgets that it was off";
+}
+
+TEST_F(WatchdogServiceTest, WhatWasOnAtOneLookOnlyIsSwitchedOnAtTheEnd) {
+    SharingApplication application({off(1, 1), heartbeat, heartbeat}, server, {.on = 2, .off = 3});
+
+    WatchdogService(displays, server, application, [](auto /*time*/) {}).run();
+
+    EXPECT_TRUE(isOn(1));
+}
+
 TEST_F(WatchdogServiceTest, ASilentApplicationIsGivenFiveSecondsAndThenLookedAfterEachSecond) {
     using namespace std::chrono_literals;
 

@@ -42,6 +42,20 @@ TEST_F(SwitchOnTest, RestoresModePlaceAndRole) {
     expectRoundTrip("C");
 }
 
+TEST_F(SwitchOnTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
+    start(threeInARow());
+    const Snapshot before = server.state;
+    ASSERT_EQ(off("B"), serverStatus::success);
+    ASSERT_EQ(off("C"), serverStatus::success);
+    server.state = before;
+
+    EXPECT_EQ(on("B"), serverStatus::success);
+
+    EXPECT_EQ(server.state, before) << "it stays as the other program has set it up";
+    ASSERT_THAT(remembered.all(), testing::SizeIs(1));
+    EXPECT_EQ(remembered.all().front().display, displayNamed(before, "C"));
+}
+
 TEST_F(SwitchOnTest, RestoresRotationAndReflection) {
     start(SnapshotBuilder().output("A").on(0, 0).output("B").rotatable().on(
         1920, 0, mode::fullHd, layout::rotate90 | layout::reflectX));
