@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <algorithm>
 
 #include "ui/paint/ContinuousCorners.h"
 #include "ui/paint/Icons.h"
@@ -16,14 +17,24 @@ constexpr double strokeOpacity = 0.1;
 constexpr double iconSpacing = 7;
 constexpr double hintOpacity = 0.48;
 constexpr theme::FontSpec labelFont{13.5, QFont::DemiBold, theme::FontDesign::rounded};
+constexpr double signTracking = 2.5;
 constexpr theme::FontSpec hintFont{11.5, QFont::DemiBold, theme::FontDesign::monospaced};
+
+/// The signs of a Mac's keys fill their places and would touch; letters keep their distance.
+theme::FontSpec hintFontFor(const QString& hint) {
+    theme::FontSpec font = theme::specFor(hint, hintFont);
+    const bool hasSigns =
+        std::any_of(hint.begin(), hint.end(), [](QChar each) { return each.unicode() > 0x7F; });
+    font.tracking = hasSigns ? signTracking : 0;
+    return font;
+}
 
 }  // namespace
 
 WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
     : Control({4 * faceHeight, faceHeight}, parent),
       labelFont_(labelFont),
-      hint_(new Label(hintFont, theme::white(hintOpacity), this)) {
+      hint_(new Label(hintFontFor(shortcutHint), theme::white(hintOpacity), this)) {
     setText(label);
     hint_->setText(shortcutHint);
 }
@@ -61,7 +72,9 @@ void WakeButton::placeHint() {
     const QRect place = face();
     // A desktop's words may be long; the label comes first.
     const QSize size = hint_->sizeHint().boundedTo({place.width() / 2, place.height()});
-    hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width(),
+    // The last letter's own tracking shows nothing.
+    const int overhang = qRound(hintFontFor(hint_->text()).tracking);
+    hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width() + overhang,
                        place.top() + (place.height() - size.height()) / 2, size.width(),
                        size.height());
 }

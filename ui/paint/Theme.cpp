@@ -2,9 +2,11 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QRawFont>
 #include <QStringList>
 #include <QStyleHints>
 #include <QToolTip>
+#include <algorithm>
 
 namespace tavrel::theme {
 namespace {
@@ -76,6 +78,22 @@ QFont font(const FontSpec& spec, double scale) {
         font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking * scale);
     }
     return font;
+}
+
+FontSpec specFor(const QString& text, const FontSpec& spec) {
+    const auto letters = text.toUcs4();
+    for (const FontDesign design :
+         {spec.design, FontDesign::standard, FontDesign::monospaced, FontDesign::rounded}) {
+        FontSpec candidate = spec;
+        candidate.design = design;
+        // The font itself; a QFont would borrow what it lacks from others.
+        const QRawFont raw = QRawFont::fromFont(font(candidate, 2));
+        if (std::all_of(letters.begin(), letters.end(),
+                        [&](char32_t letter) { return raw.supportsCharacter(letter); })) {
+            return candidate;
+        }
+    }
+    return spec;
 }
 
 QPalette darkPalette() {

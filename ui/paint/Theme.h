@@ -45,6 +45,11 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
+/// `spec` in its own design if that one's font has every letter of `text`, else in the first
+/// design whose font has them: so that a text of rare letters is drawn in one hand, not patched
+/// together from several fonts. `spec` itself where no font has them all.
+FontSpec specFor(const QString& text, const FontSpec& spec);
+
 QPalette darkPalette();
 
 /// Gives all windows, menus and tooltips of `application` the dark look.

@@ -1,10 +1,15 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QGlyphRun>
 #include <QMenuBar>
+#include <QRawFont>
+#include <QTextLayout>
 #include <QToolTip>
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 #include "ui/paint/Theme.h"
 
@@ -29,6 +34,47 @@ TEST(ThemeTest, TheFontsOfTheDesignAreUsedWhereTheyAreInstalled) {
     EXPECT_TRUE(QFontInfo(fixed).fixedPitch());
     EXPECT_EQ(fixed.pixelSize(), 23);
     EXPECT_EQ(fixed.weight(), QFont::DemiBold);
+}
+
+/// How many fonts it takes to draw `text`.
+std::size_t fontsFor(const QString& text, const theme::FontSpec& spec) {
+    QTextLayout layout(text, theme::font(spec, 2));
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+    std::set<QString> fonts;
+    for (const QGlyphRun& run : layout.glyphRuns()) {
+        fonts.insert(run.rawFont().familyName() + run.rawFont().styleName());
+    }
+    return fonts.size();
+}
+
+TEST(ThemeTest, AShortcutsSignsAreDrawnInOneFont) {
+    const theme::FontSpec fixed{11.5, QFont::DemiBold, theme::FontDesign::monospaced};
+    const QString signs = QStringLiteral("⌃⌥⌘W");
+    if (!QFontDatabase::hasFamily("Inter")) {
+        GTEST_SKIP() << "no font of the design is installed that has these signs";
+    }
+    const theme::FontSpec theDesigns{11.5, QFont::DemiBold, theme::FontDesign::rounded};
+    ASSERT_GT(fontsFor(signs, theDesigns), 1U) << "or this would show nothing";
+
+    EXPECT_EQ(fontsFor(signs, theme::specFor(signs, fixed)), 1U);
+    EXPECT_EQ(fontsFor(signs, theme::specFor(signs, theDesigns)), 1U);
+}
+
+TEST(ThemeTest, LettersThatTheDesignsFontHasAreDrawnInIt) {
+    const theme::FontSpec fixed{11.5, QFont::DemiBold, theme::FontDesign::monospaced};
+
+    EXPECT_EQ(theme::specFor("Ctrl+Alt+Super+W", fixed).design, theme::FontDesign::monospaced);
+    EXPECT_EQ(theme::specFor("", fixed).design, theme::FontDesign::monospaced);
+}
+
+TEST(ThemeTest, TheDesignStaysWhereNoFontHasTheLetters) {
+    const theme::FontSpec fixed{11.5, QFont::DemiBold, theme::FontDesign::monospaced};
+    const char32_t unassigned = 0xE0FFF;
+
+    EXPECT_EQ(theme::specFor(QString::fromUcs4(&unassigned, 1), fixed).design,
+              theme::FontDesign::monospaced);
 }
 
 TEST(ThemeTest, TheWholeApplicationIsLightTextOnDarkGround) {
