@@ -88,6 +88,7 @@ int TavrelApp::run(QApplication& application) {
                              }
                          });
     }
+    placeAtPointer(window);
     window.show();
     std::optional<Tray> tray;
     if (auto trayHost = makeTrayHost(composition_.platform().mainQueue)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QRegion>
 
@@ -12,6 +13,14 @@ namespace {
 qint64 sharedArea(const QRect& a, const QRect& b) {
     const QRect shared = a & b;
     return shared.isEmpty() ? 0 : qint64{shared.width()} * shared.height();
+}
+
+QRect centredOn(const QRect& screen, QRect frame) {
+    frame.moveCenter(screen.center());
+    // On a screen smaller than the window its title and first row matter most.
+    frame.moveLeft(std::max(frame.left(), screen.left()));
+    frame.moveTop(std::max(frame.top(), screen.top()));
+    return frame;
 }
 
 }  // namespace
@@ -28,12 +37,14 @@ QRect keptVisible(const QRect& frame, const QList<QRect>& screens) {
         *std::max_element(screens.begin(), screens.end(), [&](const QRect& a, const QRect& b) {
             return sharedArea(frame, a) < sharedArea(frame, b);
         });
-    QRect kept = frame;
-    kept.moveCenter(target.center());
-    // On a screen smaller than the window its title and first row matter most.
-    kept.moveLeft(std::max(kept.left(), target.left()));
-    kept.moveTop(std::max(kept.top(), target.top()));
-    return kept;
+    return centredOn(target, frame);
+}
+
+void placeAtPointer(QWidget& window) {
+    if (const QScreen* screen = QGuiApplication::screenAt(QCursor::pos())) {
+        const QRect place(QPoint(0, 0), window.size());
+        window.move(centredOn(screen->availableGeometry(), place).topLeft());
+    }
 }
 
 WindowKeeper::WindowKeeper(QWidget& window) : window_(&window) {

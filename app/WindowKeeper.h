@@ -25,6 +25,11 @@ private:
     QTimer checkTimer_;
 };
 
+/// Puts a window that has not been shown yet in the middle of the screen the pointer is on, where
+/// its user is looking. Leaves it alone when no screen is there, and where the system lets no
+/// application place its windows.
+void placeAtPointer(QWidget& window);
+
 /// `frame`, moved so that all of it is on the `screens`: unmoved if all of it is, else centred
 /// on the screen that shows most of it, or on the first when none does. Also unmoved when
 /// there are no screens.

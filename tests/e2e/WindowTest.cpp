@@ -5,6 +5,7 @@
 
 #include "tests/e2e/Session.h"
 #include "tests/support/Keyboard.h"
+#include "tests/support/Pointer.h"
 
 namespace tavrel::e2e {
 namespace {
@@ -52,6 +53,22 @@ TEST_F(WindowTest, HasOneSizeAndCannotBeMaximised) {
     EXPECT_EQ(window.bounds().height, 486);
     EXPECT_EQ(window.fixedSize(), (Bounds{0, 0, 520, 486}));
     EXPECT_TRUE(window.refusesMaximising());
+}
+
+TEST(OpeningWindowTest, IsOnTheDisplayThePointerIsOn) {
+    const support::VirtualDesktop desktop({.accessibility = true});
+    const support::UserHome home;
+    const support::Pointer pointer(desktop.displayName());
+    for (const char* name : {"DUMMY2", "DUMMY0"}) {
+        const support::Monitor monitor = desktop.monitor(name);
+        pointer.moveTo(monitor.x + 100, monitor.y + 900);
+
+        const Session session(desktop, home);
+
+        const Bounds window = session.topLevel().bounds();
+        EXPECT_TRUE((Bounds{monitor.x, monitor.y, monitor.width, monitor.height}.contains(window)))
+            << name << ": " << window;
+    }
 }
 
 TEST_F(WindowTest, ClosingItQuitsTheApplication) {
