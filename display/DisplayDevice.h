@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/DisplayID.h"
+#include "platform/DisplayQueries.h"
 
 namespace tavrel {
 
@@ -27,6 +28,9 @@ public:
     bool isOn = false;
     /// Whether a switch of this display is in progress.
     bool isBusy = false;
+
+    /// Which of the user's monitors it is, as far as that was known when it was listed.
+    DisplayHardware hardware = {};
 
 private:
     std::string id_;

@@ -66,6 +66,7 @@ std::vector<DisplayDevice> fetchDisplays(DisplayQueries& queries, UserDefaults& 
             displays.emplace_back(record.id, externalName(numbered, ++externals),
                                   DisplayDevice::Kind::external, isOn);
         }
+        displays.back().hardware = moment->hardware(record.id);
     }
     std::stable_sort(displays.begin(), displays.end(), comesBefore);
     return displays;

@@ -3,11 +3,22 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/DisplayID.h"
 
 namespace tavrel {
+
+/// What tells a display from others for people. Each is empty where nothing is known.
+struct DisplayHardware {
+    /// The monitor's maker and model.
+    std::string monitor = {};
+    /// What the window server calls the connector.
+    std::string connector = {};
+
+    friend bool operator==(const DisplayHardware&, const DisplayHardware&) = default;
+};
 
 /// The window server's answers about its displays, for one pass over them.
 ///
@@ -45,6 +56,9 @@ public:
     virtual std::uint32_t vendorNumber(DisplayID display) = 0;
     virtual std::uint32_t modelNumber(DisplayID display) = 0;
     virtual std::uint32_t serialNumber(DisplayID display) = 0;
+
+    /// Empty where the server does not tell.
+    virtual DisplayHardware hardware(DisplayID /*display*/) { return {}; }
 };
 
 /// Where the window server is asked about its displays. Thread-safe.

@@ -26,6 +26,7 @@ public:
     std::uint32_t vendorNumber(DisplayID display) override { return inner_->vendorNumber(display); }
     std::uint32_t modelNumber(DisplayID display) override { return inner_->modelNumber(display); }
     std::uint32_t serialNumber(DisplayID display) override { return inner_->serialNumber(display); }
+    DisplayHardware hardware(DisplayID display) override { return inner_->hardware(display); }
 
 private:
     std::unique_ptr<DisplayMoment> inner_;

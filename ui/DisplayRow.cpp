@@ -48,6 +48,12 @@ void setName(QWidget& widget, const QString& name) {
     }
 }
 
+void setDescription(QWidget& widget, const QString& description) {
+    if (widget.accessibleDescription() != description) {
+        widget.setAccessibleDescription(description);
+    }
+}
+
 bool isBuiltIn(const DisplayDevice& display) {
     return display.kind() == DisplayDevice::Kind::builtIn;
 }
@@ -91,7 +97,12 @@ void DisplayRow::setInputs(Inputs inputs) {
 
 void DisplayRow::showInputs() {
     const QString name = displayName(inputs_.display);
+    const DisplayHardware& hardware = inputs_.display.hardware;
+    const QString which = texts::hardware(QString::fromStdString(hardware.monitor),
+                                          QString::fromStdString(hardware.connector));
     setName(*this, name);
+    setDescription(*this, which);
+    setToolTip(which);
     name_->setText(name);
     explanation_->setText(
         (isBuiltIn(inputs_.display) ? texts::builtInExplanation : texts::externalExplanation)

@@ -25,6 +25,13 @@ inline constexpr QStringView externalExplanation =
 inline constexpr QStringView switchOn = u"On";
 inline constexpr QStringView switchOff = u"Off";
 
+/// The tooltip and the accessible description of a row: which of the user's monitors it is.
+/// Either may be empty, and left out.
+inline QString hardware(const QString& monitor, const QString& connector) {
+    const bool areBoth = !monitor.isEmpty() && !connector.isEmpty();
+    return monitor + (areBoth ? QStringLiteral(" · ") : QString()) + connector;
+}
+
 /// The accessible name of a display's switch.
 inline QString powerName(const QString& displayName) {
     return displayName + QStringLiteral(" power");

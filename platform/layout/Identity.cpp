@@ -26,16 +26,77 @@ std::string toText(const Identity& identity) {
            std::to_string(identity.edid.product) + '/' + std::to_string(identity.edid.serial);
 }
 
+using Edid = std::vector<std::uint8_t>;
+
+constexpr std::size_t blockSize = 128;
+
+bool isIntact(const Edid& bytes) {
+    constexpr std::array<std::uint8_t, 8> header{0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
+    return bytes.size() >= blockSize && std::equal(header.begin(), header.end(), bytes.begin()) &&
+           std::accumulate(bytes.begin(), bytes.begin() + blockSize, 0U) % 256 == 0;
+}
+
+/// The maker's letters, A to Z, packed into five bits each. Empty when these are others.
+std::string makerOf(std::uint32_t vendor) {
+    constexpr std::uint32_t mask = 31;
+    std::string letters;
+    for (const unsigned shift : {10U, 5U, 0U}) {
+        const std::uint32_t letter = vendor >> shift & mask;
+        if (letter < 1 || letter > 26) {
+            return {};
+        }
+        letters += static_cast<char>('A' + letter - 1);
+    }
+    return letters;
+}
+
+/// The text of the description that is a name: up to a line feed, without what can't be shown.
+/// Empty when there is none.
+std::string modelOf(const Edid& bytes) {
+    constexpr std::size_t firstDescription = 54;
+    constexpr std::size_t lastDescription = 108;
+    constexpr std::size_t descriptionSize = 18;
+    constexpr std::size_t textAt = 5;
+    constexpr std::array<std::uint8_t, 4> nameHead{0, 0, 0, 0xFC};
+    for (std::size_t at = firstDescription; at <= lastDescription; at += descriptionSize) {
+        const auto description = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+        if (!std::equal(nameHead.begin(), nameHead.end(), description)) {
+            continue;
+        }
+        std::string text;
+        for (std::size_t i = at + textAt; i < at + descriptionSize && bytes[i] != '\n'; ++i) {
+            const bool isShown = bytes[i] >= ' ' && bytes[i] <= '~';
+            text += isShown ? std::string(1, static_cast<char>(bytes[i])) : std::string();
+        }
+        return text.substr(0, text.find_last_not_of(' ') + 1);
+    }
+    return {};
+}
+
+std::string hexadecimal(std::uint32_t number) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const unsigned shift : {12U, 8U, 4U, 0U}) {
+        text += digits[number >> shift & 15U];
+    }
+    return text;
+}
+
 }  // namespace
 
-EdidNumbers parseEdid(const std::vector<std::uint8_t>& bytes) {
-    constexpr std::size_t blockSize = 128;
-    constexpr std::array<std::uint8_t, 8> header{0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
-    if (bytes.size() < blockSize || !std::equal(header.begin(), header.end(), bytes.begin())) {
+std::string monitorName(const std::vector<std::uint8_t>& edid) {
+    const EdidNumbers numbers = parseEdid(edid);
+    if (numbers == EdidNumbers()) {
         return {};
     }
-    const unsigned sum = std::accumulate(bytes.begin(), bytes.begin() + blockSize, 0U);
-    if (sum % 256 != 0) {
+    const std::string maker = makerOf(numbers.vendor);
+    const std::string named = modelOf(edid);
+    const std::string model = named.empty() ? hexadecimal(numbers.product) : named;
+    return maker.empty() ? model : maker + ' ' + model;
+}
+
+EdidNumbers parseEdid(const std::vector<std::uint8_t>& bytes) {
+    if (!isIntact(bytes)) {
         return {};
     }
     const auto byte = [&bytes](std::size_t at) { return std::uint32_t{bytes[at]}; };

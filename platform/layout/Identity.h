@@ -23,6 +23,11 @@ struct EdidNumbers {
 /// number read wrongly would make the monitor a stranger.
 EdidNumbers parseEdid(const std::vector<std::uint8_t>& bytes);
 
+/// The monitor's maker, in the three letters it has registered, and what the maker calls the
+/// model: "ACM 27U", or "ACM 1A2B" by its number where it has no name. For people. Empty where
+/// `parseEdid` reads nothing.
+std::string monitorName(const std::vector<std::uint8_t>& edid);
+
 /// A connector, and the numbers of the monitor that is connected to it: all 0 when none is.
 struct Identity {
     std::string connector;

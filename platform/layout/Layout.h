@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/DisplayID.h"
@@ -67,6 +68,8 @@ struct Output {
     DisplayID display = 0;
     Identity identity = {};
     bool isConnected = false;
+    /// Maker and model, as `monitorName` has them. For people.
+    std::string monitor = {};
     /// Best first.
     std::vector<Mode> modes = {};
     /// std::nullopt when it is off. A window server may go on driving a connector whose monitor

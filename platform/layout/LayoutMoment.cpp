@@ -57,6 +57,11 @@ public:
     std::uint32_t vendorNumber(DisplayID display) override { return edid(display).vendor; }
     std::uint32_t modelNumber(DisplayID display) override { return edid(display).product; }
     std::uint32_t serialNumber(DisplayID display) override { return edid(display).serial; }
+    DisplayHardware hardware(DisplayID display) override {
+        const Output* output = find(display);
+        return output == nullptr ? DisplayHardware()
+                                 : DisplayHardware{output->monitor, output->identity.connector};
+    }
 
 private:
     const Output* find(DisplayID display) const {

@@ -132,6 +132,18 @@ TEST_F(DisplayIntegrationTest, SwitchedOffDisplayInTheListIsOff) {
     EXPECT_THAT(fetchLines(), ElementsAre("9: MacBook Display on", "4: External Display off"));
 }
 
+TEST_F(DisplayIntegrationTest, SaysWhichMonitorEachIs) {
+    server.allDisplays = {3, 4};
+    server.facts[3] = {.online = true, .hardware = {"ACM 27U", "DP-2"}};
+    server.facts[4] = {.online = true, .hardware = {"", "HDMI-1"}};
+
+    const std::vector<DisplayDevice> displays = fetch();
+
+    ASSERT_EQ(displays.size(), 2U);
+    EXPECT_EQ(displays[0].hardware, (DisplayHardware{"ACM 27U", "DP-2"}));
+    EXPECT_EQ(displays[1].hardware, (DisplayHardware{"", "HDMI-1"}));
+}
+
 TEST_F(DisplayIntegrationTest, RememberedPanelKeepsItsKindWithoutBeingAsked) {
     connect({4});
     remember({9}, /*builtIn=*/true);

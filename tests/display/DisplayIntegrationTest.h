@@ -27,6 +27,7 @@ public:
         std::uint32_t model = 0;
         std::uint32_t serial = 0;
         bool active = false;
+        DisplayHardware hardware = {};
     };
 
     using DisplayList = std::optional<std::vector<DisplayID>>;
@@ -68,6 +69,9 @@ private:
         }
         std::uint32_t serialNumber(DisplayID display) override {
             return ask(display, "serial").serial;
+        }
+        DisplayHardware hardware(DisplayID display) override {
+            return server_.facts[display].hardware;
         }
 
     private:

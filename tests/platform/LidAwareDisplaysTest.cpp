@@ -22,7 +22,12 @@ constexpr DisplayID external = 1;
 class LidAwareDisplaysTest : public testing::Test {
 protected:
     LidAwareDisplaysTest() {
-        server.connect({.id = panel, .builtIn = true, .vendor = 2, .model = 3, .serial = 4});
+        server.connect({.id = panel,
+                        .builtIn = true,
+                        .vendor = 2,
+                        .model = 3,
+                        .serial = 4,
+                        .hardware = {"ACM Panel", "eDP-1"}});
         server.connect({.id = external});
     }
 
@@ -68,6 +73,7 @@ TEST_F(LidAwareDisplaysTest, UnderAClosedLidTheBuiltInDisplayIsStillKnown) {
     EXPECT_EQ(moment->vendorNumber(panel), 2U);
     EXPECT_EQ(moment->modelNumber(panel), 3U);
     EXPECT_EQ(moment->serialNumber(panel), 4U);
+    EXPECT_EQ(moment->hardware(panel), (DisplayHardware{"ACM Panel", "eDP-1"}));
 }
 
 TEST_F(LidAwareDisplaysTest, AListThatTheServerCannotGiveStaysUnknown) {

@@ -45,6 +45,10 @@ public:
         const SimulatedDisplay* there = server_.query(display);
         return there == nullptr ? 0 : there->serial;
     }
+    DisplayHardware hardware(DisplayID display) override {
+        const SimulatedDisplay* known = server_.query(display);
+        return known == nullptr ? DisplayHardware() : known->hardware;
+    }
 
 private:
     SimulatedWindowServer& server_;

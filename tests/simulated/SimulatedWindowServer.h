@@ -23,6 +23,7 @@ struct SimulatedDisplay {
     std::uint32_t vendor = 1;
     std::uint32_t model = 1;
     std::uint32_t serial = 1;
+    DisplayHardware hardware = {};
 };
 
 /// A window server in memory that behaves like real ones.

@@ -70,6 +70,26 @@ TEST_F(DisplayRowTest, AnExternalMonitorThatIsOffHasADimIcon) {
     EXPECT_EQ(whitePixels(picture(), iconBox), 0);
 }
 
+TEST_F(DisplayRowTest, ItsTooltipAndDescriptionSayWhichMonitorItIs) {
+    DisplayDevice display = externalDisplay(true);
+    display.hardware = {"ACM 27U", "DP-2"};
+    open(inputs(display));
+    EXPECT_EQ(row->toolTip(), "ACM 27U · DP-2");
+    EXPECT_EQ(row->accessibleDescription(), "ACM 27U · DP-2");
+    EXPECT_THAT(
+        visibleTexts(*row),
+        ElementsAre("External Display", "External monitor · removed from desktop when off"));
+
+    display.hardware = {"", "DP-3"};
+    row->setInputs(inputs(display));
+    EXPECT_EQ(row->toolTip(), "DP-3");
+    EXPECT_EQ(row->accessibleDescription(), "DP-3");
+
+    display.hardware = {};
+    row->setInputs(inputs(display));
+    EXPECT_EQ(row->toolTip(), "");
+}
+
 TEST_F(DisplayRowTest, TheKindsHaveDifferentIcons) {
     open(inputs(builtInDisplay(true, 1)));
     const QImage builtIn = window.grab(iconBox).toImage();

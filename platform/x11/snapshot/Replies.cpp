@@ -197,6 +197,7 @@ bool readOutputEdid(ReplyBytes reply, Output& output) {
         return false;
     }
     output.edid = layout::parseEdid(bytes);
+    output.monitor = layout::monitorName(bytes);
     return true;
 }
 

@@ -78,6 +78,8 @@ struct Output {
     /// The outputs that can share a CRTC with it.
     std::vector<Xid> clones;
     layout::EdidNumbers edid;
+    /// Maker and model; empty without an EDID.
+    std::string monitor;
 
     friend bool operator==(const Output&, const Output&) = default;
 };

@@ -64,6 +64,63 @@ TEST(EdidTest, SaysNothingWhenTheHeaderIsAnother) {
     EXPECT_EQ(parseEdid(bytes), EdidNumbers());
 }
 
+/// A monitor with these four descriptions, each its head of five bytes and its text; a name's
+/// head ends in 0xFC.
+std::vector<std::uint8_t> edidWithTexts(
+    const std::vector<std::pair<std::uint8_t, std::string>>& texts) {
+    // Three letters of five bits: A, C and M.
+    std::vector<std::uint8_t> identification{0x04, 0x6D, 0x4F, 0x1A, 1, 0, 0, 0};
+    identification.resize(54 - 8);
+    for (const auto& [kind, text] : texts) {
+        identification.insert(identification.end(), {0, 0, 0, kind, 0});
+        identification.insert(identification.end(), text.begin(), text.end());
+        identification.resize((identification.size() + 8 - 54 + 17) / 18 * 18 + 54 - 8, ' ');
+    }
+    return edidWith(identification);
+}
+
+constexpr std::uint8_t aName = 0xFC;
+constexpr std::uint8_t aSerialNumber = 0xFF;
+
+TEST(MonitorNameTest, IsTheMakersLettersAndTheModelsName) {
+    EXPECT_EQ(monitorName(edidWithTexts({{aName, "Wide 27U\n"}})), "ACM Wide 27U");
+    EXPECT_EQ(monitorName(edidWithTexts({{aSerialNumber, "0815\n"}, {aName, "Wide 27U\n"}})),
+              "ACM Wide 27U");
+}
+
+TEST(MonitorNameTest, MayFillItsPlaceAndEndInSpaces) {
+    EXPECT_EQ(monitorName(edidWithTexts({{aName, "Thirteen char"}, {aSerialNumber, "no"}})),
+              "ACM Thirteen char");
+    EXPECT_EQ(monitorName(edidWithTexts({{aName, "Wide   "}})), "ACM Wide");
+    EXPECT_EQ(
+        monitorName(edidWithTexts(
+            {{aSerialNumber, "1"}, {aSerialNumber, "2"}, {aSerialNumber, "3"}, {aName, "X"}})),
+        "ACM X")
+        << "the last place there is";
+}
+
+TEST(MonitorNameTest, LeavesOutWhatCannotBeShown) {
+    EXPECT_EQ(monitorName(edidWithTexts({{aName,
+                                          "Wi\x01\xFF"
+                                          "de\n"}})),
+              "ACM Wide");
+}
+
+TEST(MonitorNameTest, IsTheModelsNumberWhereItHasNoName) {
+    EXPECT_EQ(monitorName(edidWithTexts({})), "ACM 1A4F");
+    EXPECT_EQ(monitorName(edidWithTexts({{aName, "\n"}})), "ACM 1A4F");
+}
+
+TEST(MonitorNameTest, LeavesOutAMakerThatIsNoThreeLetters) {
+    EXPECT_EQ(monitorName(edidWith({0, 0, 0x4F, 0x1A})), "1A4F");
+    EXPECT_EQ(monitorName(edidWith({0x7F, 0xFF, 0x4F, 0x1A})), "1A4F");
+}
+
+TEST(MonitorNameTest, IsEmptyWithoutAnEdid) {
+    EXPECT_EQ(monitorName({}), "");
+    EXPECT_EQ(monitorName(edidWith({})), "") << "one that says nothing";
+}
+
 constexpr EdidNumbers someone{.vendor = 1, .product = 2, .serial = 3};
 constexpr EdidNumbers other{.vendor = 1, .product = 2, .serial = 4};
 

@@ -106,6 +106,14 @@ TEST_F(MovedMonitorTest, ItKeepsItsNumberWhileItsTwinComesAndGoes) {
     EXPECT_FALSE(desktop.monitor("DUMMY1").on);
 }
 
+TEST_F(MovedMonitorTest, ItIsCalledByItsMakerItsModelAndItsPort) {
+    const DisplayID display = plugged({.product = 0x1234, .name = "27U"}, "DUMMY1");
+
+    EXPECT_EQ(server.now()->hardware(display), (DisplayHardware{"ACM 27U", "DUMMY1"}));
+    EXPECT_EQ(server.now()->hardware(idOf("DUMMY2")), (DisplayHardware{"", "DUMMY2"}));
+    EXPECT_EQ(server.now()->hardware(12345), DisplayHardware());
+}
+
 TEST_F(MovedMonitorTest, AMonitorStoredByVersion01IsStillTheSame) {
     // The number that version gave, and its record of the monitor, switched off.
     plug(monitor, "DUMMY1");

@@ -21,6 +21,7 @@ Snapshot someDesk() {
     desk.configTimestamp = 5;
     desk.outputs[0].clones = {101};
     desk.outputs[0].edid = monitor;
+    desk.outputs[0].monitor = layout::monitorName(edidBlock(monitor));
     desk.crtcs[0].outputs = {100};
     desk.crtcs[0].transform.filter = "bilinear";
     desk.crtcs[0].transform.parameters = {1, -2, 3};
