@@ -46,8 +46,8 @@ public:
         return there == nullptr ? 0 : there->serial;
     }
     DisplayHardware hardware(DisplayID display) override {
-        const SimulatedDisplay* known = server_.query(display);
-        return known == nullptr ? DisplayHardware() : known->hardware;
+        const SimulatedDisplay* there = server_.query(display);
+        return there == nullptr ? DisplayHardware() : there->hardware;
     }
 
 private:
