@@ -115,22 +115,22 @@ private:
     DisplaySwitch& inner_;
     DisplayQueries& queries_;
     SupervisorSetup setup_;
-    std::atomic<bool> isUrgent_ = false;
     std::atomic<std::uint64_t> changesEnded_ = 0;
-    bool hasEnded_ = false;
-    /// For what `handOver` and `isHandedOver` use: the next three, of which `watchdog_` is only
-    /// written under it.
+    /// For what `handOver` and `isHandedOver` use: `handedOver_`, `isTold_`, and `watchdog_`, which
+    /// is only written under it.
     mutable std::mutex handOverMutex_;
     SwitchedOff handedOver_;
-    bool isTold_ = false;
     /// Null when changes are made in this process.
     std::unique_ptr<RunningWatchdog> watchdog_;
-    bool watchdogIsReady_ = false;
     SwitchedOff switchedOff_;
     /// Whoever switched them off: displays that were to be switched on, and the server refused.
     SwitchedOff refused_;
     StartSchedule schedule_;
     std::uint32_t lastId_ = 0;
+    std::atomic<bool> isUrgent_ = false;
+    bool hasEnded_ = false;
+    bool watchdogIsReady_ = false;
+    bool isTold_ = false;
 };
 
 }  // namespace tavrel::watchdog
