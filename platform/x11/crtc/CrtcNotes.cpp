@@ -62,6 +62,9 @@ std::string encodeNotes(const CrtcNotes& notes) {
 
 std::optional<CrtcNotes> decodeNotes(std::string_view notes) {
     const Json json = Json::parse(notes, nullptr, false);
+    if (json.is_object() && json.empty()) {
+        return CrtcNotes{};
+    }
     layout::StrictReader reader;
     CrtcNotes read;
     reader.number(json, "modeHint", read.modeHint);

@@ -26,7 +26,8 @@ CrtcNotes notesOn(const Snapshot& snapshot, const Crtc& crtc);
 /// The stored form, a JSON object. Persistent: do not change the meaning of a member.
 std::string encodeNotes(const CrtcNotes& notes);
 
-/// std::nullopt when a member is missing or malformed.
+/// Notes without any hint where there are none at all: the display was switched off in a session
+/// with another window server. std::nullopt when a member is missing or malformed.
 std::optional<CrtcNotes> decodeNotes(std::string_view notes);
 
 }  // namespace tavrel::x11

@@ -69,6 +69,10 @@ TEST(CrtcNotesTest, AreRefusedWithAnyMemberMissing) {
     }
 }
 
+TEST(CrtcNotesTest, ThoseOfAnotherWindowServerHoldNoHint) {
+    EXPECT_EQ(decodeNotes("{}"), CrtcNotes{});
+}
+
 TEST(CrtcNotesTest, AreRefusedWithAMatrixOfAnotherSize) {
     Json notes = Json::parse(encodeNotes(example()));
     notes["transform"]["matrix"].push_back(1);
