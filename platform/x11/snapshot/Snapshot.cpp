@@ -26,8 +26,8 @@ layout::Identity identityOf(const Output& output) {
 layout::Output describe(const Snapshot& snapshot, const Output& output) {
     layout::Output described{.identity = identityOf(output),
                              .isConnected = output.connected,
-                             .isBuiltIn = layout::isBuiltInConnector(output.name),
-                             .monitor = output.monitor};
+                             .monitor = output.monitor,
+                             .isBuiltIn = layout::isBuiltInConnector(output.name)};
     for (const Xid id : output.modes) {
         if (const Mode* mode = snapshot.mode(id); mode != nullptr) {
             described.modes.push_back(mode->description);
