@@ -25,7 +25,8 @@ std::vector<Scenario> tellable() {
                                        "TheLastOneSwitchedOffElsewhereBringsAllBack",
                                        "TheHotKeyWakesAll"};
     std::vector<Scenario> stories;
-    for (const auto* all : {&switchingStories(), &recoveryStories(), &crashStories()}) {
+    for (const auto* all :
+         {&switchingStories(), &recoveringStartStories(), &recoveryStories(), &crashStories()}) {
         for (const Scenario& each : *all) {
             if (each.displays == 3 && !others.contains(each.name)) {
                 stories.push_back(each);

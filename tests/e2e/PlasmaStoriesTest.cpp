@@ -30,7 +30,8 @@ bool isPossible(const Scenario& story) {
 
 std::vector<Scenario> stories() {
     std::vector<Scenario> all;
-    for (const auto* list : {&switchingStories(), &recoveryStories(), &crashStories()}) {
+    for (const auto* list :
+         {&switchingStories(), &recoveringStartStories(), &recoveryStories(), &crashStories()}) {
         std::copy_if(list->begin(), list->end(), std::back_inserter(all), isPossible);
     }
     return all;

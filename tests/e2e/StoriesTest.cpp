@@ -25,6 +25,8 @@ TEST_P(RealStoryTest, ComesTrue) {
 
 INSTANTIATE_TEST_SUITE_P(Switching, RealStoryTest, testing::ValuesIn(switchingStories()),
                          [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Start, RealStoryTest, testing::ValuesIn(recoveringStartStories()),
+                         [](const auto& each) { return each.param.name; });
 INSTANTIATE_TEST_SUITE_P(Recovery, RealStoryTest, testing::ValuesIn(recoveryStories()),
                          [](const auto& each) { return each.param.name; });
 INSTANTIATE_TEST_SUITE_P(Crash, RealStoryTest, testing::ValuesIn(crashStories()),

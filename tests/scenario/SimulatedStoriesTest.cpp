@@ -25,6 +25,8 @@ TEST_P(SimulatedStory, ComesTrue) {
 
 INSTANTIATE_TEST_SUITE_P(Switching, SimulatedStory, testing::ValuesIn(switchingStories()),
                          [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Start, SimulatedStory, testing::ValuesIn(listingStartStories()),
+                         [](const auto& each) { return each.param.name; });
 INSTANTIATE_TEST_SUITE_P(Recovery, SimulatedStory, testing::ValuesIn(recoveryStories()),
                          [](const auto& each) { return each.param.name; });
 

@@ -128,6 +128,12 @@ const std::vector<Scenario>& switchingStories() {
              windowShowsOn(third),
              serverIsAsAtFirst(),
          }},
+    };
+    return stories;
+}
+
+const std::vector<Scenario>& listingStartStories() {
+    static const std::vector<Scenario> stories{
         {"ADisplayThatIsOffIsStillListedAfterARestart",
          3,
          {
@@ -142,6 +148,26 @@ const std::vector<Scenario>& switchingStories() {
              windowShowsOn(first),
              userFlips(second),
              windowSays("External Display 2 is on"),
+             serverIsAsAtFirst(),
+         }},
+    };
+    return stories;
+}
+
+const std::vector<Scenario>& recoveringStartStories() {
+    static const std::vector<Scenario> stories{
+        {"WhatWasLeftOffComesBackAtTheNextStart",
+         3,
+         {
+             userFlips(second),
+             windowShowsOff(second),
+             serverHasOff({second}),
+             applicationIsKilled(),
+             serverHasOff({second}),
+             applicationStarts(),
+             windowLists({"External Display 1", "External Display 2", "External Display 3"}),
+             windowShowsOn(first),
+             windowShowsOn(second),
              serverIsAsAtFirst(),
          }},
     };

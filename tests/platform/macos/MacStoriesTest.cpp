@@ -32,6 +32,7 @@ TEST_P(MacStory, ComesTrue) {
 
 INSTANTIATE_TEST_SUITE_P(Switching, MacStory, testing::ValuesIn(switchingStories()), nameOfStory);
 INSTANTIATE_TEST_SUITE_P(Recovery, MacStory, testing::ValuesIn(recoveryStories()), nameOfStory);
+INSTANTIATE_TEST_SUITE_P(Start, MacStory, testing::ValuesIn(listingStartStories()), nameOfStory);
 INSTANTIATE_TEST_SUITE_P(Crash, MacStory, testing::ValuesIn(crashStories()), nameOfStory);
 
 /// A display that is off is in none of the server's lists, so that only what the application
