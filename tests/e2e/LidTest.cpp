@@ -120,7 +120,8 @@ TEST_F(LidWithTwoMonitorsTest, TwoQuickFlipsBesideAClosedLidLeaveOneOn) {
 
     ASSERT_EQ(::kill(late, SIGCONT), 0);
 
-    EXPECT_TRUE(session->says("The desktop couldn’t change the desktop display layout (error 1004)"));
+    EXPECT_TRUE(
+        session->says("The desktop couldn’t change the desktop display layout (error 1004)"));
     EXPECT_NE(desktop.monitor("DUMMY1").on, desktop.monitor("DUMMY2").on);
     EXPECT_EQ(count.switchedOn(), 0);
 }

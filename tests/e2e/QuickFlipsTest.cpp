@@ -13,7 +13,8 @@ namespace {
 using support::SwitchCount;
 using support::waitUntil;
 
-constexpr const char* refusal = "The desktop couldn’t change the desktop display layout (error 1004)";
+constexpr const char* refusal =
+    "The desktop couldn’t change the desktop display layout (error 1004)";
 
 /// The application, whose watchdogs are late until they are let go.
 class QuickFlipsTest : public testing::Test {

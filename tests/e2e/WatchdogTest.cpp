@@ -105,7 +105,8 @@ TEST_F(WatchdogTest, WhenKilledDuringASwitchOffItIsReplacedAndTheSwitchRefused) 
 
     ::kill(first, SIGKILL);
 
-    EXPECT_TRUE(run.session->says("The desktop couldn’t change the desktop display layout (error 1004)"));
+    EXPECT_TRUE(
+        run.session->says("The desktop couldn’t change the desktop display layout (error 1004)"));
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
     EXPECT_NE(run.watchdog(), first);
     EXPECT_TRUE(run.pressAndAwait(1, "off"));
