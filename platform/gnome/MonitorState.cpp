@@ -64,6 +64,12 @@ layout::Shown shownBy(const layout::Layout& layout, const Monitor& monitor,
     return shown;
 }
 
+/// Its maker and model, as far as the compositor knows them.
+std::string nameOf(const Monitor& monitor) {
+    const bool isBoth = !monitor.vendor.empty() && !monitor.product.empty();
+    return monitor.vendor + (isBoth ? " " : "") + monitor.product;
+}
+
 }  // namespace
 
 const Monitor* MonitorState::monitor(const std::string& connector) const {
@@ -88,6 +94,7 @@ layout::Layout layoutOf(const MonitorState& state) {
                                             .product = numberOf(monitor.product),
                                             .serial = numberOf(monitor.serial)}},
                               .isConnected = true,
+                              .monitor = nameOf(monitor),
                               .isBuiltIn = monitor.isBuiltIn};
         for (const MonitorMode& each : monitor.modes) {
             output.modes.push_back(each.mode);

@@ -70,8 +70,12 @@ const kde_output_device_v2_listener OutputDevice::Listeners::device{
             ++self(data).descriptions_;
         },
     .scale = [](void* data, auto*, wl_fixed_t factor) { self(data).scale_ = factor; },
-    .edid = [](void* data, auto*,
-               const char* raw) { self(data).edid_ = layout::parseEdid(decodeBase64(raw)); },
+    .edid =
+        [](void* data, auto*, const char* raw) {
+            const std::vector<std::uint8_t> edid = decodeBase64(raw);
+            self(data).edid_ = layout::parseEdid(edid);
+            self(data).monitor_ = layout::monitorName(edid);
+        },
     .enabled = [](void* data, auto*,
                   std::int32_t enabled) { self(data).isEnabled_ = enabled != 0; },
     .uuid = [](void* data, auto*, const char* uuid) { self(data).uuid_ = uuid; },
@@ -129,7 +133,8 @@ layout::Output OutputDevice::describe() const {
     // The first versions of the protocol give no name.
     layout::Output output{
         .identity = {.connector = connector_.empty() ? uuid_ : connector_, .edid = edid_},
-        .isConnected = true};
+        .isConnected = true,
+        .monitor = monitor_};
     output.isBuiltIn = layout::isBuiltInConnector(output.identity.connector);
     for (const bool isPreferred : {true, false}) {
         for (const auto& mode : modes_) {

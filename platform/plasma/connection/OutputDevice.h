@@ -64,6 +64,7 @@ private:
     std::string connector_;
     std::string uuid_;
     layout::EdidNumbers edid_ = {};
+    std::string monitor_;
     int x_ = 0;
     int y_ = 0;
     int transform_ = WL_OUTPUT_TRANSFORM_NORMAL;

@@ -71,5 +71,20 @@ TEST(GnomeLayoutTest, AMonitorIsKnownByItsNumbers) {
               (layout::EdidNumbers{0, layout::stableHash("A monitor"), 0}));
 }
 
+TEST(GnomeLayoutTest, AMonitorIsCalledByMakerAndModel) {
+    SimulatedDisplayConfig config;
+    Monitor& whole = config.add("DP-1");
+    whole.vendor = "ACM";
+    whole.product = "27U";
+    Monitor& half = config.add("DP-2");
+    half.vendor.clear();
+    half.product = "27U";
+
+    const layout::Layout layout = layoutOf(config.state);
+
+    EXPECT_EQ(layout.outputs[0].monitor, "ACM 27U");
+    EXPECT_EQ(layout.outputs[1].monitor, "27U");
+}
+
 }  // namespace
 }  // namespace tavrel::gnome

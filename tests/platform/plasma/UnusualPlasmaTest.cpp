@@ -20,6 +20,12 @@ using Answer = StandInPlasma::Answer;
 using Announcing = StandInPlasma::Announcing;
 using support::waitUntil;
 
+/// Of a monitor that calls itself a 27U, by the maker ACM.
+constexpr const char* edidInBase64 =
+    "AP///////wAEbSsaBwAAAAAAAQQAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
+    "/AAyN1UKICAgICAgICAgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
+    "AAAAAAAAAAAAAAAAAGA=";
+
 /// A window server of ours at one that does what it is told to.
 class UnusualPlasmaTest : public testing::TestWithParam<Announcing> {
 protected:
@@ -58,6 +64,15 @@ TEST_P(UnusualPlasmaTest, IsSwitchedAsAnyOther) {
     EXPECT_EQ(now.scale, atFirst.scale);
     EXPECT_EQ(now.transform, atFirst.transform);
     EXPECT_TRUE(isPlasmaOffered(plasma.displayName()));
+}
+
+TEST_P(UnusualPlasmaTest, SaysWhichMonitorIsConnected) {
+    plasma.change("DP-2", [](auto& output) { output.edid = edidInBase64; });
+
+    const DisplayHardware hardware = server.now()->hardware(idOf("DP-2"));
+
+    EXPECT_EQ(hardware.monitor, "ACM 27U");
+    EXPECT_EQ(hardware.connector, "DP-2");
 }
 
 TEST_P(UnusualPlasmaTest, MayRefuseAndAllIsAsBefore) {
