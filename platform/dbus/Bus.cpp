@@ -45,7 +45,7 @@ std::string systemBusAddress() {
 }
 
 std::string sessionBusAddress() {
-    const std::string address = variable("DBUS_SESSION_BUS_ADDRESS");
+    std::string address = variable("DBUS_SESSION_BUS_ADDRESS");
     const std::string runtime = variable("XDG_RUNTIME_DIR");
     if (!address.empty() || runtime.empty()) {
         return address;

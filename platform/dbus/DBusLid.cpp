@@ -7,7 +7,7 @@
 
 namespace tavrel {
 
-DBusLid::DBusLid(std::optional<std::string> busAddress)
+DBusLid::DBusLid(const std::optional<std::string>& busAddress)
     : thread_(
           [address = busAddress.value_or(dbus::systemBusAddress())] {
               return std::make_unique<dbus::LidConversation>(address);

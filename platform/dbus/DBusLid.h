@@ -25,7 +25,7 @@ public:
     /// Returns before the first word has come; until then the lid is open. Throws
     /// std::system_error when no thread can be started. `busAddress` as the bus libraries
     /// write it; std::nullopt for the system's bus.
-    explicit DBusLid(std::optional<std::string> busAddress = std::nullopt);
+    explicit DBusLid(const std::optional<std::string>& busAddress = std::nullopt);
     /// Not to be destroyed from inside the observer.
     ~DBusLid() override;
     DBusLid(const DBusLid&) = delete;

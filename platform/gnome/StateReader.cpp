@@ -90,7 +90,7 @@ public:
             isGood_ = sd_bus_message_read_array(message_, SD_BUS_TYPE_DOUBLE, &first, &bytes) >= 0;
         }
         std::vector<double> values(isGood_ ? bytes / sizeof(double) : 0);
-        if (!values.empty()) {
+        if (first != nullptr && !values.empty()) {
             std::memcpy(values.data(), first, values.size() * sizeof(double));
         }
         return values;

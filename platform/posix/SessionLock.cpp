@@ -26,7 +26,7 @@ bool isOursAlone(const std::filesystem::path& folder) {
 }
 
 std::filesystem::path runtimeFolder() {
-    const std::filesystem::path named = variable("XDG_RUNTIME_DIR");
+    std::filesystem::path named = variable("XDG_RUNTIME_DIR");
     if (named.is_absolute()) {
         return named;
     }

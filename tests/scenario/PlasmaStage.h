@@ -41,6 +41,7 @@ public:
 
     support::PlasmaDesktop& desktop() { return desktop_; }
     const support::UserHome& home() const { return home_; }
+    const std::vector<std::string>& outputs() const { return connectors_; }
     /// The running application.
     support::AppProcess& application() { return *application_; }
 
