@@ -17,7 +17,6 @@ namespace {
 
 using Json = nlohmann::json;
 using support::MonitorFacts;
-using support::waitUntil;
 using testing::SizeIs;
 
 class EarlierVersionTest : public testing::Test {

@@ -57,6 +57,7 @@ std::vector<std::string> GnomeStage::inOrderOfRows() const {
         byNumber.emplace(numbers.at(i), screens[i].connector);
     }
     std::vector<std::string> connectors;
+    connectors.reserve(byNumber.size());
     for (const auto& [number, connector] : byNumber) {
         connectors.push_back(connector);
     }
@@ -148,7 +149,7 @@ void GnomeStage::switchElsewhere(const std::vector<Display>& which, bool on) {
     for (GnomeDesktop::Screen& screen : screens) {
         if (screen.isOn) {
             screen.mode =
-                screen.mode.empty() ? desktop_.preferredMode(screen.connector) : screen.mode;
+                screen.mode.empty() ? GnomeDesktop::preferredMode(screen.connector) : screen.mode;
             screen.x = right;
             screen.y = 0;
             screen.isPrimary = !std::exchange(hasPrimary, true);

@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using WhenOff = SimulatedWindowServer::WhenOff;
 
-constexpr SimulatedDisplay panel{.id = 5, .builtIn = true};
+const SimulatedDisplay panel{.id = 5, .builtIn = true};
 constexpr std::array<DisplayID, 4> externals{1, 3, 77, 4'294'967'295U};
 constexpr Delay convergenceTime = 3s;
 constexpr Delay endOfSlowCall = 1s;

@@ -28,9 +28,9 @@ constexpr milliseconds atOnce{0};
 class Copy {
 public:
     explicit Copy(const std::string& address, DBusApplication::Timeouts timeouts = patient,
-                  dbus::ApplicationConversation::Invitation invitation = {})
+                  const dbus::ApplicationConversation::Invitation& invitation = {})
         : application(address, {.id = "org.example.App", .actions = {"wake", "refresh"}},
-                      std::move(invitation), timeouts) {}
+                      invitation, timeouts) {}
 
     /// Serves calls; answers each, or none.
     void serve(bool answers = true) {

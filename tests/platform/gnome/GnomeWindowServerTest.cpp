@@ -6,8 +6,6 @@
 namespace tavrel {
 namespace {
 
-using support::GnomeDesktop;
-using testing::ElementsAre;
 using testing::SizeIs;
 
 class GnomeWindowServerTest : public GnomeDesktopTest {};

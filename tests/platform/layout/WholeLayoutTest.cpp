@@ -8,7 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Optional;
 
 Area fullHdAt(int x, int y) {
     return {x, y, 1920, 1080};

@@ -8,8 +8,8 @@ using namespace std::chrono_literals;
 using Kind = Event::Kind;
 using WhenOff = SimulatedWindowServer::WhenOff;
 
-constexpr SimulatedDisplay panel{.id = 5, .builtIn = true};
-constexpr SimulatedDisplay monitor{.id = 1};
+const SimulatedDisplay panel{.id = 5, .builtIn = true};
+const SimulatedDisplay monitor{.id = 1};
 
 /// As `World` reads the numbers of an event.
 constexpr std::uint32_t panelsRow = 0;
