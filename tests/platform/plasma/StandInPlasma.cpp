@@ -12,23 +12,23 @@ StandInPlasma::StandInPlasma(std::size_t outputs, Announcing announcing)
 StandInPlasma::~StandInPlasma() = default;
 
 const std::string& StandInPlasma::displayName() const {
-    return server_->path_;
+    return server_->path;
 }
 
 void StandInPlasma::answerNext(std::vector<Answer> answers) {
-    server_->run([&] { server_->answers_ = std::move(answers); });
+    server_->run([&] { server_->answers = std::move(answers); });
 }
 
 std::size_t StandInPlasma::configurations() {
     std::size_t count = 0;
-    server_->run([&] { count = server_->configurations_; });
+    server_->run([&] { count = server_->configurations; });
     return count;
 }
 
 std::vector<StandInPlasma::Output> StandInPlasma::outputs() {
     std::vector<Output> outputs;
     server_->run([&] {
-        for (const auto& device : server_->devices_) {
+        for (const auto& device : server_->devices) {
             outputs.push_back(device->state);
         }
     });

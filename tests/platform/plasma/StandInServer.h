@@ -85,8 +85,8 @@ public:
     };
 
     void add(Output output) {
-        devices_.push_back(std::make_unique<Device>(Device{*this, std::move(output)}));
-        Device& device = *devices_.back();
+        devices.push_back(std::make_unique<Device>(Device{*this, std::move(output)}));
+        Device& device = *devices.back();
         if (announcing_ == Announcing::byGlobals) {
             // Of the last version that has globals; nobody is to be told more than is asked.
             device.global = wl_global_create(display_, &kde_output_device_v2_interface, 20, &device,
@@ -98,7 +98,7 @@ public:
     }
 
     void remove(const std::string& name) {
-        const auto found = std::find_if(devices_.begin(), devices_.end(),
+        const auto found = std::find_if(devices.begin(), devices.end(),
                                         [&](const auto& each) { return each->state.name == name; });
         Device& device = **found;
         for (wl_resource* resource : device.resources) {
@@ -111,14 +111,14 @@ public:
             wl_global_destroy(device.global);
         }
         graveyard_.push_back(std::move(*found));
-        devices_.erase(found);
+        devices.erase(found);
         sendOrder();
     }
 
     void dropClients() { wl_display_destroy_clients(display_); }
 
     Device* find(const std::string& name) {
-        for (const auto& device : devices_) {
+        for (const auto& device : devices) {
             if (device->state.name == name) {
                 return device.get();
             }
@@ -134,7 +134,7 @@ public:
 
     void sendOrder() {
         std::vector<const Output*> order;
-        for (const auto& device : devices_) {
+        for (const auto& device : devices) {
             if (device->state.isEnabled) {
                 order.push_back(&device->state);
             }
@@ -149,10 +149,10 @@ public:
         }
     }
 
-    std::vector<std::unique_ptr<Device>> devices_;
-    std::vector<Answer> answers_;
-    std::size_t configurations_ = 0;
-    std::string path_;
+    std::vector<std::unique_ptr<Device>> devices;
+    std::vector<Answer> answers;
+    std::size_t configurations = 0;
+    std::string path;
 
 private:
     static constexpr int registryVersion = 21;
@@ -182,14 +182,14 @@ private:
     }
 
     void listen() {
-        path_ = (folder_.path() / "wayland").string();
+        path = (folder_.path() / "wayland").string();
         const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        std::copy(path_.begin(), path_.end(), std::begin(address.sun_path));
+        std::copy(path.begin(), path.end(), std::begin(address.sun_path));
         if (::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
             ::listen(socket, 128) != 0 || wl_display_add_socket_fd(display_, socket) != 0) {
-            throw std::runtime_error("the stand-in cannot listen at " + path_);
+            throw std::runtime_error("the stand-in cannot listen at " + path);
         }
     }
 
@@ -232,7 +232,7 @@ private:
         wl_resource_set_implementation(resource, &registryRequests, data, [](wl_resource* gone) {
             std::erase(self(wl_resource_get_user_data(gone)).registries_, gone);
         });
-        for (const auto& device : self(data).devices_) {
+        for (const auto& device : self(data).devices) {
             self(data).announce(resource, *device);
         }
     }
@@ -298,11 +298,11 @@ private:
     }
 
     void apply(wl_client* client, wl_resource* resource) {
-        ++configurations_;
+        ++configurations;
         Answer answer = Answer::apply;
-        if (!answers_.empty()) {
-            answer = answers_.front();
-            answers_.erase(answers_.begin());
+        if (!answers.empty()) {
+            answer = answers.front();
+            answers.erase(answers.begin());
         }
         const bool isDropped = answer == Answer::dropBefore || answer == Answer::dropAfter;
         if (answer == Answer::apply || answer == Answer::dropAfter) {
@@ -329,7 +329,7 @@ private:
             return false;
         }
         bool isAnythingOn = false;
-        for (const auto& device : devices_) {
+        for (const auto& device : devices) {
             const auto found = wanted.wanted.find(device.get());
             isAnythingOn = isAnythingOn || (found == wanted.wanted.end() ? device->state.isEnabled
                                                                          : found->second.isEnabled);
