@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    sd_bus_error error_ = SD_BUS_ERROR_NULL;
+    sd_bus_error error_ = {};
 };
 
 Reply replyOf(const Error& error) {

@@ -32,17 +32,17 @@ struct OutputDevice::Listeners {
         self(data).transform_ = transform;
     }
     static void addMode(void* data, kde_output_device_v2* /*device*/,
-                        kde_output_device_mode_v2* mode) {
-        OutputDevice& device = self(data);
-        device.modes_.push_back(std::make_unique<Mode>(device, mode));
-        kde_output_device_mode_v2_add_listener(mode, &Listeners::mode, device.modes_.back().get());
+                        kde_output_device_mode_v2* added) {
+        OutputDevice& owner = self(data);
+        owner.modes_.push_back(std::make_unique<Mode>(owner, added));
+        kde_output_device_mode_v2_add_listener(added, &mode, owner.modes_.back().get());
     }
-    static void removeMode(void* data, kde_output_device_mode_v2* mode) {
-        OutputDevice& device = selfMode(data).device;
-        if (device.current_ == mode) {
-            device.current_ = nullptr;
+    static void removeMode(void* data, kde_output_device_mode_v2* removed) {
+        OutputDevice& owner = selfMode(data).device;
+        if (owner.current_ == removed) {
+            owner.current_ = nullptr;
         }
-        std::erase_if(device.modes_, [&](const auto& each) { return each->proxy == mode; });
+        std::erase_if(owner.modes_, [&](const auto& each) { return each->proxy == removed; });
     }
     static void setSize(void* data, kde_output_device_mode_v2* /*mode*/, std::int32_t width,
                         std::int32_t height) {
