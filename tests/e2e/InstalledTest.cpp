@@ -79,6 +79,9 @@ TEST_F(InstalledTest, AWatchdogThatCannotBeStartedAtFirstIsStartedLaterAndToldWh
     std::filesystem::permissions(watchdogFile, std::filesystem::perms::owner_all);
 
     ASSERT_TRUE(support::waitUntil([&] { return watchdogs().size() == 1; }));
+    // It is told first; what it does after that shows that it knows.
+    session.act("External Display 3 power");
+    ASSERT_TRUE(session.says("External Display 3 is off"));
     session.application().process().signal(SIGKILL);
     EXPECT_TRUE(support::waitUntil([&] { return desktop.monitorsOn() == 3; }));
 }

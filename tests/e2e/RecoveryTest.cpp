@@ -135,8 +135,8 @@ TEST_F(RecoveryTest, AnotherProgramThatLeavesAScreenUsableIsNotOpposed) {
     EXPECT_TRUE(session.says("Found 3 displays"));
     EXPECT_FALSE(desktop.monitor("DUMMY1").on);
     const int own = count.switchedOn() - rounds;
-    std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", 2 * rounds + 1,
-                own, static_cast<double>(own) / (2 * rounds + 1));
+    std::printf("%d attempts from outside: %d enable calls of our own (%.2f for each)\n",
+                2 * rounds + 1, own, static_cast<double>(own) / (2 * rounds + 1));
     EXPECT_EQ(own, 0);
 }
 
@@ -165,10 +165,9 @@ TEST_F(RecoveryTest, AStormThatTakesEveryScreenIsAnsweredWithABoundedNumberOfSwi
     SwitchCount count(desktop.displayName());
     const int rounds = 200;
 
-    for (int round = 0; round < rounds;) {
+    for (int round = 0; round < rounds; ++round) {
         try {
             desktop.otherClient().switchOff(outputs);
-            ++round;
         } catch (const std::runtime_error&) {
             // The application changed the layout between what xrandr read and what it set.
         }
@@ -178,8 +177,8 @@ TEST_F(RecoveryTest, AStormThatTakesEveryScreenIsAnsweredWithABoundedNumberOfSwi
     ASSERT_TRUE(waitUntil([&] { return desktop.monitorsOn() > 0; }));
     ASSERT_TRUE(session.says("Lost display recovered automatically")) << session.window();
     const int own = count.switchedOn();
-    std::printf("%d outside changes: %d enable calls of our own (%.2f for each)\n", rounds, own,
-                static_cast<double>(own) / rounds);
+    std::printf("%d attempts from outside: %d enable calls of our own (%.2f for each)\n", rounds,
+                own, static_cast<double>(own) / rounds);
     EXPECT_GE(own, 1);
     EXPECT_LE(own, 3 * rounds);
 }
