@@ -70,14 +70,18 @@ bool Connection::await(const std::function<bool()>& isDone) {
 
 void Connection::passOnArrived() {
     // What there is now; not what goes on arriving meanwhile.
-    if (passOn() && read(steady_clock::now()) && passOn()) {
-        // Who takes what has arrived may have asked for more.
-        wl_display_flush(display_);
+    if (passOn() && read(steady_clock::now())) {
+        passOn();
     }
 }
 
 bool Connection::passOn() {
     isLost_ = isLost_ || wl_display_dispatch_pending(display_) < 0;
+    if (!isLost_) {
+        // Who takes what has arrived may have asked for more, and nobody may wait here again
+        // until the answer comes.
+        wl_display_flush(display_);
+    }
     return !isLost_;
 }
 

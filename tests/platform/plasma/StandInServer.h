@@ -30,7 +30,7 @@ public:
         display_ = wl_display_create();
         listen();
         wakeUp_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-        wl_event_loop_add_fd(
+        wakeUps_ = wl_event_loop_add_fd(
             wl_display_get_event_loop(display_), wakeUp_.number(), WL_EVENT_READABLE,
             [](int, std::uint32_t, void* data) { return static_cast<Server*>(data)->runTasks(); },
             this);
@@ -53,6 +53,7 @@ public:
     ~Server() {
         run([this] { wl_display_terminate(display_); });
         thread_.join();
+        wl_event_source_remove(wakeUps_);
         wl_display_destroy_clients(display_);
         wl_display_destroy(display_);
     }
@@ -352,6 +353,7 @@ private:
     std::vector<wl_resource*> registries_;
     std::vector<std::unique_ptr<Device>> graveyard_;
     FileDescriptor wakeUp_;
+    wl_event_source* wakeUps_ = nullptr;
     std::mutex mutex_;
     std::vector<std::function<void()>> tasks_;
     std::thread thread_;
