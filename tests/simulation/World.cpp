@@ -137,6 +137,8 @@ void World::quit() {
     const std::uint64_t refusedBefore = displaySwitch_.refusedWakes();
     delegate_->applicationWillTerminate();
     const bool refused = displaySwitch_.refusedWakes() != refusedBefore;
+    // Not what jobs store after that: a process would not have lived to see it.
+    const StoredModel remembered = invariants_.stored();
     invariants_.watch(nullptr, nullptr);
     watchModel_.reset();
     controller_.reset();
@@ -146,7 +148,7 @@ void World::quit() {
     // No task of this session may run after the next one has replaced its parts.
     scheduler.dropMainTasks();
     if (!refused) {
-        for (const auto& [id, lastSeenAt] : invariants_.stored()) {
+        for (const auto& [id, lastSeenAt] : remembered) {
             const SimulatedDisplay* display = system_.windowServer.find(id);
             if (display != nullptr && display->connected && !display->enabled) {
                 invariants_.fail("display " + std::to_string(id) + " is off after quitting");
