@@ -130,7 +130,11 @@ void World::launch() {
 
 void World::quit() {
     gate_->close();
-    if (!blockMain(quitTimeout, [this] { return gate_->isIdle(); })) {
+    // While it waits, the main thread restores nothing; at the end it switches on everything.
+    invariants_.noteHangBegins();
+    const bool isIdle = blockMain(quitTimeout, [this] { return gate_->isIdle(); });
+    invariants_.noteHangEnds();
+    if (!isIdle) {
         invariants_.fail("a switch was still running a minute after quitting");
         return;
     }
@@ -143,10 +147,9 @@ void World::quit() {
     watchModel_.reset();
     controller_.reset();
     // A process ends with its jobs; here they would go on in the next session.
-    auto& scheduler = system_.scheduler;
-    blockMain(longestJob, [&] { return scheduler.pendingBackgroundJobs() == 0; });
+    blockMain(longestJob, [&] { return system_.scheduler.pendingBackgroundJobs() == 0; });
     // No task of this session may run after the next one has replaced its parts.
-    scheduler.dropMainTasks();
+    system_.scheduler.dropMainTasks();
     if (!refused) {
         for (const auto& [id, lastSeenAt] : remembered) {
             const SimulatedDisplay* display = system_.windowServer.find(id);
