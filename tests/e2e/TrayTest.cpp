@@ -82,7 +82,7 @@ protected:
     std::optional<TrayWatcher> watcher{std::in_place, desktop.sessionBusAddress()};
     support::UserHome home;
     // The toolkit's tray leaves an object behind at the end.
-    Session session{desktop, home, {{"LSAN_OPTIONS", "detect_leaks=0"}}};
+    Session session{desktop, home, support::Environment{{"LSAN_OPTIONS", "detect_leaks=0"}}};
     const pid_t pid = session.application().pid();
 };
 
