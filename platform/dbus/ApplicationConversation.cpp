@@ -12,7 +12,7 @@ constexpr const char* interface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* startupKey = "desktop-startup-id";
 
-/// What `RequestName` answers, by the D-Bus Specification.
+/// What the bus answers to `RequestName`.
 enum NameReply : std::uint32_t { primaryOwner = 1, alreadyOwner = 4 };
 
 std::string objectOf(const std::string& id) {

@@ -29,8 +29,7 @@ struct ApplicationNames {
 };
 
 /// One connection to a message bus that owns an application's name there, or waits to, and
-/// exports `org.freedesktop.Application`; see the Desktop Entry Specification, "D-Bus
-/// Activation".
+/// exports `org.freedesktop.Application`, by which desktops start and reach applications.
 ///
 /// While another connection has the name, that one is asked once to come to the front; its
 /// going makes the name ours.

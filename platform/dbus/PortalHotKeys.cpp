@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* shortcutId = "wake";
 
-/// In the words of the Shortcuts XDG Specification; empty for what this application doesn't use.
+/// As freedesktop.org writes shortcuts; empty for what this application doesn't use.
 std::string triggerOf(const HotKeyRegistration& hotKey) {
     constexpr std::uint32_t keyW = 13;
     constexpr std::uint32_t known =

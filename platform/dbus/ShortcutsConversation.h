@@ -24,7 +24,7 @@ public:
     struct Shortcut {
         std::string id;
         std::string description;
-        /// By the Shortcuts XDG Specification: "CTRL+ALT+LOGO+w".
+        /// As freedesktop.org writes shortcuts: "CTRL+ALT+LOGO+w".
         std::string preferredTrigger;
     };
 

@@ -7,8 +7,8 @@
 namespace tavrel::dbus {
 
 /// One connection to a session's message bus, over which the watcher of the tray is asked
-/// whether anybody shows icons, by the StatusNotifierItem specification. It tells when to ask
-/// again, and is not started for this.
+/// whether anybody shows icons: the desktop's StatusNotifierWatcher. It tells when to ask again,
+/// and is not started for this.
 ///
 /// For one thread. Nothing here blocks, whatever the bus and the watcher do.
 class TrayConversation {

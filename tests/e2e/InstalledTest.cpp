@@ -108,7 +108,7 @@ TEST_F(InstalledTest, TheMessageBusStartsItWhenAKeyOfTheDesktopWantsAllAwake) {
     EXPECT_TRUE(support::waitUntil([&] { return watchdogs().empty(); }));
 }
 
-TEST_F(InstalledTest, ItsDesktopFileIsAsTheSpecificationWantsIt) {
+TEST_F(InstalledTest, ItsDesktopFileIsValid) {
     const auto file =
         prefix.path() / INSTALLED_DESKTOP_FILES / (TAVREL_APPLICATION_ID + std::string(".desktop"));
     ASSERT_NE(support::readFile(file), "");
