@@ -31,7 +31,8 @@ public:
 
     ServerStatus run() {
         const ServerStatus status = attempt();
-        if (status == serverStatus::success && enabled_ && isMade_) {
+        if (status == serverStatus::success && enabled_) {
+            // Also when another program has done it: it is that one's affair from now on.
             layout::Memory after = stored_;
             layout::forget(after, display_);
             store(after);
@@ -62,7 +63,6 @@ private:
             }
             const Reply reply = applyOneOf(ways);
             if (reply == Reply::done) {
-                isMade_ = true;
                 makeItStay();
             } else if (reply != Reply::denied) {
                 return failure(reply);
@@ -156,7 +156,6 @@ private:
     layout::Memory stored_;
     MonitorState state_;
     layout::Layout layout_;
-    bool isMade_ = false;
 };
 
 }  // namespace

@@ -138,7 +138,6 @@ public:
 private:
     LayoutServer::Outcome attempt(const layout::Layout& before, const Decision& decision) {
         const layout::WholeLayout& plan = decision.plans[number_];
-        isTried_ = true;
         const LayoutServer::Outcome outcome = server_.apply(plan);
         if (outcome != LayoutServer::Outcome::applied) {
             return outcome;
@@ -157,9 +156,10 @@ private:
                    : LayoutServer::Outcome::refused;
     }
 
-    /// It is as it should be: from the beginning, or by an attempt whose end nobody heard of.
+    /// It is as it should be: by an attempt whose end nobody heard of, or from the beginning. Then
+    /// another program has done it, and it is that one's affair from now on.
     ServerStatus arrived() {
-        if (isTried_ && enabled_) {
+        if (enabled_) {
             layout::Memory memory = before_;
             layout::forget(memory, display_);
             note(memory);
@@ -192,7 +192,6 @@ private:
     layout::Memory noted_;
     /// Of the plans, the one whose turn it is.
     std::size_t number_ = 0;
-    bool isTried_ = false;
 };
 
 }  // namespace

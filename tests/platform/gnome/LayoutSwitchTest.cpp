@@ -91,6 +91,18 @@ TEST_F(GnomeSwitchTest, AnotherProgramThatUndoesItIsOverruledOnce) {
     EXPECT_FALSE(config.isOn("B"));
 }
 
+TEST_F(GnomeSwitchTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
+    const MonitorState before = config.state;
+    ASSERT_EQ(off("B"), serverStatus::success);
+    ASSERT_THAT(remembered.all(), SizeIs(1));
+    config.state = before;
+
+    EXPECT_EQ(on("B"), serverStatus::success);
+
+    EXPECT_THAT(remembered.all(), IsEmpty());
+    EXPECT_EQ(config.state, before) << "it stays as the other program has set it up";
+}
+
 TEST_F(GnomeSwitchTest, ARefusalLeavesAllAsItWas) {
     config.verdict = [](const Configuration&) { return Reply::refused; };
 

@@ -75,6 +75,16 @@ TEST_P(UnusualPlasmaTest, SaysWhichMonitorIsConnected) {
     EXPECT_EQ(hardware.connector, "DP-2");
 }
 
+TEST_P(UnusualPlasmaTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
+    ASSERT_EQ(server.setDisplayEnabled(middle, false), serverStatus::success);
+    ASSERT_EQ(layout::RememberedOutputs(store).all().size(), 1U);
+    plasma.change("DP-2", [](auto& output) { output.isEnabled = true; });
+
+    EXPECT_EQ(server.setDisplayEnabled(middle, true), serverStatus::success);
+
+    EXPECT_TRUE(layout::RememberedOutputs(store).all().empty());
+}
+
 TEST_P(UnusualPlasmaTest, MayRefuseAndAllIsAsBefore) {
     plasma.answerNext({Answer::fail});
     EXPECT_EQ(server.setDisplayEnabled(middle, false), serverStatus::cannotComplete);
