@@ -1,12 +1,9 @@
 #include "tests/support/GnomeDesktop.h"
 
 #include <algorithm>
-#include <csignal>
 #include <ostream>
-#include <stdexcept>
 
 #include "tests/support/DBus.h"
-#include "tests/support/WaitUntil.h"
 
 namespace tavrel::support {
 
@@ -74,40 +71,15 @@ GnomeDesktop::GnomeDesktop(bool hasLid)
     start();
 }
 
-GnomeDesktop::~GnomeDesktop() {
-    kill();
-}
-
 void GnomeDesktop::start() {
-    Environment environment = bareEnvironment();
-    environment["HOME"] = folder_.path().string();
-    environment["XDG_RUNTIME_DIR"] = folder_.path().string();
-    environment["XDG_CONFIG_HOME"] = (folder_.path() / "config").string();
-    environment["XDG_CACHE_HOME"] = (folder_.path() / "cache").string();
-    environment["XDG_DATA_HOME"] = (folder_.path() / "data").string();
+    Environment environment = compositor_.environment();
     environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
     environment["DBUS_SYSTEM_BUS_ADDRESS"] = systemBus_.address();
     environment["GSETTINGS_BACKEND"] = "memory";
-    const auto errors = folder_.path() / "mutter.err";
-    compositor_ = std::make_unique<ChildProcess>(ChildProcess::Options{
-        .command = {installed, "--wayland", "--headless", "--no-x11", "--wayland-display=wayland",
-                    "--virtual-monitor", "1920x1080", "--virtual-monitor", "1600x900",
-                    "--virtual-monitor", "1280x1024"},
-        .environment = environment,
-        .standardOutput = {},
-        .standardError = errors,
-        .descriptorThree = -1});
-    janitor_.watchGroup(compositor_->pid());
-    const bool isUp = waitUntil([&] {
-        try {
-            return !compositor_->isRunning() || screens().size() == 3;
-        } catch (const DBusError&) {
-            return !compositor_->isRunning();
-        }
-    });
-    if (!isUp || !compositor_->isRunning()) {
-        throw std::runtime_error("mutter did not come up:\n" + readFile(errors));
-    }
+    compositor_.start({installed, "--wayland", "--headless", "--no-x11",
+                       "--wayland-display=wayland", "--virtual-monitor", "1920x1080",
+                       "--virtual-monitor", "1600x900", "--virtual-monitor", "1280x1024"},
+                      environment, [&] { return screens().size() == 3; });
 }
 
 std::vector<GnomeDesktop::Screen> GnomeDesktop::screens() const {
@@ -160,26 +132,6 @@ void GnomeDesktop::apply(const std::vector<Screen>& screens) const {
 
 void GnomeDesktop::setLidClosed(bool isClosed) {
     lid_->setClosed(isClosed);
-}
-
-void GnomeDesktop::pause() const {
-    compositor_->signal(SIGSTOP);
-}
-
-void GnomeDesktop::resume() const {
-    compositor_->signal(SIGCONT);
-}
-
-void GnomeDesktop::kill() {
-    if (compositor_ == nullptr) {
-        return;
-    }
-    const pid_t leader = compositor_->pid();
-    compositor_->killFamily();
-    compositor_.reset();
-    janitor_.forgetGroup(leader);
-    std::filesystem::remove(displayName());
-    std::filesystem::remove(displayName() + ".lock");
 }
 
 std::ostream& operator<<(std::ostream& out, const GnomeDesktop::Screen& screen) {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/Janitor.h"
 #include "tests/support/LidService.h"
 #include "tests/support/MessageBus.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaylandCompositor.h"
 
 namespace tavrel::support {
 
@@ -37,12 +37,11 @@ public:
     /// scales 1 and 2 and is primary, Meta-1 and Meta-2. The lid is open, if there is to be one.
     /// Blocks until mutter answers. Throws std::runtime_error with its messages when it does not.
     explicit GnomeDesktop(bool hasLid = false);
-    ~GnomeDesktop();
     GnomeDesktop(const GnomeDesktop&) = delete;
     GnomeDesktop& operator=(const GnomeDesktop&) = delete;
 
     /// As in the WAYLAND_DISPLAY variable: a path.
-    std::string displayName() const { return (folder_.path() / "wayland").string(); }
+    std::string displayName() const { return compositor_.displayName(); }
     const std::string& busAddress() const { return bus_.address(); }
 
     /// What mutter itself says, in its order. Throws DBusError.
@@ -58,10 +57,10 @@ public:
     void setLidClosed(bool isClosed);
 
     /// Holds mutter up: it takes in what is said to it, and does and answers nothing.
-    void pause() const;
-    void resume() const;
+    void pause() const { compositor_.pause(); }
+    void resume() const { compositor_.resume(); }
     /// Kills it and blocks until it is gone.
-    void kill();
+    void kill() { compositor_.kill(); }
     /// Starts it again after it was killed.
     void start();
 
@@ -71,7 +70,7 @@ private:
     MessageBus bus_;
     MessageBus systemBus_;
     std::unique_ptr<LidService> lid_;
-    std::unique_ptr<ChildProcess> compositor_;
+    WaylandCompositor compositor_{folder_.path(), janitor_};
 };
 
 std::ostream& operator<<(std::ostream& out, const GnomeDesktop::Screen& screen);

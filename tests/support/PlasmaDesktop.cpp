@@ -1,13 +1,10 @@
 #include "tests/support/PlasmaDesktop.h"
 
 #include <algorithm>
-#include <csignal>
 #include <ostream>
 #include <sstream>
-#include <stdexcept>
 
 #include "tests/support/DBus.h"
-#include "tests/support/WaitUntil.h"
 
 namespace tavrel::support {
 
@@ -67,41 +64,16 @@ PlasmaDesktop::PlasmaDesktop(int outputs)
     start();
 }
 
-PlasmaDesktop::~PlasmaDesktop() {
-    kill();
-}
-
 void PlasmaDesktop::start() {
-    Environment environment = bareEnvironment();
-    environment["HOME"] = folder_.path().string();
-    environment["XDG_RUNTIME_DIR"] = folder_.path().string();
-    environment["XDG_CONFIG_HOME"] = (folder_.path() / "config").string();
-    environment["XDG_CACHE_HOME"] = (folder_.path() / "cache").string();
-    environment["XDG_DATA_HOME"] = (folder_.path() / "data").string();
+    Environment environment = compositor_.environment();
     environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
     // Painted by the processor, and not by a pretended graphics card: quick to start.
     environment["KWIN_COMPOSE"] = "Q";
-    const auto errors = folder_.path() / "kwin.err";
-    compositor_ = std::make_unique<ChildProcess>(ChildProcess::Options{
-        .command = {(folder_.path() / "bin" / "kwin_wayland").string(), "--virtual",
-                    "--output-count", std::to_string(outputs_), "--no-lockscreen",
-                    "--no-global-shortcuts", "--socket", "wayland"},
-        .environment = environment,
-        .standardOutput = {},
-        .standardError = errors,
-        .descriptorThree = -1});
-    janitor_.watchGroup(compositor_->pid());
-    const bool isUp = waitUntil([&] {
-        try {
-            return compositor_->isRunning() && std::filesystem::exists(displayName()) &&
-                   !screens().empty();
-        } catch (const DBusError&) {
-            return !compositor_->isRunning();
-        }
-    });
-    if (!isUp || !compositor_->isRunning()) {
-        throw std::runtime_error("KWin did not come up:\n" + readFile(errors));
-    }
+    compositor_.start({(folder_.path() / "bin" / "kwin_wayland").string(), "--virtual",
+                       "--output-count", std::to_string(outputs_), "--no-lockscreen",
+                       "--no-global-shortcuts", "--socket", "wayland"},
+                      environment,
+                      [&] { return std::filesystem::exists(displayName()) && !screens().empty(); });
 }
 
 std::vector<PlasmaDesktop::Screen> PlasmaDesktop::screens() const {
@@ -113,26 +85,6 @@ PlasmaDesktop::Screen PlasmaDesktop::screen(const std::string& name) const {
     const auto found =
         std::find_if(all.begin(), all.end(), [&](const Screen& each) { return each.name == name; });
     return found == all.end() ? Screen{name, false, {}, {}} : *found;
-}
-
-void PlasmaDesktop::pause() const {
-    compositor_->signal(SIGSTOP);
-}
-
-void PlasmaDesktop::resume() const {
-    compositor_->signal(SIGCONT);
-}
-
-void PlasmaDesktop::kill() {
-    if (compositor_ == nullptr) {
-        return;
-    }
-    const pid_t leader = compositor_->pid();
-    compositor_->killFamily();
-    compositor_.reset();
-    janitor_.forgetGroup(leader);
-    std::filesystem::remove(displayName());
-    std::filesystem::remove(displayName() + ".lock");
 }
 
 std::ostream& operator<<(std::ostream& out, const PlasmaDesktop::Screen& screen) {

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/Janitor.h"
 #include "tests/support/MessageBus.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaylandCompositor.h"
 
 namespace tavrel::support {
 
@@ -33,22 +32,21 @@ public:
     /// Outputs side by side, each 1024×768, Virtual-0 leftmost and primary. Blocks until KWin
     /// answers. Throws std::runtime_error with its own messages when it does not start.
     explicit PlasmaDesktop(int outputs = 3);
-    ~PlasmaDesktop();
     PlasmaDesktop(const PlasmaDesktop&) = delete;
     PlasmaDesktop& operator=(const PlasmaDesktop&) = delete;
 
     /// As in the WAYLAND_DISPLAY variable: a path.
-    std::string displayName() const { return (folder_.path() / "wayland").string(); }
+    std::string displayName() const { return compositor_.displayName(); }
     const std::string& sessionBusAddress() const { return bus_.address(); }
 
     std::vector<Screen> screens() const;
     Screen screen(const std::string& name) const;
 
     /// Holds KWin up: it takes in what is said to it, and does and answers nothing.
-    void pause() const;
-    void resume() const;
+    void pause() const { compositor_.pause(); }
+    void resume() const { compositor_.resume(); }
     /// Kills it and blocks until it is gone; its clients lose their connection.
-    void kill();
+    void kill() { compositor_.kill(); }
     /// Starts it again after it was killed, with what it has kept on the disk.
     void start();
 
@@ -57,7 +55,7 @@ private:
     TemporaryFolder folder_;
     Janitor janitor_;
     MessageBus bus_;
-    std::unique_ptr<ChildProcess> compositor_;
+    WaylandCompositor compositor_{folder_.path(), janitor_};
 };
 
 std::ostream& operator<<(std::ostream& out, const PlasmaDesktop::Screen& screen);
