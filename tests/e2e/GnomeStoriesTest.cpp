@@ -5,6 +5,7 @@
 #include <iterator>
 #include <ostream>
 #include <set>
+#include <vector>
 
 #include "tests/scenario/GnomeStage.h"
 #include "tests/scenario/Stories.h"
@@ -85,12 +86,17 @@ TEST_F(GnomeApplicationTest, ItsWindowIsANativeOne) {
 TEST_F(GnomeApplicationTest, AWatchdogThatIsKilledIsReplacedAndTheNextOneKnowsWhatIsOff) {
     stage->flip(1);
     ASSERT_TRUE(stage->await([&] { return !stage->server()[1].isOn; }));
-    ASSERT_TRUE(stage->await([&] { return watchdogs().size() == 1; }));
-    const pid_t first = watchdogs().front();
+    std::vector<pid_t> first;
+    ASSERT_TRUE(stage->await([&] { return (first = watchdogs()).size() == 1; }));
 
-    ::kill(first, SIGKILL);
-    ASSERT_TRUE(
-        stage->await([&] { return watchdogs().size() == 1 && watchdogs().front() != first; }));
+    ::kill(first.front(), SIGKILL);
+    ASSERT_TRUE(stage->await([&] {
+        const std::vector<pid_t> now = watchdogs();
+        return now.size() == 1 && now != first;
+    }));
+    // It is told first; what it does after that shows that it knows.
+    stage->flip(2);
+    ASSERT_TRUE(stage->await([&] { return !stage->server()[2].isOn; }));
     stage->crashApplication();
 
     EXPECT_TRUE(stage->await([&] { return isAsAtFirst(); }));

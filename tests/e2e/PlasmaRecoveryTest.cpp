@@ -79,18 +79,6 @@ TEST_F(PlasmaRecoveryTest, AKilledWatchdogIsReplacedByOneThatKnowsWhatIsOff) {
     EXPECT_TRUE(allIsAsAtFirst());
 }
 
-TEST_F(PlasmaRecoveryTest, WhatIsOffAfterBothWereKilledIsListedAndWakes) {
-    ASSERT_TRUE(switchesOff(1));
-    killWatchdog();
-    stage->killApplication();
-    ASSERT_TRUE(waitUntil([&] { return watchdogs().empty(); }));
-
-    stage->startApplication();
-    stage->pressWake();
-
-    EXPECT_TRUE(allIsAsAtFirst());
-}
-
 TEST_F(PlasmaRecoveryTest, ACompositorThatHangsDoesLaterWhatItWasAskedFor) {
     stage->desktop().pause();
     stage->flip(1);

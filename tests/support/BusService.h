@@ -38,9 +38,16 @@ public:
               interface);
     }
 
-    /// Takes the name and serves.
-    void start(const char* name) {
-        check(sd_bus_request_name(bus_.get(), name, 0), name);
+    /// Before `start`. Calls `handler` on the thread for each signal that matches.
+    void hear(const std::string& match, sd_bus_message_handler_t handler, void* data) {
+        check(sd_bus_add_match(bus_.get(), nullptr, match.c_str(), handler, data), match.c_str());
+    }
+
+    /// Takes the name, if it is to have one, and serves.
+    void start(const char* name = nullptr) {
+        if (name != nullptr) {
+            check(sd_bus_request_name(bus_.get(), name, 0), name);
+        }
         thread_ = std::thread([this] { serve(); });
     }
 

@@ -1,27 +1,14 @@
 #include "tests/support/LidService.h"
 
-#include <systemd/sd-bus.h>
-
 #include <atomic>
-#include <stdexcept>
+#include <chrono>
 #include <thread>
+
+#include "tests/support/BusService.h"
 
 namespace tavrel::support {
 
 namespace {
-
-/// How long the thread may not notice what is asked of it.
-constexpr std::uint64_t turnMicroseconds = 5'000;
-
-struct CloseBus {
-    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
-};
-
-void check(int result, const char* what) {
-    if (result < 0) {
-        throw std::runtime_error(std::string("no lid service: ") + what);
-    }
-}
 
 struct Names {
     const char* service;
@@ -56,51 +43,20 @@ struct LidService::Served {
                  SD_BUS_PROPERTY(
                      names.property, "b", &answer, 0,
                      emits ? std::uint64_t{SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE} : std::uint64_t{0}),
-                 SD_BUS_VTABLE_END} {
-        sd_bus* opened = nullptr;
-        check(sd_bus_new(&opened), "new");
-        bus.reset(opened);
-        check(sd_bus_set_address(opened, busAddress.c_str()), "address");
-        check(sd_bus_set_bus_client(opened, 1), "client");
-        check(sd_bus_start(opened), "start");
-        check(sd_bus_add_object_vtable(opened, nullptr, names.object, names.interface, vtable,
-                                       &isClosed),
-              "object");
-        check(sd_bus_request_name(opened, names.service, 0), "name");
-        thread = std::thread([this] { serve(); });
+                 SD_BUS_VTABLE_END},
+          service(busAddress) {
+        service.add(names.object, names.interface, vtable, &isClosed);
+        service.start(names.service);
     }
-
-    ~Served() {
-        isEnding = true;
-        thread.join();
-    }
-
-    void serve() {
-        bool told = isClosed;
-        while (!isEnding) {
-            if (isHanging) {
-                std::this_thread::sleep_for(std::chrono::microseconds(turnMicroseconds));
-                continue;
-            }
-            if (emits && told != isClosed) {
-                told = !told;
-                sd_bus_emit_properties_changed(bus.get(), names.object, names.interface,
-                                               names.property, nullptr);
-            }
-            if (sd_bus_process(bus.get(), nullptr) == 0) {
-                sd_bus_wait(bus.get(), turnMicroseconds);
-            }
-        }
-    }
+    ~Served() { isEnding = true; }
 
     const Names names;
     const bool emits;
     std::atomic<bool> isClosed;
-    std::atomic<bool> isHanging = false;
     std::atomic<bool> isEnding = false;
     const sd_bus_vtable vtable[3];
-    std::unique_ptr<sd_bus, CloseBus> bus;
-    std::thread thread;
+    /// Last, so that its thread ends first.
+    BusService service;
 };
 
 LidService::LidService(const std::string& busAddress, Kind kind, bool isClosed)
@@ -109,11 +65,21 @@ LidService::LidService(const std::string& busAddress, Kind kind, bool isClosed)
 LidService::~LidService() = default;
 
 void LidService::setClosed(bool isClosed) {
-    served_->isClosed = isClosed;
+    if (served_->isClosed.exchange(isClosed) == isClosed || !served_->emits) {
+        return;
+    }
+    served_->service.post([names = served_->names](sd_bus& bus) {
+        sd_bus_emit_properties_changed(&bus, names.object, names.interface, names.property,
+                                       nullptr);
+    });
 }
 
 void LidService::hang() {
-    served_->isHanging = true;
+    served_->service.post([&isEnding = served_->isEnding](sd_bus& /*bus*/) {
+        while (!isEnding) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
 }
 
 }  // namespace tavrel::support

@@ -1,27 +1,12 @@
 #include "tests/support/SignalCount.h"
 
-#include <systemd/sd-bus.h>
-
 #include <atomic>
-#include <stdexcept>
-#include <thread>
+
+#include "tests/support/BusService.h"
 
 namespace tavrel::support {
 
 namespace {
-
-/// How long the thread may not notice that it is to end.
-constexpr std::uint64_t turnMicroseconds = 5'000;
-
-struct CloseBus {
-    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
-};
-
-void check(int result) {
-    if (result < 0) {
-        throw std::runtime_error("no signals can be counted");
-    }
-}
 
 int countOne(sd_bus_message* /*message*/, void* count, sd_bus_error* /*error*/) {
     ++*static_cast<std::atomic<int>*>(count);
@@ -31,34 +16,14 @@ int countOne(sd_bus_message* /*message*/, void* count, sd_bus_error* /*error*/) 
 }  // namespace
 
 struct SignalCount::Listener {
-    Listener(const std::string& busAddress, const std::string& match) {
-        sd_bus* opened = nullptr;
-        check(sd_bus_new(&opened));
-        bus.reset(opened);
-        check(sd_bus_set_address(opened, busAddress.c_str()));
-        check(sd_bus_set_bus_client(opened, 1));
-        check(sd_bus_start(opened));
-        check(sd_bus_add_match(opened, nullptr, match.c_str(), &countOne, &count));
-        thread = std::thread([this] { listen(); });
-    }
-
-    ~Listener() {
-        isEnding = true;
-        thread.join();
-    }
-
-    void listen() {
-        while (!isEnding) {
-            if (sd_bus_process(bus.get(), nullptr) == 0) {
-                sd_bus_wait(bus.get(), turnMicroseconds);
-            }
-        }
+    Listener(const std::string& busAddress, const std::string& match) : service(busAddress) {
+        service.hear(match, &countOne, &count);
+        service.start();
     }
 
     std::atomic<int> count = 0;
-    std::atomic<bool> isEnding = false;
-    std::unique_ptr<sd_bus, CloseBus> bus;
-    std::thread thread;
+    /// Last, so that its thread ends first.
+    BusService service;
 };
 
 SignalCount::SignalCount(const std::string& busAddress, const std::string& interface,

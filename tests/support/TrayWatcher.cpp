@@ -1,11 +1,9 @@
 #include "tests/support/TrayWatcher.h"
 
-#include <systemd/sd-bus.h>
-
 #include <atomic>
 #include <mutex>
-#include <stdexcept>
-#include <thread>
+
+#include "tests/support/BusService.h"
 
 namespace tavrel::support {
 
@@ -13,52 +11,13 @@ namespace {
 
 constexpr const char* name = "org.kde.StatusNotifierWatcher";
 constexpr const char* object = "/StatusNotifierWatcher";
-/// How long the thread may not notice what is asked of it.
-constexpr std::uint64_t turnMicroseconds = 5'000;
-
-struct CloseBus {
-    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
-};
-
-void check(int result, const char* what) {
-    if (result < 0) {
-        throw std::runtime_error(std::string("no watcher of the tray: ") + what);
-    }
-}
 
 }  // namespace
 
 struct TrayWatcher::Served {
-    explicit Served(const std::string& busAddress) {
-        sd_bus* opened = nullptr;
-        check(sd_bus_new(&opened), "new");
-        bus.reset(opened);
-        check(sd_bus_set_address(opened, busAddress.c_str()), "address");
-        check(sd_bus_set_bus_client(opened, 1), "client");
-        check(sd_bus_start(opened), "start");
-        check(sd_bus_add_object_vtable(opened, nullptr, object, name, vtable, this), "object");
-        check(sd_bus_request_name(opened, name, 0), "name");
-        thread = std::thread([this] { serve(); });
-    }
-
-    ~Served() {
-        isEnding = true;
-        thread.join();
-    }
-
-    void serve() {
-        bool told = hasHost;
-        while (!isEnding) {
-            if (told != hasHost) {
-                told = !told;
-                sd_bus_emit_signal(
-                    bus.get(), object, name,
-                    told ? "StatusNotifierHostRegistered" : "StatusNotifierHostUnregistered", "");
-            }
-            if (sd_bus_process(bus.get(), nullptr) == 0) {
-                sd_bus_wait(bus.get(), turnMicroseconds);
-            }
-        }
+    explicit Served(const std::string& busAddress) : service(busAddress) {
+        service.add(object, name, vtable, this);
+        service.start(name);
     }
 
     static int take(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
@@ -81,12 +40,11 @@ struct TrayWatcher::Served {
         SD_BUS_SIGNAL("StatusNotifierHostRegistered", "", 0),
         SD_BUS_SIGNAL("StatusNotifierHostUnregistered", "", 0),
         SD_BUS_VTABLE_END};
-    std::atomic<bool> isEnding = false;
     std::atomic<bool> hasHost = true;
     std::mutex mutex;
     std::vector<std::string> icons;
-    std::unique_ptr<sd_bus, CloseBus> bus;
-    std::thread thread;
+    /// Last, so that its thread ends first.
+    BusService service;
 };
 
 TrayWatcher::TrayWatcher(const std::string& busAddress)
@@ -100,7 +58,14 @@ std::vector<std::string> TrayWatcher::icons() const {
 }
 
 void TrayWatcher::setHost(bool isPresent) {
-    served_->hasHost = isPresent;
+    if (served_->hasHost.exchange(isPresent) == isPresent) {
+        return;
+    }
+    served_->service.post([isPresent](sd_bus& bus) {
+        sd_bus_emit_signal(
+            &bus, object, name,
+            isPresent ? "StatusNotifierHostRegistered" : "StatusNotifierHostUnregistered", "");
+    });
 }
 
 }  // namespace tavrel::support
