@@ -53,9 +53,15 @@ MainWindow::MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& h
     menuBar->setStyleSheet(theme::menuBarStyleSheet());
     const QFont menuFont = theme::font({.size = 12, .weight = QFont::Medium}, 1);
     menuBar->setFont(menuFont);
-    // Fixed, or the menu bar would take its own size when its parent's changes.
-    menuBar->setFixedSize(width(), theme::menuBarHeight);
     addMenus(*menuBar);
+    const auto placeMenus = [menuBar, view] {
+        const QRect strip = view->menuStrip();
+        menuBar->move(strip.topLeft());
+        // Fixed, or the menu bar would take its own size when its parent's changes.
+        menuBar->setFixedSize(strip.size());
+    };
+    connect(view, &DisplayControlView::rebuilt, menuBar, placeMenus);
+    placeMenus();
     for (QMenu* menu : menuBar->findChildren<QMenu*>()) {
         menu->setFont(menuFont);
     }

@@ -84,8 +84,28 @@ void DisplayControlView::orderFocus() {
     setTabOrder(previous, footer_.wakeButton());
 }
 
+QRect DisplayControlView::column() const {
+    const QRect padded = rect().adjusted(padding, padding, -padding, -padding);
+    const int missing = header_.height() + rows_->fullHeight() +
+                        footer_.heightForWidth(padded.width()) - padded.height();
+    // What is a little too high for its place is centred in it all the same: one more row is worth
+    // more than the padding. What is much too high scrolls.
+    const int above = (missing + 1) / 2;
+    return missing > 0 && above < padding ? padded.adjusted(0, -above, 0, missing - above) : padded;
+}
+
+QRect DisplayControlView::menuStrip() const {
+    const QRect strip(0, 0, width(), theme::menuBarHeight);
+    const QRect besideTitle = header_.besideTitle();
+    if (besideTitle.top() >= strip.bottom()) {
+        return strip;
+    }
+    return {besideTitle.left(), std::max(0, besideTitle.center().y() - strip.height() / 2),
+            besideTitle.width(), strip.height()};
+}
+
 void DisplayControlView::layOut() {
-    const QRect column = rect().adjusted(padding, padding, -padding, -padding);
+    const QRect column = this->column();
     header_.layOut(column);
     footer_.layOut(column);
 

@@ -19,8 +19,7 @@ namespace tavrel {
 ///
 /// It has no state of its own: it shows the controller's and what it is told of the hot key,
 /// and each action of the user is one call of the controller. It is rebuilt once in a turn of the
-/// main loop, however many fields have changed. The strip of `theme::menuBarHeight` points at its
-/// top stays free.
+/// main loop, however many fields have changed.
 class DisplayControlView : public QWidget {
     Q_OBJECT
 
@@ -38,9 +37,12 @@ public:
 
     QSize sizeHint() const override { return contentSize; }
 
+    /// What stays free for menus at its top, `theme::menuBarHeight` high. It changes with what is
+    /// shown.
+    QRect menuStrip() const;
+
 Q_SIGNALS:
     /// The controller's state before the last turn of the main loop is now on the screen.
-    /// For tests, which cannot see otherwise that a rebuild has changed nothing.
     void rebuilt();
 
 protected:
@@ -52,6 +54,7 @@ private:
     std::vector<DisplayRow::Inputs> rowInputs() const;
     void orderFocus();
     void layOut();
+    QRect column() const;
 
     const std::shared_ptr<DisplayController> controller_;
     const AccessibleFactory accessibleFactory_;

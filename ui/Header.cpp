@@ -42,4 +42,10 @@ void Header::layOut(const QRect& column) {
                        RefreshButton::diameter, RefreshButton::diameter});
 }
 
+QRect Header::besideTitle() const {
+    const QRect title = product_->geometry();
+    const int left = title.left() + product_->sizeHint().width();
+    return {left, title.top(), refresh_->geometry().left() - left, title.height()};
+}
+
 }  // namespace tavrel

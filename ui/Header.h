@@ -20,6 +20,8 @@ public:
     int height() const;
     /// Fills the top of `column`.
     void layOut(const QRect& column);
+    /// What is free beside the product's title, up to the refresh button.
+    QRect besideTitle() const;
 
 private:
     Label* product_;

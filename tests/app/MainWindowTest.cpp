@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScrollBar>
 #include <QTest>
 
 #include "app/AppDelegate.h"
@@ -111,6 +112,32 @@ TEST_F(MainWindowTest, TheMenuBarShowsInTheStripAboveTheHeader) {
     const QImage without = window->grab().toImage();
     const QRect strip(0, 0, 520 * whole.width() / 520, 28 * whole.width() / 520);
     EXPECT_NE(whole.copy(strip), without.copy(strip));
+}
+
+TEST_F(MainWindowTest, TheMenusStepAsideForTheTitleOfFourDisplaysAndBackAgain) {
+    auto* view = window->findChild<DisplayControlView*>();
+    const QRect inStrip = menuBar().geometry();
+    const auto showAll = [&] {
+        controller->refresh(std::nullopt);
+        system.scheduler.settle();
+        QTest::qWait(0);
+    };
+
+    for (const DisplayID id : {6U, 7U, 8U}) {
+        system.windowServer.connect({.id = id});
+    }
+    showAll();
+
+    ASSERT_EQ(controller->displays().size(), 4U);
+    EXPECT_EQ(menuBar().geometry(), view->menuStrip());
+    EXPECT_GT(menuBar().geometry().left(), inStrip.left());
+    const QScrollBar& scrollBar = *view->findChild<RowList*>()->verticalScrollBar();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !scrollBar.isVisible(); }));
+
+    controller->setDisplays({controller->displays().front()});
+    QTest::qWait(0);
+
+    EXPECT_EQ(menuBar().geometry(), inStrip);
 }
 #endif
 

@@ -84,6 +84,44 @@ TEST_F(ViewLayoutTest, ThreeRowsNeedNoScrollBarEvenUnderALongError) {
     }
 }
 
+TEST_F(ViewLayoutTest, FourRowsTakeAsMuchOfThePaddingAboveAsBelowAndNeedNoScrolling) {
+    open(manyDisplays(4));
+
+    EXPECT_FALSE(visible<RowList>()->verticalScrollBar()->isVisible());
+    for (const DisplayRow* each : rows()) {
+        EXPECT_EQ(each->visibleRegion().boundingRect(), each->rect());
+    }
+    const int above = rectIn(*text("TAVREL"), *view).top();
+    const int below = view->height() - (faceIn(wakeButton(), *view).bottom() + 1);
+    EXPECT_NEAR(above, below, 1);
+    EXPECT_LT(above, 28);
+    EXPECT_GE(rectIn(row(0), *view).top(), rectIn(*text("Your screens"), *view).bottom() + 1);
+    EXPECT_LE(rectIn(row(3), *view).bottom(), rectIn(*text("Ready"), *view).top() - 1);
+}
+
+TEST_F(ViewLayoutTest, FourRowsNeedNoScrollingUnderALongErrorEither) {
+    open(manyDisplays(4));
+
+    setError(std::string(60, 'x') + " " + std::string(60, 'y'));
+
+    EXPECT_FALSE(visible<RowList>()->verticalScrollBar()->isVisible());
+    EXPECT_GE(rectIn(*text("TAVREL"), *view).top(), 0);
+}
+
+TEST_F(ViewLayoutTest, TheStripForMenusIsBesideTheTitleWhereFourRowsPushItUp) {
+    open(manyDisplays(3));
+    EXPECT_EQ(view->menuStrip(), QRect(0, 0, 520, 28));
+
+    open(manyDisplays(4));
+
+    const QRect strip = view->menuStrip();
+    EXPECT_EQ(strip.height(), 28);
+    EXPECT_GT(strip.left(), 28 + text("TAVREL")->sizeHint().width() - 1);
+    EXPECT_LT(strip.right(), faceIn(refreshButton(), *view).left());
+    EXPECT_LT(strip.bottom(), rectIn(*text("Your screens"), *view).top() + 5);
+    EXPECT_NEAR(strip.center().y(), rectIn(*text("TAVREL"), *view).center().y(), 1);
+}
+
 TEST_F(ViewLayoutTest, MoreRowsThanFitScrollAndKeepTheirWidth) {
     open(manyDisplays(10));
 
