@@ -9,8 +9,8 @@
 namespace tavrel {
 namespace {
 
-constexpr int spacing = 12;
-constexpr double iconFontSize = 30;
+constexpr int iconSpacing = 12;
+constexpr double warningIconFontSize = 30;
 constexpr double iconOpacity = 0.55;
 constexpr theme::FontSpec messageFont{14, QFont::Medium};
 constexpr double messageOpacity = 0.72;
@@ -39,15 +39,15 @@ void EmptyState::setContents(bool isRefreshing, const QString& statusMessage) {
 }
 
 void EmptyState::layOut() {
-    constexpr double iconHeight = iconSide(iconFontSize);
+    constexpr double iconHeight = iconSide(warningIconFontSize);
     const double symbolHeight = isRefreshing_ ? Spinner::side : iconHeight;
     const int messageWidth = std::min(width(), message_->sizeHint().width());
     const int messageHeight = message_->heightForWidth(messageWidth);
-    const double top = (height() - symbolHeight - spacing - messageHeight) / 2;
+    const double top = (height() - symbolHeight - iconSpacing - messageHeight) / 2;
 
     spinner_->move((width() - Spinner::side) / 2, qRound(top));
     icon_ = {(width() - iconHeight) / 2, top, iconHeight, iconHeight};
-    message_->setGeometry((width() - messageWidth) / 2, qRound(top + symbolHeight) + spacing,
+    message_->setGeometry((width() - messageWidth) / 2, qRound(top + symbolHeight) + iconSpacing,
                           messageWidth, messageHeight);
 }
 

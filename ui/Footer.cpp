@@ -10,7 +10,7 @@
 namespace tavrel {
 namespace {
 
-constexpr int spacing = 10;
+constexpr int lineSpacing = 10;
 constexpr theme::FontSpec lineFont{11.5, QFont::Medium};
 constexpr double statusOpacity = 0.5;
 constexpr double errorOpacity = 0.86;
@@ -78,14 +78,14 @@ void Footer::showError(const std::optional<std::string>& errorMessage) {
 
 int Footer::heightForWidth(int width) const {
     const int line = hasError() ? error_->heightForWidth(width) : status_->lineHeight();
-    return line + spacing + WakeButton::faceHeight;
+    return line + lineSpacing + WakeButton::faceHeight;
 }
 
 void Footer::layOut(const QRect& column) {
     const int top = column.bottom() + 1 - heightForWidth(column.width());
     const int wakeTop = column.bottom() + 1 - WakeButton::faceHeight;
     wake_->setFace({column.left(), wakeTop, column.width(), WakeButton::faceHeight});
-    error_->setGeometry(column.left(), top, column.width(), wakeTop - spacing - top);
+    error_->setGeometry(column.left(), top, column.width(), wakeTop - lineSpacing - top);
 
     const int statusWidth = std::min(column.width(), status_->sizeHint().width());
     status_->setGeometry(column.left() + (column.width() - statusWidth) / 2, top, statusWidth,

@@ -8,7 +8,7 @@ namespace tavrel::dbus {
 namespace {
 
 constexpr const char* portal = "org.freedesktop.portal.Desktop";
-constexpr const char* object = "/org/freedesktop/portal/desktop";
+constexpr const char* portalObject = "/org/freedesktop/portal/desktop";
 constexpr const char* shortcuts = "org.freedesktop.portal.GlobalShortcuts";
 constexpr std::chrono::seconds pauseAfterClosing{5};
 /// The bus library's own.
@@ -117,7 +117,7 @@ void ShortcutsConversation::end() {
 }
 
 Message ShortcutsConversation::newPortalCall(const char* interface, const char* method) const {
-    return newCall(*bus_, portal, object, interface, method);
+    return newCall(*bus_, portal, portalObject, interface, method);
 }
 
 std::string ShortcutsConversation::newToken(const char* kind) {

@@ -5,7 +5,7 @@ namespace tavrel::dbus {
 namespace {
 
 constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
-constexpr const char* object = "/StatusNotifierWatcher";
+constexpr const char* watcherObject = "/StatusNotifierWatcher";
 
 }  // namespace
 
@@ -31,7 +31,7 @@ Wait TrayConversation::nextWait() const {
 
 void TrayConversation::ask() {
     const Message question =
-        newCall(*bus_, watcher, object, "org.freedesktop.DBus.Properties", "Get");
+        newCall(*bus_, watcher, watcherObject, "org.freedesktop.DBus.Properties", "Get");
     if (question == nullptr) {
         return;
     }

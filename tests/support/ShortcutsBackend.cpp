@@ -8,7 +8,7 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* object = "/org/freedesktop/portal/desktop";
+constexpr const char* backendObject = "/org/freedesktop/portal/desktop";
 
 void appendShortcut(sd_bus_message* message, const std::string& id, const std::string& trigger) {
     sd_bus_message_append(message, "a(sa{sv})", 1, id.c_str(), 1, "trigger_description", "s",
@@ -19,7 +19,7 @@ void appendShortcut(sd_bus_message* message, const std::string& id, const std::s
 
 struct ShortcutsBackend::Served {
     explicit Served(const std::string& busAddress) : service(busAddress) {
-        service.add(object, interface, methods, this);
+        service.add(backendObject, interface, methods, this);
         service.start(name);
     }
 
@@ -100,15 +100,15 @@ std::vector<std::string> ShortcutsBackend::bound() const {
 
 void ShortcutsBackend::press() {
     served_->service.post([self = served_.get()](sd_bus& bus) {
-        sd_bus_emit_signal(&bus, object, interface, "Activated", "osta{sv}", self->session.c_str(),
-                           self->shortcut.c_str(), std::uint64_t{1}, 0);
+        sd_bus_emit_signal(&bus, backendObject, interface, "Activated", "osta{sv}",
+                           self->session.c_str(), self->shortcut.c_str(), std::uint64_t{1}, 0);
     });
 }
 
 void ShortcutsBackend::rebind(const std::string& trigger) {
     served_->service.post([self = served_.get(), trigger](sd_bus& bus) {
         sd_bus_message* signal = nullptr;
-        sd_bus_message_new_signal(&bus, &signal, object, interface, "ShortcutsChanged");
+        sd_bus_message_new_signal(&bus, &signal, backendObject, interface, "ShortcutsChanged");
         sd_bus_message_append(signal, "o", self->session.c_str());
         appendShortcut(signal, self->shortcut, trigger);
         sd_bus_send(nullptr, signal, nullptr);

@@ -10,7 +10,7 @@ namespace tavrel::support {
 namespace {
 
 constexpr const char* name = "org.freedesktop.portal.Desktop";
-constexpr const char* object = "/org/freedesktop/portal/desktop";
+constexpr const char* portalObject = "/org/freedesktop/portal/desktop";
 constexpr const char* shortcutsInterface = "org.freedesktop.portal.GlobalShortcuts";
 
 /// The text of that key in a dictionary of texts that stands next.
@@ -37,10 +37,10 @@ struct ShortcutsPortal::Served {
     Served(const std::string& busAddress, Behaviour wanted)
         : behaviour(std::move(wanted)), service(busAddress) {
         if (behaviour.hasRegistry) {
-            service.add(object, "org.freedesktop.host.portal.Registry", registry, this);
+            service.add(portalObject, "org.freedesktop.host.portal.Registry", registry, this);
         }
         if (behaviour.hasShortcuts) {
-            service.add(object, shortcutsInterface, shortcuts, this);
+            service.add(portalObject, shortcutsInterface, shortcuts, this);
         }
         service.start(name);
     }
@@ -54,7 +54,7 @@ struct ShortcutsPortal::Served {
     std::string pathFor(sd_bus_message* message, const char* kind, const std::string& token) {
         std::string sender = sd_bus_message_get_sender(message) + 1;
         std::replace(sender.begin(), sender.end(), '.', '_');
-        return std::string(object) + "/" + kind + "/" + sender + "/" + token;
+        return std::string(portalObject) + "/" + kind + "/" + sender + "/" + token;
     }
 
     static int registerApplication(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
@@ -169,7 +169,8 @@ void ShortcutsPortal::answer() {
 
 void ShortcutsPortal::press(const std::string& shortcut) {
     served_->service.post([self = served_.get(), shortcut](sd_bus& bus) {
-        sd_bus_message* signal = self->newSignal(&bus, object, shortcutsInterface, "Activated");
+        sd_bus_message* signal =
+            self->newSignal(&bus, portalObject, shortcutsInterface, "Activated");
         sd_bus_message_append(signal, "osta{sv}", self->session.c_str(), shortcut.c_str(),
                               std::uint64_t{1}, 0);
         self->send(signal);
@@ -179,7 +180,7 @@ void ShortcutsPortal::press(const std::string& shortcut) {
 void ShortcutsPortal::rebind(const std::string& trigger) {
     served_->service.post([self = served_.get(), trigger](sd_bus& bus) {
         sd_bus_message* signal =
-            self->newSignal(&bus, object, shortcutsInterface, "ShortcutsChanged");
+            self->newSignal(&bus, portalObject, shortcutsInterface, "ShortcutsChanged");
         sd_bus_message_append(signal, "oa(sa{sv})", self->session.c_str(), 1,
                               self->shortcut.c_str(), 1, "trigger_description", "s",
                               trigger.c_str());
