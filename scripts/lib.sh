@@ -30,6 +30,15 @@ tool() {
     command -v "$1-14" || command -v "$1" || fail "$1 is missing: scripts/bootstrap --checks"
 }
 
+# newest NAME: the newest numbered command of that name, clang-19 for clang; 19 or later.
+newest() {
+    local found
+    found=$(compgen -c "$1-" | grep -x -- "$1-[0-9]*" | sort -V | tail -1)
+    [ "${found##*-}" -ge 19 ] 2>/dev/null ||
+        fail "$1 19 or later is missing: scripts/bootstrap --checks"
+    echo "$found"
+}
+
 # build PRESET [TARGET…]: configures and builds; all targets if none is named.
 build() {
     local preset=$1
