@@ -67,6 +67,21 @@ bool waitForLock(int file, std::chrono::milliseconds limit) {
     return true;
 }
 
+std::optional<Version> versionIn(const struct stat& status) {
+    if (!S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+#if defined(__APPLE__)
+    const timespec modified = status.st_mtimespec;
+    const timespec changed = status.st_ctimespec;
+#else
+    const timespec modified = status.st_mtim;
+    const timespec changed = status.st_ctim;
+#endif
+    return Version{status.st_dev, status.st_ino, status.st_size, sinceEpoch(modified),
+                   sinceEpoch(changed)};
+}
+
 }  // namespace
 
 FileDescriptor openForReading(const std::filesystem::path& path) {
@@ -107,18 +122,12 @@ ReadOutcome read(const FileDescriptor& file, std::size_t maxSize, std::string& c
 
 std::optional<Version> versionOf(const FileDescriptor& file) {
     struct stat status = {};
-    if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-#if defined(__APPLE__)
-    const timespec modified = status.st_mtimespec;
-    const timespec changed = status.st_ctimespec;
-#else
-    const timespec modified = status.st_mtim;
-    const timespec changed = status.st_ctim;
-#endif
-    return Version{status.st_dev, status.st_ino, status.st_size, sinceEpoch(modified),
-                   sinceEpoch(changed)};
+    return ::fstat(file.number(), &status) == 0 ? versionIn(status) : std::nullopt;
+}
+
+std::optional<Version> versionAt(const std::filesystem::path& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 ? versionIn(status) : std::nullopt;
 }
 
 bool isSettled(const Version& version, std::chrono::system_clock::time_point now) {

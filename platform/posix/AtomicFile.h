@@ -46,6 +46,8 @@ struct Version {
 
 /// std::nullopt when no file is open or it is not a regular one.
 std::optional<Version> versionOf(const FileDescriptor& file);
+/// The same of what `path` leads to, without opening it.
+std::optional<Version> versionAt(const std::filesystem::path& path);
 
 /// Whether every write to the file from `now` on gives it another version. False shortly
 /// after a change, since the next one may get the same timestamp. Writes through a memory

@@ -102,12 +102,12 @@ bool FileUserDefaults::canHold(std::string_view key, std::string_view bytes) con
 }
 
 bool FileUserDefaults::readIfChanged() {
+    if (settledVersion_ && AtomicFile::versionAt(path_) == settledVersion_) {
+        return true;
+    }
     const FileDescriptor file = AtomicFile::openForReading(path_);
     const bool isAbsent = !file.isOpen() && errno == ENOENT;
     const auto version = AtomicFile::versionOf(file);
-    if (version && version == settledVersion_) {
-        return true;
-    }
     texts_.clear();
     settledVersion_.reset();
     if (!version) {

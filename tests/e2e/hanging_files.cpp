@@ -1,10 +1,11 @@
 // Preloaded into a program, lets its file system hang for one folder: as long as the file that
-// HANGING_WHILE names exists, no call to open a file below HANGING_FOLDER returns. That one has
-// begun to hang shows by a file with "-seen" at the end of its name. A real file system that
-// hangs takes rights that not everybody has.
+// HANGING_WHILE names exists, no call to open a file below HANGING_FOLDER, or to ask for its
+// state, returns. That one has begun to hang shows by a file with "-seen" at the end of its name.
+// A real file system that hangs takes rights that not everybody has.
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdarg>
@@ -16,7 +17,9 @@ namespace {
 
 using Open = int (*)(const char*, int, ...);
 
-void hangIfTold(const char* path, Open real) {
+void hangIfTold(const char* path) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way.
+    static const auto realOpen = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
     const char* folder = std::getenv("HANGING_FOLDER");
     const char* mark = std::getenv("HANGING_WHILE");
     if (folder == nullptr || mark == nullptr || !std::string_view(path).starts_with(folder)) {
@@ -25,7 +28,7 @@ void hangIfTold(const char* path, Open real) {
     const std::string seen = std::string(mark) + "-seen";
     while (access(mark, F_OK) == 0) {
         constexpr mode_t ownerFile = 0600;
-        close(real(seen.c_str(), O_WRONLY | O_CREAT, ownerFile));
+        close(realOpen(seen.c_str(), O_WRONLY | O_CREAT, ownerFile));
         constexpr useconds_t interval = 5000;
         usleep(interval);
     }
@@ -43,6 +46,14 @@ extern "C" int open(const char* path, int flags, ...) {
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
-    hangIfTold(path, real);
+    hangIfTold(path);
     return real(path, flags, mode);
+}
+
+extern "C" int stat(const char* path, struct stat* status) {
+    using Stat = int (*)(const char*, struct stat*);
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way.
+    static const auto real = reinterpret_cast<Stat>(dlsym(RTLD_NEXT, "stat"));
+    hangIfTold(path);
+    return real(path, status);
 }

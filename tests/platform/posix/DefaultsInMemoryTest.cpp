@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "platform/posix/AtomicFile.h"
@@ -48,6 +49,19 @@ TEST_F(DefaultsInMemoryTest, UnchangedFileIsReadOnceForAllKeys) {
         EXPECT_EQ(counted.data("missing"), std::nullopt);
     }
     EXPECT_EQ(reads, 1);
+}
+
+TEST_F(DefaultsInMemoryTest, UnchangedFileIsNotEvenOpened) {
+    rememberOld();
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit noFurtherFile{.rlim_cur = 0, .rlim_max = before.rlim_max};
+
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noFurtherFile), 0);
+    const auto value = counted.data("key");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+
+    EXPECT_EQ(value, "old");
 }
 
 TEST_F(DefaultsInMemoryTest, UnchangedDamagedFileIsReadOnce) {
