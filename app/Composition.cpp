@@ -5,7 +5,6 @@
 #include <vector>
 
 #include <QCoreApplication>
-#include <QTimer>
 
 #include "app/System.h"
 #include "platform/LastDisplayGate.h"
@@ -49,11 +48,12 @@ struct Composition::Parts {
     SystemWallClock wallClock;
     watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(),
                                     supervisorSetup(*system)};
-    /// On the main thread: when that hangs, the watchdog hears nothing any more.
-    QTimer heartbeat;
     LastDisplayGate lastDisplay{guarded, system->queries()};
     SwitchOffGate gate{lastDisplay};
     QtMainQueue mainQueue;
+    /// On the main thread: when that hangs, the watchdog hears nothing any more.
+    std::unique_ptr<RepeatingTimer> heartbeat =
+        mainQueue.repeat(heartbeatInterval, [this] { guarded.beat(); });
     LeftOffRecovery leftOff{gate, system->queries(),
                             [this] { return rememberedDisplays(system->userDefaults()); }};
     RescueReview review{gate, leftOff, mainQueue};
@@ -62,11 +62,7 @@ struct Composition::Parts {
     std::unique_ptr<BackgroundQueue> backgroundQueue = system->makeBackgroundQueue();
 };
 
-Composition::Composition() : parts_(std::make_unique<Parts>()) {
-    QObject::connect(&parts_->heartbeat, &QTimer::timeout,
-                     [&guarded = parts_->guarded] { guarded.beat(); });
-    parts_->heartbeat.start(heartbeatInterval);
-}
+Composition::Composition() : parts_(std::make_unique<Parts>()) {}
 
 Composition::~Composition() {
     // The last writes to the store may fail when the main queue has gone.

@@ -32,8 +32,10 @@ public:
     /// The same, not before `delay` has passed. From any thread.
     virtual void asyncAfter(Delay delay, Task task) = 0;
 
-    /// Ticks every `interval`, the first time one interval from now, also while a menu
-    /// is open or a window is being dragged. Main thread only.
+    /// Ticks every `interval`, the first time about one interval from now, also while a menu
+    /// is open or a window is being dragged. Where the interval is a number of whole seconds, the
+    /// first tick may come half a second sooner or later, so that all such timers tick together
+    /// and wake the machine once. Main thread only.
     virtual std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) = 0;
 
     /// Whether the caller is on the main thread.

@@ -20,10 +20,16 @@ std::chrono::milliseconds roundedUp(Delay delay) {
                     std::chrono::milliseconds::zero());
 }
 
+/// The toolkit has its very coarse timers tick when a second of the monotonic clock begins.
+Qt::TimerType typeFor(Delay interval) {
+    return interval % std::chrono::seconds(1) == Delay::zero() ? Qt::VeryCoarseTimer
+                                                               : Qt::PreciseTimer;
+}
+
 class QtRepeatingTimer : public RepeatingTimer {
 public:
     QtRepeatingTimer(Delay interval, Task tick) {
-        timer_.setTimerType(Qt::PreciseTimer);
+        timer_.setTimerType(typeFor(interval));
         timer_.setInterval(roundedUp(interval));
         timer_.callOnTimeout([tick = std::move(tick)] { tick(); });
         timer_.start();

@@ -1,11 +1,14 @@
 #include <atomic>
 #include <chrono>
+#include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEventLoop>
 
@@ -105,6 +108,26 @@ TEST_F(QtMainQueueTest, ATimerTicksUntilInvalidated) {
     run();
 
     EXPECT_EQ(log.size(), 3U);
+}
+
+TEST_F(QtMainQueueTest, TimersOfWholeSecondsWakeTheThreadOnce) {
+    int wakeUp = 0;
+    std::set<int> ofTheFirst;
+    std::set<int> ofTheSecond;
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                     [&] { ++wakeUp; });
+    const auto first = queue.repeat(1s, [&] { ofTheFirst.insert(wakeUp); });
+    std::unique_ptr<RepeatingTimer> second;
+    queue.asyncAfter(200ms, [&] {
+        second = queue.repeat(1s, [&] {
+            ofTheSecond.insert(wakeUp);
+            queue.async(stop());
+        });
+    });
+
+    run();
+
+    EXPECT_THAT(ofTheFirst, testing::IsSupersetOf(ofTheSecond));
 }
 
 TEST_F(QtMainQueueTest, ADroppedTaskIsDestroyedAndDoesNotRun) {
