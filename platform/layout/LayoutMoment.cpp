@@ -31,14 +31,14 @@ private:
 
 class LayoutMoment final : public DisplayMoment {
 public:
-    LayoutMoment(Layout layout, bool isCurrent)
+    LayoutMoment(std::shared_ptr<const Layout> layout, bool isCurrent)
         : layout_(std::move(layout)), isCurrent_(isCurrent) {}
 
     bool isCurrent() override { return isCurrent_; }
     DisplayList allDisplays() override { return onlineDisplays(); }
     DisplayList onlineDisplays() override {
         std::vector<DisplayID> connected;
-        for (const Output& output : layout_.outputs) {
+        for (const Output& output : layout_->outputs) {
             if (output.isConnected) {
                 connected.push_back(output.display);
             }
@@ -65,7 +65,7 @@ public:
 
 private:
     const Output* find(DisplayID display) const {
-        const Output* output = layout_.output(display);
+        const Output* output = layout_->output(display);
         return output != nullptr && output->isConnected ? output : nullptr;
     }
     EdidNumbers edid(DisplayID display) const {
@@ -73,13 +73,17 @@ private:
         return output == nullptr ? EdidNumbers{} : output->identity.edid;
     }
 
-    const Layout layout_;
+    const std::shared_ptr<const Layout> layout_;
     const bool isCurrent_;
 };
 
 }  // namespace
 
 std::unique_ptr<DisplayMoment> momentOf(Layout layout, bool isCurrent) {
+    return momentOf(std::make_shared<const Layout>(std::move(layout)), isCurrent);
+}
+
+std::unique_ptr<DisplayMoment> momentOf(std::shared_ptr<const Layout> layout, bool isCurrent) {
     return std::make_unique<LayoutMoment>(std::move(layout), isCurrent);
 }
 

@@ -30,10 +30,9 @@ ServerStatus X11ReconfigurationReports::removeCallback(DisplayReconfigurationCal
 void X11ReconfigurationReports::connected(x11::Connection& connection) {
     canWatch_ = connection.hasRandr();
     if (canWatch_) {
-        xcb_randr_select_input(connection.get(), connection.root(),
-                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+        connection.selectRandrEvents(XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
+                                     XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                                     XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
         // What changed while there was no connection is news too.
         hasNews_ = true;
         settled(connection);
@@ -42,9 +41,7 @@ void X11ReconfigurationReports::connected(x11::Connection& connection) {
 
 void X11ReconfigurationReports::received(x11::Connection& connection,
                                          const xcb_generic_event_t& event) {
-    const int number = x11::eventNumber(event) - connection.firstRandrEvent();
-    hasNews_ = hasNews_ || (connection.hasRandr() && (number == XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-                                                      number == XCB_RANDR_NOTIFY));
+    hasNews_ = hasNews_ || connection.isRandrEvent(event);
 }
 
 void X11ReconfigurationReports::settled(x11::Connection& connection) {

@@ -31,7 +31,7 @@ X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& op
 
 bool X11WindowServer::canSwitch() {
     const x11::LastWord::Answer answer = lastWord_.ask(false);
-    return answer.word != nullptr && answer.word->hasRandr;
+    return answer.word != nullptr && answer.word->snapshot != nullptr;
 }
 
 ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
@@ -57,13 +57,25 @@ std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
 
 std::unique_ptr<DisplayMoment> X11WindowServer::ask(bool isToProbe) {
     const x11::LastWord::Answer answer = lastWord_.ask(isToProbe);
-    if (answer.word == nullptr || !answer.word->hasRandr) {
+    if (answer.word == nullptr || answer.word->snapshot == nullptr) {
         return momentWithoutDisplays(answer);
     }
-    x11::Snapshot snapshot = answer.word->snapshot;
-    snapshot.known = directory_.meet(x11::identitiesIn(snapshot));
-    x11::noteSeen(lastSeen_, snapshot);
-    return layout::momentOf(x11::layoutOf(snapshot), answer.isFresh);
+    return layout::momentOf(layoutIn(answer.word->snapshot), answer.isFresh);
+}
+
+std::shared_ptr<const layout::Layout> X11WindowServer::layoutIn(
+    const std::shared_ptr<const x11::Snapshot>& snapshot) {
+    const layout::KnownMonitors known = directory_.meet(x11::identitiesIn(*snapshot));
+    const std::lock_guard lock(describedMutex_);
+    if (described_.snapshot != snapshot || described_.known != known) {
+        x11::Snapshot named = *snapshot;
+        named.known = known;
+        x11::noteSeen(lastSeen_, named);
+        described_ = {.snapshot = snapshot,
+                      .known = known,
+                      .layout = std::make_shared<const layout::Layout>(x11::layoutOf(named))};
+    }
+    return described_.layout;
 }
 
 }  // namespace tavrel

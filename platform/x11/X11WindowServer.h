@@ -40,11 +40,23 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
+    /// The last snapshot, in the words common to all window servers.
+    struct Described {
+        std::shared_ptr<const x11::Snapshot> snapshot;
+        layout::KnownMonitors known;
+        std::shared_ptr<const layout::Layout> layout;
+    };
+
     std::unique_ptr<DisplayMoment> ask(bool isToProbe);
+    /// Describes each snapshot once, while nobody comes to know its monitors by other numbers.
+    std::shared_ptr<const layout::Layout> layoutIn(
+        const std::shared_ptr<const x11::Snapshot>& snapshot);
 
     layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
     x11::LastWord lastWord_;
+    std::mutex describedMutex_;
+    Described described_;
 
     std::mutex changeMutex_;
     x11::ServerLink changeLink_;

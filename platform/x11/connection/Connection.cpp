@@ -5,6 +5,7 @@
 #include <xcb/randr.h>
 #include <xcb/xcbext.h>
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <string_view>
@@ -63,20 +64,32 @@ void Connection::negotiateRandr() {
     }
     firstRandrEvent_ = extension->first_event;
     const auto version =
-        reply<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection_, 1, 3).sequence);
+        reply<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection_, 1, 5).sequence);
     // The first version with primary outputs, transforms and the quick list of resources.
     constexpr std::pair oldest(1U, 3U);
-    if (version == nullptr || std::pair(version->major_version, version->minor_version) < oldest) {
+    constexpr std::pair withMonitors(1U, 5U);
+    const auto spoken = version == nullptr
+                            ? std::pair(0U, 0U)
+                            : std::pair(version->major_version, version->minor_version);
+    if (spoken < oldest) {
         return;
     }
     hasRandr_ = true;
-    xcb_randr_select_input(connection_, root(), XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
+    listsMonitors_ = spoken >= withMonitors;
+    selectRandrEvents(XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
     constexpr std::string_view edid = "EDID";
     const auto atom = reply<xcb_intern_atom_reply_t>(
         xcb_intern_atom(connection_, 0, edid.size(), edid.data()).sequence);
     if (atom != nullptr) {
         edidAtom_ = atom->atom;
     }
+}
+
+void Connection::selectRandrEvents(std::uint16_t events) {
+    // Xorg (21.1) takes no notice of a selection by whoever has made one already.
+    constexpr std::uint16_t none = 0;
+    xcb_randr_select_input(connection_, root(), none);
+    xcb_randr_select_input(connection_, root(), events);
 }
 
 void* Connection::awaitReply(unsigned int sequence, xcb_generic_error_t** error) {
@@ -136,9 +149,17 @@ XcbReply<xcb_generic_event_t> Connection::nextEvent() {
     return event;
 }
 
-void Connection::discardEvents() {
+bool Connection::discardEvents() {
     drainEvents();
+    const bool hasNews = std::any_of(events_.begin(), events_.end(),
+                                     [this](const auto& event) { return isRandrEvent(*event); });
     events_.clear();
+    return hasNews;
+}
+
+bool Connection::isRandrEvent(const xcb_generic_event_t& event) const {
+    const int number = eventNumber(event) - firstRandrEvent_;
+    return hasRandr_ && (number == XCB_RANDR_SCREEN_CHANGE_NOTIFY || number == XCB_RANDR_NOTIFY);
 }
 
 bool Connection::hasProbedLately() const {

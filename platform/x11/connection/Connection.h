@@ -3,11 +3,13 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,6 +38,14 @@ struct XcbFree {
 template <typename Reply>
 using XcbReply = std::unique_ptr<Reply, XcbFree>;
 
+/// All of a reply to a request: it is this long, and a multiple of four bytes more, and xcb has
+/// read them all.
+inline std::span<const std::uint8_t> bytesOf(const xcb_generic_reply_t& reply) {
+    constexpr std::size_t shortest = 32;
+    constexpr std::size_t unit = 4;
+    return {reinterpret_cast<const std::uint8_t*>(&reply), shortest + unit * reply.length};
+}
+
 /// One connection to an X server.
 ///
 /// To be used by one thread at a time. Once connected, nothing here blocks for longer than the
@@ -57,8 +67,13 @@ public:
     const std::vector<xcb_window_t>& roots() const { return roots_; }
     /// Whether the server has RandR 1.3 or later.
     bool hasRandr() const { return hasRandr_; }
-    /// The number RandR's events count from.
-    std::uint8_t firstRandrEvent() const { return firstRandrEvent_; }
+    /// Whether it has RandR 1.5 or later, which lists monitors.
+    bool listsMonitors() const { return listsMonitors_; }
+    /// Has the server send these of RandR's events, by their bits there, and no others.
+    /// REQUIRES: the server has RandR.
+    void selectRandrEvents(std::uint16_t events);
+    /// Whether this is one of RandR's events, which come only when selected.
+    bool isRandrEvent(const xcb_generic_event_t& event) const;
     /// The name of the output property that holds the EDID.
     xcb_atom_t edidAtom() const { return edidAtom_; }
 
@@ -91,8 +106,8 @@ public:
     XcbReply<xcb_generic_event_t> nextEvent();
     /// Whether an event has been read that `nextEvent` has not returned yet.
     bool hasEvents() const { return !events_.empty(); }
-    /// Drops all events that have arrived, for clients that never look at them.
-    void discardEvents();
+    /// Drops all events that have arrived, and returns whether one was RandR's.
+    bool discardEvents();
 
     /// Whether the layout with these timestamps is the one for which the server was last made to
     /// look for monitors.
@@ -123,6 +138,7 @@ private:
     std::vector<xcb_window_t> roots_;
     std::size_t defaultScreen_ = 0;
     bool hasRandr_ = false;
+    bool listsMonitors_ = false;
     bool hasTimedOut_ = false;
     std::uint8_t firstRandrEvent_ = 0;
     xcb_atom_t edidAtom_ = XCB_ATOM_NONE;

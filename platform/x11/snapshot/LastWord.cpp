@@ -1,11 +1,12 @@
 #include "platform/x11/snapshot/LastWord.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <utility>
 
 #include "platform/x11/connection/ServerLink.h"
-#include "platform/x11/snapshot/SnapshotReader.h"
+#include "platform/x11/snapshot/KeptSnapshot.h"
 
 namespace tavrel::x11 {
 
@@ -21,27 +22,40 @@ MaybeAnswer silentUnless(bool isGone) {
     return isGone ? MaybeAnswer(LastWord::Answer{}) : std::nullopt;
 }
 
-MaybeAnswer read(ServerLink& link, Probing probing) {
-    Connection* connection = link.connection();
-    if (connection == nullptr) {
-        return silentUnless(link.isKnownToBeGone());
+class Asker {
+public:
+    explicit Asker(const X11ServerOptions& options) : link_(options) {}
+
+    MaybeAnswer ask(Probing probing) {
+        Connection* connection = link_.connection();
+        if (connection == nullptr) {
+            return silentUnless(link_.isKnownToBeGone());
+        }
+        if (!connection->hasRandr()) {
+            return answer({.snapshot = nullptr});
+        }
+        if (std::exchange(connectionsUsed_, link_.connectionsMade()) != link_.connectionsMade()) {
+            kept_.emplace(*connection);
+        }
+        if (auto snapshot = kept_->read(probing)) {
+            return answer({.snapshot = std::move(snapshot)});
+        }
+        return silentUnless(connection->isLost() && !connection->hasTimedOut());
     }
-    if (!connection->hasRandr()) {
-        return answer({.hasRandr = false});
-    }
-    connection->discardEvents();
-    if (auto snapshot = readSnapshot(*connection, probing)) {
-        return answer({.snapshot = *std::move(snapshot)});
-    }
-    return silentUnless(connection->isLost() && !connection->hasTimedOut());
-}
+
+private:
+    ServerLink link_;
+    std::uint64_t connectionsUsed_ = 0;
+    /// Of the link's connection; used only while that is there.
+    std::optional<KeptSnapshot> kept_;
+};
 
 }  // namespace
 
 LastWord::MakeAsk askingServer(const X11ServerOptions& options) {
     return [options] {
-        return [link = std::make_shared<ServerLink>(options)](bool isToProbe) {
-            return read(*link, isToProbe ? Probing::always : Probing::never);
+        return [asker = std::make_shared<Asker>(options)](bool isToProbe) {
+            return asker->ask(isToProbe ? Probing::always : Probing::never);
         };
     };
 }

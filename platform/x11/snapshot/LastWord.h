@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "platform/layout/LastWord.h"
 #include "platform/x11/connection/Connection.h"
 #include "platform/x11/snapshot/Snapshot.h"
@@ -8,9 +10,9 @@ namespace tavrel::x11 {
 
 /// What an X server says at one moment.
 struct Word {
-    /// Without it there is no snapshot either.
-    bool hasRandr = true;
-    Snapshot snapshot = {};
+    /// Null on a server without RandR. The same object as before only while the server shows
+    /// what it showed before.
+    std::shared_ptr<const Snapshot> snapshot;
 };
 
 using LastWord = layout::LastWord<Word>;

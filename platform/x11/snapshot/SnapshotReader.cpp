@@ -20,16 +20,7 @@ public:
         : reply_(connection.reply<xcb_generic_reply_t>(request)) {}
 
     /// Empty when it was an error, or the connection is lost.
-    ReplyBytes bytes() const {
-        if (reply_ == nullptr) {
-            return {};
-        }
-        // A reply is this long, and a multiple of four bytes more; xcb has read it all.
-        constexpr std::size_t shortest = 32;
-        constexpr std::size_t unit = 4;
-        return {reinterpret_cast<const std::uint8_t*>(reply_.get()),
-                shortest + unit * reply_->length};
-    }
+    ReplyBytes bytes() const { return reply_ != nullptr ? bytesOf(*reply_) : ReplyBytes(); }
 
 private:
     XcbReply<xcb_generic_reply_t> reply_;

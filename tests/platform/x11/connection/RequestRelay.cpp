@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -16,44 +17,6 @@ namespace {
 
 constexpr int pollMilliseconds = 20;
 constexpr std::size_t bufferSize = 65536;
-
-/// Finds the requests in what a client sends, however it arrives.
-class RequestStream {
-public:
-    /// Takes in the next bytes and returns which requests begin in them.
-    std::vector<RequestRelay::Request> take(std::string_view bytes) {
-        pending_.append(bytes);
-        std::vector<RequestRelay::Request> found;
-        for (std::size_t length = nextLength(); length != 0; length = nextLength()) {
-            if (isSetUp_) {
-                found.push_back({.opcode = byte(0), .minor = byte(1)});
-            }
-            isSetUp_ = true;
-            pending_.erase(0, length);
-        }
-        return found;
-    }
-
-private:
-    std::uint8_t byte(std::size_t at) const { return static_cast<std::uint8_t>(pending_[at]); }
-    std::size_t word(std::size_t at) const { return byte(at) + (std::size_t{byte(at + 1)} << 8U); }
-    static std::size_t padded(std::size_t length) { return (length + 3) / 4 * 4; }
-
-    /// Of what stands first; 0 while it hasn't arrived whole.
-    std::size_t nextLength() const {
-        constexpr std::size_t setupHeader = 12;
-        constexpr std::size_t requestHeader = 4;
-        if (pending_.size() < (isSetUp_ ? requestHeader : setupHeader)) {
-            return 0;
-        }
-        const std::size_t length =
-            isSetUp_ ? 4 * word(2) : setupHeader + padded(word(6)) + padded(word(8));
-        return pending_.size() < length ? 0 : length;
-    }
-
-    bool isSetUp_ = false;
-    std::string pending_;
-};
 
 bool sendAll(int to, std::string_view bytes) {
     while (!bytes.empty()) {
@@ -79,9 +42,10 @@ FileDescriptor connectTo(const std::string& path) {
 
 }  // namespace
 
-RequestRelay::RequestRelay(const std::string& server, Listener listener)
+RequestRelay::RequestRelay(const std::string& server, Listener listener, Editor editor)
     : serverPath_("/tmp/.X11-unix/X" + server.substr(1)),
       listener_(std::move(listener)),
+      editor_(std::move(editor)),
       acceptor_([this] { accept(); }) {}
 
 RequestRelay::~RequestRelay() {
@@ -104,30 +68,55 @@ void RequestRelay::accept() {
     }
 }
 
-void RequestRelay::relay(const FileDescriptor& client) const {
+void RequestRelay::relay(const FileDescriptor& client) {
     const FileDescriptor server = connectTo(serverPath_);
     RequestStream requests;
+    AnswerStream answers;
     std::array<char, bufferSize> buffer{};
     std::array<pollfd, 2> sides{{{client.number(), POLLIN, 0}, {server.number(), POLLIN, 0}}};
+    const auto readFrom = [&](const FileDescriptor& side) {
+        const ssize_t count = ::read(side.number(), buffer.data(), buffer.size());
+        return std::string_view(buffer.data(), count > 0 ? std::size_t(count) : 0);
+    };
     while (server.isOpen() && !stop_) {
         ::poll(sides.data(), sides.size(), pollMilliseconds);
         if (sides[0].revents != 0) {
-            const ssize_t count = ::read(client.number(), buffer.data(), buffer.size());
-            const std::string_view bytes(buffer.data(), count > 0 ? std::size_t(count) : 0);
-            for (const Request& request : requests.take(bytes)) {
-                listener_(request);
-            }
-            if (bytes.empty() || !sendAll(server.number(), bytes)) {
+            const std::string_view bytes = readFrom(client);
+            if (bytes.empty() || !passOn(requests.take(bytes), server, answers)) {
                 return;
             }
         }
         if (sides[1].revents != 0) {
-            const ssize_t count = ::read(server.number(), buffer.data(), buffer.size());
-            if (count <= 0 || !sendAll(client.number(), {buffer.data(), std::size_t(count)})) {
+            const std::string_view bytes = readFrom(server);
+            if (bytes.empty() || !passOn(answers.take(bytes), client)) {
                 return;
             }
         }
     }
+}
+
+bool RequestRelay::passOn(const std::vector<RequestStream::Message>& messages,
+                          const FileDescriptor& server, AnswerStream& answers) {
+    return std::all_of(messages.begin(), messages.end(), [&](const auto& message) {
+        if (message.request.has_value()) {
+            listener_(*message.request);
+            answers.note(*message.request);
+        }
+        bytes_ += message.bytes.size();
+        return sendAll(server.number(), message.bytes);
+    });
+}
+
+bool RequestRelay::passOn(std::vector<AnswerStream::Message> messages,
+                          const FileDescriptor& client) {
+    std::string bytes;
+    for (AnswerStream::Message& message : messages) {
+        if (editor_ == nullptr || editor_(message)) {
+            bytes += message.bytes;
+        }
+    }
+    bytes_ += bytes.size();
+    return sendAll(client.number(), bytes);
 }
 
 }  // namespace tavrel
