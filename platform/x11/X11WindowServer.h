@@ -15,8 +15,9 @@ namespace tavrel {
 
 /// An X server with RandR 1.3 or later as the window server. A display is an output; it is
 /// online when connected and active when a CRTC drives it with a mode. Both lists name
-/// every connected output. A moment is one snapshot. What it shows is noted: a display that
-/// another program switches off after that comes on as it was.
+/// every connected output. A moment is one snapshot, read whole only when the server shows signs
+/// of a change (`x11::KeptSnapshot`). What it shows is noted: a display that another program
+/// switches off after that comes on as it was.
 ///
 /// Thread-safe. Changes are made strictly one at a time, each with the server grabbed;
 /// questions have a connection of their own and wait for the server alone. Without a
