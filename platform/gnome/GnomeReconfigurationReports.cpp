@@ -32,8 +32,8 @@ void sleep(const WakeUp& wakeUp, int descriptor, int events, std::chrono::millis
 
 }  // namespace
 
-GnomeReconfigurationReports::GnomeReconfigurationReports(GnomeOptions options)
-    : options_(std::move(options)), thread_([this] { run(); }) {}
+GnomeReconfigurationReports::GnomeReconfigurationReports(UserDefaults& store, GnomeOptions options)
+    : options_(std::move(options)), directory_(store), thread_([this] { run(); }) {}
 
 GnomeReconfigurationReports::~GnomeReconfigurationReports() {
     isStopping_ = true;
@@ -118,10 +118,11 @@ void GnomeReconfigurationReports::wait(sd_bus* bus) {
 }
 
 void GnomeReconfigurationReports::take(sd_bus_message* answer) {
-    const auto state = gnome::readState(answer);
+    auto state = gnome::readState(answer);
     if (!state.has_value()) {
         return;
     }
+    state->known = directory_.meet(gnome::identitiesIn(*state));
     const auto before = std::exchange(reported_, gnome::layoutOf(*state));
     if (!before.has_value()) {
         return;

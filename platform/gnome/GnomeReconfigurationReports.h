@@ -8,6 +8,7 @@
 #include "platform/ReportRegistration.h"
 #include "platform/gnome/BusDisplayConfig.h"
 #include "platform/layout/Layout.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/posix/WakeUp.h"
 
 namespace tavrel {
@@ -20,8 +21,9 @@ namespace tavrel {
 /// Thread-safe, but not to be destroyed from inside the callback.
 class GnomeReconfigurationReports final : public ReconfigurationReports {
 public:
-    /// Throws std::system_error when no thread can be started.
-    explicit GnomeReconfigurationReports(GnomeOptions options = {});
+    /// `store`, which must outlive this, says which monitor is which display. Throws
+    /// std::system_error when no thread can be started.
+    explicit GnomeReconfigurationReports(UserDefaults& store, GnomeOptions options = {});
     ~GnomeReconfigurationReports() override;
     GnomeReconfigurationReports(const GnomeReconfigurationReports&) = delete;
     GnomeReconfigurationReports& operator=(const GnomeReconfigurationReports&) = delete;
@@ -44,6 +46,7 @@ private:
 
     const GnomeOptions options_;
     ReportRegistration registration_;
+    layout::MonitorDirectory directory_;
     /// What was reported last.
     std::optional<layout::Layout> reported_;
     bool hasNews_ = false;

@@ -36,7 +36,10 @@ LastWord::MakeAsk asking(const GnomeOptions& options) {
 }  // namespace
 
 GnomeWindowServer::GnomeWindowServer(UserDefaults& store, const GnomeOptions& options)
-    : lastWord_(asking(options), options.timeout), changeConfig_(options), remembered_(store) {}
+    : directory_(store),
+      lastWord_(asking(options), options.timeout),
+      changeConfig_(options),
+      remembered_(store) {}
 
 bool GnomeWindowServer::canSwitch() {
     return lastWord_.ask(false).word != nullptr;
@@ -44,7 +47,8 @@ bool GnomeWindowServer::canSwitch() {
 
 ServerStatus GnomeWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
-    return gnome::switchDisplay(changeConfig_, remembered_, lastSeen_, display, enabled);
+    return gnome::switchDisplay(changeConfig_, directory_.all(), remembered_, lastSeen_, display,
+                                enabled);
 }
 
 std::unique_ptr<DisplayMoment> GnomeWindowServer::now() {
@@ -52,8 +56,10 @@ std::unique_ptr<DisplayMoment> GnomeWindowServer::now() {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }
-    gnome::noteSeen(lastSeen_, *answer.word);
-    return layout::momentOf(gnome::layoutOf(*answer.word), answer.isFresh);
+    gnome::MonitorState state = *answer.word;
+    state.known = directory_.meet(gnome::identitiesIn(state));
+    gnome::noteSeen(lastSeen_, state);
+    return layout::momentOf(gnome::layoutOf(state), answer.isFresh);
 }
 
 }  // namespace tavrel

@@ -8,6 +8,7 @@
 #include "platform/gnome/BusDisplayConfig.h"
 #include "platform/layout/LastSeen.h"
 #include "platform/layout/LastWord.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/layout/RememberedOutputs.h"
 
 namespace tavrel {
@@ -26,7 +27,8 @@ namespace tavrel {
 /// monitors by itself, and is never made to.
 class GnomeWindowServer final : public DisplaySwitch, public DisplayQueries {
 public:
-    /// Keeps in `store`, which must outlive this, how displays were when switched off.
+    /// Keeps in `store`, which must outlive this, how displays were when switched off, and which
+    /// monitor is which display.
     explicit GnomeWindowServer(UserDefaults& store, const GnomeOptions& options = {});
 
     bool canSwitch() override;
@@ -36,6 +38,7 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
+    layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
     layout::LastWord<gnome::MonitorState> lastWord_;
 

@@ -19,9 +19,11 @@ constexpr int mostTries = 5;
 /// One switch, from the first look to the last.
 class Switch {
 public:
-    Switch(DisplayConfig& config, layout::RememberedOutputs& remembered, layout::LastSeen& lastSeen,
-           DisplayID display, bool enabled)
+    Switch(DisplayConfig& config, const layout::KnownMonitors& known,
+           layout::RememberedOutputs& remembered, layout::LastSeen& lastSeen, DisplayID display,
+           bool enabled)
         : config_(config),
+          known_(known),
           remembered_(remembered),
           lastSeen_(lastSeen),
           display_(display),
@@ -77,6 +79,7 @@ private:
         DisplayConfig::Reading reading = config_.read();
         if (reading.reply == Reply::done) {
             state_ = *std::move(reading.state);
+            state_.known = known_;
             layout_ = layoutOf(state_);
             noteSeen(lastSeen_, state_);
         }
@@ -148,6 +151,7 @@ private:
     }
 
     DisplayConfig& config_;
+    const layout::KnownMonitors& known_;
     layout::RememberedOutputs& remembered_;
     layout::LastSeen& lastSeen_;
     const DisplayID display_;
@@ -164,9 +168,10 @@ void noteSeen(layout::LastSeen& lastSeen, const MonitorState& state) {
     lastSeen.see(layoutOf(state), [](const layout::Output& /*output*/) { return "{}"; });
 }
 
-ServerStatus switchDisplay(DisplayConfig& config, layout::RememberedOutputs& remembered,
-                           layout::LastSeen& lastSeen, DisplayID display, bool enabled) {
-    return Switch(config, remembered, lastSeen, display, enabled).run();
+ServerStatus switchDisplay(DisplayConfig& config, const layout::KnownMonitors& known,
+                           layout::RememberedOutputs& remembered, layout::LastSeen& lastSeen,
+                           DisplayID display, bool enabled) {
+    return Switch(config, known, remembered, lastSeen, display, enabled).run();
 }
 
 }  // namespace tavrel::gnome

@@ -20,7 +20,9 @@ void noteSeen(layout::LastSeen& lastSeen, const MonitorState& state);
 /// Returns 0 or a status; after any other than 0, the layout and what is remembered are as
 /// they were. But after 1006 the display may have gone off all the same, and what is
 /// remembered of it stays.
-ServerStatus switchDisplay(DisplayConfig& config, layout::RememberedOutputs& remembered,
-                           layout::LastSeen& lastSeen, DisplayID display, bool enabled);
+/// Monitors are taken for those `known`.
+ServerStatus switchDisplay(DisplayConfig& config, const layout::KnownMonitors& known,
+                           layout::RememberedOutputs& remembered, layout::LastSeen& lastSeen,
+                           DisplayID display, bool enabled);
 
 }  // namespace tavrel::gnome

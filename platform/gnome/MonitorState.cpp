@@ -42,6 +42,13 @@ std::uint32_t numberOf(std::string_view text) {
     return layout::stableHash(text);
 }
 
+layout::Identity identityOf(const Monitor& monitor) {
+    return {monitor.connector,
+            {.vendor = vendorNumber(monitor.vendor),
+             .product = numberOf(monitor.product),
+             .serial = numberOf(monitor.serial)}};
+}
+
 const LogicalMonitor* showing(const MonitorState& state, const std::string& connector) {
     const auto found = std::find_if(
         state.logicalMonitors.begin(), state.logicalMonitors.end(), [&](const auto& each) {
@@ -79,6 +86,14 @@ const Monitor* MonitorState::monitor(const std::string& connector) const {
     return found == monitors.end() ? nullptr : &*found;
 }
 
+std::vector<layout::Identity> identitiesIn(const MonitorState& state) {
+    std::vector<layout::Identity> identities;
+    for (const Monitor& monitor : state.monitors) {
+        identities.push_back(identityOf(monitor));
+    }
+    return identities;
+}
+
 layout::Layout layoutOf(const MonitorState& state) {
     // No limit is told; this is as far as what is remembered may be.
     constexpr int furthest = 1'000'000;
@@ -87,12 +102,8 @@ layout::Layout layoutOf(const MonitorState& state) {
                           .maxHeight = furthest,
                           .isInPixels = state.layoutMode == 2,
                           .keepsPrimaryOn = true};
-    std::vector<layout::Identity> identities;
     for (const Monitor& monitor : state.monitors) {
-        layout::Output output{.identity = {monitor.connector,
-                                           {.vendor = vendorNumber(monitor.vendor),
-                                            .product = numberOf(monitor.product),
-                                            .serial = numberOf(monitor.serial)}},
+        layout::Output output{.identity = identityOf(monitor),
                               .isConnected = true,
                               .monitor = nameOf(monitor),
                               .isBuiltIn = monitor.isBuiltIn};
@@ -102,15 +113,13 @@ layout::Layout layoutOf(const MonitorState& state) {
         if (const LogicalMonitor* logical = showing(state, monitor.connector)) {
             output.shown = shownBy(layout, monitor, *logical);
         }
-        identities.push_back(output.identity);
         layout.outputs.push_back(std::move(output));
     }
-    const std::vector<DisplayID> displays = layout::identify(identities, {}).displays;
-    for (std::size_t i = 0; i < displays.size(); ++i) {
-        layout.outputs[i].display = displays[i];
+    layout::numberOutputs(layout, state.known);
+    for (std::size_t i = 0; i < state.monitors.size(); ++i) {
         const LogicalMonitor* logical = showing(state, state.monitors[i].connector);
         if (layout.primary == DisplayID{0} && logical != nullptr && logical->isPrimary) {
-            layout.primary = displays[i];
+            layout.primary = layout.outputs[i].display;
         }
     }
     return layout;

@@ -64,12 +64,19 @@ struct MonitorState {
     /// As the bus has it: 1 when a scale makes areas smaller, 2 when all are in pixels.
     std::uint32_t layoutMode = 1;
     bool canChangeLayoutMode = false;
+    /// Not the compositor's: the monitors met before, by which each is told.
+    layout::KnownMonitors known = {};
 
     /// Null when there is no such monitor.
     const Monitor* monitor(const std::string& connector) const;
 
     friend bool operator==(const MonitorState&, const MonitorState&) = default;
 };
+
+/// Who is connected where, in the state's order. Each word by which the compositor calls a monitor
+/// stands for a number: the one that the monitor gave where that was told, else one made of the
+/// word.
+std::vector<layout::Identity> identitiesIn(const MonitorState& state);
 
 /// `state` in the words common to all window servers. A display is a monitor; all are
 /// connected, in the state's order.

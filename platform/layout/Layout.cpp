@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -61,6 +62,17 @@ bool Layout::hasRoomFor(const Area& area) const {
         return start >= 0 && length > 0 && length <= limit && start <= limit - length;
     };
     return within(area.x, area.width, maxWidth) && within(area.y, area.height, maxHeight);
+}
+
+void numberOutputs(Layout& layout, const KnownMonitors& known) {
+    std::vector<Identity> identities;
+    for (const Output& output : layout.outputs) {
+        identities.push_back(output.identity);
+    }
+    const std::vector<DisplayID> displays = identify(identities, known).displays;
+    for (std::size_t i = 0; i < displays.size(); ++i) {
+        layout.outputs[i].display = displays[i];
+    }
 }
 
 }  // namespace tavrel::layout

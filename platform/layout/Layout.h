@@ -106,4 +106,7 @@ struct Layout {
     bool hasRoomFor(const Area& area) const;
 };
 
+/// Gives each output the number of its display, by its identity and the monitors known.
+void numberOutputs(Layout& layout, const KnownMonitors& known);
+
 }  // namespace tavrel::layout

@@ -10,8 +10,9 @@
 
 namespace tavrel {
 
-PlasmaReconfigurationReports::PlasmaReconfigurationReports(const PlasmaServerOptions& options)
-    : link_(options, wakeUp_.descriptor()) {
+PlasmaReconfigurationReports::PlasmaReconfigurationReports(UserDefaults& store,
+                                                           const PlasmaServerOptions& options)
+    : directory_(store), link_(options, wakeUp_.descriptor()) {
     std::promise<void> started;
     std::future<void> hasStarted = started.get_future();
     thread_ = std::thread([this, &started] {
@@ -66,8 +67,9 @@ void PlasmaReconfigurationReports::reportNews(const plasma::Session& session) {
     if (std::exchange(changesReported_, changes) == changes) {
         return;
     }
-    const std::optional<layout::Layout> before =
-        std::exchange(reported_, session.outputs->layout());
+    plasma::OutputState state = session.outputs->state();
+    state.known = directory_.meet(plasma::identitiesIn(state));
+    const std::optional<layout::Layout> before = std::exchange(reported_, plasma::layoutOf(state));
     if (!before.has_value()) {
         return;
     }

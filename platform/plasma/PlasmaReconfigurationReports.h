@@ -8,6 +8,7 @@
 #include "platform/ReconfigurationReports.h"
 #include "platform/ReportRegistration.h"
 #include "platform/layout/Layout.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/plasma/connection/ServerLink.h"
 #include "platform/posix/WakeUp.h"
 
@@ -22,9 +23,11 @@ namespace tavrel {
 /// Thread-safe, but not to be destroyed from inside the callback.
 class PlasmaReconfigurationReports final : public ReconfigurationReports {
 public:
-    /// Blocks until the server has answered, at most for the options' timeout. Throws
-    /// std::system_error when no thread can be started.
-    explicit PlasmaReconfigurationReports(const PlasmaServerOptions& options = {});
+    /// Blocks until the server has answered, at most for the options' timeout. `store`, which must
+    /// outlive this, says which monitor is which display. Throws std::system_error when no thread
+    /// can be started.
+    explicit PlasmaReconfigurationReports(UserDefaults& store,
+                                          const PlasmaServerOptions& options = {});
     /// Blocks until a call of the callback has returned.
     ~PlasmaReconfigurationReports() override;
     PlasmaReconfigurationReports(const PlasmaReconfigurationReports&) = delete;
@@ -41,6 +44,7 @@ private:
     void wait(const plasma::Session* session) const;
 
     ReportRegistration registration_;
+    layout::MonitorDirectory directory_;
     std::atomic<bool> isStopping_ = false;
     std::atomic<bool> canWatch_ = false;
     /// What was reported last, also of a server that has gone away since.

@@ -13,7 +13,7 @@ namespace tavrel {
 
 namespace {
 
-using LastWord = layout::LastWord<layout::Layout>;
+using LastWord = layout::LastWord<plasma::OutputState>;
 
 LastWord::MakeAsk askingServer(const PlasmaServerOptions& options) {
     return [options] {
@@ -21,7 +21,7 @@ LastWord::MakeAsk askingServer(const PlasmaServerOptions& options) {
                    bool /*isToProbe*/) -> std::optional<LastWord::Answer> {
             if (const plasma::Session* session = link->session()) {
                 return LastWord::Answer{
-                    .word = std::make_shared<const layout::Layout>(session->outputs->layout())};
+                    .word = std::make_shared<const plasma::OutputState>(session->outputs->state())};
             }
             return link->isKnownToBeGone() ? std::optional(LastWord::Answer{}) : std::nullopt;
         };
@@ -42,7 +42,10 @@ bool isPlasmaOffered(const std::optional<std::string>& displayName) {
 }
 
 PlasmaWindowServer::PlasmaWindowServer(UserDefaults& store, const PlasmaServerOptions& options)
-    : lastWord_(askingServer(options), options.timeout), changeLink_(options), remembered_(store) {}
+    : directory_(store),
+      lastWord_(askingServer(options), options.timeout),
+      changeLink_(options),
+      remembered_(store) {}
 
 bool PlasmaWindowServer::canSwitch() {
     return lastWord_.ask(false).word != nullptr;
@@ -50,7 +53,7 @@ bool PlasmaWindowServer::canSwitch() {
 
 ServerStatus PlasmaWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
-    plasma::PlasmaLayoutServer server(changeLink_);
+    plasma::PlasmaLayoutServer server(changeLink_, directory_.all());
     return plasma::switchDisplay(server, remembered_, lastSeen_, display, enabled);
 }
 
@@ -59,8 +62,11 @@ std::unique_ptr<DisplayMoment> PlasmaWindowServer::now() {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }
-    plasma::noteSeen(lastSeen_, *answer.word);
-    return layout::momentOf(*answer.word, answer.isFresh);
+    plasma::OutputState state = *answer.word;
+    state.known = directory_.meet(plasma::identitiesIn(state));
+    const layout::Layout layout = plasma::layoutOf(state);
+    plasma::noteSeen(lastSeen_, layout);
+    return layout::momentOf(layout, answer.isFresh);
 }
 
 }  // namespace tavrel

@@ -9,7 +9,7 @@
 #include "platform/DisplaySwitch.h"
 #include "platform/layout/LastSeen.h"
 #include "platform/layout/LastWord.h"
-#include "platform/layout/Layout.h"
+#include "platform/layout/MonitorDirectory.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/plasma/connection/ServerLink.h"
 
@@ -34,7 +34,8 @@ bool isPlasmaOffered(const std::optional<std::string>& displayName = std::nullop
 /// timeout, and questions are answered by what it said last.
 class PlasmaWindowServer final : public DisplaySwitch, public DisplayQueries {
 public:
-    /// Keeps in `store`, which must outlive this, how displays were when switched off.
+    /// Keeps in `store`, which must outlive this, how displays were when switched off, and which
+    /// monitor is which display.
     explicit PlasmaWindowServer(UserDefaults& store, const PlasmaServerOptions& options = {});
 
     bool canSwitch() override;
@@ -45,8 +46,9 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
+    layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
-    layout::LastWord<layout::Layout> lastWord_;
+    layout::LastWord<plasma::OutputState> lastWord_;
 
     std::mutex changeMutex_;
     plasma::ServerLink changeLink_;

@@ -38,9 +38,9 @@ std::unique_ptr<ReconfigurationReports> makeReports(WindowServerKind kind, UserD
         case WindowServerKind::x11:
             return std::make_unique<X11ReconfigurationReports>(store);
         case WindowServerKind::gnome:
-            return std::make_unique<GnomeReconfigurationReports>();
+            return std::make_unique<GnomeReconfigurationReports>(store);
         case WindowServerKind::plasma:
-            return std::make_unique<PlasmaReconfigurationReports>();
+            return std::make_unique<PlasmaReconfigurationReports>(store);
         case WindowServerKind::none:
             break;
     }

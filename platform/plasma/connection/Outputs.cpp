@@ -1,11 +1,8 @@
 #include "platform/plasma/connection/Outputs.h"
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 #include <utility>
-
-#include "platform/layout/Identity.h"
 
 namespace tavrel::plasma {
 
@@ -19,9 +16,6 @@ constexpr std::uint32_t orderVersion = 1;
 /// The only exception: a registry of devices is of this version from the beginning, and so are
 /// the devices it announces.
 constexpr std::uint32_t registryVersion = 21;
-
-/// Wayland has no largest desktop; sums of two places must still be numbers.
-constexpr int largest = std::numeric_limits<int>::max() / 4;
 
 template <typename Interface>
 Interface* bindGlobal(wl_registry* registry, std::uint32_t name, const wl_interface& interface,
@@ -108,7 +102,7 @@ void Outputs::addDevice(kde_output_device_v2* device, std::uint32_t name) {
     devices_.push_back(std::make_unique<OutputDevice>(device, name));
 }
 
-std::vector<const OutputDevice*> Outputs::present() const {
+std::vector<const OutputDevice*> Outputs::devices() const {
     std::vector<const OutputDevice*> present;
     for (const auto& device : devices_) {
         if (device->isDescribed() && !device->isRemoved()) {
@@ -118,49 +112,12 @@ std::vector<const OutputDevice*> Outputs::present() const {
     return present;
 }
 
-layout::Layout Outputs::layout() const {
-    layout::Layout layout{.maxWidth = largest, .maxHeight = largest};
-    std::vector<layout::Identity> identities;
-    for (const OutputDevice* device : present()) {
-        layout.outputs.push_back(device->describe());
-        identities.push_back(layout.outputs.back().identity);
+OutputState Outputs::state() const {
+    OutputState state{.order = orderOfOutputs_};
+    for (const OutputDevice* device : devices()) {
+        state.outputs.push_back(device->describe());
     }
-    const std::vector<DisplayID> displays = layout::identify(identities, {}).displays;
-    for (std::size_t i = 0; i < displays.size(); ++i) {
-        layout.outputs[i].display = displays[i];
-    }
-    if (orderOfOutputs_.has_value()) {
-        const std::vector<DisplayID> order = orderIn(layout);
-        layout.primary = order.empty() ? 0 : order.front();
-    }
-    return layout;
-}
-
-std::vector<DisplayID> Outputs::order() const {
-    return orderOfOutputs_.has_value() ? orderIn(layout()) : std::vector<DisplayID>{};
-}
-
-std::vector<DisplayID> Outputs::orderIn(const layout::Layout& layout) const {
-    std::vector<DisplayID> order;
-    for (const std::string& connector : *orderOfOutputs_) {
-        for (const layout::Output& output : layout.outputs) {
-            if (output.isActive() && output.identity.connector == connector) {
-                order.push_back(output.display);
-            }
-        }
-    }
-    return order;
-}
-
-const OutputDevice* Outputs::find(DisplayID display) const {
-    const layout::Layout now = layout();
-    const std::vector<const OutputDevice*> devices = present();
-    for (std::size_t i = 0; i < devices.size(); ++i) {
-        if (now.outputs[i].display == display) {
-            return devices[i];
-        }
-    }
-    return nullptr;
+    return state;
 }
 
 std::uint64_t Outputs::changes() const {

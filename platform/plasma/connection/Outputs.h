@@ -10,10 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/DisplayID.h"
-#include "platform/layout/Layout.h"
 #include "platform/plasma/connection/Connection.h"
 #include "platform/plasma/connection/OutputDevice.h"
+#include "platform/plasma/connection/OutputState.h"
 
 namespace tavrel::plasma {
 
@@ -31,18 +30,14 @@ public:
     /// Whether the server lets its outputs be configured; it may have none at the moment.
     bool canConfigure() const { return management_ != nullptr; }
 
-    /// What the server shows, by all it has said until now.
-    layout::Layout layout() const;
+    /// By all the server has said until now.
+    OutputState state() const;
 
-    /// The device that is this display in `layout`; null when there is none.
-    const OutputDevice* find(DisplayID display) const;
+    /// Those that are described and have not gone, in the order of `state`.
+    std::vector<const OutputDevice*> devices() const;
 
     /// Grows with each description, order or removal.
     std::uint64_t changes() const;
-
-    /// The displays that are on, in the order in which the server gives them its panels, the
-    /// primary one first. Empty where it says nothing of an order.
-    std::vector<DisplayID> order() const;
 
     /// Null when the server offers none.
     kde_output_management_v2* management() const { return management_; }
@@ -53,9 +48,6 @@ private:
     void take(std::uint32_t name, std::string_view interface, std::uint32_t version);
     void lose(std::uint32_t name);
     void addDevice(kde_output_device_v2* device, std::uint32_t name);
-    std::vector<DisplayID> orderIn(const layout::Layout& layout) const;
-    /// Those that are described, and have not gone.
-    std::vector<const OutputDevice*> present() const;
 
     wl_registry* registry_;
     kde_output_management_v2* management_ = nullptr;

@@ -3,6 +3,7 @@
 #include <plasma-outputs-client.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -13,8 +14,9 @@ namespace {
 /// A configuration on its way to the server.
 class Configuration {
 public:
-    explicit Configuration(const Outputs& outputs)
-        : outputs_(outputs),
+    Configuration(const Outputs& outputs, const OutputState& state)
+        : devices_(outputs.devices()),
+          layout_(layoutOf(state)),
           configuration_(kde_output_management_v2_create_configuration(outputs.management())) {
         kde_output_configuration_v2_add_listener(configuration_, &listener, this);
     }
@@ -24,7 +26,7 @@ public:
 
     /// Returns false when the server has no such display, or no such mode of it.
     bool place(const layout::WholeLayout::Place& place) {
-        const OutputDevice* device = outputs_.find(place.display);
+        const OutputDevice* device = find(place.display);
         if (device == nullptr) {
             return false;
         }
@@ -61,7 +63,7 @@ public:
         } else if (version >= KDE_OUTPUT_CONFIGURATION_V2_SET_PRIMARY_OUTPUT_SINCE_VERSION &&
                    !order.empty()) {
             kde_output_configuration_v2_set_primary_output(configuration_,
-                                                           outputs_.find(order.front())->get());
+                                                           find(order.front())->get());
         }
     }
 
@@ -78,15 +80,26 @@ private:
     static const kde_output_configuration_v2_listener listener;
 
     void setPriority(DisplayID display, std::uint32_t priority) {
-        kde_output_configuration_v2_set_priority(configuration_, outputs_.find(display)->get(),
-                                                 priority);
+        kde_output_configuration_v2_set_priority(configuration_, find(display)->get(), priority);
     }
     void answer(bool isApplied) {
         isAnswered_ = true;
         isApplied_ = isApplied;
     }
 
-    const Outputs& outputs_;
+    /// Null when there is none.
+    const OutputDevice* find(DisplayID display) const {
+        for (std::size_t i = 0; i < devices_.size(); ++i) {
+            if (layout_.outputs[i].display == display) {
+                return devices_[i];
+            }
+        }
+        return nullptr;
+    }
+
+    const std::vector<const OutputDevice*> devices_;
+    /// Of the same outputs, in the same order.
+    const layout::Layout layout_;
     kde_output_configuration_v2* configuration_;
     bool isAnswered_ = false;
     bool isApplied_ = false;
@@ -118,7 +131,13 @@ std::vector<DisplayID> orderOf(const layout::WholeLayout& wanted,
 
 std::optional<layout::Layout> PlasmaLayoutServer::read() {
     Session* session = link_.session();
-    return session == nullptr ? std::nullopt : std::optional(session->outputs->layout());
+    return session == nullptr ? std::nullopt : std::optional(layoutOf(stateOf(*session)));
+}
+
+OutputState PlasmaLayoutServer::stateOf(const Session& session) const {
+    OutputState state = session.outputs->state();
+    state.known = known_;
+    return state;
 }
 
 LayoutServer::Outcome PlasmaLayoutServer::apply(const layout::WholeLayout& wanted) {
@@ -126,7 +145,8 @@ LayoutServer::Outcome PlasmaLayoutServer::apply(const layout::WholeLayout& wante
     if (session == nullptr || session->connection->isLost()) {
         return Outcome::lost;
     }
-    Configuration configuration(*session->outputs);
+    const OutputState state = stateOf(*session);
+    Configuration configuration(*session->outputs, state);
     std::vector<DisplayID> off;
     for (const auto& place : wanted.places) {
         if (!configuration.place(place)) {
@@ -136,7 +156,7 @@ LayoutServer::Outcome PlasmaLayoutServer::apply(const layout::WholeLayout& wante
             off.push_back(place.display);
         }
     }
-    configuration.arrange(orderOf(wanted, session->outputs->order()), off);
+    configuration.arrange(orderOf(wanted, orderOf(state)), off);
     return configuration.apply(*session->connection);
 }
 

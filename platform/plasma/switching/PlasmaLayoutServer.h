@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/plasma/connection/ServerLink.h"
 #include "platform/plasma/switching/LayoutServer.h"
 
@@ -9,14 +11,18 @@ namespace tavrel::plasma {
 /// puts an output that it is told nothing of on top of another.
 class PlasmaLayoutServer final : public LayoutServer {
 public:
-    /// `link` must outlive it.
-    explicit PlasmaLayoutServer(ServerLink& link) : link_(link) {}
+    /// `link` must outlive it. What is read takes the monitors for those `known`.
+    explicit PlasmaLayoutServer(ServerLink& link, layout::KnownMonitors known = {})
+        : link_(link), known_(std::move(known)) {}
 
     std::optional<layout::Layout> read() override;
     Outcome apply(const layout::WholeLayout& wanted) override;
 
 private:
+    OutputState stateOf(const Session& session) const;
+
     ServerLink& link_;
+    const layout::KnownMonitors known_;
 };
 
 }  // namespace tavrel::plasma

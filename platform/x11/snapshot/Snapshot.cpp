@@ -77,15 +77,13 @@ layout::Layout layoutOf(const Snapshot& snapshot) {
     for (const Output& output : snapshot.outputs) {
         layout.outputs.push_back(describe(snapshot, output));
     }
-    const std::vector<DisplayID> displays =
-        layout::identify(identitiesIn(snapshot), snapshot.known).displays;
+    layout::numberOutputs(layout, snapshot.known);
     if (snapshot.primary.has_value()) {
         layout.primary = 0;
     }
-    for (std::size_t i = 0; i < displays.size(); ++i) {
-        layout.outputs[i].display = displays[i];
+    for (std::size_t i = 0; i < snapshot.outputs.size(); ++i) {
         if (snapshot.primary == snapshot.outputs[i].id) {
-            layout.primary = displays[i];
+            layout.primary = layout.outputs[i].display;
         }
     }
     return layout;

@@ -13,7 +13,7 @@ class GnomeReconfigurationReportsTest : public GnomeDesktopTest {
 protected:
     /// Returns once it has seen how things are: what is switched off is then reported.
     void listen() {
-        reports = std::make_unique<GnomeReconfigurationReports>(options());
+        reports = std::make_unique<GnomeReconfigurationReports>(store, options());
         ASSERT_EQ(reports->registerCallback(&ReportRecorder::callback, &recorder),
                   serverStatus::success);
         auto moved = atFirst;

@@ -122,6 +122,27 @@ TEST_F(GnomeWindowServerTest, AnotherRunBringsItBackAsItWas) {
     EXPECT_EQ(desktop->screens(), atFirst);
 }
 
+TEST_F(GnomeWindowServerTest, AMonitorThatWasKnownAtAnotherConnectorIsTheSameDisplay) {
+    const DisplayID before = idOf(middle);
+    // As an earlier run has stored it, that met the monitor at another port.
+    auto known = layout::MonitorDirectory(store).all();
+    for (layout::KnownMonitor& each : known) {
+        if (each.display == before) {
+            each.display = 4711;
+            each.identity.connector = "DP-7";
+        }
+    }
+    SimulatedUserDefaults storeOfThatRun;
+    storeOfThatRun.setData(layout::knownMonitorsKey, layout::encodeMonitors(known));
+
+    GnomeWindowServer later(storeOfThatRun, options());
+
+    EXPECT_TRUE(later.now()->isActive(4711));
+    EXPECT_EQ(later.now()->hardware(4711).connector, middle);
+    ASSERT_EQ(later.setDisplayEnabled(4711, false), serverStatus::success);
+    EXPECT_FALSE(isOn(middle));
+}
+
 TEST_F(GnomeWindowServerTest, ASilentCompositorIsAnsweredForAndDoesItLater) {
     server = std::make_unique<GnomeWindowServer>(
         store, GnomeOptions{desktop->busAddress(), std::chrono::milliseconds(500)});

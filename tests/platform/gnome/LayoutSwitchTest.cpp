@@ -25,7 +25,7 @@ protected:
     ServerStatus off(const std::string& connector) { return switchTo(connector, false); }
     ServerStatus on(const std::string& connector) { return switchTo(connector, true); }
     ServerStatus switchTo(const std::string& connector, bool enabled) {
-        return switchDisplay(config, remembered, lastSeen, config.idOf(connector), enabled);
+        return switchDisplay(config, {}, remembered, lastSeen, config.idOf(connector), enabled);
     }
 
     SimulatedDisplayConfig config;
@@ -157,7 +157,7 @@ TEST_F(GnomeSwitchTest, UnderAClosedLidAPanelIsRefusedAndTheOtherComesOn) {
 TEST_F(GnomeSwitchTest, ACompositorThatIsSilentOrGoneIsNotImplemented) {
     for (const Reply reply : {Reply::none, Reply::absent}) {
         config.readReply = reply;
-        EXPECT_EQ(switchDisplay(config, remembered, lastSeen, 1, true),
+        EXPECT_EQ(switchDisplay(config, {}, remembered, lastSeen, 1, true),
                   serverStatus::notImplemented);
     }
 }

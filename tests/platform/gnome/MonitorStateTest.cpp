@@ -71,6 +71,23 @@ TEST(GnomeLayoutTest, AMonitorIsKnownByItsNumbers) {
               (layout::EdidNumbers{0, layout::stableHash("A monitor"), 0}));
 }
 
+TEST(GnomeLayoutTest, AMonitorThatIsKnownKeepsItsNumberAtAnotherConnector) {
+    SimulatedDisplayConfig config;
+    config.add("DP-1").serial = "0x1";
+    config.add("DP-2").serial = "0x2";
+    config.show(0, true);
+    const layout::Layout atFirst = layoutOf(config.state);
+    config.state.known = layout::identify(identitiesIn(config.state), {}).known;
+
+    std::swap(config.state.monitors[0].connector, config.state.monitors[1].connector);
+    config.state.logicalMonitors[0].monitors = {"DP-1"};
+    const layout::Layout layout = layoutOf(config.state);
+
+    EXPECT_EQ(layout.outputs[0].display, atFirst.outputs[0].display);
+    EXPECT_EQ(layout.outputs[1].display, atFirst.outputs[1].display);
+    EXPECT_EQ(layout.primary, atFirst.outputs[1].display);
+}
+
 TEST(GnomeLayoutTest, AMonitorIsCalledByMakerAndModel) {
     SimulatedDisplayConfig config;
     Monitor& whole = config.add("DP-1");

@@ -16,7 +16,7 @@ protected:
     void SetUp() override {
         LivePlasmaTest::SetUp();
         if (desktop.has_value()) {
-            reports.emplace(options);
+            reports.emplace(store, options);
             ASSERT_EQ(reports->registerCallback(ReportRecorder::callback, &recorder),
                       serverStatus::success);
         }
@@ -72,7 +72,8 @@ TEST_F(PlasmaReconfigurationReportsTest, EndWithoutWaitingForASilentServer) {
 }
 
 TEST(NoPlasmaReportsTest, IsAStatus) {
-    PlasmaReconfigurationReports reports({.displayName = "nonsense"});
+    SimulatedUserDefaults store;
+    PlasmaReconfigurationReports reports(store, {.displayName = "nonsense"});
     EXPECT_EQ(reports.registerCallback(ReportRecorder::callback, nullptr),
               serverStatus::notImplemented);
 }

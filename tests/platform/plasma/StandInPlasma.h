@@ -34,6 +34,12 @@ public:
         /// 0 while it is off.
         std::uint32_t priority = 0;
     };
+    /// What a monitor says of itself, as the protocol has it: a 27U by the maker ACM, with the
+    /// numbers 1133, 6699 and 7.
+    static constexpr const char* edidInBase64 =
+        "AP///////wAEbSsaBwAAAAAAAQQAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
+        "/AAyN1UKICAgICAgICAgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
+        "AAAAAAAAAAAAAAAAAGA=";
     /// How later versions of Plasma announce outputs, or the earlier ones.
     enum class Announcing { byGlobals, byRegistry };
 

@@ -20,18 +20,12 @@ using Answer = StandInPlasma::Answer;
 using Announcing = StandInPlasma::Announcing;
 using support::waitUntil;
 
-/// Of a monitor that calls itself a 27U, by the maker ACM.
-constexpr const char* edidInBase64 =
-    "AP///////wAEbSsaBwAAAAAAAQQAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
-    "/AAyN1UKICAgICAgICAgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"
-    "AAAAAAAAAAAAAAAAAGA=";
-
 /// A window server of ours at one that does what it is told to.
 class UnusualPlasmaTest : public testing::TestWithParam<Announcing> {
 protected:
     DisplayID idOf(const std::string& name) const {
         plasma::ServerLink link({.displayName = plasma.displayName()});
-        const layout::Layout layout = link.session()->outputs->layout();
+        const layout::Layout layout = plasma::layoutOf(link.session()->outputs->state());
         for (const layout::Output& output : layout.outputs) {
             if (output.identity.connector == name) {
                 return output.display;
@@ -67,7 +61,7 @@ TEST_P(UnusualPlasmaTest, IsSwitchedAsAnyOther) {
 }
 
 TEST_P(UnusualPlasmaTest, SaysWhichMonitorIsConnected) {
-    plasma.change("DP-2", [](auto& output) { output.edid = edidInBase64; });
+    plasma.change("DP-2", [](auto& output) { output.edid = StandInPlasma::edidInBase64; });
 
     const DisplayHardware hardware = server.now()->hardware(idOf("DP-2"));
 
@@ -165,7 +159,7 @@ TEST_P(UnusualPlasmaTest, MayHaveNoOutputForAWhile) {
 }
 
 TEST_P(UnusualPlasmaTest, ReportsWhatIsPluggedInAndOut) {
-    PlasmaReconfigurationReports reports({.displayName = plasma.displayName()});
+    PlasmaReconfigurationReports reports(store, {.displayName = plasma.displayName()});
     ReportRecorder recorder;
     reports.registerCallback(ReportRecorder::callback, &recorder);
 
@@ -179,7 +173,7 @@ TEST_P(UnusualPlasmaTest, ReportsWhatIsPluggedInAndOut) {
 }
 
 TEST_P(UnusualPlasmaTest, ReportsWhatChangedWhileTheConnectionWasLost) {
-    PlasmaReconfigurationReports reports({.displayName = plasma.displayName()});
+    PlasmaReconfigurationReports reports(store, {.displayName = plasma.displayName()});
     ReportRecorder recorder;
     reports.registerCallback(ReportRecorder::callback, &recorder);
 
@@ -191,8 +185,9 @@ TEST_P(UnusualPlasmaTest, ReportsWhatChangedWhileTheConnectionWasLost) {
 TEST(ReportsOfASilentPlasmaTest, EndWithoutWaitingForIt) {
     auto plasma = std::make_unique<StandInPlasma>();
     const std::string path = plasma->displayName();
-    auto reports =
-        std::make_unique<PlasmaReconfigurationReports>(PlasmaServerOptions{.displayName = path});
+    SimulatedUserDefaults store;
+    auto reports = std::make_unique<PlasmaReconfigurationReports>(
+        store, PlasmaServerOptions{.displayName = path});
     plasma.reset();
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     {
