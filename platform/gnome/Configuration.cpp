@@ -69,12 +69,7 @@ std::optional<Configuration> configurationOf(const layout::WholeLayout& whole,
 }
 
 std::optional<Configuration> configurationOf(const MonitorState& state) {
-    const layout::Layout layout = layoutOf(state);
-    layout::WholeLayout whole{.primary = layout.primary.value_or(0)};
-    for (const layout::Output& output : layout.outputs) {
-        whole.places.push_back({output.display, output.shown});
-    }
-    return configurationOf(whole, state);
+    return configurationOf(layout::wholeOf(layoutOf(state)), state);
 }
 
 }  // namespace tavrel::gnome

@@ -3,8 +3,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/gnome/LayoutSwitch.h"
+#include "platform/gnome/GnomeLayoutServer.h"
 #include "platform/layout/LayoutMoment.h"
+#include "platform/layout/WholeLayoutSwitch.h"
 
 namespace tavrel {
 
@@ -47,8 +48,8 @@ bool GnomeWindowServer::canSwitch() {
 
 ServerStatus GnomeWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
-    return gnome::switchDisplay(changeConfig_, directory_.all(), remembered_, lastSeen_, display,
-                                enabled);
+    gnome::GnomeLayoutServer server(changeConfig_, directory_.all());
+    return layout::switchDisplay(server, remembered_, lastSeen_, display, enabled);
 }
 
 std::unique_ptr<DisplayMoment> GnomeWindowServer::now() {
@@ -58,8 +59,9 @@ std::unique_ptr<DisplayMoment> GnomeWindowServer::now() {
     }
     gnome::MonitorState state = *answer.word;
     state.known = directory_.meet(gnome::identitiesIn(state));
-    gnome::noteSeen(lastSeen_, state);
-    return layout::momentOf(gnome::layoutOf(state), answer.isFresh);
+    const layout::Layout layout = gnome::layoutOf(state);
+    layout::noteSeen(lastSeen_, layout);
+    return layout::momentOf(layout, answer.isFresh);
 }
 
 }  // namespace tavrel

@@ -152,6 +152,14 @@ std::optional<Shown> WholeLayout::shown(DisplayID display) const {
     return found == places.end() ? std::nullopt : found->shown;
 }
 
+WholeLayout wholeOf(const Layout& layout) {
+    WholeLayout whole{.primary = layout.primary.value_or(0)};
+    for (const Output& output : layout.outputs) {
+        whole.places.push_back({output.display, output.shown});
+    }
+    return whole;
+}
+
 std::optional<WholeLayout> withoutDisplay(const Layout& layout, DisplayID display,
                                           const Memory& memory) {
     if (isLastShown(layout, display)) {

@@ -34,6 +34,9 @@ struct WholeLayout {
     friend bool operator==(const WholeLayout&, const WholeLayout&) = default;
 };
 
+/// As `layout` is.
+WholeLayout wholeOf(const Layout& layout);
+
 /// As `layout` is, with `display` off. std::nullopt when nothing else would be shown.
 std::optional<WholeLayout> withoutDisplay(const Layout& layout, DisplayID display,
                                           const Memory& memory);

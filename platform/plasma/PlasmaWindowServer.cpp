@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/layout/LayoutMoment.h"
-#include "platform/plasma/switching/LayoutSwitch.h"
+#include "platform/layout/WholeLayoutSwitch.h"
 #include "platform/plasma/switching/PlasmaLayoutServer.h"
 
 namespace tavrel {
@@ -54,7 +54,7 @@ bool PlasmaWindowServer::canSwitch() {
 ServerStatus PlasmaWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {
     const std::lock_guard lock(changeMutex_);
     plasma::PlasmaLayoutServer server(changeLink_, directory_.all());
-    return plasma::switchDisplay(server, remembered_, lastSeen_, display, enabled);
+    return layout::switchDisplay(server, remembered_, lastSeen_, display, enabled);
 }
 
 std::unique_ptr<DisplayMoment> PlasmaWindowServer::now() {
@@ -65,7 +65,7 @@ std::unique_ptr<DisplayMoment> PlasmaWindowServer::now() {
     plasma::OutputState state = *answer.word;
     state.known = directory_.meet(plasma::identitiesIn(state));
     const layout::Layout layout = plasma::layoutOf(state);
-    plasma::noteSeen(lastSeen_, layout);
+    layout::noteSeen(lastSeen_, layout);
     return layout::momentOf(layout, answer.isFresh);
 }
 

@@ -24,7 +24,7 @@ PlasmaStage::PlasmaStage(std::size_t displays, std::string program)
       elsewhereLink_({.displayName = desktop_.displayName()}),
       elsewhere_(elsewhereLink_) {
     std::map<DisplayID, std::string> byNumber;
-    const auto layout = elsewhere_.read();
+    const auto layout = elsewhere_.read().layout;
     for (const layout::Output& output : layout.value_or(layout::Layout{}).outputs) {
         byNumber.emplace(output.display, output.identity.connector);
     }
@@ -107,7 +107,7 @@ void PlasmaStage::pressHotKey() {
 }
 
 void PlasmaStage::switchElsewhere(const std::vector<Display>& displays, bool on) {
-    const auto layout = elsewhere_.read().value_or(layout::Layout{});
+    const auto layout = elsewhere_.read().layout.value_or(layout::Layout{});
     layout::WholeLayout whole{.primary = layout.primary.value_or(0)};
     int right = 0;
     for (const layout::Output& output : layout.outputs) {
@@ -128,7 +128,7 @@ void PlasmaStage::switchElsewhere(const std::vector<Display>& displays, bool on)
         }
         whole.places.push_back({output.display, shown});
     }
-    if (elsewhere_.apply(whole) != plasma::LayoutServer::Outcome::applied) {
+    if (elsewhere_.apply(whole) != layout::WholeLayoutServer::Outcome::applied) {
         throw std::runtime_error("the compositor refuses what another program wants");
     }
 }
@@ -139,7 +139,7 @@ Window PlasmaStage::window() {
 
 std::vector<ServerDisplay> PlasmaStage::server() {
     const auto screens = desktop_.screens();
-    const auto primary = elsewhere_.read().value_or(layout::Layout{}).primary;
+    const auto primary = elsewhere_.read().layout.value_or(layout::Layout{}).primary;
     std::vector<ServerDisplay> result;
     for (std::size_t i = 0; i < connectors_.size(); ++i) {
         const auto screen = std::find_if(screens.begin(), screens.end(), [&](const auto& each) {

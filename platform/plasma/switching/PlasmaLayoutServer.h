@@ -1,28 +1,34 @@
 #pragma once
 
+#include <optional>
 #include <utility>
 
+#include "platform/layout/WholeLayoutServer.h"
 #include "platform/plasma/connection/ServerLink.h"
-#include "platform/plasma/switching/LayoutServer.h"
 
 namespace tavrel::plasma {
 
-/// The server at the other end of a link. All positions are set each time, since the server
-/// puts an output that it is told nothing of on top of another.
-class PlasmaLayoutServer final : public LayoutServer {
+/// The server at the other end of a link, as one that takes whole layouts. It may say that it has
+/// carried one out and have done only a part, so it is looked at again; what is not as it was
+/// asked for is taken back.
+class PlasmaLayoutServer final : public layout::WholeLayoutServer {
 public:
     /// `link` must outlive it. What is read takes the monitors for those `known`.
     explicit PlasmaLayoutServer(ServerLink& link, layout::KnownMonitors known = {})
         : link_(link), known_(std::move(known)) {}
 
-    std::optional<layout::Layout> read() override;
+    Reading read() override;
     Outcome apply(const layout::WholeLayout& wanted) override;
 
 private:
     OutputState stateOf(const Session& session) const;
+    std::optional<layout::Layout> look();
+    Outcome ask(const layout::WholeLayout& wanted);
 
     ServerLink& link_;
     const layout::KnownMonitors known_;
+    /// Read last.
+    layout::Layout layout_;
 };
 
 }  // namespace tavrel::plasma

@@ -32,7 +32,7 @@ protected:
         right = idOf("Virtual-2");
     }
 
-    layout::Layout layout() { return elsewhere->read().value_or(layout::Layout{}); }
+    layout::Layout layout() { return elsewhere->read().layout.value_or(layout::Layout{}); }
 
     DisplayID idOf(const std::string& connector) {
         for (const layout::Output& output : layout().outputs) {
@@ -53,7 +53,7 @@ protected:
                 change(whole.places.back().shown);
             }
         }
-        ASSERT_EQ(elsewhere->apply(whole), plasma::LayoutServer::Outcome::applied);
+        ASSERT_EQ(elsewhere->apply(whole), layout::WholeLayoutServer::Outcome::applied);
     }
     void switchOffElsewhere(DisplayID display) {
         changeElsewhere(display, [](auto& shown) { shown.reset(); });

@@ -1,8 +1,9 @@
-#include "platform/gnome/LayoutSwitch.h"
+#include "platform/gnome/GnomeLayoutServer.h"
 
 #include <gmock/gmock.h>
 
 #include "platform/gnome/GnomeProbe.h"
+#include "platform/layout/WholeLayoutSwitch.h"
 #include "tests/platform/gnome/SimulatedDisplayConfig.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 
@@ -13,9 +14,9 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 /// A, the primary, left of B.
-class GnomeSwitchTest : public testing::Test {
+class GnomeLayoutServerTest : public testing::Test {
 protected:
-    GnomeSwitchTest() {
+    GnomeLayoutServerTest() {
         config.add("A");
         config.show(0, true);
         config.add("B");
@@ -25,16 +26,17 @@ protected:
     ServerStatus off(const std::string& connector) { return switchTo(connector, false); }
     ServerStatus on(const std::string& connector) { return switchTo(connector, true); }
     ServerStatus switchTo(const std::string& connector, bool enabled) {
-        return switchDisplay(config, {}, remembered, lastSeen, config.idOf(connector), enabled);
+        return layout::switchDisplay(server, remembered, lastSeen, config.idOf(connector), enabled);
     }
 
     SimulatedDisplayConfig config;
+    GnomeLayoutServer server{config};
     SimulatedUserDefaults store;
     layout::RememberedOutputs remembered{store};
     layout::LastSeen lastSeen;
 };
 
-TEST_F(GnomeSwitchTest, EveryLayoutIsAppliedTwiceAndForGoodAsFarAsTheSessionGoes) {
+TEST_F(GnomeLayoutServerTest, EveryLayoutIsAppliedTwiceAndForGoodAsFarAsTheSessionGoes) {
     EXPECT_EQ(off("B"), serverStatus::success);
 
     ASSERT_THAT(config.applied, SizeIs(2));
@@ -44,7 +46,7 @@ TEST_F(GnomeSwitchTest, EveryLayoutIsAppliedTwiceAndForGoodAsFarAsTheSessionGoes
     EXPECT_TRUE(config.applied[0].first.logicalMonitors[0].isPrimary);
 }
 
-TEST_F(GnomeSwitchTest, HardwareThatChangesMeanwhileIsLookedAtAgain) {
+TEST_F(GnomeLayoutServerTest, HardwareThatChangesMeanwhileIsLookedAtAgain) {
     int changes = 0;
     config.verdict = [&](const Configuration&) {
         if (++changes > 3) {
@@ -59,7 +61,7 @@ TEST_F(GnomeSwitchTest, HardwareThatChangesMeanwhileIsLookedAtAgain) {
     EXPECT_FALSE(config.isOn("B"));
 }
 
-TEST_F(GnomeSwitchTest, FiveTimesAtMost) {
+TEST_F(GnomeLayoutServerTest, FiveTimesAtMost) {
     config.verdict = [](const Configuration&) { return Reply::denied; };
 
     EXPECT_EQ(off("B"), serverStatus::cannotComplete);
@@ -68,16 +70,17 @@ TEST_F(GnomeSwitchTest, FiveTimesAtMost) {
     EXPECT_THAT(remembered.all(), IsEmpty());
 }
 
-TEST_F(GnomeSwitchTest, WhatAnAdministratorForbidsIsNotOffered) {
+TEST_F(GnomeLayoutServerTest, WhatAnAdministratorForbidsIsNotOffered) {
     config.verdict = [](const Configuration&) { return Reply::denied; };
     config.allowed = false;
 
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
 
     EXPECT_THAT(config.applied, SizeIs(1));
+    EXPECT_THAT(remembered.all(), IsEmpty());
 }
 
-TEST_F(GnomeSwitchTest, AnotherProgramThatUndoesItIsOverruledOnce) {
+TEST_F(GnomeLayoutServerTest, AnotherProgramThatUndoesItIsOverruledOnce) {
     int looks = 0;
     const auto all = config.state.logicalMonitors;
     config.beforeRead = [&] {
@@ -91,7 +94,7 @@ TEST_F(GnomeSwitchTest, AnotherProgramThatUndoesItIsOverruledOnce) {
     EXPECT_FALSE(config.isOn("B"));
 }
 
-TEST_F(GnomeSwitchTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
+TEST_F(GnomeLayoutServerTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
     const MonitorState before = config.state;
     ASSERT_EQ(off("B"), serverStatus::success);
     ASSERT_THAT(remembered.all(), SizeIs(1));
@@ -103,7 +106,7 @@ TEST_F(GnomeSwitchTest, WhatAnotherProgramHasSwitchedOnIsForgotten) {
     EXPECT_EQ(config.state, before) << "it stays as the other program has set it up";
 }
 
-TEST_F(GnomeSwitchTest, ARefusalLeavesAllAsItWas) {
+TEST_F(GnomeLayoutServerTest, ARefusalLeavesAllAsItWas) {
     config.verdict = [](const Configuration&) { return Reply::refused; };
 
     EXPECT_EQ(off("B"), serverStatus::cannotComplete);
@@ -112,7 +115,7 @@ TEST_F(GnomeSwitchTest, ARefusalLeavesAllAsItWas) {
     EXPECT_THAT(remembered.all(), IsEmpty());
 }
 
-TEST_F(GnomeSwitchTest, OneThatWillNotComeOnInOneModeIsTriedInAnother) {
+TEST_F(GnomeLayoutServerTest, OneThatWillNotComeOnInOneModeIsTriedInAnother) {
     ASSERT_EQ(off("B"), serverStatus::success);
     config.verdict = [](const Configuration& configuration) {
         for (const LogicalSetting& each : configuration.logicalMonitors) {
@@ -131,7 +134,7 @@ TEST_F(GnomeSwitchTest, OneThatWillNotComeOnInOneModeIsTriedInAnother) {
     EXPECT_THAT(remembered.all(), IsEmpty());
 }
 
-TEST_F(GnomeSwitchTest, UnderAClosedLidAPanelIsRefusedAndTheOtherComesOn) {
+TEST_F(GnomeLayoutServerTest, UnderAClosedLidAPanelIsRefusedAndTheOtherComesOn) {
     config.state.monitors[0].isBuiltIn = true;
     ASSERT_EQ(off("A"), serverStatus::success);
     config.add("C");
@@ -154,15 +157,15 @@ TEST_F(GnomeSwitchTest, UnderAClosedLidAPanelIsRefusedAndTheOtherComesOn) {
     EXPECT_THAT(remembered.all(), SizeIs(1)) << "it comes back when the lid is open";
 }
 
-TEST_F(GnomeSwitchTest, ACompositorThatIsSilentOrGoneIsNotImplemented) {
+TEST_F(GnomeLayoutServerTest, ACompositorThatIsSilentOrGoneIsNotImplemented) {
     for (const Reply reply : {Reply::none, Reply::absent}) {
         config.readReply = reply;
-        EXPECT_EQ(switchDisplay(config, {}, remembered, lastSeen, 1, true),
+        EXPECT_EQ(layout::switchDisplay(server, remembered, lastSeen, 1, true),
                   serverStatus::notImplemented);
     }
 }
 
-TEST_F(GnomeSwitchTest, OneThatFallsSilentMeanwhileMayDoItLaterSoTheWayBackIsKept) {
+TEST_F(GnomeLayoutServerTest, OneThatFallsSilentMeanwhileMayDoItLaterSoTheWayBackIsKept) {
     config.verdict = [](const Configuration&) { return Reply::none; };
 
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
@@ -170,7 +173,7 @@ TEST_F(GnomeSwitchTest, OneThatFallsSilentMeanwhileMayDoItLaterSoTheWayBackIsKep
     EXPECT_THAT(remembered.all(), SizeIs(1));
 }
 
-TEST_F(GnomeSwitchTest, AnErrorIsNoStateAndNothingIsChanged) {
+TEST_F(GnomeLayoutServerTest, AnErrorIsNoStateAndNothingIsChanged) {
     config.readReply = Reply::refused;
 
     EXPECT_EQ(off("B"), serverStatus::cannotComplete);
@@ -178,7 +181,7 @@ TEST_F(GnomeSwitchTest, AnErrorIsNoStateAndNothingIsChanged) {
     EXPECT_THAT(config.applied, IsEmpty());
 }
 
-TEST_F(GnomeSwitchTest, WhatMonitorsAreToldBesideTheModeStays) {
+TEST_F(GnomeLayoutServerTest, WhatMonitorsAreToldBesideTheModeStays) {
     config.state.monitors[0].settings = {.isUnderscanning = true, .colorMode = 1, .rgbRange = 2};
     config.state.canChangeLayoutMode = true;
     config.state.layoutMode = 2;
@@ -190,7 +193,7 @@ TEST_F(GnomeSwitchTest, WhatMonitorsAreToldBesideTheModeStays) {
     EXPECT_EQ(applied.layoutMode, 2U);
 }
 
-TEST_F(GnomeSwitchTest, MirrorsAreOnePlace) {
+TEST_F(GnomeLayoutServerTest, MirrorsAreOnePlace) {
     config.add("C");
     config.state.monitors[2].currentMode = 0;
     config.state.logicalMonitors[1].monitors.emplace_back("C");
@@ -201,7 +204,7 @@ TEST_F(GnomeSwitchTest, MirrorsAreOnePlace) {
     EXPECT_THAT(config.state.logicalMonitors[0].monitors, testing::ElementsAre("B", "C"));
 }
 
-class GnomeProbeTest : public GnomeSwitchTest {};
+class GnomeProbeTest : public GnomeLayoutServerTest {};
 
 TEST_F(GnomeProbeTest, KnowsACompositorThatTakesTheLayoutItHas) {
     EXPECT_TRUE(answersLikeGnome(config));
