@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "tests/e2e/KillRounds.h"
 #include "tests/scenario/GnomeStage.h"
 #include "tests/scenario/Stories.h"
 #include "tests/watchdog/Processes.h"
@@ -105,16 +106,24 @@ TEST_F(GnomeApplicationTest, AWatchdogThatIsKilledIsReplacedAndTheNextOneKnowsWh
 TEST_F(GnomeApplicationTest, ACompositorThatHangsForAWhileIsWaitedFor) {
     stage->flip(1);
     ASSERT_TRUE(stage->await([&] { return stage->window().footer.ends_with(" is off"); }));
+    const std::vector<pid_t> watchdog = watchdogs();
     stage->desktop().pause();
     stage->flip(2);
-    std::this_thread::sleep_for(std::chrono::seconds(4));
+    // Longer than questions wait for an answer.
+    std::this_thread::sleep_for(
+        std::chrono::seconds(e2e::fromEnvironment("TAVREL_HANG_SECONDS", 4)));
 
     stage->desktop().resume();
 
     EXPECT_TRUE(stage->await([&] { return !stage->server()[1].isOn && !stage->server()[2].isOn; }));
+    EXPECT_EQ(watchdogs(), watchdog) << "nobody is taken for hanging but the compositor";
     EXPECT_TRUE(stage->server()[0].isOn);
     stage->pressWake();
     EXPECT_TRUE(stage->await([&] { return isAsAtFirst(); }));
+}
+
+TEST_F(GnomeApplicationTest, KillsAtAnyMomentLoseNoScreen) {
+    e2e::KillRounds(*stage, [&] { return watchdogs(); }).run();
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "tests/e2e/KillRounds.h"
 #include "tests/scenario/PlasmaStage.h"
 #include "tests/watchdog/Processes.h"
 
@@ -80,12 +81,16 @@ TEST_F(PlasmaRecoveryTest, AKilledWatchdogIsReplacedByOneThatKnowsWhatIsOff) {
 }
 
 TEST_F(PlasmaRecoveryTest, ACompositorThatHangsDoesLaterWhatItWasAskedFor) {
+    const std::vector<pid_t> watchdog = watchdogs();
     stage->desktop().pause();
     stage->flip(1);
     EXPECT_TRUE(waitUntil([&] { return stage->window().rows.at(1).isBusy; }));
+    // Longer than questions wait for an answer.
+    std::this_thread::sleep_for(std::chrono::seconds(fromEnvironment("TAVREL_HANG_SECONDS", 4)));
     stage->desktop().resume();
 
     EXPECT_TRUE(waitUntil([&] { return isOff(1) && showsSwitch(1, false); }));
+    EXPECT_EQ(watchdogs(), watchdog) << "nobody is taken for hanging but the compositor";
     stage->quitApplication();
     EXPECT_TRUE(allIsAsAtFirst());
 }
@@ -102,6 +107,25 @@ TEST_F(PlasmaRecoveryTest, ACompositorThatEndsTakesTheWindowAndNotTheWatchdog) {
 
     EXPECT_TRUE(waitUntil([&] { return watchdogs().empty(); })) << "it has nothing left to do";
     EXPECT_TRUE(allIsAsAtFirst());
+}
+
+TEST_F(PlasmaRecoveryTest, WhatIsOffWhenAllAreKilledTogetherComesOnAtTheNextStart) {
+    ASSERT_TRUE(switchesOff(1));
+
+    stage->killApplication();
+    stage->desktop().kill();
+    stage->desktop().start();
+    // A compositor may have kept on its disk that it is off; without hardware this one does not.
+    stage->switchElsewhere({1}, false);
+    ASSERT_TRUE(isOff(1));
+    stage->startApplication();
+
+    EXPECT_TRUE(allIsAsAtFirst());
+    EXPECT_TRUE(waitUntil([&] { return showsSwitch(1, true); }));
+}
+
+TEST_F(PlasmaRecoveryTest, KillsAtAnyMomentLoseNoScreen) {
+    KillRounds(*stage, [&] { return watchdogs(); }).run();
 }
 
 }  // namespace

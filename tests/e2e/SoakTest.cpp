@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -10,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "tests/e2e/FromEnvironment.h"
 #include "tests/e2e/ResourceUse.h"
 #include "tests/e2e/WatchdogSession.h"
 
@@ -19,11 +19,6 @@ namespace {
 
 using std::chrono::steady_clock;
 using support::waitUntil;
-
-int fromEnvironment(const char* name, int otherwise) {
-    const char* given = std::getenv(name);
-    return given != nullptr ? std::stoi(given) : otherwise;
-}
 
 /// Of the rounds, this part comes before the first look: caches fill, fonts are loaded.
 constexpr int warmUpPart = 10;

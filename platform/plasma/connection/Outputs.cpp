@@ -112,6 +112,11 @@ std::vector<const OutputDevice*> Outputs::devices() const {
     return present;
 }
 
+bool Outputs::isWhole() const {
+    return std::all_of(devices_.begin(), devices_.end(),
+                       [](const auto& device) { return device->isDescribed(); });
+}
+
 OutputState Outputs::state() const {
     OutputState state{.order = orderOfOutputs_};
     for (const OutputDevice* device : devices()) {

@@ -30,6 +30,9 @@ public:
     /// Whether the server lets its outputs be configured; it may have none at the moment.
     bool canConfigure() const { return management_ != nullptr; }
 
+    /// Whether every output that was announced has been described.
+    bool isWhole() const;
+
     /// By all the server has said until now.
     OutputState state() const;
 

@@ -32,7 +32,10 @@ Session* ServerLink::session() {
 
 bool ServerLink::isHeard() {
     Connection& connection = *session_->connection;
-    if (connection.roundTrip() && session_->outputs->canConfigure()) {
+    // What has just been announced is described a round trip later.
+    const bool isAnswered =
+        connection.roundTrip() && (session_->outputs->isWhole() || connection.roundTrip());
+    if (isAnswered && session_->outputs->canConfigure()) {
         return true;
     }
     isKnownToBeGone_ = !connection.hasTimedOut();

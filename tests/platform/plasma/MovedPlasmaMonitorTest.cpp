@@ -32,8 +32,6 @@ protected:
                      .x = 3840,
                      .isEnabled = isEnabled,
                      .priority = 3});
-        // What is new is described only when somebody has asked for it.
-        waitUntil([&] { return idAt(connector) != 0; });
     }
     PlasmaServerOptions options() const {
         return {.displayName = plasma.displayName(), .timeout = std::chrono::milliseconds(2000)};
