@@ -37,13 +37,13 @@ std::unique_ptr<support::AppProcess> Desk::start(const Program& program,
 }
 
 std::vector<pid_t> Desk::familyOf(const support::AppProcess& program) const {
-    std::vector<pid_t> family = helpersOf(desktop_.displayName());
+    std::vector<pid_t> family = helpersWith("DISPLAY=" + desktop_.displayName());
     family.insert(family.begin(), program.pid());
     return family;
 }
 
-std::vector<pid_t> Desk::helpersOf(const std::string& displayName) {
-    return watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + displayName);
+std::vector<pid_t> Desk::helpersWith(const std::string& entry) {
+    return watchdog::processesOf(TAVREL_WATCHDOG, entry);
 }
 
 }  // namespace tavrel::bench

@@ -39,8 +39,8 @@ public:
 
     /// A program that runs there, with what helps it if it is the application.
     std::vector<pid_t> familyOf(const support::AppProcess& program) const;
-    /// The application's helpers that see the X server under this name.
-    static std::vector<pid_t> helpersOf(const std::string& displayName);
+    /// The application's helpers that have this entry, as in "DISPLAY=:7", in their environment.
+    static std::vector<pid_t> helpersWith(const std::string& entry);
 
 private:
     support::VirtualDesktop desktop_;

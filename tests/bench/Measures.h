@@ -18,5 +18,9 @@ void measureStart(const Extent& extent, Report& report);
 void measureSwitching(const Extent& extent, Report& report);
 void measureRescue(const Extent& extent, Report& report);
 void measureIdle(const Extent& extent, Report& report);
+void measureGnome(const Extent& extent, Report& report);
+void measurePlasma(const Extent& extent, Report& report);
+void measureHelper(const Extent& extent, Report& report);
+void measureParts(const Extent& extent, Report& report);
 
 }  // namespace tavrel::bench

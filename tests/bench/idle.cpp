@@ -3,8 +3,8 @@
 
 #include "tests/bench/Desk.h"
 #include "tests/bench/FilesOpened.h"
+#include "tests/bench/IdleUse.h"
 #include "tests/bench/Measures.h"
-#include "tests/bench/ProcessUse.h"
 #include "tests/bench/Traffic.h"
 
 /// What the application and its helper cost while nobody wants anything of them. Two run at the
@@ -12,23 +12,6 @@
 /// are counted, which costs processor time of its own.
 namespace tavrel::bench {
 namespace {
-
-/// What the one that is left alone has used.
-void reportUse(const ProcessUse& before, const ProcessUse& after, double seconds, Report& report) {
-    const double cpu = after.cpuMilliseconds - before.cpuMilliseconds;
-    report.add({.what = "idle: wake-ups of the main thread in a second",
-                .ours = {(after.mainThreadWakeUps - before.mainThreadWakeUps) / seconds},
-                .goal = {Goal::Of::value, 1.1}});
-    report.add({.what = "idle: wake-ups of all threads and the helper in a second",
-                .ours = {(after.wakeUps - before.wakeUps) / seconds}});
-    report.add({.what = "idle: context switches in a second",
-                .ours = {(after.wakeUps + after.preemptions - before.wakeUps - before.preemptions) /
-                         seconds}});
-    report.add({.what = "idle: processor time, of one core",
-                .unit = "%",
-                .ours = {cpu / (10 * seconds)},
-                .goal = {Goal::Of::value, 0.03}});
-}
 
 void reportTraffic(const TrafficCount& traffic, double seconds, Report& report) {
     report.add({.what = "idle: round trips to the server in a second",
@@ -55,21 +38,18 @@ void measureIdle(const Extent& extent, Report& report) {
     const Desk countedDesk;
     Traffic traffic(countedDesk.displayName());
     RunningApplication counted(countedDesk, {{"DISPLAY", traffic.displayName()}});
-    std::vector<pid_t> countedFamily = Desk::helpersOf(traffic.displayName());
+    std::vector<pid_t> countedFamily = Desk::helpersWith("DISPLAY=" + traffic.displayName());
     countedFamily.push_back(counted.process->pid());
     const FilesOpened files(countedFamily);
 
     application.watch.takePaints();
-    const ProcessUse useBefore = ProcessUse::of(family);
     const TrafficCount trafficBefore = traffic.count();
-    const Time begin = Clock::now();
-    std::this_thread::sleep_until(begin + extent.idle);
-    const double seconds = milliseconds(Clock::now() - begin) / 1e3;
-    const ProcessUse useAfter = ProcessUse::of(family);
+    const IdleUse use(family);
+    std::this_thread::sleep_for(extent.idle);
     const TrafficCount inAll = traffic.count() - trafficBefore;
 
-    reportUse(useBefore, useAfter, seconds, report);
-    reportTraffic(inAll, seconds, report);
+    use.report("idle", report);
+    reportTraffic(inAll, use.seconds(), report);
     report.add({.what = "idle: files opened in all that time",
                 .ours = {static_cast<double>(files.count())},
                 .goal = {Goal::Of::value, 0}});

@@ -21,10 +21,9 @@ struct Section {
 };
 
 constexpr Section sections[] = {
-    {"start", &measureStart},
-    {"switching", &measureSwitching},
-    {"rescue", &measureRescue},
-    {"idle", &measureIdle},
+    {"start", &measureStart},   {"switching", &measureSwitching}, {"rescue", &measureRescue},
+    {"idle", &measureIdle},     {"gnome", &measureGnome},         {"plasma", &measurePlasma},
+    {"helper", &measureHelper}, {"parts", &measureParts},
 };
 
 struct Wish {

@@ -44,6 +44,7 @@ public:
     const std::vector<std::string>& outputs() const { return connectors_; }
     /// The running application.
     support::AppProcess& application() { return *application_; }
+    const support::AccessibleWindow& accessible() const { return *accessible_; }
 
 private:
     support::PlasmaDesktop desktop_;

@@ -1,0 +1,48 @@
+#include "tests/bench/OneDisplay.h"
+
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "tests/bench/Clock.h"
+
+namespace tavrel::bench {
+
+OneDisplay::OneDisplay(DisplaySwitch& displaySwitch, DisplayQueries& queries,
+                       const std::string& connector)
+    : switch_(displaySwitch), queries_(queries) {
+    const auto moment = queries.now();
+    for (const DisplayID each : moment->allDisplays().value_or(std::vector<DisplayID>{})) {
+        if (moment->hardware(each).connector == connector) {
+            display_ = each;
+        }
+    }
+    if (display_ == 0) {
+        throw std::runtime_error("there is no " + connector);
+    }
+}
+
+void OneDisplay::set(bool on) const {
+    if (switch_.setDisplayEnabled(display_, on) != serverStatus::success) {
+        throw std::runtime_error("the compositor refuses to switch a display");
+    }
+}
+
+double OneDisplay::timed(bool on, const std::function<void()>& act) const {
+    constexpr std::chrono::seconds patience{20};
+    constexpr std::chrono::microseconds pause{100};
+    if (isOn() == on) {
+        throw std::runtime_error("the display is so before it is switched");
+    }
+    const Time begin = Clock::now();
+    act();
+    while (isOn() != on) {
+        if (Clock::now() > begin + patience) {
+            throw std::runtime_error("the display is not switched");
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    return milliseconds(Clock::now() - begin);
+}
+
+}  // namespace tavrel::bench
