@@ -62,9 +62,11 @@ void SwitchClicks::press() {
     const support::Bounds window =
         support::AppWindow::find(desk_.displayName(), application_.process->pid()).value().bounds();
     pointer_.moveTo(window.x + place_.centreX(), window.y + place_.centreY());
-    // It has been told that the pointer is there, and shows so.
+    // It shows that the pointer is there, and then that the button is down, as long before the
+    // button goes up as it does under a hand.
     application_.watch.awaitRest(std::chrono::milliseconds(200));
     pointer_.press();
+    application_.watch.awaitRest(std::chrono::milliseconds(100));
 }
 
 }  // namespace tavrel::bench
