@@ -68,17 +68,15 @@ function(tavrel_library name)
   tavrel_use_precompiled(${name} tavrel_precompiled tavrel_precompiled_widgets ${arg_LINK})
 endfunction()
 
-# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …] [NO_UNITY]): a GoogleTest executable
-# whose tests ctest runs one by one. NO_UNITY is for sources that use one name for two things.
+# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose tests
+# ctest runs one by one.
 function(tavrel_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "NO_UNITY" "" "LINK;LABELS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE tavrel_options tavrel_test_options ${arg_LINK})
   tavrel_use_precompiled(${name} tavrel_test_precompiled tavrel_test_precompiled_widgets
     ${arg_LINK})
-  if(NOT arg_NO_UNITY)
-    tavrel_unite_tests(${name})
-  endif()
+  tavrel_unite_tests(${name})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60

@@ -11,7 +11,7 @@ namespace tavrel::layout {
 
 namespace {
 /// Far more than anybody's monitors; only a server that invents names has more.
-constexpr std::ptrdiff_t most = 64;
+constexpr std::ptrdiff_t mostSeen = 64;
 }  // namespace
 
 void LastSeen::see(const Layout& layout, const Notes& notes) {
@@ -38,8 +38,8 @@ void LastSeen::see(const Layout& layout, const Notes& notes) {
             each.primary = layout.primary == each.display;
         }
     }
-    if (std::ssize(seen_) > most) {
-        seen_.erase(seen_.begin(), seen_.end() - most);
+    if (std::ssize(seen_) > mostSeen) {
+        seen_.erase(seen_.begin(), seen_.end() - mostSeen);
     }
 }
 

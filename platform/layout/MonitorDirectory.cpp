@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::ptrdiff_t most = 256;
+constexpr std::ptrdiff_t mostMonitors = 256;
 
 Json toJson(const KnownMonitor& monitor) {
     return {{"display", monitor.display},
@@ -41,8 +41,8 @@ bool isKnownAs(DisplayID display, const KnownMonitors& monitors) {
 }
 
 KnownMonitors latest(KnownMonitors monitors) {
-    if (std::ssize(monitors) > most) {
-        monitors.erase(monitors.begin(), monitors.end() - most);
+    if (std::ssize(monitors) > mostMonitors) {
+        monitors.erase(monitors.begin(), monitors.end() - mostMonitors);
     }
     return monitors;
 }

@@ -11,7 +11,7 @@ namespace tavrel::layout {
 
 namespace {
 
-constexpr std::ptrdiff_t most = 64;
+constexpr std::ptrdiff_t mostRemembered = 64;
 
 Memory decodedOrNone(const std::optional<std::string>& bytes) {
     return bytes.has_value() ? decodeMemory(*bytes).value_or(Memory{}) : Memory{};
@@ -58,8 +58,8 @@ void RememberedOutputs::update(const Change& change) {
     std::optional<Memory> changed;
     const auto changeBytes = [&](const std::optional<std::string>& bytes) {
         changed = change(unsaved_.has_value() ? *unsaved_ : decodedOrNone(bytes));
-        if (std::ssize(*changed) > most) {
-            changed->erase(changed->begin(), changed->end() - most);
+        if (std::ssize(*changed) > mostRemembered) {
+            changed->erase(changed->begin(), changed->end() - mostRemembered);
         }
         return std::optional(encodeMemory(*changed));
     };

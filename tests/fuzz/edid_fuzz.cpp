@@ -23,20 +23,20 @@ namespace {
 using fuzz::require;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t blockSize = 128;
+constexpr std::size_t edidBlockSize = 128;
 constexpr std::uint8_t header[] = {0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0};
 
 void mend(Bytes& edid) {
-    edid.resize(std::max(edid.size(), blockSize));
+    edid.resize(std::max(edid.size(), edidBlockSize));
     std::copy(std::begin(header), std::end(header), edid.begin());
-    const unsigned sum = std::accumulate(edid.begin(), edid.begin() + blockSize - 1, 0U);
-    edid[blockSize - 1] = static_cast<std::uint8_t>(256 - sum % 256);
+    const unsigned sum = std::accumulate(edid.begin(), edid.begin() + edidBlockSize - 1, 0U);
+    edid[edidBlockSize - 1] = static_cast<std::uint8_t>(256 - sum % 256);
 }
 
 bool isEdid(const Bytes& bytes) {
-    return bytes.size() >= blockSize &&
+    return bytes.size() >= edidBlockSize &&
            std::equal(std::begin(header), std::end(header), bytes.begin()) &&
-           std::accumulate(bytes.begin(), bytes.begin() + blockSize, 0U) % 256 == 0;
+           std::accumulate(bytes.begin(), bytes.begin() + edidBlockSize, 0U) % 256 == 0;
 }
 
 void checkEdid(const Bytes& edid) {
@@ -50,11 +50,11 @@ void checkEdid(const Bytes& edid) {
     require(numbers.serial == edid[12] + edid[13] * 256U + edid[14] * 65536U + edid[15] * 16777216U,
             "the serial number comes low byte first");
 
-    const Bytes firstBlock(edid.begin(), edid.begin() + blockSize);
+    const Bytes firstBlock(edid.begin(), edid.begin() + edidBlockSize);
     Bytes twoBlocks = firstBlock;
     twoBlocks.insert(twoBlocks.end(), firstBlock.rbegin(), firstBlock.rend());
     require(parseEdid(twoBlocks) == numbers, "further blocks make no difference");
-    for (std::size_t byte = 0; byte < blockSize; ++byte) {
+    for (std::size_t byte = 0; byte < edidBlockSize; ++byte) {
         Bytes damaged = firstBlock;
         damaged[byte] ^= 0x20;
         require(parseEdid(damaged) == EdidNumbers(), "one damaged byte and nothing is believed");
@@ -121,8 +121,8 @@ void check(std::span<const std::uint8_t> input) {
     }
     const bool isToBeMended = input.front() % 2 != 0;
     const std::size_t outputs = input.front() / 2 % 8;
-    Bytes edid(input.begin() + 1,
-               input.begin() + static_cast<std::ptrdiff_t>(std::min(input.size(), blockSize + 1)));
+    Bytes edid(input.begin() + 1, input.begin() + static_cast<std::ptrdiff_t>(
+                                                      std::min(input.size(), edidBlockSize + 1)));
     std::string names(input.begin() + 1 + static_cast<std::ptrdiff_t>(edid.size()), input.end());
     if (isToBeMended) {
         mend(edid);

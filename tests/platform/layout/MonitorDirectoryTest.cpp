@@ -13,8 +13,8 @@ namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr EdidNumbers someone{.vendor = 1, .product = 2, .serial = 3};
-constexpr EdidNumbers other{.vendor = 1, .product = 2, .serial = 4};
+constexpr EdidNumbers someMonitor{.vendor = 1, .product = 2, .serial = 3};
+constexpr EdidNumbers otherMonitor{.vendor = 1, .product = 2, .serial = 4};
 
 /// Two processes of one user, or one and its next run.
 class MonitorDirectoryTest : public testing::Test {
@@ -30,15 +30,15 @@ protected:
 };
 
 TEST_F(MonitorDirectoryTest, AnotherProcessKnowsWhoHasMoved) {
-    const DisplayID first = firstOf({{"DP-1", someone}, {"DP-2", {}}}, here);
+    const DisplayID first = firstOf({{"DP-1", someMonitor}, {"DP-2", {}}}, here);
 
-    EXPECT_EQ(firstOf({{"DP-2", someone}, {"DP-1", {}}}, there), first);
+    EXPECT_EQ(firstOf({{"DP-2", someMonitor}, {"DP-1", {}}}, there), first);
 }
 
 TEST_F(MonitorDirectoryTest, AnotherProcessKnowsWhoWasThereFirst) {
-    const DisplayID first = firstOf({{"DP-1", someone}, {"DP-2", {}}}, here);
-    ASSERT_EQ(firstOf({{"DP-2", someone}, {"DP-1", {}}}, here), first);
-    const std::vector<Identity> twins{{"DP-2", someone}, {"DP-1", someone}};
+    const DisplayID first = firstOf({{"DP-1", someMonitor}, {"DP-2", {}}}, here);
+    ASSERT_EQ(firstOf({{"DP-2", someMonitor}, {"DP-1", {}}}, here), first);
+    const std::vector<Identity> twins{{"DP-2", someMonitor}, {"DP-1", someMonitor}};
 
     EXPECT_EQ(firstOf(twins, there), first);
     EXPECT_EQ(firstOf(twins, here), first);
@@ -47,15 +47,15 @@ TEST_F(MonitorDirectoryTest, AnotherProcessKnowsWhoWasThereFirst) {
 }
 
 TEST_F(MonitorDirectoryTest, OneThatMissedTheTwinAsksTheStoreBeforeItTakesItForAMove) {
-    const DisplayID first = firstOf({{"DP-1", someone}, {"DP-2", {}}}, here);
-    const DisplayID twin = firstOf({{"DP-2", someone}, {"DP-1", someone}}, there);
+    const DisplayID first = firstOf({{"DP-1", someMonitor}, {"DP-2", {}}}, here);
+    const DisplayID twin = firstOf({{"DP-2", someMonitor}, {"DP-1", someMonitor}}, there);
     ASSERT_NE(twin, first);
 
-    EXPECT_EQ(firstOf({{"DP-2", someone}, {"DP-1", {}}}, here), twin);
+    EXPECT_EQ(firstOf({{"DP-2", someMonitor}, {"DP-1", {}}}, here), twin);
 }
 
 TEST_F(MonitorDirectoryTest, KnowsAllThatAnotherHasMet) {
-    const std::vector<Identity> outputs{{"DP-1", someone}};
+    const std::vector<Identity> outputs{{"DP-1", someMonitor}};
     here.meet(outputs);
 
     EXPECT_EQ(there.all(), here.all());
@@ -63,7 +63,7 @@ TEST_F(MonitorDirectoryTest, KnowsAllThatAnotherHasMet) {
 }
 
 TEST_F(MonitorDirectoryTest, TheStoreIsLeftAloneWhileThereIsNoNews) {
-    const std::vector<Identity> outputs{{"DP-1", someone}, {"DP-2", {}}};
+    const std::vector<Identity> outputs{{"DP-1", someMonitor}, {"DP-2", {}}};
     here.meet(outputs);
     const auto reads = store.reads();
     const auto writes = store.writes();
@@ -78,9 +78,9 @@ TEST_F(MonitorDirectoryTest, TheStoreIsLeftAloneWhileThereIsNoNews) {
 
 TEST_F(MonitorDirectoryTest, WithoutAStoreAProcessKnowsWhomItHasMet) {
     store.setWritable(false);
-    const DisplayID first = firstOf({{"DP-1", someone}, {"DP-2", {}}}, here);
+    const DisplayID first = firstOf({{"DP-1", someMonitor}, {"DP-2", {}}}, here);
 
-    EXPECT_EQ(firstOf({{"DP-2", someone}, {"DP-1", {}}}, here), first);
+    EXPECT_EQ(firstOf({{"DP-2", someMonitor}, {"DP-1", {}}}, here), first);
     EXPECT_THAT(here.all(), SizeIs(1));
     EXPECT_THAT(there.all(), IsEmpty());
 }
@@ -88,7 +88,7 @@ TEST_F(MonitorDirectoryTest, WithoutAStoreAProcessKnowsWhomItHasMet) {
 TEST_F(MonitorDirectoryTest, WhatIsDamagedIsReplaced) {
     store.replaceFromOutside(knownMonitorsKey, "[{");
 
-    here.meet({{"DP-1", someone}});
+    here.meet({{"DP-1", someMonitor}});
 
     EXPECT_EQ(decodeMonitors(*store.data(knownMonitorsKey)), here.all());
 }
@@ -103,19 +103,19 @@ TEST_F(MonitorDirectoryTest, OfVeryManyTheLatestAreKept) {
 }
 
 TEST(KnownMonitorsTest, KeepTheirStoredForm) {
-    EXPECT_EQ(encodeMonitors({{{"DP-1", someone}, 7}}),
+    EXPECT_EQ(encodeMonitors({{{"DP-1", someMonitor}, 7}}),
               R"([{"connector":"DP-1","display":7,"product":2,"serial":3,"vendor":1}])");
 }
 
 TEST(KnownMonitorsTest, ReadBackWhatWasWritten) {
-    const KnownMonitors some{{{"DP-1", someone}, 4000000000U}, {{"eDP-1", other}, 1}};
+    const KnownMonitors some{{{"DP-1", someMonitor}, 4000000000U}, {{"eDP-1", otherMonitor}, 1}};
 
     EXPECT_EQ(decodeMonitors(encodeMonitors(some)), some);
     EXPECT_EQ(decodeMonitors(encodeMonitors({})), KnownMonitors());
 }
 
 TEST(KnownMonitorsTest, AConnectorMayBeCalledAnything) {
-    EXPECT_NE(decodeMonitors(encodeMonitors({{{"\xff", someone}, 7}})), std::nullopt);
+    EXPECT_NE(decodeMonitors(encodeMonitors({{{"\xff", someMonitor}, 7}})), std::nullopt);
 }
 
 TEST(KnownMonitorsTest, RefuseWhatIsNotAListOfThem) {
