@@ -1,5 +1,6 @@
 #include "ui/DisplayControlView.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
 #include <optional>
@@ -124,8 +125,9 @@ void DisplayControlView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
 }
 
-void DisplayControlView::paintEvent(QPaintEvent*) {
-    QPainter(this).drawPixmap(0, 0, backdrop_.pixmap(size(), devicePixelRatioF()));
+void DisplayControlView::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    backdrop_.paint(painter, size(), event->rect());
 }
 
 }  // namespace tavrel

@@ -35,7 +35,7 @@ class ViewPictureTest : public ViewTest {
 protected:
     /// The bare background with what `paint` adds.
     static QImage design(const std::function<void(QPainter&)>& paint) {
-        QImage image = Backdrop().pixmap({520, 486}, 1).toImage();
+        QImage image = Backdrop().image({520, 486}, 1, {0, 0, 520, 486});
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);

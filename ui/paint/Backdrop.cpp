@@ -1,6 +1,6 @@
 #include "ui/paint/Backdrop.h"
 
-#include <QImage>
+#include <QPainter>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,11 +13,10 @@
 namespace tavrel {
 namespace {
 
-constexpr double samplesPerPoint = 1;
 /// How many standard deviations beyond the disc's edge the glow ends: less than a
 /// thousandth of a colour step is left there.
 constexpr double reach = 5;
-constexpr int strips = 128;
+constexpr int strips = 64;
 
 /// The part of a Gaussian centred at 0 that lies between `from` and `to`.
 double gaussianBetween(double from, double to, double sigma) {
@@ -25,74 +24,114 @@ double gaussianBetween(double from, double to, double sigma) {
     return 0.5 * (std::erf(to * scale) - std::erf(from * scale));
 }
 
-/// The weight over the disc of a Gaussian centred `distance` away from the disc's centre.
-/// The disc is cut into strips parallel to the line between both centres.
-double blurredDisc(double distance, double radius, double sigma) {
-    double sum = 0;
+/// A strip of the disc, parallel to the line between the disc's centre and the Gaussian's.
+struct Strip {
+    double halfLength;
+    double weight;
+};
+
+std::array<Strip, strips> stripsOf(double radius, double sigma) {
+    std::array<Strip, strips> result{};
     for (int strip = 0; strip < strips; ++strip) {
         const double from = radius * (2.0 * strip / strips - 1);
         const double to = radius * (2.0 * (strip + 1) / strips - 1);
         const double y = (from + to) / 2;
-        const double halfChord = std::sqrt(radius * radius - y * y);
-        sum += gaussianBetween(from, to, sigma) *
-               gaussianBetween(-halfChord - distance, halfChord - distance, sigma);
+        result[static_cast<std::size_t>(strip)] = {.halfLength = std::sqrt(radius * radius - y * y),
+                                                   .weight = gaussianBetween(from, to, sigma)};
+    }
+    return result;
+}
+
+/// The weight over the disc of a Gaussian centred `distance` away from the disc's centre.
+double blurredDisc(double distance, const std::array<Strip, strips>& disc, double sigma) {
+    double sum = 0;
+    for (const Strip& strip : disc) {
+        sum += strip.weight *
+               gaussianBetween(-strip.halfLength - distance, strip.halfLength - distance, sigma);
     }
     return sum;
 }
 
-using Rgb = std::array<double, 3>;
+using Rgb = std::array<float, 3>;
 
-constexpr Rgb topLeading{0.045, 0.06, 0.1};
-constexpr Rgb bottomTrailing{0.085, 0.095, 0.15};
+constexpr Rgb topLeading{0.045F, 0.06F, 0.1F};
+constexpr Rgb bottomTrailing{0.085F, 0.095F, 0.15F};
 
 constexpr double glowDiameter = 300;
 constexpr double glowBlurRadius = 65;
-constexpr double glowOpacity = 0.18;
+constexpr float glowOpacity = 0.18F;
 /// From the middle of the window.
-constexpr double glowOffsetX = 190;
-constexpr double glowOffsetY = -180;
+constexpr float glowOffsetX = 190;
+constexpr float glowOffsetY = -180;
 
-/// A value in [-0.5, 0.5) that looks random but is always the same for these arguments.
-double noise(std::uint32_t x, std::uint32_t y, std::uint32_t channel) {
-    std::uint32_t bits = x * 0x9E3779B1U ^ y * 0x85EBCA77U ^ (channel + 1) * 0xC2B2AE3DU;
+/// Looks random but is always the same for these arguments.
+std::uint32_t noise(std::uint32_t x, std::uint32_t y) {
+    std::uint32_t bits = x * 0x9E3779B1U ^ y * 0x85EBCA77U;
     bits = (bits ^ bits >> 15U) * 0x2C1B3C6DU;
     bits = (bits ^ bits >> 12U) * 0x297A2D39U;
-    bits ^= bits >> 15U;
-    return bits / 4294967296.0 - 0.5;
+    return bits ^ bits >> 15U;
 }
 
-int dithered(double component, double noise) {
-    return std::clamp(static_cast<int>(std::lround(component * 255 + noise)), 0, 255);
+/// `component` in colour steps, rounded up or down at random; the nearer one step is, the more
+/// often to that. Ten bits of `noise` decide. No colour of the backdrop comes near either end.
+std::uint32_t dithered(float component, std::uint32_t noise) {
+    constexpr float bitsOfNoise = 1024;
+    const auto part = static_cast<float>(static_cast<std::int32_t>(noise & 1023U)) / bitsOfNoise;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(component * 255 + part));
 }
 
-QImage render(const QSize& size, double ratio, const Glow& glow) {
-    QImage image((QSizeF(size) * ratio).toSize(), QImage::Format_RGB32);
-    const double width = size.width();
-    const double height = size.height();
-    const Rgb glowColor{theme::indigo.redF(), theme::indigo.greenF(), theme::indigo.blueF()};
+/// One row of the backdrop, worked out in several plain loops that the compiler can widen.
+class RowPainter {
+public:
+    RowPainter(const QSize& size, double ratio, const QRect& part, const Glow& glow)
+        : width_(static_cast<float>(size.width())),
+          height_(static_cast<float>(size.height())),
+          ratio_(static_cast<float>(ratio)),
+          part_(part),
+          glow_(glow),
+          along_(static_cast<std::size_t>(part.width())),
+          alpha_(along_.size()) {}
 
-    for (int row = 0; row < image.height(); ++row) {
-        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(row));
-        const double y = (row + 0.5) / ratio;
-        const double glowY = y - (height / 2 + glowOffsetY);
-        for (int column = 0; column < image.width(); ++column) {
-            const double x = (column + 0.5) / ratio;
-            const double along = (x * width + y * height) / (width * width + height * height);
-            const double glowX = x - (width / 2 + glowOffsetX);
-            const double alpha = glowOpacity * glow.strengthAt(std::hypot(glowX, glowY));
-            std::array<int, 3> pixel{};
-            for (std::uint32_t c = 0; c < pixel.size(); ++c) {
-                const double base = topLeading[c] + (bottomTrailing[c] - topLeading[c]) * along;
-                pixel[c] = dithered(
-                    base * (1 - alpha) + glowColor[c] * alpha,
-                    noise(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row), c));
-            }
-            line[column] = qRgb(pixel[0], pixel[1], pixel[2]);
+    /// Writes the row with this number in the whole window's picture.
+    void paint(int row, QRgb* line) {
+        const float y = (static_cast<float>(row) + 0.5F) / ratio_;
+        const float glowY = y - (height_ / 2 + glowOffsetY);
+        const float square = width_ * width_ + height_ * height_;
+        for (std::size_t i = 0; i < along_.size(); ++i) {
+            const float x =
+                (static_cast<float>(part_.left() + static_cast<int>(i)) + 0.5F) / ratio_;
+            const float glowX = x - (width_ / 2 + glowOffsetX);
+            along_[i] = (x * width_ + y * height_) / square;
+            alpha_[i] = glowX * glowX + glowY * glowY;
+        }
+        for (float& alpha : alpha_) {
+            alpha = glowOpacity * glow_.strengthAt(std::sqrt(alpha));
+        }
+        const auto left = static_cast<std::uint32_t>(part_.left());
+        for (std::size_t i = 0; i < along_.size(); ++i) {
+            const std::uint32_t bits =
+                noise(left + static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(row));
+            line[i] = 0xFF000000U | component(i, 0, bits) << 16U |
+                      component(i, 1, bits >> 11U) << 8U | component(i, 2, bits >> 22U);
         }
     }
-    image.setDevicePixelRatio(ratio);
-    return image;
-}
+
+private:
+    std::uint32_t component(std::size_t i, std::size_t c, std::uint32_t bits) const {
+        const float base = topLeading[c] + (bottomTrailing[c] - topLeading[c]) * along_[i];
+        return dithered(base + (glowColor_[c] - base) * alpha_[i], bits);
+    }
+
+    const float width_;
+    const float height_;
+    const float ratio_;
+    const QRect part_;
+    const Glow& glow_;
+    const Rgb glowColor_{theme::indigo.redF(), theme::indigo.greenF(), theme::indigo.blueF()};
+    /// How far from one corner to the other.
+    std::vector<float> along_;
+    std::vector<float> alpha_;
+};
 
 }  // namespace
 
@@ -100,31 +139,34 @@ Glow::Glow(double discRadius, double blurRadius) {
     const double farthest = discRadius + reach * blurRadius;
     const auto count = static_cast<std::size_t>(std::ceil(farthest * samplesPerPoint));
     samples_.reserve(count + 1);
+    const auto disc = stripsOf(discRadius, blurRadius);
     for (std::size_t i = 0; i < count; ++i) {
         const double distance = static_cast<double>(i) / samplesPerPoint;
-        samples_.push_back(blurredDisc(distance, discRadius, blurRadius));
+        samples_.push_back(static_cast<float>(blurredDisc(distance, disc, blurRadius)));
     }
     samples_.push_back(0);
 }
 
-double Glow::strengthAt(double distance) const {
-    const double at = std::abs(distance) * samplesPerPoint;
-    const auto index = static_cast<std::size_t>(at);
-    if (index + 1 >= samples_.size()) {
-        return 0;
-    }
-    const double part = at - static_cast<double>(index);
-    return samples_[index] * (1 - part) + samples_[index + 1] * part;
-}
-
 Backdrop::Backdrop() : glow_(glowDiameter / 2, glowBlurRadius) {}
 
-const QPixmap& Backdrop::pixmap(const QSize& size, double devicePixelRatio) {
-    if (size != size_ || pixmap_.devicePixelRatio() != devicePixelRatio) {
-        pixmap_ = QPixmap::fromImage(render(size, devicePixelRatio, glow_));
-        size_ = size;
+QImage Backdrop::image(const QSize& size, double ratio, const QRect& part) const {
+    QImage image(part.size(), QImage::Format_RGB32);
+    RowPainter painter(size, ratio, part, glow_);
+    for (int row = 0; row < part.height(); ++row) {
+        painter.paint(part.top() + row, reinterpret_cast<QRgb*>(image.scanLine(row)));
     }
-    return pixmap_;
+    image.setDevicePixelRatio(ratio);
+    return image;
+}
+
+void Backdrop::paint(QPainter& painter, const QSize& size, const QRect& exposed) const {
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QRectF pixels(exposed.x() * ratio, exposed.y() * ratio, exposed.width() * ratio,
+                        exposed.height() * ratio);
+    const QRect part = pixels.toAlignedRect();
+    if (!part.isEmpty()) {
+        painter.drawImage(QPointF(part.topLeft()) / ratio, image(size, ratio, part));
+    }
 }
 
 }  // namespace tavrel

@@ -1,8 +1,13 @@
 #pragma once
 
-#include <QPixmap>
+#include <QImage>
+#include <QRect>
 #include <QSize>
+#include <cstddef>
+#include <cstdint>
 #include <vector>
+
+class QPainter;
 
 namespace tavrel {
 
@@ -15,11 +20,23 @@ public:
     /// A disc of `discRadius` blurred with the standard deviation `blurRadius`.
     Glow(double discRadius, double blurRadius);
 
-    /// From 1, the disc's full colour, down to 0. Never rises with the distance.
-    double strengthAt(double distance) const;
+    /// From 1, the disc's full colour, down to 0. Never rises with the distance, which is not
+    /// negative. Asked for each pixel, so it stands here.
+    float strengthAt(float distance) const {
+        const float at = distance * samplesPerPoint;
+        const auto index = static_cast<std::size_t>(static_cast<std::int32_t>(at));
+        if (index + 1 >= samples_.size()) {
+            return 0;
+        }
+        const float part = at - static_cast<float>(static_cast<std::int32_t>(at));
+        return samples_[index] + (samples_[index + 1] - samples_[index]) * part;
+    }
 
 private:
-    std::vector<double> samples_;
+    /// A straight line between two of them is right to less than a hundredth of a colour step.
+    static constexpr float samplesPerPoint = 0.25F;
+
+    std::vector<float> samples_;
 };
 
 /// The window's background: a dark gradient from the top left to the bottom right corner,
@@ -31,14 +48,16 @@ class Backdrop {
 public:
     Backdrop();
 
-    /// The background of a window of `size` points, at the device's resolution. It is cached,
-    /// and the reference valid, until another size or ratio is asked for.
-    const QPixmap& pixmap(const QSize& size, double devicePixelRatio);
+    /// A part of the background of a window of `size` points, in pixels of a device that has
+    /// `ratio` of them to the point. Each part is what the whole shows there.
+    QImage image(const QSize& size, double ratio, const QRect& part) const;
+
+    /// Paints what is `exposed` of it, in points. Nothing is kept: it is computed faster than
+    /// the window is shown, and a picture of it would take as much memory as the window.
+    void paint(QPainter& painter, const QSize& size, const QRect& exposed) const;
 
 private:
     Glow glow_;
-    QPixmap pixmap_;
-    QSize size_;
 };
 
 }  // namespace tavrel

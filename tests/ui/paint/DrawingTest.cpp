@@ -71,7 +71,7 @@ TEST(GlowTest, IsADiscBlurredByAGaussian) {
 
     EXPECT_NEAR(glow.strengthAt(0), 1 - std::exp(-radius * radius / (2 * sigma * sigma)), 1e-4);
     // Elsewhere compared with a plain sum over a fine grid.
-    for (const double distance : {60.0, 150.0, 200.0, 300.0}) {
+    for (const float distance : {60.0F, 150.0F, 200.0F, 300.0F}) {
         double sum = 0;
         constexpr double step = 2;
         for (double x = -radius + step / 2; x < radius; x += step) {
@@ -90,33 +90,55 @@ TEST(GlowTest, IsADiscBlurredByAGaussian) {
 TEST(GlowTest, FallsSteadilyToNothing) {
     const Glow glow(150, 65);
 
-    for (double distance = 0; distance < 600; distance += 0.25) {
-        EXPECT_GE(glow.strengthAt(distance), glow.strengthAt(distance + 0.25)) << distance;
+    for (float distance = 0; distance < 600; distance += 0.25F) {
+        EXPECT_GE(glow.strengthAt(distance), glow.strengthAt(distance + 0.25F)) << distance;
     }
     EXPECT_EQ(glow.strengthAt(600), 0);
 }
 
 TEST(BackdropTest, HasTheResolutionOfTheDevice) {
-    Backdrop backdrop;
+    const Backdrop backdrop;
+    const QPoint middle(260, 243);
 
-    EXPECT_EQ(backdrop.pixmap({520, 486}, 2).size(), QSize(1040, 972));
-    EXPECT_EQ(backdrop.pixmap({520, 486}, 2).devicePixelRatio(), 2);
-    EXPECT_EQ(backdrop.pixmap({520, 486}, 1.5).size(), QSize(780, 729));
+    const QImage coarse = backdrop.image({520, 486}, 1, {middle, QSize(1, 1)});
+    const QImage fine = backdrop.image({520, 486}, 2, {2 * middle, QSize(1, 1)});
+
+    EXPECT_EQ(fine.devicePixelRatio(), 2);
+    EXPECT_TRUE(isNear(fine.pixelColor(0, 0), coarse.pixelColor(0, 0), 1));
 }
 
-TEST(BackdropTest, IsKeptUntilAnotherSizeIsAskedFor) {
-    Backdrop backdrop;
-    const qint64 key = backdrop.pixmap({52, 48}, 1).cacheKey();
+TEST(BackdropTest, APartIsWhatTheWholeShowsThere) {
+    const Backdrop backdrop;
+    const QRect part(413, 20, 90, 41);
 
-    EXPECT_EQ(backdrop.pixmap({52, 48}, 1).cacheKey(), key);
-    const qint64 finer = backdrop.pixmap({52, 48}, 2).cacheKey();
-    EXPECT_NE(finer, key);
-    EXPECT_NE(backdrop.pixmap({26, 24}, 2).cacheKey(), finer);
+    const QImage whole = backdrop.image({520, 486}, 1, {0, 0, 520, 486});
+
+    EXPECT_EQ(backdrop.image({520, 486}, 1, part), whole.copy(part));
+}
+
+TEST(BackdropTest, PaintsWhatIsExposedToThePixel) {
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        const QSize pixels = QSize(52, 48) * ratio;
+        QImage picture(pixels, QImage::Format_RGB32);
+        picture.setDevicePixelRatio(ratio);
+        picture.fill(Qt::white);
+        QPainter painter(&picture);
+        const Backdrop backdrop;
+
+        backdrop.paint(painter, {52, 48}, {10, 12, 20, 8});
+        painter.end();
+
+        const QImage whole = backdrop.image({52, 48}, ratio, QRect(QPoint(), pixels));
+        const QRect exposed(QPoint(10, 12) * ratio, QSize(20, 8) * ratio);
+        EXPECT_EQ(picture.copy(exposed), whole.copy(exposed)) << ratio;
+        EXPECT_EQ(picture.pixel(exposed.topLeft() - QPoint(1, 1)), 0xFFFFFFFFU) << ratio;
+        EXPECT_EQ(picture.pixel(exposed.bottomRight() + QPoint(1, 1)), 0xFFFFFFFFU) << ratio;
+    }
 }
 
 TEST(BackdropTest, ShowsNoBands) {
-    Backdrop backdrop;
-    const QImage image = backdrop.pixmap({520, 486}, 1).toImage();
+    const Backdrop backdrop;
+    const QImage image = backdrop.image({520, 486}, 1, {0, 0, 520, 486});
 
     // Undithered, such a long stretch of the faint gradient would be one single colour. The
     // noise is no more than one step of a channel.
