@@ -1,6 +1,7 @@
 #include "app/TavrelApp.h"
 
 #include <cstdlib>
+#include <future>
 #include <optional>
 #include <utility>
 
@@ -13,6 +14,7 @@
 #include "app/StartupFailure.h"
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
+#include "platform/posix/Heap.h"
 #include "platform/posix/TerminationSignals.h"
 #include "ui/paint/Theme.h"
 
@@ -38,6 +40,7 @@ void preferWayland() {
 }  // namespace
 
 int TavrelApp::main(int argc, char** argv) {
+    shareOneHeap();
     preferWayland();
     const TerminationSignals terminationSignals;
     auto onlyCopy = becomeOnlyCopy();
@@ -53,6 +56,8 @@ int TavrelApp::main(int argc, char** argv) {
     QApplication application(argc, argv);
     startupFailure.reset();
 
+    // Beside what is done until there is a window to write in.
+    const auto fonts = std::async(std::launch::async, theme::findFonts);
     theme::applyTo(application);
     const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,

@@ -8,6 +8,8 @@
 #include <QToolTip>
 #include <algorithm>
 
+#include "ui/paint/DesignStyle.h"
+
 namespace tavrel::theme {
 namespace {
 
@@ -18,12 +20,18 @@ QString systemFamily() {
     return QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
 }
 
-/// The Mac's own rounded font, which cannot be asked for by name. Empty on other systems.
+#ifdef Q_OS_MACOS
+/// The Mac's own rounded font, which cannot be asked for by name.
 QStringList systemRoundedFamilies() {
-    static const int font =
+    const int font =
         QFontDatabase::addApplicationFont(QStringLiteral("/System/Library/Fonts/SFNSRounded.ttf"));
     return font < 0 ? QStringList() : QFontDatabase::applicationFontFamilies(font);
 }
+#else
+QStringList systemRoundedFamilies() {
+    return {};
+}
+#endif
 
 QStringList families(FontDesign design) {
     switch (design) {
@@ -43,7 +51,9 @@ QStringList families(FontDesign design) {
 #endif
 }
 
-QStringList installed(const QStringList& wanted) {
+/// The last of them, the system's own, needs no check.
+QStringList installed(QStringList wanted) {
+    const QString last = wanted.takeLast();
     QStringList result;
     for (const QString& family : wanted) {
         // A family whose name starts with a dot is never listed, yet can be asked for.
@@ -51,7 +61,23 @@ QStringList installed(const QStringList& wanted) {
             result += family;
         }
     }
-    return result.isEmpty() ? QStringList{wanted.last()} : result;
+    return result + QStringList{last};
+}
+
+/// Looked up once: each question takes the font system longer than all else that a label does.
+const QStringList& installedFamilies(FontDesign design) {
+    static const QStringList standard = installed(families(FontDesign::standard));
+    static const QStringList rounded = installed(families(FontDesign::rounded));
+    static const QStringList monospaced = installed(families(FontDesign::monospaced));
+    switch (design) {
+        case FontDesign::rounded:
+            return rounded;
+        case FontDesign::monospaced:
+            return monospaced;
+        case FontDesign::standard:
+            break;
+    }
+    return standard;
 }
 
 }  // namespace
@@ -67,7 +93,7 @@ QColor white(double opacity) {
 
 QFont font(const FontSpec& spec, double scale) {
     QFont font;
-    font.setFamilies(installed(families(spec.design)));
+    font.setFamilies(installedFamilies(spec.design));
     font.setPixelSize(qRound(spec.size * scale));
     font.setWeight(spec.weight);
     font.setHintingPreference(QFont::PreferNoHinting);
@@ -78,6 +104,11 @@ QFont font(const FontSpec& spec, double scale) {
         font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking * scale);
     }
     return font;
+}
+
+void findFonts() {
+    // Guarded by the toolkit. What the desktop's theme says of fonts is not.
+    static_cast<void>(QFontDatabase::families());
 }
 
 FontSpec specFor(const QString& text, const FontSpec& spec) {
@@ -127,8 +158,7 @@ QPalette darkPalette() {
 
 void applyTo(QApplication& /*application*/) {
 #ifndef Q_OS_MACOS
-    // The desktop's own style may ignore the palette; this one never does.
-    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setStyle(new DesignStyle);
 #endif
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
     // For what the system draws: title bars and native menus.

@@ -45,6 +45,12 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
+/// Reads which fonts are installed, which takes as long as all else until the window is shown. To
+/// be called before the first font is wanted, on any thread; whoever wants one meanwhile waits.
+///
+/// REQUIRES: the application exists, and goes on existing until this returns.
+void findFonts();
+
 /// `spec` in its own design if that one's font has every letter of `text`, else in the first
 /// design whose font has them: so that a text of rare letters is drawn in one hand, not patched
 /// together from several fonts. `spec` itself where no font has them all.
