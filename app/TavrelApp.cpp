@@ -1,7 +1,6 @@
 #include "app/TavrelApp.h"
 
 #include <cstdlib>
-#include <future>
 #include <optional>
 #include <utility>
 
@@ -57,12 +56,12 @@ int TavrelApp::main(int argc, char** argv) {
     startupFailure.reset();
 
     // Beside what is done until there is a window to write in.
-    const auto fonts = std::async(std::launch::async, theme::findFonts);
+    std::future<void> fonts = std::async(std::launch::async, theme::findFonts);
     theme::applyTo(application);
     const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);
-    return TavrelApp(std::move(onlyCopy)).run(application);
+    return TavrelApp(std::move(onlyCopy)).run(application, std::move(fonts));
 }
 
 TavrelApp::TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy)
@@ -70,7 +69,7 @@ TavrelApp::TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy)
       quitSequence_(_appDelegate, composition_.switchOffGate(), composition_.quitHelp()),
       onlyCopy_(std::move(onlyCopy)) {}
 
-int TavrelApp::run(QApplication& application) {
+int TavrelApp::run(QApplication& application, std::future<void> fonts) {
     const QuitRequests quitRequests(application, [this] { end(); });
     // For a main loop that ends without having been asked.
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] { end(); });
@@ -82,6 +81,7 @@ int TavrelApp::run(QApplication& application) {
         }
     });
 
+    fonts.wait();
     MainWindow window(_controller, composition_.hotKeys());
     const WindowKeeper windowKeeper(window);
     QApplication::setQuitOnLastWindowClosed(composition_.quitOnLastWindowClosed());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <memory>
 
 #include "app/AppDelegate.h"
@@ -20,7 +21,8 @@ public:
 
 private:
     explicit TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy);
-    int run(QApplication& application);
+    /// The first window is made when `fonts` have been found.
+    int run(QApplication& application, std::future<void> fonts);
     /// What is to be done before the process ends; only the first call does anything.
     void end();
 

@@ -45,8 +45,8 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
-/// Reads which fonts are installed, which takes as long as all else until the window is shown. To
-/// be called before the first font is wanted, on any thread; whoever wants one meanwhile waits.
+/// Reads which fonts are installed, which takes as long as all else until the window is shown. For
+/// any thread, before the first font is wanted: who wants one meanwhile reads them a second time.
 ///
 /// REQUIRES: the application exists, and goes on existing until this returns.
 void findFonts();
