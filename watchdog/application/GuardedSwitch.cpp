@@ -103,6 +103,7 @@ std::future<ServerStatus> GuardedSwitch::add(const std::shared_ptr<Request>& req
 }
 
 void GuardedSwitch::work() {
+    supervisor_.start();
     bool isEnding = false;
     while (!isEnding) {
         awaitWork();

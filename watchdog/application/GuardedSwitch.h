@@ -34,8 +34,8 @@ namespace tavrel::watchdog {
 /// that is grabbed, the rescue waits for the server.
 class GuardedSwitch : public DisplaySwitch {
 public:
-    /// Starts a watchdog, and from now on another whenever it dies. `inner` and `queries`, about
-    /// the same displays, must outlive it.
+    /// Has a watchdog started, and from now on another whenever it dies. Does not wait for that;
+    /// the first change does. `inner` and `queries`, about the same displays, must outlive it.
     GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup);
     /// Without a goodbye before, the watchdog switches on what is off.
     ~GuardedSwitch() override;

@@ -18,9 +18,7 @@ constexpr std::chrono::seconds promptAnswer{1};
 
 WatchdogSupervisor::WatchdogSupervisor(DisplaySwitch& inner, DisplayQueries& queries,
                                        SupervisorSetup setup)
-    : inner_(inner), queries_(queries), setup_(std::move(setup)) {
-    startWatchdogIfDue();
-}
+    : inner_(inner), queries_(queries), setup_(std::move(setup)) {}
 
 ServerStatus WatchdogSupervisor::setDisplayEnabled(DisplayID display, bool enabled) {
     const ServerStatus status = enabled ? switchOn(display) : switchOff(display);

@@ -42,9 +42,13 @@ struct SupervisorSetup {
 /// To be used by one thread at a time, but for what says otherwise.
 class WatchdogSupervisor {
 public:
-    /// Starts a watchdog. `inner` switches in this process; it and `queries`, about the same
-    /// displays, must outlive it.
+    /// `inner` switches in this process; it and `queries`, about the same displays, must outlive
+    /// it.
     WatchdogSupervisor(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup);
+
+    /// Starts a watchdog, for as long as it takes the system to load it. Comes before any change
+    /// or end that is asked for.
+    void start() { startWatchdogIfDue(); }
 
     /// As in `DisplaySwitch`. When the watchdog dies or hangs during the request:
     /// - a request to switch on is handed to the next watchdog, or made in this process when

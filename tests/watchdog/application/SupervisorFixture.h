@@ -70,6 +70,7 @@ protected:
                                 .pause = [this](std::chrono::milliseconds time) { pause(time); },
                                 .answerTimeout = answerTimeout,
                                 .urgentTimeout = urgentTimeout});
+            supervisor_->start();
         }
         return *supervisor_;
     }
