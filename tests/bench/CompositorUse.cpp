@@ -13,13 +13,6 @@ namespace tavrel::bench {
 
 namespace {
 
-/// The application and its helper.
-std::vector<pid_t> familyOf(const Played& played) {
-    std::vector<pid_t> family = Desk::helpersWith("WAYLAND_DISPLAY=" + played.displayName);
-    family.insert(family.begin(), played.process());
-    return family;
-}
-
 void measureStarts(const Played& played, const std::string& where, const Extent& extent,
                    Report& report) {
     std::vector<double> starts;
@@ -51,7 +44,8 @@ double timePress(const Played& played, scenario::Display row, const OneDisplay& 
 void measureStay(const Played& played, const std::string& where, const Extent& extent,
                  Report& report) {
     measureStarts(played, where, extent, report);
-    const std::vector<pid_t> family = familyOf(played);
+    const std::vector<pid_t> family =
+        withHelper(played.process(), "WAYLAND_DISPLAY=" + played.displayName);
     report.add({.what = where + ": resident memory, while a screen reader is there",
                 .unit = "MiB",
                 .ours = {ProcessUse::of(family.front()).residentMebibytes}});

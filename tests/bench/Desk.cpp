@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <sstream>
+#include <stdexcept>
 
 #include "tests/watchdog/Processes.h"
 
@@ -36,14 +37,12 @@ std::unique_ptr<support::AppProcess> Desk::start(const Program& program,
         support::AppProcess::Options{.program = program.command, .environment = whole});
 }
 
-std::vector<pid_t> Desk::familyOf(const support::AppProcess& program) const {
-    std::vector<pid_t> family = helpersWith("DISPLAY=" + desktop_.displayName());
-    family.insert(family.begin(), program.pid());
-    return family;
-}
-
-std::vector<pid_t> Desk::helpersWith(const std::string& entry) {
-    return watchdog::processesOf(TAVREL_WATCHDOG, entry);
+std::vector<pid_t> withHelper(pid_t application, const std::string& entry) {
+    const std::vector<pid_t> helpers = watchdog::processesOf(TAVREL_WATCHDOG, entry);
+    if (helpers.size() != 1) {
+        throw std::runtime_error("there are " + std::to_string(helpers.size()) + " helpers");
+    }
+    return {application, helpers.front()};
 }
 
 }  // namespace tavrel::bench

@@ -16,12 +16,18 @@ struct Program {
     std::string name;
     std::string command;
 
-    static Program tavrel() { return {"Tavrel", TAVREL_PROGRAM}; }
+    bool hasHelper = false;
+
+    static Program tavrel() { return {"Tavrel", TAVREL_PROGRAM, true}; }
     /// Where it is not installed, `isInstalled` is false.
     static Program other(const std::string& name) { return {name, name}; }
 
     bool isInstalled() const;
 };
+
+/// The application and its helper, of which this entry, as in "DISPLAY=:7", in the environment
+/// tells those of others. Throws std::runtime_error when there is not just one helper.
+std::vector<pid_t> withHelper(pid_t application, const std::string& entry);
 
 /// An X server with three monitors, and an ordinary session on it: a message bus, no assistive
 /// technology, no window manager.
@@ -36,11 +42,6 @@ public:
     std::unique_ptr<support::AppProcess> start(const Program& program,
                                                const support::UserHome& home,
                                                const support::Environment& environment = {}) const;
-
-    /// A program that runs there, with what helps it if it is the application.
-    std::vector<pid_t> familyOf(const support::AppProcess& program) const;
-    /// The application's helpers that have this entry, as in "DISPLAY=:7", in their environment.
-    static std::vector<pid_t> helpersWith(const std::string& entry);
 
 private:
     support::VirtualDesktop desktop_;

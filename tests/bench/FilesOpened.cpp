@@ -47,7 +47,9 @@ FilesOpened::FilesOpened(const std::vector<pid_t>& processes) {
     }
 }
 
-long FilesOpened::count() const {
+long FilesOpened::count() {
+    // It writes down the last ones when it ends.
+    strace_->stop();
     long count = 0;
     std::ifstream lines(folder_.path() / "opened");
     for (std::string line; std::getline(lines, line);) {

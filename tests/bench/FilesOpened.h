@@ -18,7 +18,8 @@ public:
     /// Blocks until strace watches all of them. Throws std::runtime_error when it may not.
     explicit FilesOpened(const std::vector<pid_t>& processes);
 
-    long count() const;
+    /// Ends the watch.
+    long count();
 
 private:
     support::TemporaryFolder folder_;

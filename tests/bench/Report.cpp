@@ -20,6 +20,9 @@ std::string limitText(double value) {
 
 /// With three digits that say something.
 std::string figure(double value) {
+    if (value == 0) {
+        return "0";
+    }
     const double size = std::abs(value);
     const int digits = size >= 99.95 ? 0 : size >= 9.995 ? 1 : size >= 0.9995 ? 2 : 3;
     std::array<char, 64> text{};

@@ -29,7 +29,7 @@ struct Comparison {
     std::string what;
     std::string unit = {};
     /// One for each run.
-    std::vector<double> ours;
+    std::vector<double> ours = {};
     /// Who else.
     std::string beside = {};
     /// In the same runs; empty where there is nobody else.

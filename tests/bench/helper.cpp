@@ -63,6 +63,7 @@ void measureHelper(const Extent& extent, Report& report) {
     ::setenv("DISPLAY", desktop.displayName().c_str(), 1);
     ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
     std::vector<double> ready;
+    ready.reserve(static_cast<std::size_t>(extent.runs));
     for (int run = 0; run < extent.runs; ++run) {
         ready.push_back(timeToReady());
     }

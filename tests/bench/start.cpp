@@ -32,13 +32,16 @@ public:
         const Time begin = Clock::now();
         const auto process = desk.start(program, home_);
         const WindowWatch::Opening opening = watch.awaitOpening();
-        const ProcessUse use = ProcessUse::of(desk.familyOf(*process));
+        const pid_t pid = process->pid();
+        const ProcessUse use =
+            ProcessUse::of(program.hasHelper ? withHelper(pid, "DISPLAY=" + desk.displayName())
+                                             : std::vector<pid_t>{pid});
         starts.toWindow.push_back(milliseconds(opening.mapped - begin));
         starts.toContent.push_back(milliseconds(opening.painted - begin));
         starts.fromWindowToContent.push_back(milliseconds(opening.painted - opening.mapped));
         starts.cpu.push_back(use.cpuMilliseconds);
         starts.resident.push_back(use.residentMebibytes);
-        starts.ownResident.push_back(ProcessUse::of(process->pid()).residentMebibytes);
+        starts.ownResident.push_back(ProcessUse::of(pid).residentMebibytes);
         starts.own.push_back(use.privateMebibytes);
     }
 
