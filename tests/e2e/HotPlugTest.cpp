@@ -26,6 +26,10 @@ using support::waitUntil;
 
 enum class Kind { gnome, plasma };
 
+void PrintTo(Kind kind, std::ostream* out) {
+    *out << (kind == Kind::gnome ? "GNOME" : "Plasma");
+}
+
 class HotPlugTest : public testing::TestWithParam<Kind> {
 protected:
     HotPlugTest() {
