@@ -129,7 +129,8 @@ public:
     }
 
     Identification call() {
-        forEachUnnumbered([this](std::size_t at) { recognizeAtConnector(at); });
+        forEachUnnumbered([this](std::size_t at) { recognize(at); });
+        forEachUnnumbered([this](std::size_t at) { recognizeSilentPanel(at); });
         forEachUnnumbered([this](std::size_t at) { recognizeElsewhere(at); });
         forEachUnnumbered([this](std::size_t at) {
             if (!hasEdid(outputs_[at])) {
@@ -161,13 +162,24 @@ private:
                isBuiltInConnector(a.connector) == isBuiltInConnector(b.connector);
     }
 
-    void recognizeAtConnector(std::size_t at) {
+    void recognize(std::size_t at) {
+        takeKnown(at, [&](const Identity& known) { return known == outputs_[at]; });
+    }
+
+    /// A panel whose EDID cannot be read any more. Only after all that say who they are: a name
+    /// of a connector may come twice.
+    void recognizeSilentPanel(std::size_t at) {
         const Identity& output = outputs_[at];
-        const bool isSilentPanel = !hasEdid(output) && isBuiltInConnector(output.connector);
+        if (!hasEdid(output) && isBuiltInConnector(output.connector)) {
+            takeKnown(at,
+                      [&](const Identity& known) { return known.connector == output.connector; });
+        }
+    }
+
+    template <typename IsIt>
+    void takeKnown(std::size_t at, const IsIt& isIt) {
         for (const KnownMonitor& each : result_.known) {
-            if ((each.identity == output ||
-                 (isSilentPanel && each.identity.connector == output.connector)) &&
-                !isTaken(each.display)) {
+            if (isIt(each.identity) && !isTaken(each.display)) {
                 result_.displays[at] = each.display;
                 return;
             }

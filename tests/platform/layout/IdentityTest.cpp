@@ -288,6 +288,13 @@ TEST(IdentifyTest, APanelWhoseEdidCannotBeReadIsStillThatPanel) {
     EXPECT_EQ(machine.unplug("eDP-1").meet("eDP-1"), panel);
 }
 
+TEST(IdentifyTest, APanelThatSaysNothingTakesNoNumberOfOneThatDoesAtAConnectorOfTheSameName) {
+    const std::vector<Identity> outputs{{"eDP-1", {}}, {"eDP-1", someone}};
+    const Identification first = identify(outputs, {});
+
+    EXPECT_EQ(identify(outputs, first.known).displays, first.displays);
+}
+
 TEST(IdentifyTest, APanelIsTheSameWhateverADriverCallsItsConnector) {
     Machine machine({"eDP-1", "eDP-1-1"});
     const DisplayID panel = machine.plug(someone, "eDP-1").meet("eDP-1");
