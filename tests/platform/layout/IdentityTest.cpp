@@ -334,6 +334,13 @@ TEST(IdentifyTest, WhoCollidesKeepsTheNumberWhenTheOtherHasGone) {
     EXPECT_EQ(machine.unplug("A").meet("B"), second);
 }
 
+TEST(IdentifyTest, NobodyGetsTheNumberOfAKnownMonitorThatIsAway) {
+    const auto alike = [](std::string_view) { return 7U; };
+    const KnownMonitors known{{{"DP-1", someone}, 7}};
+
+    EXPECT_EQ(identify({{"DP-2", {}}}, known, alike).displays, std::vector<DisplayID>{8});
+}
+
 TEST(IdentifyTest, NoNumberIsZero) {
     const std::vector<std::string> names{"A", "B", "C"};
     const auto zero = [](std::string_view) { return 0U; };
