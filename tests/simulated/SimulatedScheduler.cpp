@@ -10,6 +10,7 @@ namespace tavrel {
 /// What a repeating timer and the queue share: either may end it.
 struct SimulatedScheduler::Repeat {
     SimulatedScheduler* scheduler;
+    Process process;
     Delay interval;
     Delay due;
     Task tick;
@@ -30,17 +31,18 @@ private:
 
 class SimulatedScheduler::Main : public MainQueue {
 public:
-    explicit Main(SimulatedScheduler& scheduler) : scheduler_(scheduler) {}
+    Main(SimulatedScheduler& scheduler, Process process)
+        : scheduler_(scheduler), process_(process) {}
 
-    void async(Task task) override { scheduler_.addMainTask(Delay::zero(), std::move(task)); }
+    void async(Task task) override { asyncAfter(Delay::zero(), std::move(task)); }
 
     void asyncAfter(Delay delay, Task task) override {
-        scheduler_.addMainTask(std::max(delay, Delay::zero()), std::move(task));
+        scheduler_.addMainTask(process_, std::max(delay, Delay::zero()), std::move(task));
     }
 
     std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) override {
         auto shared = std::make_shared<Repeat>(
-            Repeat{&scheduler_, interval, scheduler_.now() + interval, std::move(tick)});
+            Repeat{&scheduler_, process_, interval, scheduler_.now() + interval, std::move(tick)});
         scheduler_.queueTick(shared);
         return std::make_unique<Timer>(std::move(shared));
     }
@@ -49,6 +51,7 @@ public:
 
 private:
     SimulatedScheduler& scheduler_;
+    const Process process_;
 };
 
 class SimulatedScheduler::Background : public BackgroundQueue {
@@ -77,13 +80,15 @@ SimulatedScheduler::SimulatedScheduler(std::uint64_t seed)
     : mainThread_(std::this_thread::get_id()),
       dice_(std::make_unique<SeededChooser>(seed)),
       chooser_(*dice_),
-      main_(std::make_unique<Main>(*this)),
+      main_{std::make_unique<Main>(*this, Process::first),
+            std::make_unique<Main>(*this, Process::second)},
       background_(std::make_unique<Background>(*this)) {}
 
 SimulatedScheduler::SimulatedScheduler(Chooser& chooser)
     : mainThread_(std::this_thread::get_id()),
       chooser_(chooser),
-      main_(std::make_unique<Main>(*this)),
+      main_{std::make_unique<Main>(*this, Process::first),
+            std::make_unique<Main>(*this, Process::second)},
       background_(std::make_unique<Background>(*this)) {}
 
 SimulatedScheduler::~SimulatedScheduler() {
@@ -101,18 +106,23 @@ void SimulatedScheduler::shutDown() {
     sleepers_.clear();
     idleWorkers_.clear();
     workers_.clear();
-    dropMainTasks();
+    dropMainTasks(Process::first);
+    dropMainTasks(Process::second);
 }
 
-void SimulatedScheduler::dropMainTasks() {
+void SimulatedScheduler::dropMainTasks(Process process) {
+    const auto next = [&] {
+        return std::find_if(mainTasks_.begin(), mainTasks_.end(),
+                            [&](const auto& each) { return each.second.process == process; });
+    };
     // What a dropped task holds may add further tasks while it is destroyed.
-    while (!mainTasks_.empty()) {
-        mainTasks_.extract(mainTasks_.begin());
+    for (auto task = next(); task != mainTasks_.end(); task = next()) {
+        mainTasks_.extract(task);
     }
 }
 
-MainQueue& SimulatedScheduler::mainQueue() {
-    return *main_;
+MainQueue& SimulatedScheduler::mainQueue(Process process) {
+    return *main_.at(static_cast<std::size_t>(process));
 }
 BackgroundQueue& SimulatedScheduler::backgroundQueue() {
     return *background_;
@@ -121,12 +131,14 @@ BackgroundQueue& SimulatedScheduler::backgroundQueue() {
 void SimulatedScheduler::settle() {
     for (;;) {
         promoteDue();
-        const std::size_t choices = readyJobs_.size() + (mainTaskIsDue() ? 1 : 0);
+        const DueTasks due = dueMainTasks();
+        const std::size_t choices = readyJobs_.size() + due.count;
         if (choices == 0) {
             return;
         }
-        if (mainTaskIsDue() && choose(choices) == 0) {
-            runOneMainTask();
+        const std::size_t choice = due.count == 0 ? 0 : choose(choices);
+        if (choice < due.count) {
+            runMainTask(due.tasks.at(choice));
         } else {
             runOneJob();
         }
@@ -134,8 +146,8 @@ void SimulatedScheduler::settle() {
 }
 
 void SimulatedScheduler::runMainTasks() {
-    while (mainTaskIsDue()) {
-        runOneMainTask();
+    for (DueTasks due = dueMainTasks(); due.count > 0; due = dueMainTasks()) {
+        runMainTask(due.tasks.front());
     }
 }
 
@@ -155,15 +167,15 @@ void SimulatedScheduler::advance(Delay duration) {
     }
 }
 
-bool SimulatedScheduler::advanceWithMainBlocked(Delay limit, const std::function<bool()>& done) {
+bool SimulatedScheduler::advanceWithMainBlocked(Delay limit, const std::function<bool()>& done,
+                                                Process process) {
     const Delay end = now_ + limit;
-    for (;;) {
-        runBackgroundJobs();
-        if (done() || now_ >= end) {
-            return done();
-        }
-        now_ = sleepers_.empty() ? end : std::min(end, sleepers_.begin()->first.first);
+    blocked_ = process;
+    for (settle(); !done() && now_ < end; settle()) {
+        now_ = nextDeadline(end);
     }
+    blocked_.reset();
+    return done();
 }
 
 std::size_t SimulatedScheduler::pendingMainTasks() const {
@@ -173,8 +185,9 @@ std::size_t SimulatedScheduler::pendingMainTasks() const {
 
 std::vector<SimulatedScheduler::Pending> SimulatedScheduler::pending() const {
     std::vector<Pending> all;
-    for (const auto& [deadline, task] : mainTasks_) {
-        all.push_back({std::max(deadline.first, now_), deadline.second, task.target_type().name()});
+    for (const auto& [deadline, waiting] : mainTasks_) {
+        all.push_back(
+            {std::max(deadline.first, now_), deadline.second, waiting.task.target_type().name()});
     }
     for (const auto& [deadline, worker] : sleepers_) {
         all.push_back({std::max(deadline.first, now_), deadline.second, ""});
@@ -191,12 +204,12 @@ void SimulatedScheduler::sleep(Delay duration) {
     worker->suspend();
 }
 
-void SimulatedScheduler::addMainTask(Delay delay, Task task) {
-    mainTasks_.emplace(Deadline{now_ + delay, ++sequence_}, std::move(task));
+void SimulatedScheduler::addMainTask(Process process, Delay delay, Task task) {
+    mainTasks_.emplace(Deadline{now_ + delay, ++sequence_}, MainTask{process, std::move(task)});
 }
 
 void SimulatedScheduler::queueTick(const std::shared_ptr<Repeat>& repeat) {
-    addMainTask(repeat->due - now_, [repeat] {
+    addMainTask(repeat->process, repeat->due - now_, [repeat] {
         if (repeat->tick == nullptr) {
             return;
         }
@@ -215,14 +228,24 @@ void SimulatedScheduler::promoteDue() {
     }
 }
 
-bool SimulatedScheduler::mainTaskIsDue() const {
-    return !mainTasks_.empty() && mainTasks_.begin()->first.first <= now_;
+SimulatedScheduler::DueTasks SimulatedScheduler::dueMainTasks() {
+    DueTasks due;
+    for (auto each = mainTasks_.begin();
+         each != mainTasks_.end() && each->first.first <= now_ && due.count < due.tasks.size();
+         ++each) {
+        const Process process = each->second.process;
+        const bool isFirst = due.count == 0 || due.tasks.front()->second.process != process;
+        if (isFirst && process != blocked_) {
+            due.tasks.at(due.count++) = each;
+        }
+    }
+    return due;
 }
 
-void SimulatedScheduler::runOneMainTask() {
+void SimulatedScheduler::runMainTask(MainTasks::iterator due) {
     ++steps_;
-    const auto node = mainTasks_.extract(mainTasks_.begin());
-    node.mapped()();
+    const auto node = mainTasks_.extract(due);
+    node.mapped().task();
     endStep();
 }
 
@@ -245,8 +268,11 @@ void SimulatedScheduler::endStep() {
 
 Delay SimulatedScheduler::nextDeadline(Delay limit) const {
     Delay next = limit;
-    if (!mainTasks_.empty()) {
-        next = std::min(next, mainTasks_.begin()->first.first);
+    const auto task = std::find_if(mainTasks_.begin(), mainTasks_.end(), [&](const auto& each) {
+        return each.second.process != blocked_;
+    });
+    if (task != mainTasks_.end()) {
+        next = std::min(next, task->first.first);
     }
     if (!sleepers_.empty()) {
         next = std::min(next, sleepers_.begin()->first.first);

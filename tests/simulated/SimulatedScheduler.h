@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,14 +22,18 @@ class SimulatedWorker;
 /// Simulated threads and monotonic time.
 ///
 /// Exactly one piece of work runs at any moment. The thread that created the scheduler is
-/// the main thread; it runs main-queue tasks itself and gives the turn to worker threads for
-/// background jobs. A job can sleep in simulated time while other work runs, so slow platform
-/// calls overlap with everything else as they do on a real system. What runs next, among all
-/// that could, is up to the chooser: the same choices and the same calls give the same run.
+/// the main thread, of each process if there are two; it runs main-queue tasks itself and gives
+/// the turn to worker threads for background jobs. A job can sleep in simulated time while other
+/// work runs, so slow platform calls overlap with everything else as they do on a real system. What
+/// runs next, among all that could, is up to the chooser: the same choices and the same calls give
+/// the same run.
 ///
 /// Time moves only when `advance` moves it. Main thread only, except `sleep` and the queues.
 class SimulatedScheduler {
 public:
+    /// Whose main thread: one can be blocked while the other goes on.
+    enum class Process : std::size_t { first, second };
+
     /// Throws dice with this seed.
     explicit SimulatedScheduler(std::uint64_t seed = 1);
     /// `chooser` must outlive it.
@@ -39,11 +46,11 @@ public:
     /// Lets sleeping jobs run to their end at once and drops all other work, for good.
     void shutDown();
 
-    /// Drops everything that waits for the main thread, due or not, as the end of a process
+    /// Drops everything that waits for a main thread, due or not, as the end of a process
     /// does.
-    void dropMainTasks();
+    void dropMainTasks(Process process = Process::first);
 
-    MainQueue& mainQueue();
+    MainQueue& mainQueue(Process process = Process::first);
     BackgroundQueue& backgroundQueue();
 
     /// Monotonic time since the scheduler was created.
@@ -84,9 +91,11 @@ public:
     /// thread it does nothing: a main thread that waits would stop the simulated world.
     void sleep(Delay duration);
 
-    /// Moves time on by at most `limit` while the main thread is blocked: only background jobs
-    /// run. Stops as soon as `done` returns true; returns whether it did.
-    bool advanceWithMainBlocked(Delay limit, const std::function<bool()>& done);
+    /// Moves time on by at most `limit` while a process's main thread is blocked: only background
+    /// jobs run, and the other process. Stops as soon as `done` returns true; returns whether it
+    /// did.
+    bool advanceWithMainBlocked(Delay limit, const std::function<bool()>& done,
+                                Process process = Process::first);
 
     /// From now on `observer` is called on the main thread after each step.
     void setObserver(Task observer) { observer_ = std::move(observer); }
@@ -101,12 +110,23 @@ private:
     struct Repeat;
     using Deadline = std::pair<Delay, std::uint64_t>;
 
-    void addMainTask(Delay delay, Task task);
+    struct MainTask {
+        Process process;
+        Task task;
+    };
+    using MainTasks = std::map<Deadline, MainTask>;
+    /// For each process, what its main thread can do now; there are `count`.
+    struct DueTasks {
+        std::array<MainTasks::iterator, 2> tasks;
+        std::size_t count = 0;
+    };
+
+    void addMainTask(Process process, Delay delay, Task task);
     void queueTick(const std::shared_ptr<Repeat>& repeat);
     void promoteDue();
-    bool mainTaskIsDue() const;
+    DueTasks dueMainTasks();
     std::size_t choose(std::size_t count);
-    void runOneMainTask();
+    void runMainTask(MainTasks::iterator due);
     void runOneJob();
     void endStep();
     Delay nextDeadline(Delay limit) const;
@@ -114,7 +134,7 @@ private:
     std::thread::id mainThread_;
     std::unique_ptr<Chooser> dice_;
     Chooser& chooser_;
-    std::unique_ptr<Main> main_;
+    std::array<std::unique_ptr<Main>, 2> main_;
     std::unique_ptr<Background> background_;
     Delay now_{0};
     std::uint64_t sequence_ = 0;
@@ -122,7 +142,8 @@ private:
     bool ending_ = false;
     Task observer_;
 
-    std::map<Deadline, Task> mainTasks_;
+    MainTasks mainTasks_;
+    std::optional<Process> blocked_;
     /// Jobs that can go on now: new ones, and sleepers whose time has come.
     std::vector<SimulatedWorker*> readyJobs_;
     std::map<Deadline, SimulatedWorker*> sleepers_;

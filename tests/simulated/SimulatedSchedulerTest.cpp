@@ -163,5 +163,25 @@ TEST_F(SimulatedSchedulerTest, TheWallClockFollowsTimeAndIsSteppedOnItsOwn) {
     EXPECT_EQ(scheduler.now(), 1500ms);
 }
 
+TEST_F(SimulatedSchedulerTest, AProcessGoesOnWhileTheMainThreadOfTheOtherIsBlocked) {
+    main.async(note("first"));
+    scheduler.mainQueue(SimulatedScheduler::Process::second).asyncAfter(1ms, note("second"));
+
+    scheduler.advanceWithMainBlocked(2ms, [] { return false; });
+    EXPECT_THAT(log, ElementsAre("second"));
+    scheduler.settle();
+    EXPECT_THAT(log, ElementsAre("second", "first"));
+}
+
+TEST_F(SimulatedSchedulerTest, TheEndOfAProcessLeavesTheOtherItsTasks) {
+    main.async(note("first"));
+    scheduler.mainQueue(SimulatedScheduler::Process::second).async(note("second"));
+
+    scheduler.dropMainTasks();
+    scheduler.settle();
+
+    EXPECT_THAT(log, ElementsAre("second"));
+}
+
 }  // namespace
 }  // namespace tavrel

@@ -18,6 +18,7 @@ struct KindInfo {
 
 constexpr std::array kinds{
     KindInfo{Kind::userSwitch, "userSwitch", 24},
+    KindInfo{Kind::userFlipsAll, "userFlipsAll", 3},
     KindInfo{Kind::userRefresh, "userRefresh", 8},
     KindInfo{Kind::userWakeAll, "userWakeAll", 4},
     KindInfo{Kind::hotKey, "hotKey", 4},
@@ -36,6 +37,10 @@ constexpr std::array kinds{
     KindInfo{Kind::serverSpeaks, "serverSpeaks", 4},
     KindInfo{Kind::stopFaults, "stopFaults", 4},
     KindInfo{Kind::hangApplication, "hangApplication", 2},
+    KindInfo{Kind::stopHelper, "stopHelper", 4},
+    KindInfo{Kind::helperGoesOn, "helperGoesOn", 3},
+    KindInfo{Kind::secondLaunches, "secondLaunches", 2},
+    KindInfo{Kind::secondQuits, "secondQuits", 8},
     KindInfo{Kind::wipeRegistry, "wipeRegistry", 1},
     KindInfo{Kind::corruptRegistry, "corruptRegistry", 2},
     KindInfo{Kind::lockStore, "lockStore", 1},

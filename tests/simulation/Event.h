@@ -11,6 +11,8 @@ namespace tavrel::simulation {
 struct Event {
     enum class Kind {
         userSwitch,
+        /// The user flips all switches before anything comes of the first.
+        userFlipsAll,
         userRefresh,
         userWakeAll,
         hotKey,
@@ -34,6 +36,12 @@ struct Event {
         stopFaults,
         /// The application's main thread does nothing for a while.
         hangApplication,
+        /// The process of a helper is stopped, and goes on.
+        stopHelper,
+        helperGoesOn,
+        /// A second copy of the application is launched beside the first, and quits.
+        secondLaunches,
+        secondQuits,
         wipeRegistry,
         corruptRegistry,
         lockStore,

@@ -61,7 +61,7 @@ void Invariants::checkTexts() {
     const std::string& status = controller_->statusMessage();
     const std::string error = controller_->errorMessage().value_or("");
     if (status != lastStatus_ || error != lastError_) {
-        log_.add(system_.scheduler.now(), "says \"" + status + "\" / \"" + error + "\"");
+        note("says \"" + status + "\" / \"" + error + "\"");
         lastStatus_ = status;
         lastError_ = error;
     }
@@ -139,7 +139,7 @@ void Invariants::checkStore() {
             fail("display " + std::to_string(display.id) + " is online but not noted as seen");
         }
     }
-    log_.add(system_.scheduler.now(), "stores " + std::to_string(now->size()) + " records");
+    note("stores " + std::to_string(now->size()) + " records");
     readStoreIfChanged();
 }
 
@@ -173,7 +173,7 @@ void Invariants::checkRestoration() {
     }
     if (!unusableSince_.has_value()) {
         unusableSince_ = now;
-        log_.add(now, "nothing usable");
+        note("nothing usable");
     }
     if (!running &&
         now - std::max(*unusableSince_, lastRestorationEnd_) > longestWithoutRestoration) {
@@ -184,7 +184,7 @@ void Invariants::checkRestoration() {
 void Invariants::noteRestorationStart() {
     const Delay now = system_.scheduler.now();
     restorationStart_ = now;
-    log_.add(now, "restoration starts");
+    note("restoration starts");
     if (isUsable_ && !model_->recoveryIsDueNow()) {
         fail("a restoration that nothing asked for");
     }
@@ -201,7 +201,7 @@ void Invariants::noteRestorationStart() {
 void Invariants::noteRestorationEnd() {
     lastRestorationEnd_ = system_.scheduler.now();
     restorationStart_.reset();
-    log_.add(lastRestorationEnd_, "restoration ends");
+    note("restoration ends");
     for (const DisplayID display : candidates_) {
         if (!enableRequests_.contains(display)) {
             fail("a restoration left out display " + std::to_string(display));
@@ -286,7 +286,7 @@ bool Invariants::someRememberedIsConnected() {
 void Invariants::fail(const std::string& what) {
     if (!violation_.has_value()) {
         violation_ = what;
-        log_.add(system_.scheduler.now(), "VIOLATION: " + what);
+        note("VIOLATION: " + what);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "controller/DisplayController.h"
 #include "tests/simulated/SimulatedPlatform.h"
@@ -18,8 +19,9 @@ class WatchModel;
 /// What must hold at every step, whatever happens. Keeps the first violation.
 class Invariants {
 public:
-    /// Both must outlive it.
-    Invariants(SimulatedPlatform& system, EventLog& log) : system_(system), log_(log) {}
+    /// Both must outlive it. What it logs begins with `who`.
+    Invariants(SimulatedPlatform& system, EventLog& log, std::string who)
+        : system_(system), log_(log), who_(std::move(who)) {}
 
     /// From now on checks this controller, and `model` says what its watch should do. Both are
     /// null between two sessions.
@@ -72,6 +74,7 @@ public:
     const std::optional<std::string>& violation() const { return violation_; }
 
 private:
+    void note(const std::string& what) { log_.add(system_.scheduler.now(), who_ + what); }
     void checkTexts();
     void checkAnswered();
     void checkRestoration();
@@ -82,6 +85,7 @@ private:
 
     SimulatedPlatform& system_;
     EventLog& log_;
+    const std::string who_;
     std::optional<std::string> violation_;
 
     std::shared_ptr<DisplayController> controller_;

@@ -16,9 +16,11 @@ constexpr std::uint32_t addOrRemove = 0x30;
 
 }  // namespace
 
-WatchModel::WatchModel(SimulatedPlatform& system, ReconfigurationReports& reports,
+WatchModel::WatchModel(SimulatedPlatform& system, MainQueue& mainQueue,
+                       ReconfigurationReports& reports,
                        std::shared_ptr<DisplayController> controller, Invariants& invariants)
     : system_(system),
+      mainQueue_(mainQueue),
       reports_(reports),
       controller_(std::move(controller)),
       invariants_(invariants),
@@ -33,7 +35,7 @@ WatchModel::~WatchModel() {
 
 void WatchModel::receive(DisplayID /*display*/, std::uint32_t flags, void* userInfo) {
     auto& self = *static_cast<WatchModel*>(userInfo);
-    self.system_.scheduler.mainQueue().async([alive = self.alive_, flags] {
+    self.mainQueue_.async([alive = self.alive_, flags] {
         if (*alive != nullptr) {
             (*alive)->handle(flags);
         }
@@ -44,10 +46,9 @@ void WatchModel::handle(std::uint32_t flags) {
     if ((flags & begin) != 0) {
         return;
     }
-    MainQueue& main = system_.scheduler.mainQueue();
     if ((flags & addOrRemove) == 0 ||
         system_.wallClock.now() < controller_->suppressTopologyRestoreUntil()) {
-        main.asyncAfter(350ms, [alive = alive_] {
+        mainQueue_.asyncAfter(350ms, [alive = alive_] {
             if (*alive != nullptr) {
                 (*alive)->expectCheck();
             }
@@ -59,7 +60,7 @@ void WatchModel::handle(std::uint32_t flags) {
     }
     stored_ = std::make_shared<Recovery>(Recovery{system_.scheduler.now() + 600ms});
     recoveries_.push_back(stored_);
-    main.asyncAfter(600ms, [alive = alive_, recovery = stored_] {
+    mainQueue_.asyncAfter(600ms, [alive = alive_, recovery = stored_] {
         if (*alive != nullptr && !recovery->isCancelled) {
             (*alive)->expectRecovery();
         }

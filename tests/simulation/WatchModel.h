@@ -19,7 +19,7 @@ class Invariants;
 class WatchModel {
 public:
     /// All must outlive it. Registers itself after the controller.
-    WatchModel(SimulatedPlatform& system, ReconfigurationReports& reports,
+    WatchModel(SimulatedPlatform& system, MainQueue& mainQueue, ReconfigurationReports& reports,
                std::shared_ptr<DisplayController> controller, Invariants& invariants);
     ~WatchModel();
 
@@ -50,6 +50,7 @@ private:
     void expectCheck();
 
     SimulatedPlatform& system_;
+    MainQueue& mainQueue_;
     ReconfigurationReports& reports_;
     std::shared_ptr<DisplayController> controller_;
     Invariants& invariants_;

@@ -18,8 +18,7 @@ const SimulatedDisplay panel{.id = 5, .builtIn = true};
 constexpr std::array<DisplayID, 4> externals{1, 3, 77, 4'294'967'295U};
 constexpr Delay convergenceTime = 3s;
 constexpr Delay endOfSlowCall = 1s;
-constexpr Delay quitTimeout = 90s;
-constexpr Delay longestJob = 1h;
+constexpr Delay longestDarkness = 5s;
 
 constexpr std::array clockSteps{-3600.0, -2.0, -0.3, 0.3, 2.0, 3600.0, 31 * 86400.0, -31 * 86400.0};
 
@@ -33,25 +32,6 @@ constexpr std::array corruptions{"",
                                  "[]x",
                                  R"([{"id":4294967296,"isBuiltIn":true,"lastSeenAt":1}])",
                                  R"([{"id":1,"isBuiltIn":true,"lastSeenAt":1e999}])"};
-
-/// Tells the invariants of each request to switch a display on.
-class NotedSwitch : public DisplaySwitch {
-public:
-    NotedSwitch(DisplaySwitch& inner, Invariants& invariants)
-        : inner_(inner), invariants_(invariants) {}
-
-    bool canSwitch() override { return inner_.canSwitch(); }
-    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
-        if (enabled) {
-            invariants_.noteEnableRequest(display);
-        }
-        return inner_.setDisplayEnabled(display, enabled);
-    }
-
-private:
-    DisplaySwitch& inner_;
-    Invariants& invariants_;
-};
 
 /// Whether a silent server keeps this from happening, or from being noticed.
 bool happensAtTheServer(Event::Kind kind) {
@@ -69,9 +49,11 @@ DisplayID external(std::uint32_t number) {
 
 World::World(std::uint64_t seed)
     : system_(seed, seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline),
-      displaySwitch_(system_.windowServer, system_.scheduler, seed + 1),
+      displaySwitch_(serverSwitch_, system_.scheduler, seed + 1),
       reports_(reportsWithLid_, system_.scheduler, seed + 2),
-      queries_(queriesWithLid_, seed + 3) {
+      queries_(queriesWithLid_, seed + 3),
+      first_(room(), Application::Process::first, true),
+      second_(room(), Application::Process::second, true) {
     begin({.whenOff = seed % 2 == 0 ? WhenOff::staysOnline : WhenOff::goesOffline,
            .hasPrivateList = seed / 2 % 2 == 0,
            .displays = {panel, {.id = externals[0]}, {.id = externals[1]}}});
@@ -79,10 +61,22 @@ World::World(std::uint64_t seed)
 
 World::World(const Setting& setting, Chooser& chooser)
     : system_(chooser, setting.whenOff),
-      displaySwitch_(system_.windowServer, system_.scheduler, 0),
+      displaySwitch_(serverSwitch_, system_.scheduler, 0),
       reports_(reportsWithLid_, system_.scheduler, 0),
-      queries_(queriesWithLid_, 0) {
+      queries_(queriesWithLid_, 0),
+      first_(room(), Application::Process::first, false),
+      second_(room(), Application::Process::second, false) {
     begin(setting);
+}
+
+Room World::room() {
+    return {.system = system_,
+            .server = serverSwitch_,
+            .displaySwitch = displaySwitch_,
+            .queries = queries_,
+            .helpersQueries = lastWord_,
+            .reports = reports_,
+            .log = log_};
 }
 
 void World::begin(const Setting& setting) {
@@ -92,89 +86,72 @@ void World::begin(const Setting& setting) {
     for (const SimulatedDisplay& display : setting.displays) {
         plug(display);
     }
-    system_.scheduler.setObserver([this] { invariants_.check(); });
-    launch();
+    system_.scheduler.setObserver([this] { check(); });
+    launch(first_);
 }
 
 World::~World() {
     system_.scheduler.setObserver(nullptr);
-    invariants_.watch(nullptr, nullptr);
-    watchModel_.reset();
-    controller_.reset();
+    first_.end();
+    second_.end();
     system_.scheduler.shutDown();
 }
 
-Platform World::platform() {
-    const Platform whole = system_.platform();
-    return {.displaySwitch = *noted_,
-            .queries = *review_,
-            .reports = reports_,
-            .userDefaults = whole.userDefaults,
-            .wallClock = whole.wallClock,
-            .mainQueue = whole.mainQueue,
-            .backgroundQueue = whole.backgroundQueue,
-            .notificationCenter = whole.notificationCenter};
+std::optional<std::string> World::violation() const {
+    const auto& first = first_.invariants().violation();
+    return first.has_value() ? first : second_.invariants().violation();
 }
 
-void World::launch() {
-    gate_ = std::make_unique<SwitchOffGate>(displaySwitch_);
-    review_ = std::make_unique<RescueReview>(*gate_, queries_, system_.scheduler.mainQueue());
-    noted_ = std::make_unique<NotedSwitch>(*review_, invariants_);
-    delegate_ = std::make_unique<AppDelegate>(platform(), system_.hotKeys);
-    delegate_->applicationDidFinishLaunching();
-    controller_ = DisplayController::create(platform());
-    watchModel_ = std::make_unique<WatchModel>(system_, reports_, controller_, invariants_);
-    invariants_.watch(controller_, watchModel_.get());
+void World::launch(Application& application) {
+    application.launch();
     advance(Delay::zero());
 }
 
-void World::quit() {
-    gate_->close();
-    // While it waits, the main thread restores nothing; at the end it switches on everything.
-    invariants_.noteHangBegins();
-    const bool isIdle = blockMain(quitTimeout, [this] { return gate_->isIdle(); });
-    invariants_.noteHangEnds();
-    if (!isIdle) {
-        invariants_.fail("a switch was still running a minute after quitting");
-        return;
+void World::quit(Application& application) {
+    application.quit();
+    if (!violation().has_value()) {
+        advance(Delay::zero());
+        system_.windowServer.takeChanges();
     }
-    const std::uint64_t refusedBefore = displaySwitch_.refusedWakes();
-    delegate_->applicationWillTerminate();
-    const bool refused = displaySwitch_.refusedWakes() != refusedBefore;
-    // Not what jobs store after that: a process would not have lived to see it.
-    const StoredModel remembered = invariants_.stored();
-    invariants_.watch(nullptr, nullptr);
-    watchModel_.reset();
-    controller_.reset();
-    // A process ends with its jobs; here they would go on in the next session.
-    blockMain(longestJob, [&] { return system_.scheduler.pendingBackgroundJobs() == 0; });
-    // No task of this session may run after the next one has replaced its parts.
-    system_.scheduler.dropMainTasks();
-    if (!refused) {
-        for (const auto& [id, lastSeenAt] : remembered) {
-            const SimulatedDisplay* display = system_.windowServer.find(id);
-            if (display != nullptr && display->connected && !display->enabled) {
-                invariants_.fail("display " + std::to_string(id) + " is off after quitting");
-            }
-        }
-    }
-    advance(Delay::zero());
-    system_.windowServer.takeChanges();
 }
 
-bool World::blockMain(Delay limit, const std::function<bool()>& done) {
-    return system_.scheduler.advanceWithMainBlocked(limit, [&] {
-        invariants_.checkStore();
-        return done();
-    });
+void World::quitAndRestart() {
+    quit(first_);
+    if (!violation().has_value()) {
+        launch(first_);
+    }
+}
+
+void World::check() {
+    first_.invariants().check();
+    if (second_.isRunning()) {
+        second_.invariants().check();
+    }
+    if (serverSwitch_.leftNothingOn()) {
+        first_.invariants().fail("the last usable display was switched off");
+    }
 }
 
 void World::advance(Delay duration) {
     system_.scheduler.advance(duration);
-    invariants_.check();
+    check();
     for (const auto& [display, enabled] : system_.windowServer.takeChanges()) {
         log_.add(now(), "asked " + std::to_string(display) + (enabled ? " on" : " off"));
     }
+}
+
+Application& World::chosen(const Event& event) {
+    return second_.isRunning() && event.b / 65536 % 2 == 0 ? second_ : first_;
+}
+
+void World::forgetStore() {
+    first_.invariants().forgetStore();
+    second_.invariants().forgetStore();
+}
+
+void World::allowForSlowness(Delay longest) {
+    first_.invariants().allowForSlowness(longest);
+    second_.invariants().allowForSlowness(longest);
 }
 
 void World::apply(const Event& event) {
@@ -195,13 +172,15 @@ void World::carryOut(const Event& event) {
     }
     switch (event.kind) {
         case Kind::userSwitch:
-            return userSwitch(event);
+            return chosen(event).flipSwitch(event.a, event.b);
+        case Kind::userFlipsAll:
+            return chosen(event).flipAllSwitches();
         case Kind::userRefresh:
-            return controller_->refresh(std::nullopt);
+            return chosen(event).controller().refresh(std::nullopt);
         case Kind::userWakeAll:
-            return controller_->wakeAll();
+            return chosen(event).controller().wakeAll();
         case Kind::hotKey:
-            return system_.hotKeys.press();
+            return first_.pressHotKey();
         case Kind::plug:
             return plug({.id = external(event.a), .enabled = event.b % 4 != 0});
         case Kind::unplug:
@@ -232,10 +211,19 @@ void World::carryOut(const Event& event) {
         case Kind::stopFaults:
             return stopFaults();
         case Kind::hangApplication:
-            return hangApplication(std::chrono::milliseconds(event.a % 30'000));
+            return hangApplication(chosen(event), std::chrono::milliseconds(event.a % 30'000));
+        case Kind::stopHelper:
+            return chosen(event).stopHelper(event.a % 2 == 0 ? Stop::beforeItReads
+                                                             : Stop::beforeItAnswers);
+        case Kind::helperGoesOn:
+            return chosen(event).stopHelper(Stop::nowhere);
+        case Kind::secondLaunches:
+            return second_.isRunning() ? void() : launch(second_);
+        case Kind::secondQuits:
+            return second_.isRunning() ? quit(second_) : void();
         case Kind::wipeRegistry:
             system_.userDefaults.remove(DisplayRegistry::storageKey);
-            return invariants_.forgetStore();
+            return forgetStore();
         case Kind::corruptRegistry:
             return corruptRegistry(event.a);
         case Kind::lockStore:
@@ -245,13 +233,9 @@ void World::carryOut(const Event& event) {
         case Kind::stepClock:
             return system_.wallClock.step(clockSteps[event.a % clockSteps.size()]);
         case Kind::quitAndRestart:
-            quit();
-            if (!violation().has_value()) {
-                launch();
-            }
-            return;
+            return quitAndRestart();
         case Kind::converge:
-            return converge();
+            return event.a % 2 == 0 ? converge() : rescueWithoutHelper(event);
         case Kind::refuseSwitches:
         case Kind::loseReports:
         case Kind::loseLists:
@@ -259,29 +243,6 @@ void World::carryOut(const Event& event) {
         case Kind::wait:
             return;
     }
-}
-
-void World::userSwitch(const Event& event) {
-    if (controller_->displays().empty()) {
-        return;
-    }
-    const DisplayDevice display = controller_->displays()[event.a % controller_->displays().size()];
-    const bool isOn = event.b % 8 == 0 ? display.isOn : !display.isOn;
-
-    // The rule a second time, from what the server knows.
-    const auto& listed = controller_->displays();
-    const bool otherIsLive = std::any_of(listed.begin(), listed.end(), [&](const auto& other) {
-        return other.id() != display.id() && invariants_.isLive(other.displayID());
-    });
-    const bool shouldBe = !display.isBusy && display.isOn != isOn && (isOn || otherIsLive);
-
-    controller_->set(display, isOn);
-    const bool accepted =
-        controller_->statusMessage() == (isOn ? "Waking " : "Turning off ") + display.name() + "…";
-    if (shouldBe || display.isOn != isOn) {
-        invariants_.checkSwitchRequest(accepted && !display.isBusy, shouldBe, display, isOn);
-    }
-    invariants_.noteSuppressionMovedByUser();
 }
 
 void World::switchAllOff() {
@@ -306,7 +267,7 @@ void World::slowServer(const Event& event) {
     displaySwitch_.setFaults({.refusals = event.a % 20,
                               .latency = std::chrono::milliseconds(event.b) % slowest,
                               .lateAnswers = event.a / 64 % 50});
-    invariants_.allowForSlowness(slowest);
+    allowForSlowness(slowest);
 }
 
 void World::setSilent(bool isSilent) {
@@ -316,30 +277,32 @@ void World::setSilent(bool isSilent) {
             displays.push_back(display.id);
         }
         lastWord_.fallSilent(displays);
-        invariants_.allowForSlowness(25s);
+        allowForSlowness(25s);
     } else if (!isSilent) {
         lastWord_.speak();
     }
     displaySwitch_.setSilent(isSilent);
 }
 
-void World::hangApplication(Delay duration) {
+void World::hangApplication(Application& application, Delay duration) {
     using watchdog::WatchdogService;
     const auto never = [] { return false; };
-    invariants_.noteHangBegins();
+    Invariants& invariants = application.invariants();
+    invariants.noteHangBegins();
     const Delay untilNoticed = std::min<Delay>(duration, WatchdogService::silenceLimit);
-    blockMain(untilNoticed, never);
+    application.blockMain(untilNoticed, never);
     Delay looked{0};
-    for (; untilNoticed + looked < duration && !lastWord_.isSilent();
+    for (; untilNoticed + looked < duration && !lastWord_.isSilent() &&
+           !application.helperIsStopped();
          looked += WatchdogService::lookInterval) {
         watchdogLooks();
-        blockMain(WatchdogService::lookInterval, never);
+        application.blockMain(WatchdogService::lookInterval, never);
     }
-    if (looked > Delay::zero() && !invariants_.somethingIsOn() && invariants_.somethingIsListed()) {
-        invariants_.fail("nothing is on though the watchdog looks after a hung application");
+    if (looked > Delay::zero() && !invariants.somethingIsOn() && invariants.somethingIsListed()) {
+        invariants.fail("nothing is on though the watchdog looks after a hung application");
     }
-    invariants_.noteHangEnds();
-    watchModel_->noteHang();
+    invariants.noteHangEnds();
+    application.watchModel().noteHang();
 }
 
 /// One look of the real watchdog, which has heard nothing for too long.
@@ -377,23 +340,44 @@ void World::stopFaults() {
 void World::corruptRegistry(std::uint32_t variant) {
     system_.userDefaults.replaceFromOutside(DisplayRegistry::storageKey,
                                             corruptions[variant % corruptions.size()]);
-    invariants_.forgetStore();
+    forgetStore();
 }
 
-void World::converge() {
+void World::endAllFaults() {
     stopFaults();
     setSilent(false);
     system_.userDefaults.setWritable(true);
     system_.lid.open();
+    first_.stopHelper(Stop::nowhere);
+    second_.stopHelper(Stop::nowhere);
     // A call that has begun ends first.
     advance(endOfSlowCall);
-    const bool couldBeUsable = invariants_.someRememberedIsConnected();
-    advance(convergenceTime);
+}
+
+void World::converge() {
+    endAllFaults();
+    expectUsableWithin(convergenceTime);
+}
+
+/// Only the helpers are left as a fault, when everything goes dark.
+void World::rescueWithoutHelper(const Event& event) {
+    endAllFaults();
+    const Stop stop = event.b % 2 == 0 ? Stop::beforeItReads : Stop::beforeItAnswers;
+    first_.stopHelper(stop);
+    second_.stopHelper(stop);
+    switchAllOff();
+    expectUsableWithin(longestDarkness);
+}
+
+void World::expectUsableWithin(Delay duration) {
+    Invariants& invariants = first_.invariants();
+    const bool couldBeUsable = invariants.someRememberedIsConnected();
+    advance(duration);
     // After a step of the clock by a month the registry forgets displays, by its own rule, and
     // what is forgotten is not restored.
-    if (couldBeUsable && invariants_.someRememberedIsConnected() &&
-        !invariants_.someRememberedIsUsable()) {
-        invariants_.fail("nothing usable three seconds after the faults stopped");
+    if (couldBeUsable && invariants.someRememberedIsConnected() &&
+        !invariants.someRememberedIsUsable()) {
+        invariants.fail("nothing usable soon after the faults stopped");
     }
 }
 

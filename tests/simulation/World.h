@@ -9,20 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "app/AppDelegate.h"
-#include "controller/DisplayController.h"
 #include "platform/LidAwareDisplays.h"
-#include "platform/RescueReview.h"
-#include "platform/SwitchOffGate.h"
 #include "tests/simulated/FaultyQueries.h"
 #include "tests/simulated/FaultyReports.h"
 #include "tests/simulated/FaultySwitch.h"
 #include "tests/simulated/SilentQueries.h"
 #include "tests/simulated/SimulatedPlatform.h"
+#include "tests/simulation/Application.h"
 #include "tests/simulation/Event.h"
 #include "tests/simulation/EventLog.h"
-#include "tests/simulation/Invariants.h"
-#include "tests/simulation/WatchModel.h"
+#include "tests/simulation/ServerSwitch.h"
 
 namespace tavrel::simulation {
 
@@ -40,8 +36,10 @@ struct Setting {
 /// programs.
 class World {
 public:
-    /// A laptop with two monitors. The seed decides everything.
+    /// A laptop with two monitors, and helpers. The seed decides everything.
     explicit World(std::uint64_t seed);
+    /// Without helpers: what becomes of these is not part of `state`.
+    ///
     /// `chooser` decides in which order work runs, and must outlive it. The outcome of faults
     /// that are not certain is always the same.
     World(const Setting& setting, Chooser& chooser);
@@ -71,48 +69,51 @@ public:
     Delay now() const { return system_.scheduler.now(); }
     std::uint64_t steps() const { return system_.scheduler.steps(); }
     const EventLog& log() const { return log_; }
-    const std::optional<std::string>& violation() const { return invariants_.violation(); }
+    /// The first thing that did not hold for a copy of the application.
+    std::optional<std::string> violation() const;
 
 private:
+    Room room();
     void begin(const Setting& setting);
-    void launch();
-    void quit();
+    void launch(Application& application);
+    void quit(Application& application);
+    void quitAndRestart();
+    void check();
     void advance(Delay duration);
-    /// Moves time on while only background jobs run; see `SimulatedScheduler`.
-    bool blockMain(Delay limit, const std::function<bool()>& done);
     void carryOut(const Event& event);
-    void userSwitch(const Event& event);
+    /// Whose user it was; the first one's, unless there are two.
+    Application& chosen(const Event& event);
+    void forgetStore();
+    void allowForSlowness(Delay longest);
     void plug(const SimulatedDisplay& display) { system_.windowServer.connect(display); }
     void switchAllOff();
     void startFaults(const Event& event);
     void slowServer(const Event& event);
-    void hangApplication(Delay duration);
+    void hangApplication(Application& application, Delay duration);
     void watchdogLooks();
     void setSilent(bool isSilent);
     void startOneFault(Event::Kind kind);
     void stopFaults();
     void corruptRegistry(std::uint32_t variant);
+    void endAllFaults();
     void converge();
-    Platform platform();
+    void rescueWithoutHelper(const Event& event);
+    void expectUsableWithin(Delay duration);
 
     SimulatedPlatform system_;
     EventLog log_;
-    Invariants invariants_{system_, log_};
     SilentQueries lastWord_{system_.windowServer};
     LidAwareQueries queriesWithLid_{lastWord_, system_.lid};
     LidAwareReports reportsWithLid_{system_.windowServer, system_.lid};
+    ServerSwitch serverSwitch_{system_.windowServer, system_.lid};
     FaultySwitch displaySwitch_;
     FaultyReports reports_;
     FaultyQueries queries_;
     std::optional<Event::Kind> fault_;
 
-    // One session of the application.
-    std::unique_ptr<SwitchOffGate> gate_;
-    std::unique_ptr<RescueReview> review_;
-    std::unique_ptr<DisplaySwitch> noted_;
-    std::unique_ptr<AppDelegate> delegate_;
-    std::shared_ptr<DisplayController> controller_;
-    std::unique_ptr<WatchModel> watchModel_;
+    Application first_;
+    /// Not running for most of the time.
+    Application second_;
 };
 
 }  // namespace tavrel::simulation

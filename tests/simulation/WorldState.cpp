@@ -102,18 +102,18 @@ std::string World::state(const std::map<std::uint64_t, std::string>& origins) {
     }
     text += fault_.has_value() ? " fault " + std::to_string(static_cast<int>(*fault_)) : "";
     text += " list";
-    for (const DisplayDevice& display : controller_->displays()) {
+    DisplayController& controller = first_.controller();
+    for (const DisplayDevice& display : controller.displays()) {
         text += " " + display.id() + display.name() + (display.isOn ? "o" : "") +
                 (display.isBusy ? "b" : "");
     }
-    text += controller_->isRefreshing() ? " refreshing" : "";
-    text += controller_->isAutomaticRecoveryRunning() ? " recovering" : "";
-    const double suppression =
-        controller_->suppressTopologyRestoreUntil() - system_.wallClock.now();
+    text += controller.isRefreshing() ? " refreshing" : "";
+    text += controller.isAutomaticRecoveryRunning() ? " recovering" : "";
+    const double suppression = controller.suppressTopologyRestoreUntil() - system_.wallClock.now();
     if (suppression > 0) {
         text += " suppressed " + std::to_string(std::lround(suppression * 1000));
     }
-    text += invariants_.state() + " recoveries " + watchModel_->state() + " work";
+    text += first_.invariants().state() + " recoveries " + first_.watchModel().state() + " work";
     const bool nobodySleeps = system_.scheduler.pendingBackgroundJobs() == 0;
     std::set<std::string> told;
     for (const auto& work : system_.scheduler.pending()) {

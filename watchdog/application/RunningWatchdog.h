@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "watchdog/protocol/MessageSocket.h"
+#include "watchdog/protocol/MessageChannel.h"
 
 namespace tavrel::watchdog {
 
@@ -16,7 +16,9 @@ public:
     virtual ~RunningWatchdog() = default;
 
     /// Stays open, also when the watchdog has ended, until `dismiss`.
-    virtual MessageSocket& link() = 0;
+    virtual MessageChannel& link() = 0;
+    /// Of the connection, to wait for it together with other things.
+    virtual int descriptor() const = 0;
 
     /// Says goodbye and returns when the watchdog has ended: by itself, or killed because it
     /// has not done so within a while. Only the destructor may be called after it.

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "watchdog/application/RunningWatchdog.h"
+#include "watchdog/protocol/MessageSocket.h"
 
 namespace tavrel::watchdog {
 
@@ -28,6 +29,7 @@ public:
     WatchdogProcess& operator=(const WatchdogProcess&) = delete;
 
     MessageSocket& link() override { return *link_; }
+    int descriptor() const override { return link_->descriptor(); }
     void dismiss() override;
     void kill() override;
 

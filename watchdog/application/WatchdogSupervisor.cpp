@@ -177,22 +177,22 @@ WatchdogSupervisor::Answer WatchdogSupervisor::ask(DisplayID display, bool enabl
 }
 
 Received WatchdogSupervisor::awaitAnswer() {
-    const auto deadline = std::chrono::steady_clock::now() + setup_.answerTimeout;
+    const auto deadline = setup_.stopwatch() + setup_.answerTimeout;
     Received received = receive(std::min(setup_.urgentTimeout, setup_.answerTimeout));
-    while (received == Received(NoMessage::timedOut) &&
-           std::chrono::steady_clock::now() < deadline && !isWaitingPointless()) {
+    while (received == Received(NoMessage::timedOut) && setup_.stopwatch() < deadline &&
+           !isWaitingPointless()) {
         received = receive(checkInterval);
     }
     return received;
 }
 
 bool WatchdogSupervisor::isWaitingPointless() {
-    const auto asked = std::chrono::steady_clock::now();
+    const auto asked = setup_.stopwatch();
     const auto moment = queries_.now();
     const std::optional<bool> isUsable = hasUsableDisplay(*moment);
     // While the watchdog makes a change, the server answers nobody else. It may be slow then,
     // but is nobody whose work another could do better.
-    const bool isPrompt = std::chrono::steady_clock::now() - asked <= promptAnswer;
+    const bool isPrompt = setup_.stopwatch() - asked <= promptAnswer;
     return isPrompt && isUsable.has_value() && (isUrgent_ || !*isUsable);
 }
 

@@ -23,10 +23,14 @@ namespace tavrel::watchdog {
 /// What a supervisor needs besides displays.
 struct SupervisorSetup {
     StartWatchdog startWatchdog;
-    /// A monotonic clock with any zero.
-    std::function<std::chrono::nanoseconds()> now = [] {
+    using Clock = std::function<std::chrono::nanoseconds()>;
+    static std::chrono::nanoseconds steadyTime() {
         return std::chrono::steady_clock::now().time_since_epoch();
-    };
+    }
+    /// A monotonic clock with any zero, by which watchdogs are started.
+    Clock now = steadyTime;
+    /// The same, by which answers are waited for.
+    Clock stopwatch = steadyTime;
     Pause pause = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); };
     /// How long a watchdog may take to answer before it counts as hung. Longer than the
     /// slowest server is given.
@@ -94,7 +98,7 @@ public:
     void replaceIfDead();
 
     /// The connection; -1 when changes are made in this process.
-    int descriptor() const { return watchdog_ ? watchdog_->link().descriptor() : -1; }
+    int descriptor() const { return watchdog_ ? watchdog_->descriptor() : -1; }
 
 private:
     /// Why a watchdog gave no answer.

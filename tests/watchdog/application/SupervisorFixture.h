@@ -15,6 +15,7 @@
 #include "tests/watchdog/application/SerialSwitch.h"
 #include "tests/watchdog/application/ThreadWatchdog.h"
 #include "watchdog/application/WatchdogSupervisor.h"
+#include "watchdog/protocol/MessageSocket.h"
 
 namespace tavrel::watchdog {
 
@@ -25,6 +26,7 @@ public:
         : PuppetWatchdog(says, killed, makeSocketPair()) {}
 
     MessageSocket& link() override { return link_; }
+    int descriptor() const override { return link_.descriptor(); }
     void dismiss() override { link_.send({.kind = Message::Kind::goodbye}); }
     void kill() override { ++killed_; }
 

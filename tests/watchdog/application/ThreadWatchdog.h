@@ -13,6 +13,7 @@
 #include "tests/watchdog/ReportedDisplays.h"
 #include "watchdog/application/RunningWatchdog.h"
 #include "watchdog/program/WatchdogService.h"
+#include "watchdog/protocol/MessageSocket.h"
 
 namespace tavrel::watchdog {
 
@@ -61,6 +62,7 @@ public:
     ThreadWatchdog& operator=(const ThreadWatchdog&) = delete;
 
     MessageSocket& link() override { return *link_; }
+    int descriptor() const override { return link_->descriptor(); }
     void dismiss() override { link_->send({.kind = Message::Kind::goodbye}); }
     void kill() override { killSwitch_->kill(); }
 
