@@ -52,13 +52,13 @@ std::vector<std::uint8_t> await(Connection& connection, unsigned int request) {
 std::vector<std::vector<std::uint8_t>> ask(Connection& connection,
                                            const std::vector<const Sign*>& signs,
                                            std::uint32_t configTimestamp) {
-    std::vector<unsigned int> requests;
-    for (const Sign* sign : signs) {
-        requests.push_back(put(connection, *sign, configTimestamp));
+    std::vector<unsigned int> requests(signs.size());
+    for (std::size_t i = 0; i < signs.size(); ++i) {
+        requests[i] = put(connection, *signs[i], configTimestamp);
     }
-    std::vector<std::vector<std::uint8_t>> answers;
-    for (const unsigned int request : requests) {
-        answers.push_back(await(connection, request));
+    std::vector<std::vector<std::uint8_t>> answers(signs.size());
+    for (std::size_t i = 0; i < signs.size(); ++i) {
+        answers[i] = await(connection, requests[i]);
     }
     return answers;
 }
