@@ -122,7 +122,7 @@ TEST(MonitorNameTest, IsEmptyWithoutAnEdid) {
 }
 
 constexpr EdidNumbers someone{.vendor = 1, .product = 2, .serial = 3};
-constexpr EdidNumbers other{.vendor = 1, .product = 2, .serial = 4};
+constexpr EdidNumbers another{.vendor = 1, .product = 2, .serial = 4};
 
 TEST(StableHashTest, GivesTheNumbersItAlwaysGave) {
     // Users' stores hold such numbers. These are FNV-1a's published ones.
@@ -199,7 +199,7 @@ TEST(IdentifyTest, AnotherMonitorOnTheSamePortIsAnotherDisplay) {
     Machine machine = dock();
     const DisplayID first = machine.plug(someone, "DP-1").meet("DP-1");
 
-    const DisplayID second = machine.plug(other, "DP-1").meet("DP-1");
+    const DisplayID second = machine.plug(another, "DP-1").meet("DP-1");
 
     EXPECT_NE(second, first);
     EXPECT_EQ(machine.plug(someone, "DP-2").meet("DP-2"), first);
@@ -207,11 +207,11 @@ TEST(IdentifyTest, AnotherMonitorOnTheSamePortIsAnotherDisplay) {
 }
 
 TEST(IdentifyTest, TwoMonitorsThatChangePortsKeepTheirNumbers) {
-    Machine machine = dock().plug(someone, "DP-1").plug(other, "DP-2");
+    Machine machine = dock().plug(someone, "DP-1").plug(another, "DP-2");
     const DisplayID first = machine.meet("DP-1");
     const DisplayID second = machine.meet("DP-2");
 
-    machine.plug(other, "DP-1").plug(someone, "DP-2");
+    machine.plug(another, "DP-1").plug(someone, "DP-2");
 
     EXPECT_EQ(machine.meet("DP-1"), second);
     EXPECT_EQ(machine.meet("DP-2"), first);
@@ -316,7 +316,7 @@ TEST(IdentifyTest, APanelIsNoMonitorThoughBothHaveTheSameNumbers) {
 TEST(IdentifyTest, CollisionsAreResolvedTheSameWayInWhateverOrderTheyAreListed) {
     const auto alike = [](std::string_view) { return 7U; };
     const Machine machine =
-        Machine({"A", "B", "C", "D"}, alike).plug(other, "A").plug(someone, "D");
+        Machine({"A", "B", "C", "D"}, alike).plug(another, "A").plug(someone, "D");
 
     for (Machine each : {machine, Machine(machine).listBackwards()}) {
         EXPECT_EQ(each.meet("B"), 7U);
@@ -328,7 +328,7 @@ TEST(IdentifyTest, CollisionsAreResolvedTheSameWayInWhateverOrderTheyAreListed) 
 
 TEST(IdentifyTest, WhoCollidesKeepsTheNumberWhenTheOtherHasGone) {
     const auto alike = [](std::string_view) { return 7U; };
-    Machine machine = Machine({"A", "B", "C"}, alike).plug(someone, "A").plug(other, "B");
+    Machine machine = Machine({"A", "B", "C"}, alike).plug(someone, "A").plug(another, "B");
     const DisplayID second = machine.meet("B");
 
     EXPECT_EQ(machine.unplug("A").meet("B"), second);
