@@ -264,11 +264,11 @@ void checkDecisions(const Snapshot& snapshot, const layout::Layout& layout) {
     }
 }
 
-/// Whether every output and every CRTC has a number of its own; only then can be said what a
-/// plan comes to.
+/// Whether every output and every CRTC has a number of its own, and not the one that stands for
+/// none; only then can be said what a plan comes to.
 bool hasDistinctNumbers(const Snapshot& snapshot) {
-    std::set<Xid> outputs;
-    std::set<Xid> crtcs;
+    std::set<Xid> outputs{0};
+    std::set<Xid> crtcs{0};
     return std::ranges::all_of(
                snapshot.outputs,
                [&](const Output& output) { return outputs.insert(output.id).second; }) &&
