@@ -29,7 +29,9 @@ GuardedLine::GuardedLine(DisplaySwitch& inner, DisplayQueries& queries,
                    .now = [this] { return now(); },
                    .stopwatch = [this] { return now(); },
                    .pause = [this](auto time) { wait(time); },
-                   .urgentTimeout = longestWait}) {}
+                   .urgentTimeout = longestWait}) {
+    supervisor_.start();
+}
 
 void GuardedLine::wait(std::chrono::milliseconds time) {
     const Delay before = scheduler_.now();
