@@ -24,6 +24,8 @@ WatchdogService::WatchdogService(DisplaySwitch& displays, DisplayQueries& querie
     : displays_(displays), queries_(queries), application_(application), pause_(std::move(pause)) {}
 
 void WatchdogService::run() {
+    // Another program may switch something off before the first heartbeat.
+    look();
     // No `send` is checked: that the application is gone shows at the next receive.
     application_.send({.kind = Message::Kind::ready});
     converse();
@@ -82,8 +84,6 @@ bool WatchdogService::handle(const Message& message) {
             return true;
         }
         case Message::Kind::heartbeat:
-            // Looked at each time, since a window server brings what another program switches
-            // off back as it was when last looked at.
             look();
             return true;
         case Message::Kind::ready:

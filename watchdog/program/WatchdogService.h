@@ -26,7 +26,8 @@ public:
     WatchdogService(DisplaySwitch& displays, DisplayQueries& queries, MessageChannel& application,
                     Pause pause);
 
-    /// Serves the application until its end, then switches on what it left off, and what it has
+    /// Looks at the displays, says that it is ready, and looks again at each heartbeat. Serves
+    /// the application until its end, then switches on what it left off, and what it has
     /// handed over. After a goodbye that is nothing if all went well. But what the application
     /// hears of a change made here may be behind the truth, and what is known here is not.
     ///
@@ -48,6 +49,8 @@ private:
     /// Does what the message asks for; false when an application may not send such a one.
     bool handle(const Message& message);
     ServerStatus carryOut(DisplayID display, bool enabled);
+    /// To be called often, since a window server brings what another program switches off back
+    /// as it was when last looked at.
     void look();
     /// What was switched off here and is on at two looks in a row was switched on by another
     /// program, and is its affair from now on, also when it switches it off again. Asked to

@@ -116,12 +116,12 @@ TEST_F(WatchdogExecutableTest, ItsCommandLineNamesNoFolderThatMayBeCalledLikeThe
                                               19)));
 }
 
-TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasOnlyItsOwnThreadAndItsStores) {
+TEST_F(WatchdogExecutableTest, LoadsNoToolkitAndHasNoThreadsButItsOwnItsStoresAndTheOneThatAsks) {
     startWatchdog("");
 
     EXPECT_THAT(textOf("maps"), HasSubstr("libxcb"));
     EXPECT_THAT(textOf("maps"), Not(HasSubstr("Qt")));
-    EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t2\n"));
+    EXPECT_THAT(textOf("status"), HasSubstr("Threads:\t3\n"));
 }
 
 TEST_F(WatchdogExecutableTest, WithoutAServerEveryRequestIsAnsweredAndItEndsWithItsConnection) {
@@ -194,6 +194,15 @@ TEST_F(WatchdogAtServerTest, BringsBackWhatAnotherWatchdogSwitchedOffAsItWas) {
         watchdog->link().send({.kind = Kind::alreadyOff, .display = idOf(output)});
     }
     EXPECT_TRUE(endsWhenAbandoned());
+
+    EXPECT_EQ(desktop.monitors(), atFirst);
+}
+
+TEST_F(WatchdogAtServerTest, BringsBackAsTheyWereWhatOthersSwitchOffOnceItIsReady) {
+    desktop.otherClient().switchOff(std::vector<std::string>{"DUMMY1", "DUMMY2"});
+
+    EXPECT_EQ(ask(Kind::switchOn, "DUMMY2"), 0);
+    EXPECT_EQ(ask(Kind::switchOn, "DUMMY1"), 0);
 
     EXPECT_EQ(desktop.monitors(), atFirst);
 }

@@ -73,10 +73,10 @@ protected:
     std::vector<std::chrono::milliseconds> timeouts;
 };
 
-TEST_F(WatchdogServiceTest, LooksAtTheDisplaysAtEachHeartbeat) {
+TEST_F(WatchdogServiceTest, LooksAtTheDisplaysAtItsStartAndAtEachHeartbeat) {
     serve({heartbeat, heartbeat, heartbeat, goodbye});
 
-    EXPECT_EQ(server.moments(), 3U);
+    EXPECT_EQ(server.moments(), 4U);
 }
 
 TEST_F(WatchdogServiceTest, SaysThatItIsReadyAndAnswersEachRequestUnderItsNumber) {
@@ -249,14 +249,17 @@ TEST_F(WatchdogServiceTest, WhileTheApplicationIsSilentAServerThatCannotSayIsLef
     EXPECT_THAT(server.takeChanges(), IsEmpty());
 }
 
-/// The connection of an application whose displays are all switched off by another program
-/// just before it hangs.
+/// The connection of an application to which display 2 is plugged in before its first message,
+/// and whose displays are all switched off by another program just before it hangs.
 class HangingApplication : public ScriptedChannel {
 public:
     HangingApplication(std::deque<Received> said, SimulatedWindowServer& server)
         : ScriptedChannel(std::move(said)), server_(server) {}
 
     Received receive(std::chrono::milliseconds timeout) override {
+        if (server_.find(2) == nullptr) {
+            server_.connect({.id = 2});
+        }
         Received received = ScriptedChannel::receive(timeout);
         if (received == Received(silence)) {
             for (const DisplayID id : {1U, 2U}) {
@@ -274,7 +277,6 @@ TEST_F(WatchdogServiceTest, ADisplayThatIsInNoListWhileItIsOffIsKnownFromEarlier
     SimulatedWindowServer forgetful(SimulatedWindowServer::WhenOff::goesOffline);
     forgetful.setHasPrivateList(false);
     forgetful.connect({.id = 1});
-    forgetful.connect({.id = 2});
     HangingApplication application({heartbeat, silence, goodbye}, forgetful);
 
     WatchdogService(forgetful, forgetful, application, [](auto /*time*/) {}).run();
