@@ -15,8 +15,8 @@ class WatchdogSession {
 public:
     WatchdogSession() { start(); }
 
-    void start() {
-        session.emplace(desktop, home);
+    void start(const support::Environment& environment = {}) {
+        session.emplace(desktop, home, environment);
         isUp = session->says("Found 3 displays");
     }
 

@@ -102,17 +102,16 @@ ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     seenOn_.erase(display);
     if (status == serverStatus::success && enabled) {
         switchedOff_.remove(display);
-    } else if (status == serverStatus::success) {
+    } else if (!enabled &&
+               (status == serverStatus::success || status == serverStatus::notImplemented)) {
+        // Where the server didn't say, it may have done it. If not, two looks find that out.
         switchedOff_.add(display);
-    } else if (status == serverStatus::notImplemented && !enabled) {
-        switchedOff_.addInDoubt(display);
     }
     return status;
 }
 
 void WatchdogService::look() {
     const auto moment = queries_.now();
-    switchedOff_.settle(*moment);
     seen_.merge(listedDisplays(*moment));
     leaveToOthers(*moment);
 }

@@ -53,8 +53,9 @@ private:
     /// as it was when last looked at.
     void look();
     /// What was switched off here and is on at two looks in a row was switched on by another
-    /// program, and is its affair from now on, also when it switches it off again. Asked to
-    /// switch it on, the window server forgets that it was off.
+    /// program, or has never gone off because the server fell silent over it. It is others'
+    /// affair from now on, also when they switch it off again. Asked to switch it on, the window
+    /// server forgets that it was off.
     void leaveToOthers(DisplayMoment& moment);
     /// The built-in display first, then by number.
     void switchOnIfNothingIsUsable();

@@ -356,14 +356,33 @@ TEST_F(WatchdogServiceTest, AfterATimeoutAtTheServerADisplayCountsAsOff) {
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true)));
 }
 
-TEST_F(WatchdogServiceTest, AfterATimeoutALookThatFindsTheDisplayOnSettlesIt) {
+/// Ends the silence of the server as soon as it has been told of it.
+class PatientApplication : public ScriptedChannel {
+public:
+    PatientApplication(std::deque<Received> said, ScriptedSwitch& displays)
+        : ScriptedChannel(std::move(said)), displays_(displays) {}
+
+    bool send(const Message& message) override {
+        if (message.kind == Kind::answer && message.status == serverStatus::notImplemented) {
+            displays_.refuse(1, serverStatus::success);
+        }
+        return ScriptedChannel::send(message);
+    }
+
+private:
+    ScriptedSwitch& displays_;
+};
+
+TEST_F(WatchdogServiceTest, AfterATimeoutTwoLooksThatFindTheDisplayOnSettleIt) {
     displays.refuse(1, serverStatus::notImplemented);
-    pausesUntilAccepted = 1;
+    PatientApplication application({off(1, 1), heartbeat, heartbeat}, displays);
+    int attempts = 0;
 
-    serve({off(1, 1), heartbeat});
+    WatchdogService(displays, server, application, [&](auto /*time*/) { ++attempts; }).run();
 
-    EXPECT_EQ(pauses, 0) << "there was nothing to switch on";
-    EXPECT_THAT(server.takeChanges(), IsEmpty());
+    EXPECT_EQ(attempts, 0) << "there was nothing to switch on";
+    EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(1, true)))
+        << "asked for while it was on, so that the server forgets that it was to go off";
 }
 
 TEST_F(WatchdogServiceTest, WhatIsNotAMessageEndsTheConversationWithoutAChange) {
