@@ -51,6 +51,15 @@ TEST_F(ConversationCountTest, SeveralRequestsAnsweredTogetherAreOneRoundTrip) {
     EXPECT_EQ(conversation.count().roundTrips, 1);
 }
 
+TEST_F(ConversationCountTest, ARequestTooLongForItsHeaderSaysItsLengthBehindIt) {
+    constexpr char words = 9;
+    const std::string header{'\x2b', '\0', '\0', '\0', words, '\0', '\0', '\0'};
+    conversation.fromClient(header.substr(0, 6));
+    conversation.fromClient(header.substr(6) + zeros(4 * words - 8) + request(1));
+
+    EXPECT_EQ(conversation.count().requests, 2);
+}
+
 TEST_F(ConversationCountTest, AskingAgainAfterAnAnswerIsAnotherRoundTrip) {
     for (int i = 0; i < 2; ++i) {
         conversation.fromClient(request(1));

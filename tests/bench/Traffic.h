@@ -1,14 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <thread>
-#include <vector>
 
-#include "platform/posix/FileDescriptor.h"
-#include "tests/platform/x11/connection/LoopbackListener.h"
+#include "tests/platform/x11/connection/ServerRelay.h"
+#include "tests/platform/x11/connection/WireStreams.h"
 
 namespace tavrel::bench {
 
@@ -33,14 +30,9 @@ public:
     const TrafficCount& count() const { return count_; }
 
 private:
-    std::size_t nextRequest() const;
-    std::size_t nextMessage() const;
-
     TrafficCount count_;
-    std::string toServer_;
-    std::string toClient_;
-    bool clientHasSetUp_ = false;
-    bool serverHasSetUp_ = false;
+    RequestStream requests_;
+    AnswerStream answers_;
     bool isAsking_ = false;
 };
 
@@ -49,29 +41,22 @@ class Traffic {
 public:
     /// `server` is a display name, ":7". Throws std::system_error when it cannot listen.
     explicit Traffic(const std::string& server);
-    /// Ends all connections.
-    ~Traffic();
-    Traffic(const Traffic&) = delete;
-    Traffic& operator=(const Traffic&) = delete;
 
     /// Where programs find the server through this.
-    const std::string& displayName() const { return socket_.displayName(); }
+    const std::string& displayName() const { return relay_.displayName(); }
 
     /// Of all connections so far.
     TrafficCount count();
 
 private:
-    void accept();
-    void relay(const FileDescriptor& client);
+    class Conversation;
+
     void add(const TrafficCount& more);
 
-    const std::string serverPath_;
-    LoopbackListener socket_;
-    std::atomic<bool> stop_ = false;
     std::mutex mutex_;
     TrafficCount count_;
-    std::vector<std::thread> relays_;
-    std::thread acceptor_;
+    // Its threads use what stands above.
+    ServerRelay relay_;
 };
 
 }  // namespace tavrel::bench

@@ -1,122 +1,49 @@
 #include "tests/platform/x11/connection/RequestRelay.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include <algorithm>
-#include <array>
-#include <cstddef>
-#include <cstring>
+#include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tavrel {
 
-namespace {
+class RequestRelay::Conversation : public ServerRelay::Conversation {
+public:
+    explicit Conversation(RequestRelay& relay) : relay_(relay) {}
 
-constexpr int pollMilliseconds = 20;
-constexpr std::size_t bufferSize = 65536;
+    bool fromClient(std::string_view bytes, const ServerRelay::Send& toServer) override {
+        const std::vector<RequestStream::Message> messages = requests_.take(bytes);
+        return std::all_of(messages.begin(), messages.end(), [&](const auto& message) {
+            if (message.request.has_value()) {
+                relay_.listener_(*message.request);
+                answers_.note(*message.request);
+            }
+            relay_.bytes_ += message.bytes.size();
+            return toServer(message.bytes);
+        });
+    }
 
-bool sendAll(int to, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(to, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0) {
-            return false;
+    bool fromServer(std::string_view bytes, const ServerRelay::Send& toClient) override {
+        std::string kept;
+        for (AnswerStream::Message& message : answers_.take(bytes)) {
+            if (relay_.editor_ == nullptr || relay_.editor_(message)) {
+                kept += message.bytes;
+            }
         }
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
+        relay_.bytes_ += kept.size();
+        return toClient(kept);
     }
-    return true;
-}
 
-FileDescriptor connectTo(const std::string& path) {
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(std::data(address.sun_path), sizeof address.sun_path - 1);
-    if (::connect(socket.number(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-        socket.close();
-    }
-    return socket;
-}
-
-}  // namespace
+private:
+    RequestRelay& relay_;
+    RequestStream requests_;
+    AnswerStream answers_;
+};
 
 RequestRelay::RequestRelay(const std::string& server, Listener listener, Editor editor)
-    : serverPath_("/tmp/.X11-unix/X" + server.substr(1)),
-      listener_(std::move(listener)),
+    : listener_(std::move(listener)),
       editor_(std::move(editor)),
-      acceptor_([this] { accept(); }) {}
-
-RequestRelay::~RequestRelay() {
-    stop_ = true;
-    acceptor_.join();
-    for (std::thread& thread : relays_) {
-        thread.join();
-    }
-}
-
-void RequestRelay::accept() {
-    while (!stop_) {
-        pollfd ready{socket_.number(), POLLIN, 0};
-        if (::poll(&ready, 1, pollMilliseconds) == 1) {
-            relays_.emplace_back(
-                [this, client = FileDescriptor(::accept(socket_.number(), nullptr, nullptr))] {
-                    relay(client);
-                });
-        }
-    }
-}
-
-void RequestRelay::relay(const FileDescriptor& client) {
-    const FileDescriptor server = connectTo(serverPath_);
-    RequestStream requests;
-    AnswerStream answers;
-    std::array<char, bufferSize> buffer{};
-    std::array<pollfd, 2> sides{{{client.number(), POLLIN, 0}, {server.number(), POLLIN, 0}}};
-    const auto readFrom = [&](const FileDescriptor& side) {
-        const ssize_t count = ::read(side.number(), buffer.data(), buffer.size());
-        return std::string_view(buffer.data(), count > 0 ? std::size_t(count) : 0);
-    };
-    while (server.isOpen() && !stop_) {
-        ::poll(sides.data(), sides.size(), pollMilliseconds);
-        if (sides[0].revents != 0) {
-            const std::string_view bytes = readFrom(client);
-            if (bytes.empty() || !passOn(requests.take(bytes), server, answers)) {
-                return;
-            }
-        }
-        if (sides[1].revents != 0) {
-            const std::string_view bytes = readFrom(server);
-            if (bytes.empty() || !passOn(answers.take(bytes), client)) {
-                return;
-            }
-        }
-    }
-}
-
-bool RequestRelay::passOn(const std::vector<RequestStream::Message>& messages,
-                          const FileDescriptor& server, AnswerStream& answers) {
-    return std::all_of(messages.begin(), messages.end(), [&](const auto& message) {
-        if (message.request.has_value()) {
-            listener_(*message.request);
-            answers.note(*message.request);
-        }
-        bytes_ += message.bytes.size();
-        return sendAll(server.number(), message.bytes);
-    });
-}
-
-bool RequestRelay::passOn(std::vector<AnswerStream::Message> messages,
-                          const FileDescriptor& client) {
-    std::string bytes;
-    for (AnswerStream::Message& message : messages) {
-        if (editor_ == nullptr || editor_(message)) {
-            bytes += message.bytes;
-        }
-    }
-    bytes_ += bytes.size();
-    return sendAll(client.number(), bytes);
-}
+      relay_(server, [this] { return std::make_unique<Conversation>(*this); }) {}
 
 }  // namespace tavrel

@@ -51,12 +51,17 @@ std::vector<RequestStream::Message> RequestStream::take(std::string_view bytes) 
 std::size_t RequestStream::nextLength() const {
     constexpr std::size_t setUpHeader = 12;
     constexpr std::size_t requestHeader = 4;
+    constexpr std::size_t bigRequestHeader = 8;
     if (pending_.size() < (isSetUp_ ? requestHeader : setUpHeader)) {
         return 0;
     }
-    const std::size_t length =
-        isSetUp_ ? unit * shortAt(pending_, 2)
-                 : setUpHeader + padded(shortAt(pending_, 6)) + padded(shortAt(pending_, 8));
+    std::size_t length = unit * shortAt(pending_, 2);
+    if (!isSetUp_) {
+        length = setUpHeader + padded(shortAt(pending_, 6)) + padded(shortAt(pending_, 8));
+    } else if (length == 0) {
+        // Too long for that place: its length stands behind.
+        length = pending_.size() < bigRequestHeader ? 0 : unit * longAt(pending_, 4);
+    }
     return pending_.size() < length ? 0 : length;
 }
 
@@ -94,13 +99,15 @@ std::size_t AnswerStream::nextLength() const {
     constexpr std::size_t shortest = 32;
     constexpr std::uint8_t reply = 1;
     constexpr std::uint8_t genericEvent = 35;
+    constexpr std::uint8_t sentByAClient = 0x80;
     if (pending_.size() < (isSetUp_ ? shortest : setUpHeader)) {
         return 0;
     }
     std::size_t length = shortest;
     if (!isSetUp_) {
         length = setUpHeader + unit * shortAt(pending_, 6);
-    } else if (byteAt(pending_, 0) == reply || byteAt(pending_, 0) == genericEvent) {
+    } else if (byteAt(pending_, 0) == reply ||
+               (byteAt(pending_, 0) & ~sentByAClient) == genericEvent) {
         length += unit * longAt(pending_, 4);
     }
     return pending_.size() < length ? 0 : length;
