@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,6 +22,23 @@ struct Played {
     /// As in the WAYLAND_DISPLAY variable.
     std::string displayName;
 };
+
+/// `stage` is a compositor's, and must outlive what is returned.
+template <typename CompositorStage>
+Played playedOn(CompositorStage& stage) {
+    return {.stage = stage,
+            .window = [&]() -> const support::AccessibleWindow& { return stage.accessible(); },
+            .process = [&] { return stage.application().pid(); },
+            .displayName = stage.desktop().displayName()};
+}
+
+/// The row of the display at that connector.
+template <typename CompositorStage>
+scenario::Display rowOf(const CompositorStage& stage, const std::string& connector) {
+    const auto& outputs = stage.outputs();
+    return static_cast<scenario::Display>(std::find(outputs.begin(), outputs.end(), connector) -
+                                          outputs.begin());
+}
 
 /// Presses the switch of the display in this row, as assistive technology does: a compositor
 /// takes no clicks from programs. Returns how many milliseconds it took from that until the

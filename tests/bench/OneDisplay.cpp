@@ -2,21 +2,15 @@
 
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 #include "tests/bench/Clock.h"
+#include "tests/platform/DisplayAt.h"
 
 namespace tavrel::bench {
 
 OneDisplay::OneDisplay(DisplaySwitch& displaySwitch, DisplayQueries& queries,
                        const std::string& connector)
-    : switch_(displaySwitch), queries_(queries) {
-    const auto moment = queries.now();
-    for (const DisplayID each : moment->allDisplays().value_or(std::vector<DisplayID>{})) {
-        if (moment->hardware(each).connector == connector) {
-            display_ = each;
-        }
-    }
+    : switch_(displaySwitch), queries_(queries), display_(displayAt(queries, connector)) {
     if (display_ == 0) {
         throw std::runtime_error("there is no " + connector);
     }

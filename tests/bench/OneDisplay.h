@@ -25,7 +25,7 @@ public:
 private:
     DisplaySwitch& switch_;
     DisplayQueries& queries_;
-    DisplayID display_ = 0;
+    const DisplayID display_;
 };
 
 }  // namespace tavrel::bench

@@ -2,28 +2,15 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
+
+#include "tests/support/NumberIn.h"
 
 namespace tavrel::bench {
 
 namespace {
 
-/// The sum of the numbers behind `name` in a file of lines such as "Rss:  12 kB".
-double numberIn(const std::filesystem::path& file, const std::string& name) {
-    double sum = 0;
-    std::ifstream lines(file);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        std::string first;
-        double number = 0;
-        if (words >> first >> number && first == name + ":") {
-            sum += number;
-        }
-    }
-    return sum;
-}
+using support::numberIn;
 
 double cpuMillisecondsOf(pid_t process) {
     clockid_t clock{};

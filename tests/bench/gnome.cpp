@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -11,8 +10,8 @@
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/ChildProcess.h"
 
-/// The same on a GNOME compositor: a switch beside the calls of its bus that make it, once by
-/// gdbus and once from within a program.
+/// A start, memory and idling on GNOME's compositor; and a switch there beside the bus calls that
+/// make it, once by gdbus and once from within a program.
 namespace tavrel::bench {
 namespace {
 
@@ -99,16 +98,10 @@ void measureGnome(const Extent& extent, Report& report) {
         return;
     }
     scenario::GnomeStage stage(TAVREL_PROGRAM);
-    const Played played{
-        .stage = stage,
-        .window = [&]() -> const support::AccessibleWindow& { return stage.accessible(); },
-        .process = [&] { return stage.application().pid(); },
-        .displayName = stage.desktop().displayName()};
+    const Played played = playedOn(stage);
     measureStay(played, "GNOME", extent, report);
 
-    const auto& outputs = stage.outputs();
-    const auto row = static_cast<scenario::Display>(
-        std::find(outputs.begin(), outputs.end(), switched) - outputs.begin());
+    const scenario::Display row = rowOf(stage, switched);
     const Observer observer(stage.desktop());
     OtherGnome other;
     std::vector<Way> ways{

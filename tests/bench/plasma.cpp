@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -13,8 +12,8 @@
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/ChildProcess.h"
 
-/// The same on Plasma's compositor: a switch beside kscreen-doctor, and beside our own requests
-/// to the compositor without window and helper.
+/// A start, memory and idling on Plasma's compositor; and a switch there beside kscreen-doctor, and
+/// beside our own requests to the compositor without window and helper.
 namespace tavrel::bench {
 namespace {
 
@@ -91,16 +90,10 @@ void measurePlasma(const Extent& extent, Report& report) {
         return;
     }
     scenario::PlasmaStage stage(3, TAVREL_PROGRAM);
-    const Played played{
-        .stage = stage,
-        .window = [&]() -> const support::AccessibleWindow& { return stage.accessible(); },
-        .process = [&] { return stage.application().pid(); },
-        .displayName = stage.desktop().displayName()};
+    const Played played = playedOn(stage);
     measureStay(played, "Plasma", extent, report);
 
-    const auto& outputs = stage.outputs();
-    const auto row = static_cast<scenario::Display>(
-        std::find(outputs.begin(), outputs.end(), switched) - outputs.begin());
+    const scenario::Display row = rowOf(stage, switched);
     const Observer observer(stage.desktop());
     OtherPlasma other;
     std::vector<Way> ways{

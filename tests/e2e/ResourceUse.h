@@ -4,11 +4,11 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <ostream>
-#include <sstream>
 #include <string>
+
+#include "tests/support/NumberIn.h"
 
 namespace tavrel::e2e {
 
@@ -30,17 +30,7 @@ struct ResourceUse {
 
 private:
     static long writtenMemoryIn(const std::filesystem::path& rollup) {
-        long kibibytes = 0;
-        std::ifstream file(rollup);
-        for (std::string line; std::getline(file, line);) {
-            std::istringstream words(line);
-            std::string name;
-            long number = 0;
-            if (words >> name >> number && name == "Private_Dirty:") {
-                kibibytes += number;
-            }
-        }
-        return kibibytes;
+        return static_cast<long>(support::numberIn(rollup, "Private_Dirty"));
     }
 
     static std::ptrdiff_t entriesOf(const std::filesystem::path& folder) {

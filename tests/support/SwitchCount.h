@@ -1,28 +1,21 @@
 #pragma once
 
-#include <xcb/randr.h>
-
-#include <map>
 #include <string>
 
-#include "tests/support/XConnection.h"
+#include "tests/support/CrtcSwitches.h"
 
 namespace tavrel::support {
 
 /// Counts how often a CRTC has been switched on, by any program, since this was created.
 class SwitchCount {
 public:
-    explicit SwitchCount(const std::string& displayName);
+    explicit SwitchCount(const std::string& displayName) : switches_(displayName) {}
 
     /// How many have been switched on so far. To be called when the layout has settled.
     int switchedOn();
 
 private:
-    void note(const xcb_randr_crtc_change_t& change);
-
-    XConnection connection_;
-    std::uint8_t firstEvent_ = 0;
-    std::map<xcb_randr_crtc_t, bool> isOn_;
+    CrtcSwitches switches_;
     int switchedOn_ = 0;
 };
 

@@ -4,10 +4,10 @@
 
 #include <chrono>
 #include <string>
-#include <vector>
 
 #include "platform/gnome/GnomeWindowServer.h"
 #include "platform/layout/RememberedOutputs.h"
+#include "tests/platform/DisplayAt.h"
 #include "tests/platform/gnome/StandInGnome.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/Janitor.h"
@@ -24,16 +24,7 @@ protected:
     }
     GnomeWindowServer anotherProcess() { return GnomeWindowServer(store, options()); }
 
-    DisplayID idAt(const std::string& connector) {
-        const auto moment = server.now();
-        const std::vector<DisplayID> all = moment->allDisplays().value();
-        for (const DisplayID display : all) {
-            if (moment->hardware(display).connector == connector) {
-                return display;
-            }
-        }
-        return 0;
-    }
+    DisplayID idAt(const std::string& connector) { return displayAt(server, connector); }
     gnome::Monitor monitorAt(const std::string& connector) {
         return *gnome.state().monitor(connector);
     }

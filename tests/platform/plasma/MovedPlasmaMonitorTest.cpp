@@ -2,11 +2,11 @@
 
 #include <chrono>
 #include <string>
-#include <vector>
 
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/plasma/PlasmaReconfigurationReports.h"
 #include "platform/plasma/PlasmaWindowServer.h"
+#include "tests/platform/DisplayAt.h"
 #include "tests/platform/plasma/StandInPlasma.h"
 #include "tests/platform/x11/ReportRecorder.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
@@ -36,16 +36,7 @@ protected:
     PlasmaServerOptions options() const {
         return {.displayName = plasma.displayName(), .timeout = std::chrono::milliseconds(2000)};
     }
-    DisplayID idAt(const std::string& connector) {
-        const auto moment = server.now();
-        const std::vector<DisplayID> all = moment->allDisplays().value();
-        for (const DisplayID display : all) {
-            if (moment->hardware(display).connector == connector) {
-                return display;
-            }
-        }
-        return 0;
-    }
+    DisplayID idAt(const std::string& connector) { return displayAt(server, connector); }
 
     StandInPlasma plasma{2};
     SimulatedUserDefaults store;
