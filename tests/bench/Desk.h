@@ -25,8 +25,8 @@ struct Program {
     bool isInstalled() const;
 };
 
-/// The application and its helper, of which this entry, as in "DISPLAY=:7", in the environment
-/// tells those of others. Throws std::runtime_error when there is not just one helper.
+/// The application's process, and that of its helper, the watchdog: the one that has this entry, as
+/// in "DISPLAY=:7", in its environment. Throws std::runtime_error unless there is exactly one.
 std::vector<pid_t> withHelper(pid_t application, const std::string& entry);
 
 /// An X server with three monitors, and an ordinary session on it: a message bus, no assistive

@@ -9,7 +9,7 @@ namespace tavrel::bench {
 
 namespace {
 
-/// Whether somebody follows every thread of the process.
+/// Whether every thread of the process is being traced.
 bool isTraced(pid_t process) {
     const std::filesystem::path folder = "/proc/" + std::to_string(process) + "/task";
     std::filesystem::directory_iterator threads(folder);

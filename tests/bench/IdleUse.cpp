@@ -8,7 +8,7 @@ void IdleUse::report(const std::string& where, Report& report) const {
     const auto inASecond = [&](double ProcessUse::*figure) {
         return (after.*figure - before_.*figure) / passed;
     };
-    // One for each tick, and a few that come by themselves.
+    // A tick comes each second; the rest allows for a few wake-ups that come by themselves.
     constexpr double ticks = 1.1;
     report.add({.what = where + ": wake-ups of the main thread in a second",
                 .ours = {inASecond(&ProcessUse::mainThreadWakeUps)},

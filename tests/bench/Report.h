@@ -7,12 +7,13 @@
 
 namespace tavrel::bench {
 
-/// The middle one of what was measured, of two the mean. NaN of nothing.
+/// The middle value, or the mean of the middle two. NaN when there is none.
 double median(std::vector<double> values);
 
-/// What a figure is to be at most; infinite where there is no such wish.
+/// What a figure is to be at most.
 struct Goal {
     enum class Of {
+        /// There is no goal.
         nothing,
         value,
         /// How many times the other's it is.
@@ -45,7 +46,8 @@ public:
 
     /// Medians, and the median of the runs' ratios.
     void add(const Comparison& row);
-    /// Whom to compare with is not on this machine: `whose` values are missing, and why.
+    /// What cannot be measured on this machine, because something is not installed or does not
+    /// work. The report is whole without it.
     void addMissing(const std::string& what, const std::string& why);
     /// What should have been measured and could not be.
     void addFailure(const std::string& what, const std::string& why);

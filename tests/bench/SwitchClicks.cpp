@@ -57,7 +57,7 @@ SwitchClicks::SwitchClicks(const Desk& desk, RunningApplication& application)
       pointer_(desk.displayName()) {}
 
 void SwitchClicks::press() {
-    // The window still shows what the last one has changed, and looks after it.
+    // After the last click the window still paints its change, and reads the layout again.
     application_.watch.awaitRest(std::chrono::milliseconds(500));
     const support::Bounds window =
         support::AppWindow::find(desk_.displayName(), application_.process->pid()).value().bounds();
