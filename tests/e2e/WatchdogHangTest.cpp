@@ -112,6 +112,7 @@ TEST_F(WatchdogHangTest, WhileTheWatchdogIsStoppedTheApplicationBringsLostDispla
     // Far more than it takes, and less than a watchdog has while something is usable.
     EXPECT_TRUE(waitUntil([&] { return run.desktop.monitorsOn() == 3; }, std::chrono::seconds(20)));
     EXPECT_NE(run.watchdog(), stopped) << "another has taken its place";
+    EXPECT_TRUE(run.session->says("Lost display recovered automatically"));
     EXPECT_TRUE(run.pressAndAwait(1, "off"));
     ::kill(run.application(), SIGKILL);
     EXPECT_TRUE(allComeOn());
