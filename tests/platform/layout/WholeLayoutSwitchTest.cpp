@@ -178,6 +178,7 @@ TEST_F(WholeLayoutSwitchTest, OneThatWillNotComeOnInOneWayIsTriedInTheNext) {
 TEST_F(WholeLayoutSwitchTest, OneThatComesOnInNoWayIsGivenUp) {
     ASSERT_EQ(off(monitorB), serverStatus::success);
     std::vector<Mode> many;
+    many.reserve(100);
     for (int i = 0; i < 100; ++i) {
         many.push_back({.width = 1000 - i, .height = 800, .refreshMillihertz = 60000});
     }
