@@ -75,6 +75,10 @@ ServerStatus GuardedLine::switchOn(DisplayID display) {
 
 ServerStatus GuardedLine::carryOut(const Place& place, DisplayID display, bool enabled) {
     std::erase(waiting_, place);
+    if (busySince_.has_value()) {
+        // The world ends: no time passes any more, and who is before this one stays there.
+        return serverStatus::cannotComplete;
+    }
     busySince_ = now();
     if (now() - lastBeat_ >= 1s) {
         lastBeat_ = now();
