@@ -154,6 +154,8 @@ private:
         for (std::size_t end = 0; (end = received_.find('\n')) != std::string::npos;) {
             const Json command = Json::parse(received_.substr(0, end));
             received_.erase(0, end + 1);
+            // Nobody acts on what happened less than a turn of the run loop ago.
+            simulatedMac::deliverReportsOfOthers();
             const std::string answer = execute(command).dump() + "\n";
             send(descriptor, answer.data(), answer.size(), MSG_NOSIGNAL);
         }
