@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 #include <thread>
 
+#include "tests/e2e/FromEnvironment.h"
 #include "tests/e2e/WatchdogSession.h"
 
 /// Kills at random moments, again and again on one desktop.
@@ -17,20 +17,20 @@ namespace {
 using support::waitUntil;
 
 /// How many desktops there are, each in a test of its own, and how often something is killed
-/// on each.
+/// on each unless TAVREL_KILL_ROUNDS says otherwise.
 constexpr int desktops = 4;
 #ifndef TAVREL_INSTRUMENTED
-constexpr int rounds = 50;
+constexpr int usualRounds = 15;
 #else
-constexpr int rounds = 10;
+constexpr int usualRounds = 5;
 #endif
 
 /// Kill rounds drawn from one seed, and what came of them.
 class WatchdogRoundsTest : public testing::TestWithParam<int> {
 protected:
     void SetUp() override {
-        const char* given = std::getenv("TAVREL_SEED");
-        seed = given != nullptr ? static_cast<unsigned>(std::stoul(given)) : std::random_device()();
+        const auto seed = static_cast<unsigned>(
+            fromEnvironment("TAVREL_SEED", static_cast<int>(std::random_device()() >> 1)));
         random.seed(seed);
         std::cout << "TAVREL_SEED=" << seed << std::endl;
         ASSERT_TRUE(run.isUp);
@@ -99,7 +99,6 @@ protected:
     }
 
     WatchdogSession run;
-    unsigned seed = 0;
     std::mt19937 random;
     int watchdogKills = 0;
     int applicationKills = 0;
@@ -110,6 +109,7 @@ protected:
 };
 
 TEST_P(WatchdogRoundsTest, NoScreenIsLostAndNoProcessLeftOver) {
+    const int rounds = fromEnvironment("TAVREL_KILL_ROUNDS", usualRounds);
     int lost = 0;
     for (int round = 0; round < rounds && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
