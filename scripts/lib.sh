@@ -19,8 +19,8 @@ jobs_at_once() { getconf _NPROCESSORS_ONLN; }
 # sanitizer keeps the processors busy.
 tests_at_once() {
     case $1 in
-        asan | tsan) jobs_at_once ;;
-        *) echo $((2 * $(jobs_at_once))) ;;
+        asan | tsan) echo $((3 * $(jobs_at_once) / 2)) ;;
+        *) echo $((3 * $(jobs_at_once))) ;;
     esac
 }
 
