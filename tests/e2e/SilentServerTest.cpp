@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -42,15 +41,6 @@ protected:
             << run.session->window();
     }
 
-    /// How many displays the store names as off.
-    std::size_t named() const {
-        const auto store =
-            nlohmann::json::parse(support::readFile(run.home.defaultsFile()), nullptr, false);
-        const std::string text =
-            store.is_object() ? store.value("TavrelRememberedOutputs", "[]") : "[]";
-        return nlohmann::json::parse(text).size();
-    }
-
     support::TemporaryFolder folder;
     const std::filesystem::path givenUp = folder.path() / "given-up";
     WatchdogSession run;
@@ -65,6 +55,7 @@ protected:
         SilentServerTest::SetUp();
         switchOffUnanswered();
         ASSERT_EQ(run.desktop.monitorsOn(), 2);
+        ASSERT_TRUE(run.storeComesToName(1));
     }
 };
 
@@ -97,7 +88,7 @@ TEST_F(OffAllTheSameTest, ComesBackAtTheNextStartWhenBothAreKilledAtOnce) {
     ASSERT_TRUE(run.isUp);
 
     EXPECT_EQ(run.desktop.monitors(), run.atFirst);
-    EXPECT_EQ(named(), 0U);
+    EXPECT_TRUE(run.storeComesToName(0));
 }
 
 /// The server falls silent before it has been asked for anything.
@@ -110,7 +101,7 @@ protected:
         SilentServerTest::SetUp();
         switchOffUnanswered();
         ASSERT_EQ(run.desktop.monitors(), run.atFirst);
-        ASSERT_TRUE(waitUntil([&] { return named() == 0; })) << "no look has settled it";
+        ASSERT_TRUE(run.storeComesToName(0)) << "no look has settled it";
 
         run.desktop.otherClient().switchOff(tried);
         left = run.desktop.monitors();

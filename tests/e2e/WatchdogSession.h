@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -69,11 +70,26 @@ public:
         return support::waitUntil([&] { return processes() == 0; });
     }
 
+    /// Whether the store comes to name that many displays as off. A slow disk is waited for only
+    /// so long before a display goes off, and is given the rest later.
+    bool storeComesToName(std::size_t count) const {
+        return support::waitUntil([&] { return displaysNamedByTheStore() == count; });
+    }
+
     support::VirtualDesktop desktop{{.accessibility = true}};
     const std::vector<support::Monitor> atFirst = desktop.monitors();
     support::UserHome home;
     std::optional<Session> session;
     bool isUp = false;
+
+private:
+    std::size_t displaysNamedByTheStore() const {
+        const auto store =
+            nlohmann::json::parse(support::readFile(home.defaultsFile()), nullptr, false);
+        const std::string text =
+            store.is_object() ? store.value("TavrelRememberedOutputs", "[]") : "[]";
+        return nlohmann::json::parse(text, nullptr, false).size();
+    }
 };
 
 }  // namespace tavrel::e2e

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tests/e2e/WatchdogSession.h"
@@ -36,21 +35,6 @@ protected:
         }
         EXPECT_TRUE(run.pressAndAwait(row, "on"));
         return name;
-    }
-
-    /// What the application has stored of the displays it has switched off.
-    std::string leftOff() const {
-        const auto store = nlohmann::json::parse(support::readFile(run.home.defaultsFile()));
-        return store.value("TavrelRememberedOutputs", "");
-    }
-
-    /// Whether the store comes to name that many displays as off. A slow disk is waited for only
-    /// so long before a display goes off, and is given the rest later.
-    bool comesToName(std::size_t count) const {
-        return waitUntil([&] {
-            const auto named = nlohmann::json::parse(leftOff(), nullptr, false);
-            return named.is_array() && named.size() == count;
-        });
     }
 
     WatchdogSession run;
@@ -157,7 +141,7 @@ TEST_F(WatchdogTest, WhenKilledAgainAndAgainItIsGivenUpAndTheApplicationSwitches
 
 TEST_F(WatchdogTest, WhenBothAreKilledTheNextStartSwitchesOnWhatTheyLeftOff) {
     switchTwoOff();
-    ASSERT_TRUE(comesToName(2));
+    ASSERT_TRUE(run.storeComesToName(2));
     run.killBoth();
     EXPECT_TRUE(run.nothingIsLeftRunning());
     EXPECT_EQ(run.desktop.monitorsOn(), 1);
@@ -176,7 +160,7 @@ TEST_F(WatchdogTest, WhenBothAreKilledTheNextStartSwitchesOnWhatTheyLeftOff) {
 TEST_F(WatchdogTest, WhenBothAreKilledWhatAnotherProgramSwitchedOffStaysOff) {
     const std::string others = monitorOfRow(3);
     ASSERT_TRUE(run.pressAndAwait(1, "off"));
-    ASSERT_TRUE(comesToName(1));
+    ASSERT_TRUE(run.storeComesToName(1));
     run.desktop.otherClient().switchOff(others);
     run.killBoth();
 
@@ -190,9 +174,9 @@ TEST_F(WatchdogTest, WhenBothAreKilledWhatAnotherProgramSwitchedOffStaysOff) {
 TEST_F(WatchdogTest, WhenBothAreKilledWhatAnotherProgramSwitchedOnAndOffAgainStaysOff) {
     const std::string name = monitorOfRow(3);
     ASSERT_TRUE(run.pressAndAwait(3, "off"));
-    ASSERT_TRUE(comesToName(1));
+    ASSERT_TRUE(run.storeComesToName(1));
     run.desktop.otherClient().switchOn(name);
-    ASSERT_TRUE(comesToName(0)) << "it was seen on";
+    ASSERT_TRUE(run.storeComesToName(0)) << "it was seen on";
     run.desktop.otherClient().switchOff(name);
     run.killBoth();
 
@@ -205,7 +189,7 @@ TEST_F(WatchdogTest, WhenBothAreKilledWhatAnotherProgramSwitchedOnAndOffAgainSta
 
 TEST_F(WatchdogTest, WhenBothAreKilledAndNoScreenIsUsableTheNextStartBringsThemBack) {
     switchTwoOff();
-    ASSERT_TRUE(comesToName(2));
+    ASSERT_TRUE(run.storeComesToName(2));
     run.killBoth();
     for (const support::Monitor& monitor : run.desktop.monitors()) {
         if (monitor.on) {
@@ -218,7 +202,7 @@ TEST_F(WatchdogTest, WhenBothAreKilledAndNoScreenIsUsableTheNextStartBringsThemB
 
     // More only if nothing was usable for too long.
     EXPECT_TRUE(waitUntil([&] { return run.desktop.monitorsOn() >= 2; }));
-    EXPECT_TRUE(comesToName(0));
+    EXPECT_TRUE(run.storeComesToName(0));
 }
 
 }  // namespace
