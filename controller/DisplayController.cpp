@@ -32,7 +32,7 @@ std::shared_ptr<DisplayController> DisplayController::create(const Platform& pla
 }
 
 DisplayController::DisplayController(const Platform& platform)
-    : platform_(platform), statusMessage_("Finding your displays…") {
+    : platform_(platform), known_(platform.userDefaults), statusMessage_("Finding your displays…") {
     assertMainThread();
 }
 

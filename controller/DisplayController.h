@@ -16,6 +16,7 @@
 #include "platform/Platform.h"
 #include "platform/WallClock.h"
 #include "platform/WorkItem.h"
+#include "registry/KnownDisplays.h"
 #include "registry/StoredDisplay.h"
 
 namespace tavrel {
@@ -127,6 +128,7 @@ private:
     void hopToMainThread(DisplayID display, std::uint32_t flags);
 
     const Platform platform_;
+    KnownDisplays known_;
     ObjectWillChange objectWillChange_;
 
     std::vector<DisplayDevice> displays_;

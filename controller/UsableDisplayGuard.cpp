@@ -2,7 +2,6 @@
 
 #include "controller/DisplayController.h"
 #include "platform/DisplayQueries.h"
-#include "registry/DisplayRegistry.h"
 
 namespace tavrel {
 
@@ -11,7 +10,7 @@ void DisplayController::ensureAtLeastOneUsableDisplay() {
     if (isAutomaticRecoveryRunning_) {
         return;
     }
-    const auto known = DisplayRegistry::knownDisplays(platform_.userDefaults);
+    const auto& known = known_.read();
     if (!known.empty() && !anyIsLive(known)) {
         restoreSafeLayout("Lost display recovered automatically");
     }

@@ -30,12 +30,15 @@ Index indexByID(const std::vector<StoredDisplay>& records) {
 
 }  // namespace
 
-std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults) {
-    const std::optional<std::string> text = userDefaults.data(storageKey);
-    if (!text) {
+std::vector<StoredDisplay> decoded(const std::optional<std::string>& stored) {
+    if (!stored) {
         return {};
     }
-    return StoredFormat::decode(*text).value_or(std::vector<StoredDisplay>{});
+    return StoredFormat::decode(*stored).value_or(std::vector<StoredDisplay>{});
+}
+
+std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults) {
+    return decoded(userDefaults.data(storageKey));
 }
 
 std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,

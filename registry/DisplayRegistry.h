@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,8 +23,11 @@ inline constexpr std::string_view storageKey = "TavrelKnownDisplays";
 /// How long a display that is not online is remembered, inclusive.
 inline constexpr double retentionSeconds = 2'592'000;
 
-/// The stored records in stored order. An absent, unreadable or malformed value counts as
+/// The records of a stored value, in its order. An absent, unreadable or malformed value counts as
 /// an empty registry.
+std::vector<StoredDisplay> decoded(const std::optional<std::string>& stored);
+
+/// Those that are stored. Who asks each second lets `KnownDisplays` read them.
 std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults);
 
 /// Brings the stored records up to date with the displays that are `online` now, forgets
