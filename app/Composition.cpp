@@ -26,8 +26,8 @@ constexpr std::chrono::seconds heartbeatInterval{1};
 watchdog::SupervisorSetup supervisorSetup(const System& system) {
     const auto folder = QCoreApplication::applicationDirPath().toStdString();
     return {.startWatchdog = [executable = watchdog::findWatchdog(folder),
-                              windowServer = system.windowServerName()] {
-        return watchdog::WatchdogProcess::start(executable, windowServer);
+                              windowServer = system.windowServerName()](const auto& first) {
+        return watchdog::WatchdogProcess::start(executable, first, windowServer);
     }};
 }
 

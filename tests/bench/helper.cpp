@@ -43,8 +43,9 @@ void measureHelper(const Extent& extent, Report& report) {
     const std::string file = (folder.path() / "displays").string();
     ::setenv(watchdog::SharedDisplays::variable, file.c_str(), 1);
     watchdog::SharedDisplays displays(file);
-    watchdog::GuardedSwitch guarded(displays, displays, {.startWatchdog = [] {
-                                        return watchdog::WatchdogProcess::start(STUB_WATCHDOG);
+    watchdog::GuardedSwitch guarded(displays, displays, {.startWatchdog = [](const auto& first) {
+                                        return watchdog::WatchdogProcess::start(STUB_WATCHDOG,
+                                                                                first);
                                     }});
     constexpr int switchesInARun = 20;
     std::vector<double> withHelper;

@@ -21,10 +21,12 @@ GuardedLine::GuardedLine(DisplaySwitch& inner, DisplayQueries& queries,
       scheduler_(scheduler),
       supervisor_(inner, queries,
                   {.startWatchdog =
-                       [this] {
+                       [this](const auto& first) {
                            stop_ = std::make_shared<Stop>(Stop::nowhere);
-                           return std::make_unique<SimulatedHelper>(
+                           auto helper = std::make_unique<SimulatedHelper>(
                                inner_, [this](auto time) { wait(time); }, stop_);
+                           sendAll(helper->link(), first);
+                           return helper;
                        },
                    .now = [this] { return now(); },
                    .stopwatch = [this] { return now(); },

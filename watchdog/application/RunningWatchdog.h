@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "watchdog/protocol/MessageChannel.h"
 
@@ -29,7 +30,9 @@ public:
     virtual void kill() = 0;
 };
 
-/// Starts a watchdog; null when the system cannot.
-using StartWatchdog = std::function<std::unique_ptr<RunningWatchdog>()>;
+/// Starts a watchdog; null when the system cannot. It finds the `first` messages when it begins
+/// to listen, even if nobody is left by then who could send them.
+using StartWatchdog =
+    std::function<std::unique_ptr<RunningWatchdog>(const std::vector<Message>& first)>;
 
 }  // namespace tavrel::watchdog

@@ -103,12 +103,18 @@ bool reap(pid_t pid) {
 }  // namespace
 
 std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::path& executable,
+                                                        const std::vector<Message>& first,
                                                         std::string windowServer) {
     auto ends = makeSocketPair();
     if (!ends) {
         return nullptr;
     }
-    auto& [ours, theirs] = *ends;
+    MessageSocket ours(std::move(ends->first));
+    const FileDescriptor theirs = std::move(ends->second);
+    // Before it runs: this process may be gone the moment after.
+    if (!sendAll(ours, first)) {
+        return nullptr;
+    }
     // Above the number it will have there: dup2 of a descriptor onto itself would leave it
     // close-on-exec.
     const FileDescriptor passed(fcntl(theirs.number(), F_DUPFD_CLOEXEC, watchdogLink + 1));
@@ -131,7 +137,7 @@ std::unique_ptr<WatchdogProcess> WatchdogProcess::start(const std::filesystem::p
     return std::make_unique<WatchdogProcess>(std::move(ours), pid);
 }
 
-WatchdogProcess::WatchdogProcess(FileDescriptor link, pid_t pid)
+WatchdogProcess::WatchdogProcess(MessageSocket link, pid_t pid)
     : link_(std::in_place, std::move(link)), pid_(pid) {}
 
 WatchdogProcess::~WatchdogProcess() {

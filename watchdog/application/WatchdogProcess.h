@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "watchdog/application/RunningWatchdog.h"
 #include "watchdog/protocol/MessageSocket.h"
@@ -17,13 +18,15 @@ namespace tavrel::watchdog {
 /// to the application's process group, with none of its files but the connection.
 class WatchdogProcess : public RunningWatchdog {
 public:
-    /// Runs `executable`, passing it the number of its end of the connection, and the name of
-    /// the window server to use unless that is empty. Null when the system cannot; an executable
-    /// that ends at once may also show as a lost connection.
+    /// Runs `executable`, passing it the number of its end of the connection, which has the
+    /// `first` messages in it by then, and the name of the window server to use unless that is
+    /// empty. Null when the system cannot; an executable that ends at once may also show as a
+    /// lost connection.
     static std::unique_ptr<WatchdogProcess> start(const std::filesystem::path& executable,
+                                                  const std::vector<Message>& first = {},
                                                   std::string windowServer = {});
 
-    WatchdogProcess(FileDescriptor link, pid_t pid);
+    WatchdogProcess(MessageSocket link, pid_t pid);
     ~WatchdogProcess() override;
     WatchdogProcess(const WatchdogProcess&) = delete;
     WatchdogProcess& operator=(const WatchdogProcess&) = delete;

@@ -219,12 +219,12 @@ void WatchdogSupervisor::startWatchdogIfDue() {
         return;
     }
     watchdogIsReady_ = false;
-    auto started = setup_.startWatchdog();
-    const bool isRefused = started == nullptr;
-    for (const DisplayID display : isRefused ? std::vector<DisplayID>{} : switchedOff_.displays()) {
-        // If this one is gone already, the next receive tells.
-        started->link().send({.kind = Message::Kind::alreadyOff, .display = display});
+    std::vector<Message> first;
+    for (const DisplayID display : switchedOff_.displays()) {
+        first.push_back({.kind = Message::Kind::alreadyOff, .display = display});
     }
+    auto started = setup_.startWatchdog(first);
+    const bool isRefused = started == nullptr;
     {
         const std::lock_guard lock(handOverMutex_);
         watchdog_ = std::move(started);

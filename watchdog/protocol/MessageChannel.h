@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <variant>
+#include <vector>
 
 #include "watchdog/protocol/Message.h"
 
@@ -35,5 +37,11 @@ public:
     /// its end. What it sends until then is discarded.
     virtual void hangUp() = 0;
 };
+
+/// Returns whether all were sent; stops at the first that is not.
+inline bool sendAll(MessageChannel& channel, const std::vector<Message>& messages) {
+    return std::all_of(messages.begin(), messages.end(),
+                       [&](const Message& message) { return channel.send(message); });
+}
 
 }  // namespace tavrel::watchdog

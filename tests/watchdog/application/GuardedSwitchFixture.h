@@ -41,10 +41,11 @@ protected:
     void beginWith(std::chrono::milliseconds longestWait) {
         guarded.reset();
         starts = 0;
-        guarded.emplace(displays, reported,
-                        SupervisorSetup{.startWatchdog = [this] { return start(); },
-                                        .now = [this] { return now.load(); },
-                                        .urgentTimeout = longestWait});
+        guarded.emplace(
+            displays, reported,
+            SupervisorSetup{.startWatchdog = [this](const auto& first) { return start(first); },
+                            .now = [this] { return now.load(); },
+                            .urgentTimeout = longestWait});
     }
 
     /// The application ends without a goodbye.
@@ -84,7 +85,7 @@ protected:
     std::optional<GuardedSwitch> guarded;
 
 private:
-    std::unique_ptr<RunningWatchdog> start() {
+    std::unique_ptr<RunningWatchdog> start(const std::vector<Message>& first) {
         beforeStart();
         if (refusedStarts > 0) {
             --refusedStarts;
@@ -99,6 +100,7 @@ private:
             const std::lock_guard lock(mutex);
             latest = started->killSwitch();
         }
+        sendAll(started->link(), first);
         ++starts;
         return started;
     }

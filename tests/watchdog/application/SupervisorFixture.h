@@ -67,7 +67,7 @@ protected:
         if (!supervisor_) {
             supervisor_.emplace(
                 inner, reported,
-                SupervisorSetup{.startWatchdog = [this] { return start(); },
+                SupervisorSetup{.startWatchdog = [this](const auto& first) { return start(first); },
                                 .now = [this] { return now; },
                                 .pause = [this](std::chrono::milliseconds time) { pause(time); },
                                 .answerTimeout = answerTimeout,
@@ -143,7 +143,7 @@ protected:
     std::vector<std::pair<DisplayID, bool>> requests;
 
 private:
-    std::unique_ptr<RunningWatchdog> start() {
+    std::unique_ptr<RunningWatchdog> start(const std::vector<Message>& first) {
         ++starts;
         if (starts <= failingStarts) {
             return nullptr;
@@ -152,12 +152,14 @@ private:
             auto made = std::make_unique<PuppetWatchdog>(*std::exchange(puppetSays, std::nullopt),
                                                          puppetsKilled);
             puppet = made.get();
+            sendAll(made->link(), first);
             return made;
         }
         auto started = std::make_unique<ThreadWatchdog>(
             displays,
             [this](DisplayID display, bool enabled) { return outcomeOf(display, enabled); });
         latest_ = started->killSwitch();
+        sendAll(started->link(), first);
         return started;
     }
 

@@ -68,6 +68,17 @@ protected:
     std::unique_ptr<WatchdogProcess> watchdog;
 };
 
+TEST_F(WatchdogProcessTest, OneKnowsWhatIsOffAlsoWhenNobodyIsLeftToTellIt) {
+    auto displays = SharedDisplays::ofEnvironment();
+    ASSERT_EQ(displays.setDisplayEnabled(2, false), serverStatus::success);
+
+    watchdog =
+        WatchdogProcess::start(STUB_WATCHDOG, {{.kind = Message::Kind::alreadyOff, .display = 2}});
+    watchdog.reset();
+
+    EXPECT_TRUE(displays.isOn(2));
+}
+
 TEST_F(WatchdogProcessTest, AKilledOneIsGone) {
     watchdog->kill();
 

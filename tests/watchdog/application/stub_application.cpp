@@ -3,6 +3,7 @@
 #include <ext/stdio_filebuf.h>
 #include <istream>
 #include <string>
+#include <vector>
 
 #include "tests/watchdog/SharedDisplays.h"
 #include "watchdog/application/GuardedSwitch.h"
@@ -17,7 +18,9 @@ int main(int argc, char** argv) {
     }
     SharedDisplays displays = SharedDisplays::ofEnvironment();
     GuardedSwitch guarded(displays, displays,
-                          {.startWatchdog = [&] { return WatchdogProcess::start(argv[1]); }});
+                          {.startWatchdog = [&](const std::vector<Message>& first) {
+                              return WatchdogProcess::start(argv[1], first);
+                          }});
     __gnu_cxx::stdio_filebuf<char> input(3, std::ios::in);
     __gnu_cxx::stdio_filebuf<char> output(3, std::ios::out);
     std::istream orders(&input);
