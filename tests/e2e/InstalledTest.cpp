@@ -30,17 +30,6 @@ protected:
         return watchdog::processesOf(watchdogFile, "DISPLAY=" + desktop.displayName());
     }
 
-    /// What was installed for a message bus, told where the program really is: elsewhere than
-    /// this build was configured for.
-    std::filesystem::path services() const {
-        const std::string file = TAVREL_APPLICATION_ID + std::string(".service");
-        std::string text = support::readFile(prefix.path() / INSTALLED_SERVICES / file);
-        const std::string configured = CONFIGURED_PROGRAM;
-        text.replace(text.find(configured), configured.size(), prefix.path() / INSTALLED_PROGRAM);
-        support::writeFile(home.path() / "services" / file, text);
-        return home.path() / "services";
-    }
-
     support::TemporaryFolder prefix;
     const std::filesystem::path watchdogFile = prefix.path() / INSTALLED_WATCHDOG;
     support::VirtualDesktop desktop{{.accessibility = true}};
@@ -92,8 +81,9 @@ TEST_F(InstalledTest, TheMessageBusStartsItWhenAKeyOfTheDesktopWantsAllAwake) {
     environment["QT_QPA_PLATFORM"] = "xcb";
     environment["HOME"] = environment["XDG_RUNTIME_DIR"] = home.path();
     environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nowhere";
-    const support::MessageBus bus(home.path(), "session", home.janitor(),
-                                  {.services = services(), .environment = environment});
+    const support::MessageBus bus(
+        home.path(), "session", home.janitor(),
+        {.services = prefix.path() / INSTALLED_SERVICES, .environment = environment});
     environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
 
     support::runToEnd({"gapplication", "action", TAVREL_APPLICATION_ID, "wake"}, environment);

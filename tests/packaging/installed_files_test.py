@@ -5,6 +5,7 @@ usage: installed_files_test.py BUILD VERSION
 """
 
 import gzip
+import os
 import pathlib
 import struct
 import subprocess
@@ -37,14 +38,34 @@ EXPECTED = {
 BUILD, VERSION = sys.argv.pop(1), sys.argv.pop(1)
 
 
+def install(prefix, **environment):
+    subprocess.run(["cmake", "--install", BUILD, "--prefix", prefix], check=True,
+                   stdout=subprocess.DEVNULL, env={**os.environ, **environment})
+
+
+def files_in(folder):
+    return {str(path.relative_to(folder)) for path in folder.rglob("*") if not path.is_dir()}
+
+
+def program_started_by(service):
+    """What stands in the service file, as whom the message bus starts."""
+    return [line.removeprefix("Exec=") for line in service.read_text("utf-8").splitlines()
+            if line.startswith("Exec=")]
+
+
+def helper_in(manual):
+    """Where the manual says that the helper is."""
+    text = gzip.decompress(manual.read_bytes()).decode("utf-8").replace("\\-", "-")
+    return [line.removeprefix(".I ") for line in text.splitlines() if "display-watchdog" in line]
+
+
 class InstalledFilesTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.prefix = pathlib.Path(folder.name)
-        subprocess.run(["cmake", "--install", BUILD, "--prefix", cls.prefix],
-                       check=True, stdout=subprocess.DEVNULL)
+        install(cls.prefix)
 
     def read(self, path):
         return (self.prefix / path).read_bytes()
@@ -56,10 +77,7 @@ class InstalledFilesTest(unittest.TestCase):
         return result.stdout + result.stderr
 
     def test_exactly_these_are_there(self):
-        installed = {str(path.relative_to(self.prefix))
-                     for path in self.prefix.rglob("*") if not path.is_dir()}
-
-        self.assertEqual(installed, EXPECTED)
+        self.assertEqual(files_in(self.prefix), EXPECTED)
 
     def test_programs_can_be_run_and_nothing_else(self):
         for path in EXPECTED:
@@ -87,11 +105,28 @@ class InstalledFilesTest(unittest.TestCase):
 
         self.assertIn(f"Icon={ID}", lines)
 
-    def test_the_message_bus_starts_the_program_under_its_own_name(self):
+    def test_the_message_bus_knows_the_program_by_its_own_name(self):
         lines = self.read(SERVICE).decode("utf-8").splitlines()
 
         self.assertIn(f"Name={ID}", lines)
-        self.assertRegex(self.read(SERVICE).decode("utf-8"), r"(?m)^Exec=/.*/bin/tavrel$")
+
+    def test_files_that_name_the_place_name_the_one_they_were_installed_to(self):
+        # Not what the build was configured for.
+        self.assertEqual(program_started_by(self.prefix / SERVICE), [f"{self.prefix}/bin/tavrel"])
+        self.assertEqual(helper_in(self.prefix / MANUAL),
+                         [f"{self.prefix}/libexec/tavrel/display-watchdog"])
+
+    def test_a_folder_that_packages_are_gathered_in_is_in_no_file(self):
+        with tempfile.TemporaryDirectory() as gathered:
+            install("/opt/tavrel", DESTDIR=gathered)
+            there = pathlib.Path(gathered) / "opt/tavrel"
+
+            self.assertEqual(files_in(there), EXPECTED)
+            self.assertEqual(program_started_by(there / SERVICE), ["/opt/tavrel/bin/tavrel"])
+            self.assertEqual(helper_in(there / MANUAL),
+                             ["/opt/tavrel/libexec/tavrel/display-watchdog"])
+            for file in EXPECTED:
+                self.assertNotIn(gathered.encode(), (there / file).read_bytes(), file)
 
     def test_software_centres_accept_the_metainfo(self):
         said = self.assert_accepted_by("appstreamcli", "validate", "--no-net", "--no-color",
@@ -109,11 +144,10 @@ class InstalledFilesTest(unittest.TestCase):
         for binary in component.findall("provides/binary"):
             self.assertIn(f"bin/{binary.text}", EXPECTED)
 
-    def test_the_manual_is_of_this_version_and_names_where_the_helper_is(self):
+    def test_the_manual_is_of_this_version(self):
         manual = gzip.decompress(self.read(MANUAL)).decode("utf-8")
 
         self.assertIn(f'"Tavrel {VERSION}"', manual)
-        self.assertIn(r"/libexec/tavrel/display\-watchdog", manual)
 
     def test_no_placeholder_is_left_in_any_text(self):
         texts = [gzip.decompress(self.read(MANUAL)), self.read(METAINFO),
