@@ -10,7 +10,8 @@ namespace tavrel {
 /// Main thread only.
 ///
 /// `activationToken`, where it is not empty, is what a Wayland compositor wants to see before it
-/// does that, because the user has not touched this application but another.
+/// does that, because the user has not touched this application but another. The toolkit's tray
+/// learns of tokens by itself; then it is empty.
 void bringToFront(QWidget& window, const std::string& activationToken);
 
 }  // namespace tavrel

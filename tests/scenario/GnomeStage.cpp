@@ -64,19 +64,21 @@ std::vector<std::string> GnomeStage::inOrderOfRows() const {
     return connectors;
 }
 
+support::Environment GnomeStage::environment() const {
+    return {{"WAYLAND_DISPLAY", desktop_.displayName()},
+            {"DBUS_SESSION_BUS_ADDRESS", desktop_.busAddress()},
+            {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"},
+            // The toolkit's plug-in for Wayland leaves some objects behind when it is unloaded.
+            {"LSAN_OPTIONS", "detect_leaks=0"},
+            // It is to find out by itself.
+            {"QT_QPA_PLATFORM", ""}};
+}
+
 void GnomeStage::startApplication() {
     application_.reset();
-    support::Environment environment;
-    environment["WAYLAND_DISPLAY"] = desktop_.displayName();
-    environment["DBUS_SESSION_BUS_ADDRESS"] = desktop_.busAddress();
-    environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
-    // The toolkit's plug-in for Wayland leaves some objects behind when it is unloaded.
-    environment["LSAN_OPTIONS"] = "detect_leaks=0";
-    // It is to find out by itself.
-    environment["QT_QPA_PLATFORM"] = "";
     const std::string& bus = accessibility_.accessibilityAddress();
     application_ = std::make_unique<AppProcess>(
-        home_, AppProcess::Options{.program = program_, .environment = environment});
+        home_, AppProcess::Options{.program = program_, .environment = environment()});
     accessible_ = std::make_unique<support::AccessibleWindow>(bus, application_->pid());
     const bool isUp = waitUntil([&] {
         const Window shown = window();

@@ -39,6 +39,9 @@ public:
     bool await(const std::function<bool()>& condition) override;
 
     support::GnomeDesktop& desktop() { return desktop_; }
+    const support::UserHome& home() const { return home_; }
+    /// What makes a program one of this desktop's.
+    support::Environment environment() const;
     support::AppProcess& application() { return *application_; }
     const support::AccessibleWindow& accessible() const { return *accessible_; }
     const std::vector<std::string>& outputs() const { return outputs_; }

@@ -41,18 +41,19 @@ PlasmaStage::PlasmaStage(std::size_t displays, std::string program)
 
 PlasmaStage::~PlasmaStage() = default;
 
+support::Environment PlasmaStage::environment() const {
+    return {{"WAYLAND_DISPLAY", desktop_.displayName()},
+            // The toolkit's plug-in for Wayland leaves some objects behind when it is unloaded.
+            {"LSAN_OPTIONS", "detect_leaks=0"},
+            {"XDG_SESSION_TYPE", "wayland"},
+            {"QT_QPA_PLATFORM", "wayland"},
+            {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"},
+            {"DBUS_SESSION_BUS_ADDRESS", bus_.sessionAddress()}};
+}
+
 void PlasmaStage::startApplication() {
     application_ = std::make_unique<support::AppProcess>(
-        home_, support::AppProcess::Options{
-                   .program = program_,
-                   .environment = {{"WAYLAND_DISPLAY", desktop_.displayName()},
-                                   // The toolkit's plug-in for Wayland leaves some objects behind
-                                   // when it is unloaded.
-                                   {"LSAN_OPTIONS", "detect_leaks=0"},
-                                   {"XDG_SESSION_TYPE", "wayland"},
-                                   {"QT_QPA_PLATFORM", "wayland"},
-                                   {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"},
-                                   {"DBUS_SESSION_BUS_ADDRESS", bus_.sessionAddress()}}});
+        home_, support::AppProcess::Options{.program = program_, .environment = environment()});
     accessible_ = std::make_unique<support::AccessibleWindow>(bus_.accessibilityAddress(),
                                                               application_->pid());
     const bool isUp = waitUntil([&] {

@@ -41,6 +41,9 @@ public:
 
     support::PlasmaDesktop& desktop() { return desktop_; }
     const support::UserHome& home() const { return home_; }
+    const std::string& sessionBusAddress() const { return bus_.sessionAddress(); }
+    /// What makes a program one of this desktop's.
+    support::Environment environment() const;
     const std::vector<std::string>& outputs() const { return connectors_; }
     /// The running application.
     support::AppProcess& application() { return *application_; }

@@ -26,6 +26,8 @@ struct AccessibleElement {
     bool isChecked() const { return has(4); }
     bool isEnabled() const { return has(8) && has(24); }
     bool isFocused() const { return has(12); }
+    /// Of a window: whether it has the focus.
+    bool isActive() const { return has(1); }
     bool isBusy() const { return has(3); }
     bool isShowing() const { return has(25); }
 
