@@ -1,9 +1,6 @@
 #include "tests/support/VirtualDesktop.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <cctype>
 #include <csignal>
 #include <filesystem>
 #include <optional>
@@ -12,6 +9,7 @@
 #include "platform/posix/Pipe.h"
 #include "tests/support/AccessibilityBus.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/DisplayNumber.h"
 
 namespace tavrel::support {
 
@@ -61,24 +59,6 @@ EndSection
 std::string serverProgram() {
     constexpr const char* unwrapped = "/usr/lib/xorg/Xorg";
     return std::filesystem::exists(unwrapped) ? unwrapped : "Xorg";
-}
-
-/// The number the server writes when it accepts connections; std::nullopt when it ends first or
-/// writes nothing.
-std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
-    std::string text;
-    while (text.empty() || text.back() != '\n') {
-        pollfd ready{pipe.number(), POLLIN, 0};
-        char character = 0;
-        if (::poll(&ready, 1, static_cast<int>(defaultTimeout.count())) <= 0 ||
-            ::read(pipe.number(), &character, 1) != 1) {
-            return std::nullopt;
-        }
-        text.push_back(character);
-    }
-    return std::isdigit(static_cast<unsigned char>(text.front())) != 0
-               ? std::optional(std::stoi(text))
-               : std::nullopt;
 }
 
 }  // namespace
