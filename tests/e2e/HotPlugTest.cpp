@@ -16,8 +16,8 @@
 #include "tests/support/WaitUntil.h"
 
 /// The built application at compositors that a test plays, because no real one without hardware
-/// has its monitors unplugged, or answers with errors, on demand. Its window is on an X server,
-/// where it is read and used over AT-SPI; that server's own monitor it leaves alone.
+/// has a monitor plugged in at another port, or answers with errors, on demand. Its window is on an
+/// X server, where it is read and used over AT-SPI; that server's own monitor it leaves alone.
 namespace tavrel::e2e {
 namespace {
 

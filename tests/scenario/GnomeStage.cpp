@@ -21,8 +21,6 @@ using support::AppProcess;
 using support::GnomeDesktop;
 using support::waitUntil;
 
-constexpr std::size_t displays = 3;
-
 std::string place(const GnomeDesktop::Screen& screen) {
     std::ostringstream text;
     text << screen;
@@ -31,8 +29,11 @@ std::string place(const GnomeDesktop::Screen& screen) {
 
 }  // namespace
 
-GnomeStage::GnomeStage(std::string program)
-    : program_(std::move(program)), outputs_(inOrderOfRows()), serverAtFirst_(server()) {
+GnomeStage::GnomeStage(std::string program, const std::vector<std::string>& monitors)
+    : program_(std::move(program)),
+      desktop_(false, monitors),
+      outputs_(inOrderOfRows()),
+      serverAtFirst_(server()) {
     startApplication();
 }
 
@@ -82,7 +83,7 @@ void GnomeStage::startApplication() {
     accessible_ = std::make_unique<support::AccessibleWindow>(bus, application_->pid());
     const bool isUp = waitUntil([&] {
         const Window shown = window();
-        return shown.rows.size() == displays &&
+        return shown.rows.size() == outputs_.size() &&
                std::none_of(shown.rows.begin(), shown.rows.end(),
                             [](const Row& row) { return row.isBusy; });
     });
@@ -168,10 +169,15 @@ Window GnomeStage::window() {
 }
 
 std::vector<ServerDisplay> GnomeStage::server() {
+    // Asked once: it is waited for, and answering takes the compositor's time.
+    const std::vector<GnomeDesktop::Screen> screens = desktop_.screens();
     std::vector<ServerDisplay> result;
     for (const std::string& output : outputs_) {
-        const GnomeDesktop::Screen screen = desktop_.screen(output);
-        result.push_back({screen.isOn, screen.isOn ? place(screen) : ""});
+        const auto found = std::find_if(
+            screens.begin(), screens.end(),
+            [&](const GnomeDesktop::Screen& each) { return each.connector == output; });
+        const bool isOn = found != screens.end() && found->isOn;
+        result.push_back({isOn, isOn ? place(*found) : ""});
     }
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/scenario/Stage.h"
 #include "tests/support/AccessibilityBus.h"
@@ -16,8 +17,10 @@ namespace tavrel::scenario {
 /// read over AT-SPI: no pointer is moved. The compositor is asked itself what is on.
 class GnomeStage final : public Stage {
 public:
-    /// With three displays. Throws std::runtime_error when the application does not come up.
-    explicit GnomeStage(std::string program);
+    /// With displays of these sizes. Throws std::runtime_error when the application does not come
+    /// up.
+    explicit GnomeStage(std::string program, const std::vector<std::string>& monitors =
+                                                 support::GnomeDesktop::threeMonitors());
     ~GnomeStage() override;
     GnomeStage(const GnomeStage&) = delete;
     GnomeStage& operator=(const GnomeStage&) = delete;
@@ -45,6 +48,8 @@ public:
     support::AppProcess& application() { return *application_; }
     const support::AccessibleWindow& accessible() const { return *accessible_; }
     const std::vector<std::string>& outputs() const { return outputs_; }
+    /// Has the stage know the monitors that are plugged in by now; those that are not, no more.
+    void lookAgain() { outputs_ = inOrderOfRows(); }
 
 private:
     static support::VirtualDesktop::Options asideOptions();

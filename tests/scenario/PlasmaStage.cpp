@@ -17,8 +17,8 @@ using support::waitUntil;
 
 }  // namespace
 
-PlasmaStage::PlasmaStage(std::size_t displays, std::string program)
-    : desktop_(static_cast<int>(displays)),
+PlasmaStage::PlasmaStage(std::size_t displays, std::string program, const std::string& xDisplayName)
+    : desktop_(static_cast<int>(displays), xDisplayName),
       bus_(home_.path(), "", home_.janitor()),
       program_(std::move(program)),
       elsewhereLink_({.displayName = desktop_.displayName()}),

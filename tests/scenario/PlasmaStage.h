@@ -18,8 +18,9 @@ namespace tavrel::scenario {
 /// AT-SPI. The compositor is asked itself what is on.
 class PlasmaStage : public Stage {
 public:
-    /// Throws std::runtime_error when the application does not come up.
-    PlasmaStage(std::size_t displays, std::string program);
+    /// On an X server, if one is named: see `PlasmaDesktop`. Throws std::runtime_error when the
+    /// application does not come up.
+    PlasmaStage(std::size_t displays, std::string program, const std::string& xDisplayName = {});
     ~PlasmaStage() override;
     PlasmaStage(const PlasmaStage&) = delete;
     PlasmaStage& operator=(const PlasmaStage&) = delete;

@@ -55,21 +55,27 @@ AppWindow::AppWindow(std::string displayName, xcb_window_t window)
     : displayName_(std::move(displayName)), window_(window) {}
 
 std::optional<AppWindow> AppWindow::find(const std::string& displayName, pid_t process) {
+    const std::vector<AppWindow> all = findAll(displayName, process);
+    return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
+std::vector<AppWindow> AppWindow::findAll(const std::string& displayName, pid_t process) {
     const XConnection connection(displayName);
     const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
         connection.get(), xcb_query_tree(connection.get(), connection.root()), nullptr));
     if (!tree) {
-        return std::nullopt;
+        return {};
     }
+    std::vector<AppWindow> found;
     const std::span windows(xcb_query_tree_children(tree.get()), tree->children_len);
     for (const xcb_window_t window : windows) {
         const auto owner = property(connection, window, "_NET_WM_PID");
         if (!owner.empty() && static_cast<pid_t>(owner.front()) == process &&
             isVisible(connection, window)) {
-            return AppWindow(displayName, window);
+            found.push_back(AppWindow(displayName, window));
         }
     }
-    return std::nullopt;
+    return found;
 }
 
 bool AppWindow::isAbove(const AppWindow& other) const {

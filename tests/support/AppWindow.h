@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavrel::support {
 
@@ -31,6 +32,8 @@ class AppWindow {
 public:
     /// The visible top-level window of the process; std::nullopt while it has none.
     static std::optional<AppWindow> find(const std::string& displayName, pid_t process);
+    /// All of them, the uppermost last.
+    static std::vector<AppWindow> findAll(const std::string& displayName, pid_t process);
 
     xcb_window_t id() const { return window_; }
     /// Whether it hides `other` where they overlap.

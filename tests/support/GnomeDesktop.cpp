@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
 
 #include "tests/support/DBus.h"
 
@@ -61,8 +62,9 @@ bool GnomeDesktop::isInstalled() {
     return std::filesystem::exists(installed);
 }
 
-GnomeDesktop::GnomeDesktop(bool hasLid)
-    : janitor_(folder_.path()),
+GnomeDesktop::GnomeDesktop(bool hasLid, std::vector<std::string> monitors)
+    : monitors_(std::move(monitors)),
+      janitor_(folder_.path()),
       bus_(folder_.path(), "bus", janitor_),
       systemBus_(folder_.path(), "system", janitor_) {
     if (hasLid) {
@@ -76,10 +78,12 @@ void GnomeDesktop::start() {
     environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
     environment["DBUS_SYSTEM_BUS_ADDRESS"] = systemBus_.address();
     environment["GSETTINGS_BACKEND"] = "memory";
-    compositor_.start({installed, "--wayland", "--headless", "--no-x11",
-                       "--wayland-display=wayland", "--virtual-monitor", "1920x1080",
-                       "--virtual-monitor", "1600x900", "--virtual-monitor", "1280x1024"},
-                      environment, [&] { return screens().size() == 3; });
+    std::vector<std::string> command{installed, "--wayland", "--headless", "--no-x11",
+                                     "--wayland-display=wayland"};
+    for (const std::string& monitor : monitors_) {
+        command.insert(command.end(), {"--virtual-monitor", monitor});
+    }
+    compositor_.start(command, environment, [&] { return screens().size() == monitors_.size(); });
 }
 
 std::vector<GnomeDesktop::Screen> GnomeDesktop::screens() const {

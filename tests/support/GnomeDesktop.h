@@ -33,22 +33,29 @@ public:
 
     static bool isInstalled();
 
-    /// Monitors of 1920x1080, 1600x900 and 1280x1024, side by side: Meta-0, which offers the
-    /// scales 1 and 2 and is primary, Meta-1 and Meta-2. The lid is open, if there is to be one.
-    /// Blocks until mutter answers. Throws std::runtime_error with its messages when it does not.
-    explicit GnomeDesktop(bool hasLid = false);
+    /// Three monitors, Meta-0 to Meta-2.
+    static std::vector<std::string> threeMonitors() {
+        return {"1920x1080", "1600x900", "1280x1024"};
+    }
+
+    /// With monitors of these sizes, side by side; the first is primary, and one of 1920x1080
+    /// offers the scales 1 and 2. The lid is open, if there is to be one. Blocks until mutter
+    /// answers. Throws std::runtime_error with its messages when it does not.
+    explicit GnomeDesktop(bool hasLid = false, std::vector<std::string> monitors = threeMonitors());
     GnomeDesktop(const GnomeDesktop&) = delete;
     GnomeDesktop& operator=(const GnomeDesktop&) = delete;
 
     /// As in the WAYLAND_DISPLAY variable: a path.
     std::string displayName() const { return compositor_.displayName(); }
     const std::string& busAddress() const { return bus_.address(); }
+    /// Where it looks for its files, and for PipeWire.
+    Environment environment() const { return compositor_.environment(); }
 
     /// What mutter itself says, in its order. Throws DBusError.
     std::vector<Screen> screens() const;
     Screen screen(const std::string& connector) const;
 
-    /// The mode of a monitor, which has only one.
+    /// The mode of one of the three monitors, which has only one.
     static std::string preferredMode(const std::string& connector);
 
     /// Another program changes the layout, to those of `screens` that are on.
@@ -65,6 +72,7 @@ public:
     void start();
 
 private:
+    const std::vector<std::string> monitors_;
     TemporaryFolder folder_;
     Janitor janitor_;
     MessageBus bus_;

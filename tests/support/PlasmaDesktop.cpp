@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <ostream>
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
+#include "tests/support/AppWindow.h"
 #include "tests/support/DBus.h"
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel::support {
 
@@ -55,8 +59,11 @@ bool PlasmaDesktop::isInstalled() {
     return std::filesystem::exists(installed);
 }
 
-PlasmaDesktop::PlasmaDesktop(int outputs)
-    : outputs_(outputs), janitor_(folder_.path()), bus_(folder_.path(), "bus", janitor_) {
+PlasmaDesktop::PlasmaDesktop(int outputs, std::string xDisplayName)
+    : outputs_(outputs),
+      xDisplayName_(std::move(xDisplayName)),
+      janitor_(folder_.path()),
+      bus_(folder_.path(), "bus", janitor_) {
     // The packaged file has a capability that not everybody may use. A copy has none; it must be
     // called the same, by which its plug-ins recognise it.
     std::filesystem::create_directories(folder_.path() / "bin");
@@ -69,10 +76,23 @@ void PlasmaDesktop::start() {
     environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
     // Painted by the processor, and not by a pretended graphics card: quick to start.
     environment["KWIN_COMPOSE"] = "Q";
-    compositor_.start({(folder_.path() / "bin" / "kwin_wayland").string(), "--virtual",
-                       "--output-count", std::to_string(outputs_), "--no-lockscreen",
-                       "--no-global-shortcuts", "--socket", "wayland"},
-                      environment,
+    std::vector<std::string> command{(folder_.path() / "bin" / "kwin_wayland").string(),
+                                     "--output-count",
+                                     std::to_string(outputs_),
+                                     "--width",
+                                     "1024",
+                                     "--height",
+                                     "768",
+                                     "--no-lockscreen",
+                                     "--no-global-shortcuts",
+                                     "--socket",
+                                     "wayland"};
+    if (xDisplayName_.empty()) {
+        command.emplace_back("--virtual");
+    } else {
+        command.insert(command.end(), {"--x11-display", xDisplayName_});
+    }
+    compositor_.start(command, environment,
                       [&] { return std::filesystem::exists(displayName()) && !screens().empty(); });
 }
 
@@ -85,6 +105,29 @@ PlasmaDesktop::Screen PlasmaDesktop::screen(const std::string& name) const {
     const auto found =
         std::find_if(all.begin(), all.end(), [&](const Screen& each) { return each.name == name; });
     return found == all.end() ? Screen{name, false, {}, {}} : *found;
+}
+
+void PlasmaDesktop::unplug(const std::string& name) const {
+    std::vector<std::string> names;
+    for (const Screen& each : screens()) {
+        // What is said of the edges of screens begins alike.
+        if (!each.name.empty()) {
+            names.push_back(each.name);
+        }
+    }
+    std::sort(names.begin(), names.end());
+    const auto index = std::find(names.begin(), names.end(), name) - names.begin();
+    // They were made one after the other, each above the one before.
+    AppWindow::findAll(xDisplayName_, compositor_.pid())
+        .at(static_cast<std::size_t>(index))
+        .close();
+    if (!waitUntil([&] {
+            const std::vector<Screen> all = screens();
+            return std::none_of(all.begin(), all.end(),
+                                [&](const Screen& each) { return each.name == name; });
+        })) {
+        throw std::runtime_error("KWin keeps an output whose window is closed");
+    }
 }
 
 std::ostream& operator<<(std::ostream& out, const PlasmaDesktop::Screen& screen) {

@@ -29,9 +29,10 @@ public:
 
     static bool isInstalled();
 
-    /// Outputs side by side, each 1024×768, Virtual-0 leftmost and primary. Blocks until KWin
+    /// Outputs side by side, each 1024×768, Virtual-0 leftmost and primary. On an X server, if one
+    /// is named, each is a window there, and can be unplugged: X11-0 and so on. Blocks until KWin
     /// answers. Throws std::runtime_error with its own messages when it does not start.
-    explicit PlasmaDesktop(int outputs = 3);
+    explicit PlasmaDesktop(int outputs = 3, std::string xDisplayName = {});
     PlasmaDesktop(const PlasmaDesktop&) = delete;
     PlasmaDesktop& operator=(const PlasmaDesktop&) = delete;
 
@@ -41,6 +42,10 @@ public:
 
     std::vector<Screen> screens() const;
     Screen screen(const std::string& name) const;
+
+    /// Pulls a monitor out for good: closes its window on the X server. Blocks until KWin lists it
+    /// no more; throws std::runtime_error when it goes on doing so.
+    void unplug(const std::string& name) const;
 
     /// Holds KWin up: it takes in what is said to it, and does and answers nothing.
     void pause() const { compositor_.pause(); }
@@ -52,6 +57,7 @@ public:
 
 private:
     int outputs_;
+    const std::string xDisplayName_;
     TemporaryFolder folder_;
     Janitor janitor_;
     MessageBus bus_;

@@ -24,6 +24,9 @@ public:
     /// As in the WAYLAND_DISPLAY variable: a path.
     std::string displayName() const { return (folder_ / "wayland").string(); }
 
+    /// While it runs.
+    pid_t pid() const { return process_->pid(); }
+
     /// Where programs look for their files: in the folder.
     Environment environment() const;
 
