@@ -11,6 +11,7 @@
 #include "platform/LeftOffRecovery.h"
 #include "platform/NotificationCenter.h"
 #include "platform/RescueReview.h"
+#include "platform/StoredFirst.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/posix/SystemWallClock.h"
 #include "platform/qt/QtMainQueue.h"
@@ -48,7 +49,8 @@ struct Composition::Parts {
     SystemWallClock wallClock;
     watchdog::GuardedSwitch guarded{system->displaySwitch(), system->queries(),
                                     supervisorSetup(*system)};
-    LastDisplayGate lastDisplay{guarded, system->queries()};
+    StoredFirst storedFirst{guarded, system->userDefaults()};
+    LastDisplayGate lastDisplay{storedFirst, system->queries()};
     SwitchOffGate gate{lastDisplay};
     QtMainQueue mainQueue;
     /// On the main thread: when that hangs, the watchdog hears nothing any more.

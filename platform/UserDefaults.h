@@ -26,6 +26,9 @@ public:
     /// may also keep in memory what it cannot write now, and write it as soon as it can.
     virtual bool setData(std::string_view key, std::string_view bytes) = 0;
 
+    /// Blocks until what this process has written is on the disk, or is known not to get there now.
+    virtual void settle() {}
+
     /// What becomes of a value (std::nullopt: there is none); std::nullopt leaves it as it is.
     using Change = std::function<std::optional<std::string>(const std::optional<std::string>&)>;
 

@@ -35,12 +35,18 @@ bool BufferedUserDefaults::setData(std::string_view key, std::string_view bytes)
 
 bool BufferedUserDefaults::update(std::string_view key, const Change& change) {
     const std::lock_guard guard(changing_);
-    store_->lookNow();
+    bool isLookedAt = false;
     for (;;) {
         const auto [old, isUnsaved] = store_->inMemory(key);
         const std::optional<std::string> bytes = change(old);
-        if (!bytes) {
+        if (!bytes && isLookedAt) {
             return true;
+        }
+        if (!bytes) {
+            // Whether others have written meanwhile shows when one writes, and only then.
+            store_->lookNow();
+            isLookedAt = true;
+            continue;
         }
         if (!store_->canHold(key, *bytes)) {
             return false;
@@ -56,12 +62,21 @@ bool BufferedUserDefaults::update(std::string_view key, const Change& change) {
     }
 }
 
+void BufferedUserDefaults::settle() {
+    store_->awaitWrites();
+}
+
 std::optional<std::string> BufferedUserDefaults::FromMemory::data(std::string_view key) {
     return whole_.store_->lastKnown(key);
 }
 
 bool BufferedUserDefaults::FromMemory::setData(std::string_view key, std::string_view bytes) {
-    return whole_.setData(key, bytes);
+    if (!whole_.store_->canHold(key, bytes)) {
+        return false;
+    }
+    const std::lock_guard guard(whole_.changing_);
+    whole_.store_->writeSoon(key, bytes);
+    return true;
 }
 
 bool BufferedUserDefaults::FromMemory::update(std::string_view key, const Change& change) {

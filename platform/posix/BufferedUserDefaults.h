@@ -36,11 +36,14 @@ public:
 
     std::optional<std::string> data(std::string_view key) override;
     bool setData(std::string_view key, std::string_view bytes) override;
+    /// Calls `change` once more where that leaves the value as it is, after a look at the store.
     bool update(std::string_view key, const Change& change) override;
+    void settle() override;
 
     /// The same store for threads that must not wait: `data` answers from memory and only asks
     /// for a look at the store, so what another process wrote shows at a later call. The very
-    /// first answer is waited for, like any other. Lives as long as this object.
+    /// first answer is waited for, like any other. `setData` returns when the value is on its way.
+    /// Lives as long as this object.
     UserDefaults& fromMemory() { return fromMemory_; }
 
 private:
@@ -50,6 +53,7 @@ private:
         std::optional<std::string> data(std::string_view key) override;
         bool setData(std::string_view key, std::string_view bytes) override;
         bool update(std::string_view key, const Change& change) override;
+        void settle() override { whole_.settle(); }
 
     private:
         BufferedUserDefaults& whole_;

@@ -45,8 +45,10 @@ bool StoreThread::end() {
 
 StoreThread::Value StoreThread::lastKnown(std::string_view key) {
     Lock lock(mutex_);
-    ++looksWanted_;
-    changed_.notify_all();
+    if (Clock::now() - lookedAt_ >= options_.lookInterval) {
+        ++looksWanted_;
+        changed_.notify_all();
+    }
     waitUntil(lock, [&] { return looksDone_ > 0; });
     return valueOf(key);
 }
@@ -78,6 +80,19 @@ StoreThread::Write::State StoreThread::write(std::string_view key, std::string_v
     return write->state;
 }
 
+void StoreThread::writeSoon(std::string_view key, std::string_view bytes) {
+    const Lock lock(mutex_);
+    unsaved_.insert_or_assign(
+        std::string(key),
+        std::make_shared<Write>(Write{.bytes = std::string(bytes), .expected = std::nullopt}));
+    changed_.notify_all();
+}
+
+void StoreThread::awaitWrites() {
+    Lock lock(mutex_);
+    waitUntil(lock, [&] { return !isWriteNew(); });
+}
+
 void StoreThread::run() {
     Lock lock(mutex_);
     for (;;) {
@@ -106,10 +121,14 @@ bool StoreThread::hasWork() const {
     return isEnding_ || looksWanted_ > looksDone_ || isWriteDue();
 }
 
+bool StoreThread::isWriteNew() const {
+    return std::any_of(unsaved_.begin(), unsaved_.end(), [](const auto& each) {
+        return each.second->state == Write::State::waiting;
+    });
+}
+
 bool StoreThread::isWriteDue() const {
-    const auto isNew = [](const auto& each) { return each.second->state == Write::State::waiting; };
-    return std::any_of(unsaved_.begin(), unsaved_.end(), isNew) ||
-           (!unsaved_.empty() && (isEnding_ || Clock::now() >= retryAt_));
+    return isWriteNew() || (!unsaved_.empty() && (isEnding_ || Clock::now() >= retryAt_));
 }
 
 void StoreThread::writeUnsaved(Lock& lock) {
@@ -163,6 +182,7 @@ void StoreThread::settle(const std::string& key, Write& write, bool isAccepted,
 
 void StoreThread::look(Lock& lock) {
     const std::uint64_t wanted = looksWanted_;
+    lookedAt_ = Clock::now();
     std::optional<BlockingUserDefaults::Texts> read;
     busyWith(lock, [&] { read = store_->all(); });
     if (read) {

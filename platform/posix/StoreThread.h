@@ -23,6 +23,9 @@ struct StoreThreadOptions {
     /// nobody waiting until it has answered. Shorter than others wait for a watchdog that waits
     /// for its store.
     std::chrono::milliseconds patience{1000};
+    /// How old what is known of the store may be before somebody who does not wait has it looked at
+    /// again.
+    std::chrono::milliseconds lookInterval{4500};
     /// How long after a refused write the next attempt comes.
     std::chrono::milliseconds retryInterval{1000};
     /// Called at most once, on the thread that writes: a write was refused.
@@ -64,8 +67,8 @@ public:
     bool end();
 
     /// The value under `key` as this process knows it; blocks only while the store has never
-    /// been read, and then only for as long as patience lasts. Has the store looked at, so that
-    /// a later call knows what others wrote.
+    /// been read, and then only for as long as patience lasts. Has the store looked at if that was
+    /// a while ago, so that a later call knows what others wrote.
     Value lastKnown(std::string_view key);
 
     /// Blocks until the store has been looked at, or patience is at its end.
@@ -81,6 +84,12 @@ public:
     /// REQUIRES: no other call of this at the same time; the store can hold the value.
     Write::State write(std::string_view key, std::string_view bytes, std::optional<Value> expected);
 
+    /// The same, but doesn't wait.
+    void writeSoon(std::string_view key, std::string_view bytes);
+
+    /// Blocks until no write is on its way, or patience is at its end.
+    void awaitWrites();
+
     bool canHold(std::string_view key, std::string_view bytes) const {
         return store_->canHold(key, bytes);
     }
@@ -91,6 +100,7 @@ private:
 
     void run();
     bool hasWork() const;
+    bool isWriteNew() const;
     bool isWriteDue() const;
     void writeUnsaved(Lock& lock);
     void settle(const std::string& key, Write& write, bool isAccepted, const std::optional<Value>&);
@@ -112,6 +122,8 @@ private:
     BlockingUserDefaults::Texts texts_;
     std::map<std::string, std::shared_ptr<Write>, std::less<>> unsaved_;
     Clock::time_point retryAt_;
+    /// When the last look began.
+    Clock::time_point lookedAt_;
     std::uint64_t looksWanted_ = 0;
     std::uint64_t looksDone_ = 0;
     /// Since when the thread has been inside a call to the store.

@@ -32,13 +32,32 @@ TEST_F(BufferedUserDefaultsTest, WhatIsSetIsOnTheDiskWhenThatReturns) {
 
     EXPECT_TRUE(buffered->setData("key", "first"));
     EXPECT_EQ(store.data("key"), "first");
-    EXPECT_TRUE(buffered->fromMemory().setData("key", "second"));
-    EXPECT_EQ(store.data("key"), "second");
-    EXPECT_EQ(buffered->fromMemory().data("key"), "second");
+}
+
+TEST_F(BufferedUserDefaultsTest, WhatIsSetFromMemoryIsThereAtOnceAndOnTheDiskWhenItHasSettled) {
+    open();
+
+    EXPECT_TRUE(buffered->fromMemory().setData("key", "value"));
+    EXPECT_EQ(buffered->fromMemory().data("key"), "value");
+    EXPECT_EQ(buffered->data("key"), "value");
+
+    buffered->fromMemory().settle();
+    EXPECT_EQ(store.data("key"), "value");
+}
+
+TEST_F(BufferedUserDefaultsTest, HasSettledWhenAWriteIsRefused) {
+    // Whoever waits here waits for an hour.
+    openWith(Kind::refusesWrites, retryingAfter(never));
+    buffered->fromMemory().setData("key", "value");
+
+    buffered->settle();
+
+    EXPECT_EQ(buffered->data("key"), "value");
+    EXPECT_EQ(store.data("key"), std::nullopt);
 }
 
 TEST_F(BufferedUserDefaultsTest, WriteByAnotherProcessIsSeenAtOnceOrLaterFromMemory) {
-    open();
+    open({.patience = 1h, .lookInterval = 0ms});
     buffered->setData("key", "own");
 
     store.setData("key", "other");
@@ -49,6 +68,28 @@ TEST_F(BufferedUserDefaultsTest, WriteByAnotherProcessIsSeenAtOnceOrLaterFromMem
         support::waitUntil([&] { return buffered->fromMemory().data("key") == "another"; }));
 }
 
+TEST_F(BufferedUserDefaultsTest, MemoryIsNotComparedWithTheDiskEachTime) {
+    open({.patience = 1h, .lookInterval = never});
+    buffered->setData("key", "own");
+
+    store.setData("key", "other");
+    EXPECT_EQ(buffered->fromMemory().data("key"), "own");
+    buffered->setData("unrelated", "value");
+    EXPECT_EQ(buffered->fromMemory().data("key"), "own");
+}
+
+TEST_F(BufferedUserDefaultsTest, AnUpdateLeavesNothingAsItIsByWhatItOnlyRemembers) {
+    open({.patience = 1h, .lookInterval = never});
+    buffered->setData("key", "own");
+    store.setData("key", "other");
+
+    EXPECT_TRUE(buffered->update("key", [](const auto& old) {
+        return old == "own" ? std::nullopt : std::optional(old.value_or("") + " seen");
+    }));
+
+    EXPECT_EQ(store.data("key"), "other seen");
+}
+
 TEST_F(BufferedUserDefaultsTest, RefusesTextThatIsNotUTF8AndKeepsTheOldValue) {
     open();
     buffered->setData("key", "old");
@@ -56,6 +97,7 @@ TEST_F(BufferedUserDefaultsTest, RefusesTextThatIsNotUTF8AndKeepsTheOldValue) {
     EXPECT_FALSE(buffered->setData("key", "\xff"));
     EXPECT_FALSE(buffered->setData("\xff", "value"));
     EXPECT_FALSE(buffered->update("key", [](const auto&) { return "\xff"; }));
+    EXPECT_FALSE(buffered->fromMemory().setData("key", "\xff"));
 
     EXPECT_EQ(buffered->data("key"), "old");
 }

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 class HangingDefaultsTest : public BufferedUserDefaultsTest {
 protected:
     static BufferedUserDefaults::Options impatient() {
-        return {.patience = 20ms, .retryInterval = 1ms};
+        return {.patience = 20ms, .lookInterval = 0ms, .retryInterval = 1ms};
     }
 
     /// Opens the store with "old" in it, and lets it hang from then on.
@@ -27,7 +27,7 @@ protected:
 
 TEST_F(HangingDefaultsTest, MemoryAnswersWithoutWaiting) {
     // Whoever waits here waits for an hour.
-    hangAfterReading({.patience = std::chrono::hours(1)});
+    hangAfterReading({.patience = std::chrono::hours(1), .lookInterval = 0ms});
 
     EXPECT_EQ(buffered->fromMemory().data("key"), "old");
     trouble->awaitHangingCall();
@@ -50,6 +50,27 @@ TEST_F(HangingDefaultsTest, WritingWaitsForATimeOnlyAndIsDoneWhenTheStoreGoesOn)
 
     trouble->endTrouble();
     EXPECT_TRUE(isOnDisk("new"));
+}
+
+TEST_F(HangingDefaultsTest, WhoSetsFromMemoryDoesNotWait) {
+    // Whoever waits here waits for an hour.
+    hangAfterReading({.patience = std::chrono::hours(1)});
+
+    EXPECT_TRUE(buffered->fromMemory().setData("key", "new"));
+    EXPECT_EQ(buffered->fromMemory().data("key"), "new");
+    EXPECT_EQ(store.data("key"), "old");
+
+    trouble->endTrouble();
+    EXPECT_TRUE(isOnDisk("new"));
+}
+
+TEST_F(HangingDefaultsTest, SettlingWaitsForATimeOnly) {
+    hangAfterReading();
+    buffered->fromMemory().setData("key", "new");
+
+    buffered->settle();
+
+    EXPECT_EQ(store.data("key"), "old");
 }
 
 TEST_F(HangingDefaultsTest, OnlyTheFirstOneWaits) {
