@@ -74,7 +74,8 @@ public:
 
     // ---- Keeping a usable display.
 
-    /// Starts a restoration when displays are remembered and none is online and active.
+    /// Starts a restoration when displays are remembered and none is online and active. For each
+    /// second: what shows is what showed a moment ago.
     void ensureAtLeastOneUsableDisplay();
 
     /// Handles one report of the window server, whichever display it names.
@@ -116,9 +117,14 @@ private:
     void verifyRestoration(const std::vector<StoredDisplay>& candidates,
                            const std::string& successMessage);
 
+    /// The same for when the layout has just changed: what shows is what shows now.
+    void checkForLostDisplay();
+    using Ask = std::unique_ptr<DisplayMoment> (DisplayQueries::*)();
+    void restoreUnlessUsable(Ask ask);
+
     /// Whether the display is online and active. From any thread.
     static bool isLive(DisplayMoment& moment, DisplayID display);
-    bool anyIsLive(const std::vector<StoredDisplay>& displays) const;
+    static bool anyIsLive(const std::vector<StoredDisplay>& displays, DisplayMoment& moment);
     bool anyOtherDisplayIsLive(const DisplayDevice& display) const;
     /// From now on, and for two seconds, reports of added and removed displays are taken for
     /// consequences of a change of our own.

@@ -56,7 +56,7 @@ void DisplayController::restoreSafeLayout(const std::string& successMessage) {
 void DisplayController::verifyRestoration(const std::vector<StoredDisplay>& candidates,
                                           const std::string& successMessage) {
     isAutomaticRecoveryRunning_ = false;
-    if (anyIsLive(candidates)) {
+    if (anyIsLive(candidates, *platform_.queries.now())) {
         refresh(successMessage);
         return;
     }

@@ -46,7 +46,7 @@ void DisplayController::handleDisplayReconfiguration(DisplayID /*display*/, std:
     }
     platform_.mainQueue.asyncAfter(lostDisplayCheckDelay, [weak = weak_from_this()] {
         if (const auto controller = weak.lock()) {
-            controller->ensureAtLeastOneUsableDisplay();
+            controller->checkForLostDisplay();
         }
     });
 }

@@ -70,6 +70,11 @@ public:
     /// knows no display. Must not outlive this object.
     virtual std::unique_ptr<DisplayMoment> now() = 0;
 
+    /// As `now`, for whoever asks each second whether all is well: what showed a fraction of a
+    /// second ago may be the answer, if somebody could see something then. Whoever has changed the
+    /// layout asks for `now`.
+    virtual std::unique_ptr<DisplayMoment> lately() { return now(); }
+
     /// As `now`, but a server that answers from memory looks for monitors anew first. That can
     /// take seconds, in which it serves nobody: for when the user asks what there is, and not on
     /// the main thread.

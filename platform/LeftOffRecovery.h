@@ -28,6 +28,7 @@ public:
         : switch_(displaySwitch), queries_(queries), leftOff_(std::move(leftOff)) {}
 
     std::unique_ptr<DisplayMoment> now() override { return queries_.now(); }
+    std::unique_ptr<DisplayMoment> lately() override { return queries_.lately(); }
     /// Blocks until what was left off is on, or was refused. What isn't connected stays for
     /// another run.
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;

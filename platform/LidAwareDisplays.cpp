@@ -43,6 +43,10 @@ std::unique_ptr<DisplayMoment> LidAwareQueries::now() {
     return under(lid_, inner_.now());
 }
 
+std::unique_ptr<DisplayMoment> LidAwareQueries::lately() {
+    return under(lid_, inner_.lately());
+}
+
 std::unique_ptr<DisplayMoment> LidAwareQueries::nowAfterProbing() {
     return under(lid_, inner_.nowAfterProbing());
 }

@@ -22,6 +22,7 @@ public:
     LidAwareQueries(DisplayQueries& inner, const Lid& lid) : inner_(inner), lid_(lid) {}
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> lately() override;
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:

@@ -35,7 +35,14 @@ ServerStatus RescueReview::setDisplayEnabled(DisplayID display, bool enabled) {
 }
 
 std::unique_ptr<DisplayMoment> RescueReview::now() {
-    auto moment = queries_.now();
+    return noted(queries_.now());
+}
+
+std::unique_ptr<DisplayMoment> RescueReview::lately() {
+    return noted(queries_.lately());
+}
+
+std::unique_ptr<DisplayMoment> RescueReview::noted(std::unique_ptr<DisplayMoment> moment) {
     const bool isDark = isLastWordOfADarkDesk(*moment);
     if (mainQueue_.isCurrent()) {
         isDecidedInSilence_ = isDark;

@@ -34,6 +34,7 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> lately() override;
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
@@ -46,6 +47,7 @@ private:
         bool isUnderWay = false;
     };
 
+    std::unique_ptr<DisplayMoment> noted(std::unique_ptr<DisplayMoment> moment);
     bool isWithheld(DisplayID display);
     void review(Rescue& rescue);
 

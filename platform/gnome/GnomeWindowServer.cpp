@@ -53,7 +53,15 @@ ServerStatus GnomeWindowServer::setDisplayEnabled(DisplayID display, bool enable
 }
 
 std::unique_ptr<DisplayMoment> GnomeWindowServer::now() {
-    const LastWord::Answer answer = lastWord_.ask(false);
+    return momentOf(lastWord_.ask(false));
+}
+
+std::unique_ptr<DisplayMoment> GnomeWindowServer::lately() {
+    auto moment = momentOf(lastWord_.askInStep());
+    return layout::showsAnything(*moment) ? std::move(moment) : now();
+}
+
+std::unique_ptr<DisplayMoment> GnomeWindowServer::momentOf(const LastWord::Answer& answer) {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }

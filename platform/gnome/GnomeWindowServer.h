@@ -35,12 +35,17 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> lately() override;
     std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
+    using LastWord = layout::LastWord<gnome::MonitorState>;
+
+    std::unique_ptr<DisplayMoment> momentOf(const LastWord::Answer& answer);
+
     layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
-    layout::LastWord<gnome::MonitorState> lastWord_;
+    LastWord lastWord_;
 
     std::mutex changeMutex_;
     gnome::BusDisplayConfig changeConfig_;

@@ -14,6 +14,16 @@
 
 namespace tavrel::layout {
 
+/// How those ask who ask in step, and how they are answered.
+struct Step {
+    /// From one of their questions to the next.
+    std::chrono::milliseconds interval{1000};
+    /// How long before the next one is due the server is asked.
+    std::chrono::milliseconds headStart{50};
+    /// How old an answer may be by then.
+    std::chrono::milliseconds freshness{250};
+};
+
 /// What a window server says of its displays, and what it said last while it says nothing. It is
 /// asked on a thread with a connection of its own, so that nobody has to wait for a slow one.
 ///
@@ -40,8 +50,8 @@ public:
 
     /// Does nothing before the first question. `timeout` is how long the server may take when
     /// there is time.
-    LastWord(MakeAsk makeAsk, std::chrono::milliseconds timeout)
-        : state_(std::make_shared<State>(std::move(makeAsk), timeout)) {}
+    LastWord(MakeAsk makeAsk, std::chrono::milliseconds timeout, const Step& step = {})
+        : state_(std::make_shared<State>(std::move(makeAsk), timeout, step)) {}
 
     /// Blocks at most for the patience; a thread that still waits for a silent server is left
     /// behind.
@@ -82,15 +92,41 @@ public:
         return answer;
     }
 
+    /// As `ask`, for whoever asks once an interval and may be answered by what the server said a
+    /// moment ago. The server is asked shortly before the next such question is due, so that this
+    /// is not kept waiting; without that question it is left alone from then on.
+    Answer askInStep() {
+        {
+            State& state = *state_;
+            const std::lock_guard lock(state.mutex);
+            const auto now = Clock::now();
+            state.isInStep = true;
+            if (state.last.isFresh && state.answeredAsOf.has_value() &&
+                now - *state.answeredAsOf < state.step.freshness) {
+                state.isLate = false;
+                return state.last;
+            }
+            // Who is late once, on a busy machine, will be in time again.
+            const bool isLate =
+                state.nextLook.has_value() && *state.nextLook - now > state.step.interval / 2;
+            if (!isLate || state.isLate) {
+                state.nextLook = now + state.step.interval - state.step.headStart;
+            }
+            state.isLate = isLate && !state.isLate;
+        }
+        return ask(false);
+    }
+
 private:
     using Clock = std::chrono::steady_clock;
 
     struct State {
-        State(MakeAsk make, std::chrono::milliseconds limit)
-            : makeAsk(std::move(make)), timeout(limit) {}
+        State(MakeAsk make, std::chrono::milliseconds limit, const Step& rhythm)
+            : makeAsk(std::move(make)), timeout(limit), step(rhythm) {}
 
         const MakeAsk makeAsk;
         const std::chrono::milliseconds timeout;
+        const Step step;
 
         std::mutex mutex;
         std::condition_variable changed;
@@ -103,6 +139,14 @@ private:
         Clock::time_point lookingSince;
         bool wantsProbe = false;
         Answer last;
+        /// When the look began that brought it.
+        std::optional<Clock::time_point> answeredAsOf;
+        /// When to look unasked.
+        std::optional<Clock::time_point> nextLook;
+        /// Whether somebody has asked in step since the server was last asked for them.
+        bool isInStep = false;
+        /// Whether their last question was late, for the first time.
+        bool isLate = false;
     };
 
     /// With the lock held. Returns false when no thread can be started.
@@ -118,12 +162,28 @@ private:
         return true;
     }
 
+    /// Blocks until somebody asks, or will.
+    static void awaitQuestion(State& state, std::unique_lock<std::mutex>& lock) {
+        const auto isAsked = [&] { return state.isStopping || state.asked > state.answered; };
+        while (state.nextLook.has_value()) {
+            if (state.changed.wait_until(lock, *state.nextLook, isAsked)) {
+                return;
+            }
+            if (!std::exchange(state.isInStep, false)) {
+                state.nextLook.reset();
+                break;
+            }
+            *state.nextLook += state.step.interval;
+            ++state.asked;
+        }
+        state.changed.wait(lock, isAsked);
+    }
+
     static void serve(State& state) {
         Ask askServer = state.makeAsk();
         std::unique_lock lock(state.mutex);
         for (;;) {
-            state.changed.wait(lock,
-                               [&] { return state.isStopping || state.asked > state.answered; });
+            awaitQuestion(state, lock);
             if (state.isStopping) {
                 break;
             }
@@ -136,6 +196,7 @@ private:
             state.last.isFresh = answer.has_value();
             if (answer.has_value()) {
                 state.last = *std::move(answer);
+                state.answeredAsOf = state.lookingSince;
             }
             state.answered = state.looking;
             state.changed.notify_all();

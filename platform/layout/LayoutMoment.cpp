@@ -1,5 +1,6 @@
 #include "platform/layout/LayoutMoment.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -89,6 +90,12 @@ std::unique_ptr<DisplayMoment> momentOf(std::shared_ptr<const Layout> layout, bo
 
 std::unique_ptr<DisplayMoment> silentMoment(DisplayList online, bool isCurrent) {
     return std::make_unique<SilentMoment>(std::move(online), isCurrent);
+}
+
+bool showsAnything(DisplayMoment& moment) {
+    const auto online = moment.onlineDisplays().value_or(std::vector<DisplayID>{});
+    return std::any_of(online.begin(), online.end(),
+                       [&](DisplayID display) { return moment.isActive(display); });
 }
 
 }  // namespace tavrel::layout

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/layout/LayoutMoment.h"
 #include "platform/layout/WholeLayoutSwitch.h"
@@ -58,7 +59,15 @@ ServerStatus PlasmaWindowServer::setDisplayEnabled(DisplayID display, bool enabl
 }
 
 std::unique_ptr<DisplayMoment> PlasmaWindowServer::now() {
-    const LastWord::Answer answer = lastWord_.ask(false);
+    return momentOf(lastWord_.ask(false));
+}
+
+std::unique_ptr<DisplayMoment> PlasmaWindowServer::lately() {
+    auto moment = momentOf(lastWord_.askInStep());
+    return layout::showsAnything(*moment) ? std::move(moment) : now();
+}
+
+std::unique_ptr<DisplayMoment> PlasmaWindowServer::momentOf(const LastWord::Answer& answer) {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }

@@ -42,13 +42,18 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> lately() override;
     /// The server notices by itself what is plugged in.
     std::unique_ptr<DisplayMoment> nowAfterProbing() override { return now(); }
 
 private:
+    using LastWord = layout::LastWord<plasma::OutputState>;
+
+    std::unique_ptr<DisplayMoment> momentOf(const LastWord::Answer& answer);
+
     layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
-    layout::LastWord<plasma::OutputState> lastWord_;
+    LastWord lastWord_;
 
     std::mutex changeMutex_;
     plasma::ServerLink changeLink_;

@@ -1,6 +1,7 @@
 #include "platform/x11/X11WindowServer.h"
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/layout/LayoutMoment.h"
@@ -48,15 +49,19 @@ ServerStatus X11WindowServer::setDisplayEnabled(DisplayID display, bool enabled)
 }
 
 std::unique_ptr<DisplayMoment> X11WindowServer::now() {
-    return ask(false);
+    return momentOf(lastWord_.ask(false));
+}
+
+std::unique_ptr<DisplayMoment> X11WindowServer::lately() {
+    auto moment = momentOf(lastWord_.askInStep());
+    return layout::showsAnything(*moment) ? std::move(moment) : now();
 }
 
 std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
-    return ask(true);
+    return momentOf(lastWord_.ask(true));
 }
 
-std::unique_ptr<DisplayMoment> X11WindowServer::ask(bool isToProbe) {
-    const x11::LastWord::Answer answer = lastWord_.ask(isToProbe);
+std::unique_ptr<DisplayMoment> X11WindowServer::momentOf(const x11::LastWord::Answer& answer) {
     if (answer.word == nullptr || answer.word->snapshot == nullptr) {
         return momentWithoutDisplays(answer);
     }

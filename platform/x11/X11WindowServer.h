@@ -38,6 +38,7 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
     std::unique_ptr<DisplayMoment> now() override;
+    std::unique_ptr<DisplayMoment> lately() override;
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
@@ -48,7 +49,7 @@ private:
         std::shared_ptr<const layout::Layout> layout;
     };
 
-    std::unique_ptr<DisplayMoment> ask(bool isToProbe);
+    std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer);
     /// Describes each snapshot once, while nobody comes to know its monitors by other numbers.
     std::shared_ptr<const layout::Layout> layoutIn(
         const std::shared_ptr<const x11::Snapshot>& snapshot);

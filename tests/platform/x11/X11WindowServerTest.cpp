@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/layout/LayoutMoment.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "tests/platform/x11/LiveServerTest.h"
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel {
 namespace {
@@ -32,6 +34,17 @@ TEST_F(X11WindowServerTest, AMomentIsOneLookAtTheServer) {
     desktop.kill();
     EXPECT_THAT(moment->allDisplays(), testing::Optional(testing::SizeIs(3)));
     EXPECT_TRUE(moment->isOnline(idOf("DUMMY2"))) << "without asking again";
+}
+
+TEST_F(X11WindowServerTest, LatelyMayBeAMomentAgoButNotWhenNothingShowed) {
+    const auto showedAnything = [&] { return layout::showsAnything(*server.lately()); };
+    ASSERT_TRUE(showedAnything());
+    other.switchOff({"DUMMY0", "DUMMY1", "DUMMY2"});
+    ASSERT_TRUE(support::waitUntil([&] { return !showedAnything(); }));
+
+    other.switchOn("DUMMY1");
+
+    EXPECT_TRUE(showedAnything()) << "at once";
 }
 
 TEST_F(X11WindowServerTest, KnowsAMonitorAndNoOther) {
