@@ -22,6 +22,7 @@ WatchdogSupervisor::WatchdogSupervisor(DisplaySwitch& inner, DisplayQueries& que
 
 ServerStatus WatchdogSupervisor::setDisplayEnabled(DisplayID display, bool enabled) {
     const ServerStatus status = enabled ? switchOn(display) : switchOff(display);
+    isInDoubt_ = switchedOff_.isInDoubt();
     ++changesEnded_;
     return status;
 }
@@ -34,7 +35,13 @@ void WatchdogSupervisor::beat() {
     }
     if (switchedOff_.isInDoubt()) {
         switchedOff_.settle(*queries_.now());
+        isInDoubt_ = switchedOff_.isInDoubt();
     }
+}
+
+bool WatchdogSupervisor::passBeatOn() {
+    const std::lock_guard lock(handOverMutex_);
+    return !isInDoubt_ && watchdog_ && watchdog_->link().send({.kind = Message::Kind::heartbeat});
 }
 
 void WatchdogSupervisor::goodbye() {

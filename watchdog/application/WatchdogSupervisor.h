@@ -70,6 +70,10 @@ public:
     /// is time to try again.
     void beat();
 
+    /// Does that if it is no more than to tell the watchdog; returns false otherwise, and then
+    /// `beat` is to be called. For any thread, also during a request; never blocks for long.
+    bool passBeatOn();
+
     /// From now on a watchdog that leaves a request unanswered for long is not waited for, even
     /// while a display is usable. For any thread, also during a request.
     void hurry() { isUrgent_ = true; }
@@ -124,13 +128,15 @@ private:
     DisplayQueries& queries_;
     SupervisorSetup setup_;
     std::atomic<std::uint64_t> changesEnded_ = 0;
-    /// For what `handOver` and `isHandedOver` use: `handedOver_`, `isTold_`, and `watchdog_`, which
-    /// is only written under it.
+    /// For what any thread may use: `handedOver_`, `isTold_`, and `watchdog_`, which is only
+    /// written under it.
     mutable std::mutex handOverMutex_;
     SwitchedOff handedOver_;
     /// Null when changes are made in this process.
     std::unique_ptr<RunningWatchdog> watchdog_;
     SwitchedOff switchedOff_;
+    /// Whether that is in doubt, for other threads.
+    std::atomic<bool> isInDoubt_ = false;
     /// Whoever switched them off: displays that were to be switched on, and the server refused.
     SwitchedOff refused_;
     StartSchedule schedule_;

@@ -148,6 +148,35 @@ TEST_F(WatchdogSupervisorTest, AfterThreeCrashesWithinTenSecondsThisProcessSwitc
     EXPECT_EQ(starts, 3);
 }
 
+TEST_F(WatchdogSupervisorTest, ABeatThatIsNoMoreThanAMessageIsPassedOn) {
+    startPuppet();
+
+    EXPECT_TRUE(supervisor().passBeatOn());
+
+    EXPECT_EQ(puppet->hear(), Message{.kind = Kind::heartbeat});
+}
+
+TEST_F(WatchdogSupervisorTest, ABeatIsMoreThanAMessageWhereThereIsNoWatchdog) {
+    failingStarts = 1;
+
+    EXPECT_FALSE(supervisor().passBeatOn());
+}
+
+TEST_F(WatchdogSupervisorTest, ABeatIsMoreThanAMessageWhileADisplayIsInDoubt) {
+    startPuppet();
+    puppet->say({.kind = Kind::answer, .id = 1, .status = serverStatus::notImplemented});
+    EXPECT_EQ(switchOff(1), 1006);
+    EXPECT_EQ(puppet->hear()->kind, Kind::switchOff);
+
+    EXPECT_FALSE(supervisor().passBeatOn());
+    EXPECT_EQ(puppet->hear(), std::nullopt);
+
+    reported.say({{{1, true}}});
+    supervisor().beat();
+    EXPECT_EQ(puppet->hear(), Message{.kind = Kind::heartbeat});
+    EXPECT_TRUE(supervisor().passBeatOn());
+}
+
 TEST_F(WatchdogSupervisorTest, MinutesAfterACrashLoopAnotherWatchdogIsStartedAndToldWhatIsOff) {
     switchOff(2);
     for (int i = 0; i < 3; ++i) {
