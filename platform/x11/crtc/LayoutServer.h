@@ -16,7 +16,8 @@ public:
     /// std::nullopt when the server is gone or answers with errors.
     virtual std::optional<Snapshot> read() = 0;
 
-    /// Until it is given back, the server serves nobody else.
+    /// What is asked next is answered when the server serves nobody else any more, until it is
+    /// given back. Need not wait for that itself.
     virtual bool grab() = 0;
     virtual void ungrab() = 0;
 

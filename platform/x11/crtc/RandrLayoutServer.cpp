@@ -12,15 +12,19 @@ RandrLayoutServer::RandrLayoutServer(Connection& connection, Probing probing,
 
 std::optional<Snapshot> RandrLayoutServer::read() {
     connection_.discardEvents();
-    std::optional<Snapshot> now = readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_);
+    std::optional<Snapshot> now = readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_,
+                                               last_ ? &*last_ : nullptr);
     if (now.has_value()) {
         now->known = known_;
     }
+    last_ = now;
     return now;
 }
 
 bool RandrLayoutServer::grab() {
-    isGrabbed_ = connection_.succeeded(xcb_grab_server_checked(connection_.get()));
+    // The server refuses it to nobody, and answers what is asked next once it has been granted.
+    xcb_grab_server(connection_.get());
+    isGrabbed_ = !connection_.isLost();
     return isGrabbed_;
 }
 

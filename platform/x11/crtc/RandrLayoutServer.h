@@ -32,6 +32,8 @@ private:
     Probing probing_;
     const layout::KnownMonitors known_;
     bool isGrabbed_ = false;
+    /// What was read last.
+    std::optional<Snapshot> last_;
 };
 
 }  // namespace tavrel::x11

@@ -22,6 +22,10 @@ enum class Probing {
 
 /// All that RandR says of the connection's screen. std::nullopt when the connection is
 /// lost, or the server answers with errors time after time.
-std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing);
+///
+/// It is quicker by a round trip while there is what there was in `expected`, however that is set
+/// by now. Null when nothing is known.
+std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing,
+                                     const Snapshot* expected = nullptr);
 
 }  // namespace tavrel::x11

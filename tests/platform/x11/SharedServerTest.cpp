@@ -65,6 +65,7 @@ TEST_F(SharedServerTest, AQuestionWaitsForAnotherClientsGrabAndIsAnswered) {
     ASSERT_TRUE(server.now()->isActive(idOf("DUMMY0")));
     x11::RandrLayoutServer holder(*connection);
     ASSERT_TRUE(holder.grab());
+    ASSERT_TRUE(holder.read().has_value());
     std::atomic<bool> answered = false;
     std::thread asker([&] {
         EXPECT_TRUE(server.now()->isActive(idOf("DUMMY0")));
