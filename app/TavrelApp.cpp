@@ -42,6 +42,9 @@ int TavrelApp::main(int argc, char** argv) {
     shareOneHeap();
     preferWayland();
     const TerminationSignals terminationSignals;
+    // Beside all that comes before the first widget, which takes about as long.
+    const std::future<void> fontConfiguration =
+        std::async(std::launch::async, theme::readFontConfiguration);
     auto onlyCopy = becomeOnlyCopy();
     if (onlyCopy == nullptr) {
         return EXIT_SUCCESS;

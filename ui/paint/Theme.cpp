@@ -10,6 +10,10 @@
 
 #include "ui/paint/DesignStyle.h"
 
+#ifndef Q_OS_MACOS
+#include <fontconfig/fontconfig.h>
+#endif
+
 namespace tavrel::theme {
 namespace {
 
@@ -104,6 +108,14 @@ QFont font(const FontSpec& spec, double scale) {
         font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking * scale);
     }
     return font;
+}
+
+void readFontConfiguration() {
+#ifndef Q_OS_MACOS
+    // What the toolkit does first when it is asked for a font, and then finds done. The library
+    // has who comes second wait for who came first.
+    FcInit();
+#endif
 }
 
 void findFonts() {

@@ -45,6 +45,10 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
+/// Reads the system's settings of fonts, which is the greater part of what `findFonts` does. For
+/// any thread; an application need not exist yet.
+void readFontConfiguration();
+
 /// Reads which fonts are installed, which takes as long as all else until the window is shown. For
 /// any thread, before the first font is wanted: who wants one meanwhile reads them a second time.
 ///
