@@ -34,7 +34,12 @@ RowList::RowList(QWidget* parent) : QScrollArea(parent), column_(new Column) {
     // Both would otherwise paint over the backdrop.
     column_->setAutoFillBackground(false);
     viewport()->setAutoFillBackground(false);
-    verticalScrollBar()->setStyleSheet(theme::scrollBarStyleSheet());
+    // A style sheet costs memory and time, and most lists do not scroll.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int /*from*/, int to) {
+        if (to > 0 && verticalScrollBar()->styleSheet().isEmpty()) {
+            verticalScrollBar()->setStyleSheet(theme::scrollBarStyleSheet());
+        }
+    });
     verticalScrollBar()->setSingleStep((DisplayRow::fixedHeight + spacing) / 3);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* focused) { scrollToFocus(focused); });
