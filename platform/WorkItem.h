@@ -15,6 +15,7 @@ public:
     explicit WorkItem(Task body) : body_(std::move(body)) {}
 
     void cancel() { cancelled_ = true; }
+    bool isCancelled() const { return cancelled_; }
 
     void perform() {
         if (!cancelled_) {
@@ -27,10 +28,17 @@ private:
     bool cancelled_ = false;
 };
 
+/// An item as a queue's task.
+struct WorkItemTask {
+    std::shared_ptr<WorkItem> item;
+
+    void operator()() const { item->perform(); }
+};
+
 /// Runs `item` on `queue` after `delay`, unless it has been cancelled by then. The queue
 /// shares ownership until then.
 inline void asyncAfter(MainQueue& queue, Delay delay, std::shared_ptr<WorkItem> item) {
-    queue.asyncAfter(delay, [item = std::move(item)] { item->perform(); });
+    queue.asyncAfter(delay, WorkItemTask{std::move(item)});
 }
 
 }  // namespace tavrel

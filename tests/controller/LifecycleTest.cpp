@@ -6,6 +6,7 @@
 
 #include "controller/WakeAllNotification.h"
 #include "platform/BackgroundQueue.h"
+#include "platform/WorkItem.h"
 #include "tests/controller/ControllerTest.h"
 #include "tests/controller/ForwardingMainQueue.h"
 
@@ -14,7 +15,8 @@ namespace {
 
 using testing::ElementsAre;
 
-/// Steps of the controller's life, each with whether it observes the notification then.
+/// Steps of the controller's life, each with whether it observes the notification then, and
+/// whether the recovery that was pending has been cancelled.
 class Steps {
     class DroppingQueue : public ForwardingMainQueue {
     public:
@@ -27,10 +29,14 @@ public:
     explicit Steps(MainQueue& mainQueue) : dropped_(mainQueue) {}
 
     void note(const std::string& step) {
-        steps_.push_back(step + (isObserved() ? ", observed" : ""));
+        steps_.push_back(step + (isObserved() ? ", observed" : "") +
+                         (pending_ != nullptr && pending_->isCancelled() ? ", cancelled" : ""));
     }
     /// Delivers nothing.
     NotificationCenter& center() { return center_; }
+
+    void notePending(std::shared_ptr<WorkItem> item) { pending_ = std::move(item); }
+    bool hasPending() const { return pending_ != nullptr; }
 
     std::vector<std::string> take() { return std::exchange(steps_, {}); }
 
@@ -45,6 +51,7 @@ private:
     DroppingQueue dropped_;
     NotificationCenter center_{dropped_};
     std::vector<std::string> steps_;
+    std::shared_ptr<WorkItem> pending_;
 };
 
 class NotedReports : public ReconfigurationReports {
@@ -69,6 +76,13 @@ private:
 class NotedMainQueue : public ForwardingMainQueue {
 public:
     NotedMainQueue(MainQueue& inner, Steps& steps) : ForwardingMainQueue(inner), steps_(steps) {}
+
+    void asyncAfter(Delay delay, Task task) override {
+        if (const auto* work = task.target<WorkItemTask>()) {
+            steps_.notePending(work->item);
+        }
+        ForwardingMainQueue::asyncAfter(delay, std::move(task));
+    }
 
     std::unique_ptr<RepeatingTimer> repeat(Delay interval, Task tick) override {
         steps_.note("timer started");
@@ -153,6 +167,19 @@ TEST_F(LifecycleTest, TimerCallbackAndObserverEndInThisOrder) {
     EXPECT_THAT(steps.take(),
                 ElementsAre("timer invalidated, observed", "callback removed, observed"));
     EXPECT_FALSE(steps.isObserved());
+}
+
+TEST_F(LifecycleTest, APendingRecoveryIsCancelledBeforeAnythingElseEnds) {
+    begin();
+    scheduler.settle();
+    controller->scheduleTopologyRecovery();
+    ASSERT_TRUE(steps.hasPending());
+    steps.take();
+
+    end();
+
+    EXPECT_THAT(steps.take(), ElementsAre("timer invalidated, observed, cancelled",
+                                          "callback removed, observed, cancelled"));
 }
 
 }  // namespace
