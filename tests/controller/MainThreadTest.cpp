@@ -45,6 +45,7 @@ protected:
             {"errorMessage", [&] { it.errorMessage(); }},
             {"setErrorMessage", [&] { it.setErrorMessage("text"); }},
             {"refresh", [&] { it.refresh(std::nullopt); }},
+            {"refresh while one is running", [&] { it.refresh(std::nullopt); }},
             {"set",
              [&] {
                  it.set({panel, "name", DisplayDevice::Kind::builtIn, true}, true);
@@ -55,6 +56,7 @@ protected:
              [&] { it.handleDisplayReconfiguration(panel, displayChange::beginConfiguration); }},
             {"scheduleTopologyRecovery", [&] { it.scheduleTopologyRecovery(); }},
             {"restoreSafeLayout", [&] { it.restoreSafeLayout("text"); }},
+            {"restoreSafeLayout while one is running", [&] { it.restoreSafeLayout("text"); }},
             {"displayCallbackRegistered", [&] { it.displayCallbackRegistered(); }},
             {"isAutomaticRecoveryRunning", [&] { it.isAutomaticRecoveryRunning(); }},
             {"suppressTopologyRestoreUntil", [&] { it.suppressTopologyRestoreUntil(); }},
@@ -79,6 +81,7 @@ protected:
 };
 
 TEST_F(MainThreadTest, EveryUseFromAnotherThreadIsNoticed) {
+    connect({panel});
     controller = DisplayController::create(lenientPlatform());
     scheduler.settle();
     mainQueue.takeStrangers();
