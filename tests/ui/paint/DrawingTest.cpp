@@ -96,6 +96,58 @@ TEST(GlowTest, FallsSteadilyToNothing) {
     EXPECT_EQ(glow.strengthAt(600), 0);
 }
 
+/// A colour's red, green and blue, each from 0 to 255.
+using Rgb = std::array<double, 3>;
+
+/// The mean of a part of a picture, in which dithering makes no difference.
+Rgb meanIn(const QImage& image, const QRect& part) {
+    Rgb sum{};
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            sum[0] += qRed(pixel);
+            sum[1] += qGreen(pixel);
+            sum[2] += qBlue(pixel);
+        }
+    }
+    for (double& each : sum) {
+        each /= part.width() * part.height();
+    }
+    return sum;
+}
+
+/// What the design has at `place` in a window of 520 by 486.
+Rgb designedBackdropAt(const QPointF& place) {
+    constexpr Rgb topLeading{0.045, 0.06, 0.1};
+    constexpr Rgb bottomTrailing{0.085, 0.095, 0.15};
+    constexpr Rgb indigo{94 / 255.0, 92 / 255.0, 230 / 255.0};
+    static const Glow blurredCircle(150, 65);
+    const double along = (place.x() * 520 + place.y() * 486) / (520.0 * 520 + 486.0 * 486);
+    const double glow = 0.18 * static_cast<double>(blurredCircle.strengthAt(static_cast<float>(
+                                   std::hypot(place.x() - (260 + 190), place.y() - (243 - 180)))));
+    Rgb result{};
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const double ground = topLeading[i] + (bottomTrailing[i] - topLeading[i]) * along;
+        result[i] = 255 * (ground + (indigo[i] - ground) * glow);
+    }
+    return result;
+}
+
+TEST(BackdropTest, IsAGradientFromCornerToCornerUnderABlurredCircle) {
+    const QImage image = Backdrop().image({520, 486}, 1, {0, 0, 520, 486});
+
+    for (const QPoint& place :
+         {QPoint(8, 8), QPoint(450, 63), QPoint(300, 63), QPoint(450, 230), QPoint(260, 243),
+          QPoint(510, 8), QPoint(8, 477), QPoint(511, 477)}) {
+        const Rgb actual = meanIn(image, {place - QPoint(7, 7), QSize(15, 15)});
+        const Rgb designed = designedBackdropAt(place + QPointF(0.5, 0.5));
+        for (std::size_t i = 0; i < actual.size(); ++i) {
+            EXPECT_NEAR(actual[i], designed[i], 0.25)
+                << place.x() << ',' << place.y() << " channel " << i;
+        }
+    }
+}
+
 TEST(BackdropTest, HasTheResolutionOfTheDevice) {
     const Backdrop backdrop;
     const QPoint middle(260, 243);
