@@ -12,7 +12,7 @@ import unittest
 from pathlib import Path
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "mac-bundle"
-ARM64 = 0x0100000C
+ARM64, X86_64 = 0x0100000C, 0x01000007
 
 
 def string_command(kind, text, header):
@@ -22,25 +22,27 @@ def string_command(kind, text, header):
     return (fields + data).ljust(size, b"\0")
 
 
-def program(loads=(), rpaths=(), minimum=(13, 3), weak=()):
-    """A thin program or library for Apple's processors."""
+def program(loads=(), rpaths=(), minimum=(13, 3), weak=(), processor=ARM64):
+    """A thin program or library."""
     major, minor = minimum
     commands = [struct.pack("<IIIIII", 0x32, 24, 1, major << 16 | minor << 8, 0, 0)]
     commands += [string_command(0xC, each, 24) for each in loads]
     commands += [string_command(0x80000018, each, 24) for each in weak]
     commands += [string_command(0x8000001C, each, 12) for each in rpaths]
     body = b"".join(commands)
-    return struct.pack("<IIIIIIII", 0xFEEDFACF, ARM64, 0, 8, len(commands), len(body), 0, 0) + body
+    header = (0xFEEDFACF, processor, 0, 8, len(commands), len(body), 0, 0)
+    return struct.pack("<IIIIIIII", *header) + body
 
 
 def universal(*programs):
-    """Several programs in one file."""
-    start = 4096
+    """Several programs in one file, each for another processor and on a page of its own."""
+    page = 4096
     table, bodies = b"", b""
     for each in programs:
-        table += struct.pack(">IIIII", ARM64, 0, start + len(bodies), len(each), 12)
-        bodies += each
-    return (struct.pack(">II", 0xCAFEBABE, len(programs)) + table).ljust(start, b"\0") + bodies
+        processor = struct.unpack_from("<I", each, 4)[0]
+        table += struct.pack(">IIIII", processor, 0, page + len(bodies), len(each), 12)
+        bodies += each.ljust((len(each) + page - 1) // page * page, b"\0")
+    return (struct.pack(">II", 0xCAFEBABE, len(programs)) + table).ljust(page, b"\0") + bodies
 
 
 CORE = "@rpath/QtCore.framework/Versions/A/QtCore"
@@ -144,7 +146,8 @@ class MacBundleTest(unittest.TestCase):
         self.assert_fault("libout.dylib")
 
     def test_every_program_in_a_universal_file_is_looked_at(self):
-        self.put("MacOS/helper", universal(program([SYSTEM]), program(["@loader_path/libgone"])))
+        self.put("MacOS/helper", universal(program([SYSTEM], processor=X86_64),
+                                        program(["@loader_path/libgone"])))
 
         self.assert_fault("@loader_path/libgone")
 
