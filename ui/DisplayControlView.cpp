@@ -116,8 +116,8 @@ void DisplayControlView::layOut() {
     const bool scrolls = rows_->fullHeight() > content.height();
     // Rows that are cut off by the edge keep a distance from what is beyond it.
     const int inset = scrolls ? RowList::spacing : 0;
-    rows_->setGeometry(content.adjusted(-RowList::margin, inset - RowList::margin,
-                                        RowList::scrollBarRoom, RowList::margin - inset));
+    rows_->place(content.adjusted(-RowList::margin, inset - RowList::margin, RowList::scrollBarRoom,
+                                  RowList::margin - inset));
 }
 
 void DisplayControlView::resizeEvent(QResizeEvent* event) {

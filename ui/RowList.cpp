@@ -69,7 +69,6 @@ void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlac
         // Assistive technology reads them in the order in which they are stacked.
         row->raise();
     }
-    layOut();
     for (DisplayRow* row : rows_) {
         row->show();
     }
@@ -78,6 +77,12 @@ void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlac
 int RowList::fullHeight() const {
     const int count = static_cast<int>(rows_.size());
     return std::max(0, count * (DisplayRow::fixedHeight + spacing) - spacing);
+}
+
+void RowList::place(const QRect& geometry) {
+    // First, or a scroll bar would show until the next turn of the main loop.
+    setGeometry(geometry);
+    layOut();
 }
 
 void RowList::resizeEvent(QResizeEvent* event) {

@@ -23,13 +23,16 @@ public:
 
     /// Shows one row for each of `inputs`, in this order. A row is kept as long as its
     /// display's `id` stays in the list. `focusPlace` gets the focus of a removed row.
-    /// Not to be called from within a row's `onChange`.
+    /// Not to be called from within a row's `onChange`. The rows get their places with `place`.
     void setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlace);
 
     const std::vector<DisplayRow*>& rows() const { return rows_; }
 
     /// The height of all rows, without the margins.
     int fullHeight() const;
+
+    /// Takes this place and lays the rows out in it.
+    void place(const QRect& geometry);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -99,6 +99,16 @@ TEST_F(ViewLayoutTest, FourRowsTakeAsMuchOfThePaddingAboveAsBelowAndNeedNoScroll
     EXPECT_LE(rectIn(row(3), *view).bottom(), rectIn(*text("Ready"), *view).top() - 1);
 }
 
+TEST_F(ViewLayoutTest, ARowThatJustFitsShowsNoScrollBarWhenItComesAlsoNotForAMoment) {
+    open(manyDisplays(3));
+    const EventCounter shows(*visible<RowList>()->verticalScrollBar(), QEvent::Show);
+
+    setDisplays(manyDisplays(4));
+
+    EXPECT_EQ(shows.count(), 0);
+    EXPECT_EQ(row(3).visibleRegion().boundingRect(), row(3).rect());
+}
+
 TEST_F(ViewLayoutTest, FourRowsNeedNoScrollingUnderALongErrorEither) {
     open(manyDisplays(4));
 

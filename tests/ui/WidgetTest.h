@@ -144,6 +144,26 @@ private:
     QRegion region_;
 };
 
+/// Counts the events of one kind that a widget gets while it exists.
+class EventCounter : public QObject {
+public:
+    EventCounter(QWidget& watched, QEvent::Type type) : type_(type) {
+        watched.installEventFilter(this);
+    }
+
+    int count() const { return count_; }
+
+protected:
+    bool eventFilter(QObject* /*object*/, QEvent* event) override {
+        count_ += event->type() == type_ ? 1 : 0;
+        return false;
+    }
+
+private:
+    QEvent::Type type_;
+    int count_ = 0;
+};
+
 /// Whether two colours differ by no more than `tolerance` in any channel.
 inline testing::AssertionResult isNear(const QColor& a, const QColor& b, int tolerance = 3) {
     if (std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
