@@ -92,7 +92,6 @@ TEST_F(MacApplicationTest, RunsWithoutAHotKeyWhenTheChordIsRefused) {
     refuse(&Refusals::registerHotKey, -9878);
     stage.startApplication();
 
-    EXPECT_THROW(stage.pressHotKey(), std::runtime_error);
     expectStory({userFlips(first), windowShowsOff(first), scenario::userPressesWake(),
                  serverIsAsAtFirst()});
 }
@@ -105,6 +104,31 @@ TEST_F(MacApplicationTest, WakesByItsButtonWhereAnotherProgramHoldsTheChordExclu
 
     expectStory({windowSays("External Display 1 is off"), windowShowsOff(first),
                  scenario::userPressesWake(), serverIsAsAtFirst()});
+}
+
+TEST_F(MacApplicationTest, WakesOnceWhenItsOwnWindowIsInFront) {
+    expectStory({userFlips(first), windowShowsOff(first)});
+
+    stage.pressHotKey();
+
+    // What is flipped afterwards goes off after all that the chord has led to.
+    expectStory({windowSays("Both displays are on"), serverIsAsAtFirst(), userFlips(second),
+                 windowShowsOff(second)});
+    EXPECT_EQ(stage.mac().with([](State& state) { return state.switchOnRequests; }), 3)
+        << "one for each display";
+}
+
+TEST_F(MacApplicationTest, WakesOnceByItsMenuWhereTheChordIsRefused) {
+    stage.quitApplication();
+    refuse(&Refusals::registerHotKey, -9878);
+    stage.startApplication();
+    expectStory({userFlips(first), windowShowsOff(first)});
+
+    EXPECT_THROW(stage.pressHotKey(), std::runtime_error) << "nobody has registered it";
+
+    expectStory({windowSays("Both displays are on"), serverIsAsAtFirst(), userFlips(second),
+                 windowShowsOff(second)});
+    EXPECT_EQ(stage.mac().with([](State& state) { return state.switchOnRequests; }), 3);
 }
 
 TEST_F(MacApplicationTest, RecoversByItsTimerWithoutReports) {

@@ -128,7 +128,7 @@ void MacStage::pressWake() {
 }
 
 void MacStage::pressHotKey() {
-    if (!command({{"do", "press hot key"}, {"key", 13}, {"modifiers", 0x1900}})) {
+    if (!command({{"do", "press hot key"}})) {
         throw std::runtime_error("the chord is not registered");
     }
 }

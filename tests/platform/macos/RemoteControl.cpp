@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -107,6 +109,21 @@ bool click(int x, int y) {
     return true;
 }
 
+/// As a Mac does with a chord: it goes to those who have registered it, and to the window in front
+/// only where nobody has, or nobody says to have handled it. Returns whether it is registered here.
+bool pressWakeChord() {
+    constexpr std::uint32_t keyW = 13;
+    constexpr std::uint32_t controlOptionCommand = 0x1900;
+    const auto answers = simulatedMac::pressHotKey(keyW, controlOptionCommand);
+    const bool isTaken =
+        answers && (answers->empty() || std::count(answers->begin(), answers->end(), 0) > 0);
+    if (QWidget* shown = window(); shown != nullptr && !isTaken) {
+        QTest::keyClick(shown->windowHandle(), Qt::Key_W,
+                        Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    }
+    return answers.has_value();
+}
+
 Json execute(const Json& command) {
     const std::string what = command.at("do");
     if (what == "look") {
@@ -116,7 +133,7 @@ Json execute(const Json& command) {
         return click(command.at("x"), command.at("y"));
     }
     if (what == "press hot key") {
-        return simulatedMac::pressHotKey(command.at("key"), command.at("modifiers")).has_value();
+        return pressWakeChord();
     }
     if (what == "close window") {
         QWidget* shown = window();

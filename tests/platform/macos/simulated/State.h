@@ -85,6 +85,8 @@ struct State {
     /// set to 0, all go on.
     int changesToHang = 0;
     int hangingChanges = 0;
+    /// How many times it has been asked for to switch a display on.
+    int switchOnRequests = 0;
     /// Whether another program holds every chord exclusively. Registrations are accepted.
     bool chordsAreHeldElsewhere = false;
     /// Whether the private entry points are there.

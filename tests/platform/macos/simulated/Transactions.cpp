@@ -53,6 +53,7 @@ std::int32_t configureDisplayEnabled(void* configuration, std::uint32_t display,
         return status;
     }
     const bool isThere = SharedState::ofThisProcess().with([&](State& state) {
+        state.switchOnRequests += enabled != 0 ? 1 : 0;
         const Display* found = find(state, display);
         return found != nullptr && found->connected;
     });
