@@ -100,6 +100,16 @@ TEST_F(DisplayRowTest, TheKindsHaveDifferentIcons) {
     EXPECT_NE(window.grab(iconBox).toImage(), builtIn);
 }
 
+TEST_F(DisplayRowTest, AnotherKindAndAnotherStateRedrawTheIcon) {
+    open(inputs(externalDisplay(true, 1)));
+
+    for (const DisplayDevice& next : {builtInDisplay(true, 1), builtInDisplay(false, 1)}) {
+        const PaintCounter paints(*row);
+        row->setInputs(inputs(next));
+        EXPECT_TRUE(runUntil([&] { return paints.covers(iconBox); })) << next.isOn;
+    }
+}
+
 TEST_F(DisplayRowTest, ASwitchThatMayNotBeUsedIsDisabledAndSaysWhy) {
     open(inputs(builtInDisplay(true), false));
 

@@ -59,6 +59,19 @@ TEST_F(ViewPaintTest, ASpinnerRepaintsOnlyItsOwnPlace) {
     EXPECT_TRUE(spinner.contains(paints.region().boundingRect()));
 }
 
+TEST_F(ViewPaintTest, TheIconOfTheEmptyStateGoesWhenARefreshStartsAndComesBackAfterIt) {
+    open(Situation{});
+    const QRect line = rectIn(*visible<EmptyState>()->findChild<Label*>(), *view);
+    // Larger than the spinner that takes its place.
+    const QRect icon(260 - 18, line.top() - 12 - 36, 36, 36);
+
+    for (const bool isRefreshing : {true, false}) {
+        const PaintCounter paints(*view);
+        controller->setIsRefreshing(isRefreshing);
+        EXPECT_TRUE(runUntil([&] { return paints.covers(icon); })) << isRefreshing;
+    }
+}
+
 TEST_F(ViewPaintTest, WhatMovedStandsStillWhenTheWorkIsDone) {
     open({.displays = {busy(builtInDisplay(true)), externalDisplay(true)}, .isRefreshing = true});
     EXPECT_TRUE(hasTimers());

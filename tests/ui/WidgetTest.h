@@ -125,6 +125,7 @@ public:
     int count() const { return count_; }
     /// All that has been painted, in the watched widget's coordinates.
     const QRegion& region() const { return region_; }
+    bool covers(const QRect& place) const { return (QRegion(place) - region_).isEmpty(); }
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override {
