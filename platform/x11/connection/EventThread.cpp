@@ -1,6 +1,8 @@
 #include "platform/x11/connection/EventThread.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <array>
 #include <future>
@@ -12,6 +14,12 @@ namespace {
 constexpr int forever = -1;
 /// How often to look for a server that went away.
 constexpr int retryMilliseconds = 1000;
+
+void endConversation(const FileDescriptor& socket) {
+    if (socket.isOpen()) {
+        ::shutdown(socket.number(), SHUT_RDWR);
+    }
+}
 }  // namespace
 
 EventThread::EventThread(X11ServerOptions options, Client& client)
@@ -31,6 +39,7 @@ EventThread::~EventThread() {
         const std::lock_guard lock(mutex_);
         stopping_ = true;
         tasks_.clear();
+        endConversation(socket_);
     }
     wakeUp_.wake();
     thread_.join();
@@ -79,9 +88,19 @@ Connection* EventThread::serve() {
     Connection* connection = link_.connection();
     if (connection != nullptr && link_.connectionsMade() != connectionsServed_) {
         connectionsServed_ = link_.connectionsMade();
+        keepSocket(*connection);
         client_.connected(*connection);
     }
     return connection;
+}
+
+void EventThread::keepSocket(const Connection& connection) {
+    const int socket = xcb_get_file_descriptor(connection.get());
+    const std::lock_guard lock(mutex_);
+    socket_ = FileDescriptor(::fcntl(socket, F_DUPFD_CLOEXEC, 0));
+    if (stopping_) {
+        endConversation(socket_);
+    }
 }
 
 void EventThread::wait(Connection* connection) {
@@ -95,8 +114,8 @@ void EventThread::wait(Connection* connection) {
     int timeout = connectionsServed_ == 0 ? forever : retryMilliseconds;
     if (connection != nullptr) {
         sources[1].fd = xcb_get_file_descriptor(connection->get());
-        const auto patience = client_.settlesAgainAfter();
-        timeout = patience.has_value() ? static_cast<int>(patience->count()) : forever;
+        const auto limit = client_.settlesAgainAfter();
+        timeout = limit.has_value() ? static_cast<int>(limit->count()) : forever;
     }
     ::poll(sources.data(), sources.size(), timeout);
     wakeUp_.drain();

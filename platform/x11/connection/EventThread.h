@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/WakeUp.h"
 #include "platform/x11/connection/Connection.h"
 #include "platform/x11/connection/ServerLink.h"
@@ -42,8 +43,9 @@ public:
     /// Starts the thread and blocks until its first attempt to connect has ended. `client`
     /// must outlive this. Throws std::system_error when no thread can be started.
     EventThread(X11ServerOptions options, Client& client);
-    /// Drops the tasks that have not begun, and blocks until the thread has ended. Not to be
-    /// destroyed on the thread itself.
+    /// Drops the tasks that have not begun, ends the connection, so that nobody waits for a server
+    /// that is silent, and blocks until the thread has ended. Not to be destroyed on the thread
+    /// itself.
     ~EventThread();
     EventThread(const EventThread&) = delete;
     EventThread& operator=(const EventThread&) = delete;
@@ -55,6 +57,7 @@ private:
     void runTasks(Connection* connection);
     void run();
     Connection* serve();
+    void keepSocket(const Connection& connection);
     void wait(Connection* connection);
     bool isStopping();
 
@@ -65,6 +68,8 @@ private:
     std::mutex mutex_;
     std::vector<Task> tasks_;
     bool stopping_ = false;
+    /// The connection's socket under a number of its own, which no other file can have got.
+    FileDescriptor socket_;
 
     /// For tasks, and for the end.
     WakeUp wakeUp_;

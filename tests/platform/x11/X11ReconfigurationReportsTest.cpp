@@ -3,11 +3,16 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
+#include <future>
+#include <memory>
 #include <thread>
 
 #include "tests/platform/x11/LiveServerTest.h"
 #include "tests/platform/x11/ReportRecorder.h"
+#include "tests/platform/x11/ServerProcess.h"
+#include "tests/platform/x11/connection/RequestRelay.h"
 #include "tests/support/WaitUntil.h"
 
 namespace tavrel {
@@ -222,6 +227,35 @@ TEST_F(X11ReconfigurationReportsTest, ACallbackMayBeRemovedWhenTheServerIsGone) 
     desktop.kill();
 
     EXPECT_EQ(removeCallback(recorder), serverStatus::success);
+}
+
+/// Reports whose server falls silent at the first question that a change leads to.
+class SilencedReportsTest : public LiveServerTest {
+protected:
+    ServerProcess process{desktop};
+    std::atomic<bool> isArmed = false;
+    std::atomic<bool> isSilent = false;
+    RequestRelay relay{desktop.displayName(), [this](RequestRelay::Request) {
+                           if (isArmed.exchange(false)) {
+                               process.pause();
+                               isSilent = true;
+                           }
+                       }};
+};
+
+TEST_F(SilencedReportsTest, TheirEndDoesNotWaitForASilentServer) {
+    auto reports = std::make_unique<X11ReconfigurationReports>(
+        store,
+        X11ServerOptions{.displayName = relay.displayName(), .timeout = std::chrono::hours(1)});
+    isArmed = true;
+    // It may be held up too.
+    auto change = std::async(std::launch::async, [&] { other.switchOff("DUMMY1"); });
+    ASSERT_TRUE(waitUntil([&] { return isSilent.load(); }));
+
+    auto end = std::async(std::launch::async, [&] { reports.reset(); });
+
+    EXPECT_EQ(end.wait_for(support::defaultTimeout), std::future_status::ready);
+    process.resume();
 }
 
 TEST(X11ReconfigurationReportsWithoutServerTest, TheCallbackIsRefused) {
