@@ -1,10 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/e2e/Session.h"
 #include "tests/platform/x11/hotkeys/RunXProgram.h"
 #include "tests/support/Keyboard.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tavrel::e2e {
 namespace {
@@ -12,6 +17,35 @@ namespace {
 using support::Keyboard;
 using support::waitUntil;
 namespace key = support::key;
+
+/// The application, installed by itself, with a watchdog that notes what it is asked for.
+class NotedRequests {
+public:
+    NotedRequests() {
+        std::filesystem::create_directory(folder_.path() / "libexec");
+        std::filesystem::copy_file(e2e::program, program());
+        std::filesystem::copy_file(NOTING_WATCHDOG, folder_.path() / "libexec/display-watchdog");
+    }
+
+    std::string program() const { return folder_.path() / "tavrel"; }
+    support::Environment environment() const { return {{"NOTED_REQUESTS", file()}}; }
+
+    /// The changes that have been asked for, "on" or "off", in order.
+    std::vector<std::string> changes() const {
+        std::istringstream lines(support::readFile(file()));
+        std::vector<std::string> changes;
+        std::string display;
+        for (std::string change; lines >> change >> display;) {
+            changes.push_back(change);
+        }
+        return changes;
+    }
+
+private:
+    std::string file() const { return folder_.path() / "requests"; }
+
+    support::TemporaryFolder folder_;
+};
 
 class HotKeyTest : public testing::Test {
 protected:
@@ -65,14 +99,21 @@ TEST_F(HotKeyTest, TheHotKeyWakesAllWhileAnotherWindowHasTheFocusWhateverLocksAr
     }
 }
 
-TEST_F(HotKeyTest, TheHotKeyWakesAllWhileItsOwnWindowHasTheFocus) {
-    start();
+TEST_F(HotKeyTest, WhileItsOwnWindowHasTheFocusTheHotKeyWakesOnceNotByTheMenusKeysToo) {
+    const NotedRequests requests;
+    session.emplace(desktop, home, requests.environment(), requests.program());
+    ASSERT_TRUE(session->says("Found 3 displays"));
     session->topLevel().focus();
     switchOneOff();
 
     pressChord();
-
     expectAllWoken();
+    // Comes to the window after whatever of the chord may come there.
+    Keyboard(desktop.displayName()).chord({key::control, 'r'});
+    EXPECT_TRUE(session->says("Found 3 displays"));
+    switchOneOff();
+
+    EXPECT_THAT(requests.changes(), testing::ElementsAre("off", "on", "on", "on", "off"));
 }
 
 TEST_F(HotKeyTest, WhenAnotherProgramHasTheHotKeyEverythingElseWorks) {
