@@ -3,11 +3,20 @@
 namespace tavrel::support {
 
 int SwitchCount::switchedOn() {
+    takeAll();
+    return switchedOn_;
+}
+
+int SwitchCount::switchedOff() {
+    takeAll();
+    return switchedOff_;
+}
+
+void SwitchCount::takeAll() {
     switches_.roundTrip();
     while (const auto isOn = switches_.next()) {
-        switchedOn_ += *isOn ? 1 : 0;
+        ++(*isOn ? switchedOn_ : switchedOff_);
     }
-    return switchedOn_;
 }
 
 }  // namespace tavrel::support
