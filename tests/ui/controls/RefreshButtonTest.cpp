@@ -1,7 +1,10 @@
+#include <QPainter>
 #include <cmath>
 
 #include "tests/ui/WidgetTest.h"
 #include "ui/controls/RefreshButton.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {
@@ -80,6 +83,35 @@ TEST_F(RefreshButtonTest, OnlyTheArrowTurnsAndNotItsCircle) {
     const QImage turned = window.grab().toImage();
     EXPECT_NE(turned, still);
     EXPECT_EQ(turned.copy(30, 30, 32, 6), still.copy(30, 30, 32, 6));
+}
+
+TEST_F(RefreshButtonTest, TheArrowIsDrawnAsFarClockwiseAsItHasTurned) {
+    const QRectF face(30, 30, 32, 32);
+    QImage expected = window.grab().toImage();
+    const QColor ground = expected.pixelColor(0, 0);
+    button.setSpinning(true);
+    clock.pass(150);
+    ASSERT_GT(button.angle(), 30);
+
+    {
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.fillRect(face, ground);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(theme::white(0.08));
+        painter.drawEllipse(face);
+        painter.translate(face.center());
+        painter.rotate(button.angle());
+        paintIcon(painter, Icon::arrowClockwise, {-8.125, -8.125, 16.25, 16.25}, theme::white());
+    }
+
+    const QImage actual = window.grab().toImage();
+    for (int y = 0; y < actual.height(); ++y) {
+        for (int x = 0; x < actual.width(); ++x) {
+            EXPECT_TRUE(isNear(actual.pixelColor(x, y), expected.pixelColor(x, y)))
+                << x << ',' << y;
+        }
+    }
 }
 
 TEST_F(RefreshButtonTest, TheCornersAroundTheCircleCannotBeHit) {
