@@ -12,6 +12,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/MonotonicClock.h"
+
 namespace tavrel::layout {
 
 /// How those ask who ask in step, and how they are answered.
@@ -49,9 +51,10 @@ public:
     using MakeAsk = std::function<Ask()>;
 
     /// Does nothing before the first question. `timeout` is how long the server may take when
-    /// there is time.
-    LastWord(MakeAsk makeAsk, std::chrono::milliseconds timeout, const Step& step = {})
-        : state_(std::make_shared<State>(std::move(makeAsk), timeout, step)) {}
+    /// there is time. All times are on the clock `now`.
+    LastWord(MakeAsk makeAsk, std::chrono::milliseconds timeout, const Step& step = {},
+             MonotonicClock now = steadyTime)
+        : state_(std::make_shared<State>(std::move(makeAsk), timeout, step, std::move(now))) {}
 
     /// Blocks at most for the patience; a thread that still waits for a silent server is left
     /// behind.
@@ -59,7 +62,8 @@ public:
         std::unique_lock lock(state_->mutex);
         state_->isStopping = true;
         state_->changed.notify_all();
-        state_->changed.wait_for(lock, patience, [this] { return !state_->isRunning; });
+        waitUntil(state_->changed, lock, state_->now, state_->now() + patience,
+                  [this] { return !state_->isRunning; });
     }
     LastWord(const LastWord&) = delete;
     LastWord& operator=(const LastWord&) = delete;
@@ -82,11 +86,11 @@ public:
         if (!isToProbe) {
             limit = std::min(limit, patience);
             const bool isSilent =
-                state.looking > state.answered && Clock::now() - state.lookingSince >= limit;
+                state.looking > state.answered && state.now() - state.lookingSince >= limit;
             limit = isSilent ? std::chrono::milliseconds::zero() : limit;
         }
-        const bool isAnswered =
-            state.changed.wait_for(lock, limit, [&] { return state.answered >= question; });
+        const bool isAnswered = waitUntil(state.changed, lock, state.now, state.now() + limit,
+                                          [&] { return state.answered >= question; });
         Answer answer = state.last;
         answer.isFresh = answer.isFresh && isAnswered;
         return answer;
@@ -99,7 +103,7 @@ public:
         {
             State& state = *state_;
             const std::lock_guard lock(state.mutex);
-            const auto now = Clock::now();
+            const std::chrono::nanoseconds now = state.now();
             state.isInStep = true;
             if (state.last.isFresh && state.answeredAsOf.has_value() &&
                 now - *state.answeredAsOf < state.step.freshness) {
@@ -118,15 +122,15 @@ public:
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct State {
-        State(MakeAsk make, std::chrono::milliseconds limit, const Step& rhythm)
-            : makeAsk(std::move(make)), timeout(limit), step(rhythm) {}
+        State(MakeAsk make, std::chrono::milliseconds limit, const Step& rhythm,
+              MonotonicClock clock)
+            : makeAsk(std::move(make)), timeout(limit), step(rhythm), now(std::move(clock)) {}
 
         const MakeAsk makeAsk;
         const std::chrono::milliseconds timeout;
         const Step step;
+        const MonotonicClock now;
 
         std::mutex mutex;
         std::condition_variable changed;
@@ -136,13 +140,13 @@ private:
         std::uint64_t asked = 0;
         std::uint64_t looking = 0;
         std::uint64_t answered = 0;
-        Clock::time_point lookingSince;
+        std::chrono::nanoseconds lookingSince{0};
         bool wantsProbe = false;
         Answer last;
         /// When the look began that brought it.
-        std::optional<Clock::time_point> answeredAsOf;
+        std::optional<std::chrono::nanoseconds> answeredAsOf;
         /// When to look unasked.
-        std::optional<Clock::time_point> nextLook;
+        std::optional<std::chrono::nanoseconds> nextLook;
         /// Whether somebody has asked in step since the server was last asked for them.
         bool isInStep = false;
         /// Whether their last question was late, for the first time.
@@ -166,7 +170,7 @@ private:
     static void awaitQuestion(State& state, std::unique_lock<std::mutex>& lock) {
         const auto isAsked = [&] { return state.isStopping || state.asked > state.answered; };
         while (state.nextLook.has_value()) {
-            if (state.changed.wait_until(lock, *state.nextLook, isAsked)) {
+            if (waitUntil(state.changed, lock, state.now, *state.nextLook, isAsked)) {
                 return;
             }
             if (!std::exchange(state.isInStep, false)) {
@@ -188,7 +192,7 @@ private:
                 break;
             }
             state.looking = state.asked;
-            state.lookingSince = Clock::now();
+            state.lookingSince = state.now();
             const bool isToProbe = std::exchange(state.wantsProbe, false);
             lock.unlock();
             std::optional<Answer> answer = askServer(isToProbe);

@@ -10,6 +10,7 @@ namespace tavrel::watchdog {
 
 GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup)
     : inner_(inner),
+      now_(setup.stopwatch),
       longestWait_(setup.urgentTimeout),
       supervisor_(inner, queries, std::move(setup)),
       thread_([this] { work(); }) {}
@@ -58,7 +59,7 @@ ServerStatus GuardedSwitch::switchOff(DisplayID display) {
 }
 
 ServerStatus GuardedSwitch::switchOn(DisplayID display) {
-    const auto asked = Clock::now();
+    const std::chrono::nanoseconds asked = now_();
     const auto request = std::make_shared<Request>(Request{
         Job([this, display] { return supervisor_.setDisplayEnabled(display, true); }), display});
     std::future<ServerStatus> status = add(request);
@@ -68,7 +69,7 @@ ServerStatus GuardedSwitch::switchOn(DisplayID display) {
             return std::find(waiting_.begin(), waiting_.end(), request) == waiting_.end();
         };
         request->isOvertaking =
-            !begun_.wait_until(lock, busySince_.value_or(asked) + longestWait_, hasBegun);
+            !waitUntil(begun_, lock, now_, busySince_.value_or(asked) + longestWait_, hasBegun);
         if (!request->isOvertaking) {
             lock.unlock();
             return status.get();
@@ -134,7 +135,7 @@ std::shared_ptr<GuardedSwitch::Request> GuardedSwitch::nextRequest() {
         if (!waiting_.empty()) {
             next = std::move(waiting_.front());
             waiting_.pop_front();
-            busySince_ = Clock::now();
+            busySince_ = now_();
         }
     }
     begun_.notify_all();

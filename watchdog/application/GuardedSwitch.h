@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/DisplaySwitch.h"
+#include "platform/MonotonicClock.h"
 #include "platform/posix/WakeUp.h"
 #include "watchdog/application/WatchdogSupervisor.h"
 
@@ -67,7 +68,6 @@ public:
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 
 private:
-    using Clock = std::chrono::steady_clock;
     using Job = std::packaged_task<ServerStatus()>;
     struct Request {
         Job job;
@@ -89,6 +89,7 @@ private:
     void awaitWork() const;
 
     DisplaySwitch& inner_;
+    const MonotonicClock now_;
     const std::chrono::milliseconds longestWait_;
     /// Used by `thread_` only, but for what any thread may call.
     WatchdogSupervisor supervisor_;
@@ -97,7 +98,7 @@ private:
     std::condition_variable begun_;
     std::deque<std::shared_ptr<Request>> waiting_;
     /// Since when a request is being carried out.
-    std::optional<Clock::time_point> busySince_;
+    std::optional<std::chrono::nanoseconds> busySince_;
     std::atomic<std::uint64_t> rescuesEnded_ = 0;
     bool isBeating_ = false;
     bool isEnding_ = false;

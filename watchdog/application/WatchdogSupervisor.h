@@ -13,6 +13,7 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
+#include "platform/MonotonicClock.h"
 #include "watchdog/application/RunningWatchdog.h"
 #include "watchdog/application/StartSchedule.h"
 #include "watchdog/protocol/Insistence.h"
@@ -23,14 +24,10 @@ namespace tavrel::watchdog {
 /// What a supervisor needs besides displays.
 struct SupervisorSetup {
     StartWatchdog startWatchdog;
-    using Clock = std::function<std::chrono::nanoseconds()>;
-    static std::chrono::nanoseconds steadyTime() {
-        return std::chrono::steady_clock::now().time_since_epoch();
-    }
-    /// A monotonic clock with any zero, by which watchdogs are started.
-    Clock now = steadyTime;
-    /// The same, by which answers are waited for.
-    Clock stopwatch = steadyTime;
+    /// By which watchdogs are started.
+    MonotonicClock now = steadyTime;
+    /// By which answers are waited for.
+    MonotonicClock stopwatch = steadyTime;
     Pause pause = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); };
     /// How long a watchdog may take to answer before it counts as hung. Longer than the
     /// slowest server is given.

@@ -1,7 +1,10 @@
 #include "platform/layout/Arrangement.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 #include <random>
+#include <utility>
 
 #include "tests/platform/layout/Desk.h"
 
@@ -28,11 +31,27 @@ TEST(TouchTest, IsHavingPartOfAnEdgeInCommon) {
     EXPECT_FALSE(touch(area, {100, 100, 100, 100})) << "a corner";
     EXPECT_FALSE(touch(area, {101, 0, 100, 100})) << "a gap";
     EXPECT_FALSE(touch(area, {50, 50, 100, 100})) << "an overlap";
+    for (const Area& beside : {Area{100, 99, 5, 5}, Area{99, 100, 5, 5}, Area{100, -4, 5, 5},
+                               Area{-4, 100, 5, 5}, Area{-5, 99, 5, 5}, Area{99, -5, 5, 5}}) {
+        EXPECT_TRUE(touch(area, beside)) << testing::PrintToString(beside);
+        EXPECT_TRUE(touch(beside, area)) << testing::PrintToString(beside);
+    }
+    for (const Area& apart :
+         {Area{100, 100, 5, 5}, Area{-5, 100, 5, 5}, Area{100, -5, 5, 5}, Area{-5, -5, 5, 5},
+          Area{101, 50, 5, 5}, Area{50, 101, 5, 5}, Area{-6, 50, 5, 5}, Area{50, -6, 5, 5}}) {
+        EXPECT_FALSE(touch(area, apart)) << testing::PrintToString(apart);
+        EXPECT_FALSE(touch(apart, area)) << testing::PrintToString(apart);
+    }
 }
 
 TEST(WithoutGapsTest, ARowClosesUp) {
     EXPECT_THAT(withoutGaps({fullHdAt(monitorA, 0, 0), fullHdAt(monitorC, 3840, 0)}),
                 UnorderedElementsAre(fullHdAt(monitorA, 0, 0), fullHdAt(monitorC, 1920, 0)));
+}
+
+TEST(WithoutGapsTest, SoDoesAColumn) {
+    EXPECT_THAT(withoutGaps({fullHdAt(monitorA, 0, 0), fullHdAt(monitorC, 0, 2160)}),
+                UnorderedElementsAre(fullHdAt(monitorA, 0, 0), fullHdAt(monitorC, 0, 1080)));
 }
 
 TEST(WithoutGapsTest, TheFirstBeginsAtTheOrigin) {
@@ -78,6 +97,63 @@ TEST(WithoutGapsTest, NothingComesToLieOnAnother) {
                              Standing{monitorC, {2020, 0, 100, 100}}));
 }
 
+Standing transposed(const Standing& each) {
+    return {each.display, {each.area.y, each.area.x, each.area.height, each.area.width}};
+}
+
+/// How far B has moved, as seen from A.
+int distanceMoved(const Arrangement& before, const Arrangement& after) {
+    const auto place = [](const Arrangement& arrangement, DisplayID display) {
+        return std::find_if(arrangement.begin(), arrangement.end(),
+                            [&](const Standing& each) { return each.display == display; })
+            ->area;
+    };
+    const auto offset = [&](const Arrangement& arrangement) {
+        const Area one = place(arrangement, monitorA);
+        const Area other = place(arrangement, monitorB);
+        return std::pair(other.x - one.x, other.y - one.y);
+    };
+    return std::abs(offset(after).first - offset(before).first) +
+           std::abs(offset(after).second - offset(before).second);
+}
+
+/// By trying all that are not too long. What must also move along the edge it comes to stops where
+/// two corners meet.
+int shortestMove(const Area& fixed, const Area& area) {
+    int shortest = std::numeric_limits<int>::max();
+    for (int x = -40; x <= 40; ++x) {
+        for (int y = -40; y <= 40; ++y) {
+            const Area moved{area.x + x, area.y + y, area.width, area.height};
+            const bool isBeside = moved.right() == fixed.x || fixed.right() == moved.x;
+            const bool isLevel = y == 0 || moved.y == fixed.y || moved.bottom() == fixed.bottom();
+            const bool isInLine = x == 0 || moved.x == fixed.x || moved.right() == fixed.right();
+            if (touch(fixed, moved) && !overlap(fixed, moved) && (isBeside ? isLevel : isInLine)) {
+                shortest = std::min(shortest, std::abs(x) + std::abs(y));
+            }
+        }
+    }
+    return shortest;
+}
+
+TEST(WithoutGapsTest, NothingMovesFurtherThanItMust) {
+    const Area fixed{12, 12, 6, 4};
+    for (int x = 0; x < 30; x += 3) {
+        for (int y = 0; y < 30; ++y) {
+            const Area area{x, y, 3, 5};
+            if (overlap(fixed, area)) {
+                continue;
+            }
+            const Arrangement before{{monitorA, fixed}, {monitorB, area}};
+            const Arrangement mirrored{transposed(before[0]), transposed(before[1])};
+
+            const int shortest = shortestMove(fixed, area);
+
+            EXPECT_EQ(distanceMoved(before, withoutGaps(before)), shortest) << x << ' ' << y;
+            EXPECT_EQ(distanceMoved(mirrored, withoutGaps(mirrored)), shortest) << x << ' ' << y;
+        }
+    }
+}
+
 bool hangsTogether(const Arrangement& arrangement) {
     std::vector<bool> isReached(arrangement.size());
     isReached.at(0) = true;
@@ -103,6 +179,15 @@ bool hasOverlap(const Arrangement& arrangement) {
     return false;
 }
 
+/// The least x and the least y.
+std::pair<int, int> upperLeftOf(const Arrangement& arrangement) {
+    std::pair<int, int> least{std::numeric_limits<int>::max(), std::numeric_limits<int>::max()};
+    for (const Standing& each : arrangement) {
+        least = {std::min(least.first, each.area.x), std::min(least.second, each.area.y)};
+    }
+    return least;
+}
+
 TEST(WithoutGapsTest, WhateverItIsGivenItHangsTogetherAndNothingOverlaps) {
     std::mt19937 random(2);
     const auto below = [&](int limit) {
@@ -119,6 +204,8 @@ TEST(WithoutGapsTest, WhateverItIsGivenItHangsTogetherAndNothingOverlaps) {
         const Arrangement closed = withoutGaps(arrangement);
 
         ASSERT_EQ(closed.size(), arrangement.size());
+        ASSERT_EQ(upperLeftOf(closed).first, 0);
+        ASSERT_EQ(upperLeftOf(closed).second, 0);
         ASSERT_TRUE(hangsTogether(closed)) << testing::PrintToString(arrangement);
         ASSERT_FALSE(hasOverlap(closed)) << testing::PrintToString(arrangement);
         ASSERT_THAT(withoutGaps(closed), testing::UnorderedElementsAreArray(closed));

@@ -94,12 +94,18 @@ TEST_F(MonitorDirectoryTest, WhatIsDamagedIsReplaced) {
 }
 
 TEST_F(MonitorDirectoryTest, OfVeryManyTheLatestAreKept) {
-    for (std::uint32_t serial = 1; serial <= 300; ++serial) {
-        here.meet({{"DP-1", {.vendor = 1, .product = 2, .serial = serial}}});
+    KnownMonitors many;
+    for (std::uint32_t serial = 1; serial <= 256; ++serial) {
+        many.push_back({{"DP-1", {.vendor = 1, .product = 2, .serial = serial}}, serial});
     }
+    store.replaceFromOutside(knownMonitorsKey, encodeMonitors(many));
+    ASSERT_THAT(here.all(), SizeIs(256)) << "they are all kept";
+
+    here.meet({{"DP-1", {.vendor = 1, .product = 2, .serial = 257}}});
 
     EXPECT_THAT(here.all(), SizeIs(256));
-    EXPECT_EQ(here.all().back().identity.edid.serial, 300U);
+    EXPECT_EQ(here.all().front(), many[1]);
+    EXPECT_EQ(here.all().back().identity.edid.serial, 257U);
 }
 
 TEST(KnownMonitorsTest, KeepTheirStoredForm) {

@@ -45,6 +45,7 @@ protected:
             displays, reported,
             SupervisorSetup{.startWatchdog = [this](const auto& first) { return start(first); },
                             .now = [this] { return now.load(); },
+                            .stopwatch = [this] { return steadyTime() + skipped.load(); },
                             .urgentTimeout = longestWait});
     }
 
@@ -78,6 +79,8 @@ protected:
     std::atomic<int> starts = 0;
     std::atomic<int> refusedStarts = 0;
     std::atomic<std::chrono::nanoseconds> now = std::chrono::nanoseconds(std::chrono::minutes(1));
+    /// How much longer everything seems to take than it does.
+    std::atomic<std::chrono::nanoseconds> skipped = std::chrono::nanoseconds::zero();
     std::mutex mutex;
     /// Of the watchdog that was started last.
     std::shared_ptr<KillSwitch> latest;

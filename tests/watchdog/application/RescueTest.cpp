@@ -52,6 +52,37 @@ TEST_F(RescueTest, DoesNotWaitBehindAChangeThatHangs) {
     EXPECT_EQ(hanging.get(), 0) << "it was about another display";
 }
 
+TEST_F(RescueTest, IsInAHurryOnceTheChangeBeforeItHasTakenLong) {
+    useLongestWait(1h);
+    server.switchFromOutside(2, false);
+    auto hanging = hangWhileSwitchingOff(1);
+    skipped = 1h;
+
+    auto rescue =
+        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, true); });
+
+    EXPECT_TRUE(
+        support::waitUntil([&] { return rescue.wait_for(0s) == std::future_status::ready; }));
+    letGo.set_value();
+    EXPECT_EQ(rescue.get(), 0);
+}
+
+TEST_F(RescueTest, WaitsForItsTurnBehindAChangeThatHasJustBegun) {
+    useLongestWait(1h);
+    server.switchFromOutside(2, false);
+    auto hanging = hangWhileSwitchingOff(1);
+
+    auto rescue =
+        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, true); });
+    ASSERT_TRUE(support::waitUntil([&] { return guarded->waiting() == 1; }));
+    letGo.set_value();
+
+    EXPECT_EQ(rescue.get(), 0);
+    EXPECT_EQ(hanging.get(), 0);
+    EXPECT_EQ(guarded->setDisplayEnabled(3, false), 0) << "whose turn is after a repetition";
+    EXPECT_EQ(guarded->changesEnded(), 3U);
+}
+
 TEST_F(RescueTest, IsTheLastWordAboutItsDisplayThoughTheHangingChangeIsMadeAfterIt) {
     auto hanging = hangWhileSwitchingOff(1);
 
