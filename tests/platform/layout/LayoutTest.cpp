@@ -18,6 +18,31 @@ TEST(RefreshTest, OfNonsenseIsZeroOrTheLargest) {
     EXPECT_EQ(refreshMillihertz(4294967295, 1), std::numeric_limits<int>::max());
 }
 
+TEST(ScaleTest, IsTheSameThoughItHasLostDigits) {
+    EXPECT_TRUE(isSameScale(1.3333333, 1.333));
+    EXPECT_TRUE(isSameScale(1.333, 1.3333333));
+    EXPECT_FALSE(isSameScale(1.25, 1.252));
+    EXPECT_FALSE(isSameScale(1.252, 1.25));
+}
+
+TEST(ScaleTest, IsOfferedByAModeThatNamesItOrNone) {
+    EXPECT_TRUE(offersScale(fullHd, 3));
+    const Mode mode{.width = 1920, .height = 1080, .scales = {1, 1.5}};
+    EXPECT_TRUE(offersScale(mode, 1.5));
+    EXPECT_FALSE(offersScale(mode, 3));
+}
+
+TEST(NumberOutputsTest, EachOutputGetsTheNumberOfItsMonitor) {
+    Layout layout = Desk().monitor(monitorA).monitor(monitorB).monitor(monitorC);
+    layout.outputs[1].identity.edid = {.vendor = 1, .product = 2, .serial = 3};
+
+    numberOutputs(layout, {{{"Z", layout.outputs[1].identity.edid}, 77}});
+
+    EXPECT_EQ(layout.outputs[0].display, stableHash("A/0/0/0"));
+    EXPECT_EQ(layout.outputs[1].display, 77U);
+    EXPECT_EQ(layout.outputs[2].display, stableHash("C/0/0/0"));
+}
+
 TEST(RotationTest, IsOneRotationAndAnyReflections) {
     for (const int good : {1, 2, 4, 8, 1 | 16, 2 | 32, 8 | 16 | 32}) {
         EXPECT_TRUE(isRotation(static_cast<Rotation>(good))) << good;

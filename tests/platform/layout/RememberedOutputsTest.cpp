@@ -128,6 +128,17 @@ TEST(MemoryTest, RefusesWhatIsNestedTooDeepToBeCopied) {
     EXPECT_EQ(decodeMemory(withNested(1'000'000)), std::nullopt);
 }
 
+TEST(MemoryTest, KeepsWhatIsJustWithinItsLimits) {
+    constexpr int far = 1'000'000;
+    RememberedOutput output = scaledExample();
+    output.scale = 100;
+    for (const Area& area : {Area{far, far, far, far}, Area{-far, -far, 1, 1}}) {
+        output.area = area;
+
+        EXPECT_EQ(decodeMemory(encodeMemory({output})), Memory{output});
+    }
+}
+
 TEST(MemoryTest, RefusesAnAreaBeyondAnyDesktop) {
     constexpr int far = 1'000'001;
     for (const Area& area : {Area{far, 0, 1, 1}, Area{0, far, 1, 1}, Area{0, 0, far, 1},

@@ -46,6 +46,7 @@ protected:
             SupervisorSetup{.startWatchdog = [this](const auto& first) { return start(first); },
                             .now = [this] { return now.load(); },
                             .stopwatch = [this] { return steadyTime() + skipped.load(); },
+                            .answerTimeout = std::chrono::hours(1),
                             .urgentTimeout = longestWait});
     }
 

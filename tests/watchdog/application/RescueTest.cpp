@@ -94,6 +94,17 @@ TEST_F(RescueTest, IsTheLastWordAboutItsDisplayThoughTheHangingChangeIsMadeAfter
     EXPECT_TRUE(isOn(1));
 }
 
+TEST_F(RescueTest, AWatchdogThatHangsIsReplacedOnceThereIsNoTimeToWaitForIt) {
+    reported.say({{{1, true}, {2, true}}});
+    auto hanging = hangWhileSwitchingOff(1);
+
+    guarded->hurry();
+
+    EXPECT_TRUE(support::waitUntil([&] { return starts == 2; }));
+    letGo.set_value();
+    EXPECT_EQ(hanging.get(), 1004);
+}
+
 TEST_F(RescueTest, CallsOffASwitchOffThatIsStillWaiting) {
     auto hanging = hangWhileSwitchingOff(1);
     auto waiting =

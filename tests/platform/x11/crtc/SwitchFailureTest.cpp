@@ -5,17 +5,22 @@ namespace tavrel::x11 {
 namespace {
 
 /// Switching that takes every kind of step: the screen grows or shrinks, the CRTC gets a
-/// transform and a mode, the primary role moves.
-class SwitchFailureTest : public SwitchFixture {
+/// transform and a mode, the primary role moves. B is right of A, or below it.
+class SwitchFailureTest : public SwitchFixture, public testing::WithParamInterface<Area> {
 protected:
     SwitchFailureTest() {
-        start(SnapshotBuilder().output("A").on(0, 0).output("B").on(1920, 0).primary());
+        start(SnapshotBuilder()
+                  .output("A")
+                  .on(0, 0)
+                  .output("B")
+                  .on(GetParam().x, GetParam().y)
+                  .primary());
         Crtc& crtc = server.state.crtcs[1];
         crtc.supportsTransforms = true;
     }
 };
 
-TEST_F(SwitchFailureTest, ARefusedStepLeavesAllAsItWas) {
+TEST_P(SwitchFailureTest, ARefusedStepLeavesAllAsItWas) {
     const Snapshot whole = server.state;
     ASSERT_EQ(off("B"), serverStatus::success);
     const int stepsOff = server.requests;
@@ -44,33 +49,36 @@ TEST_F(SwitchFailureTest, ARefusedStepLeavesAllAsItWas) {
     EXPECT_FALSE(server.isGrabbed);
 }
 
-TEST_F(SwitchFailureTest, WhatWillNotComeOnAsItWasComesOnSomeOtherWay) {
+TEST_P(SwitchFailureTest, WhatWillNotComeOnAsItWasComesOnSomeOtherWay) {
+    const Snapshot whole = server.state;
     ASSERT_EQ(off("B"), serverStatus::success);
     for (int step = 1; step <= 3; ++step) {
         server.firstRefusal = server.requests + step;
         server.refusals = 1;
         ASSERT_EQ(on("B"), serverStatus::success) << "step " << step;
-        EXPECT_EQ(areaOf(server.state, "B"), (Area{1920, 0, 1920, 1080}));
+        EXPECT_EQ(areaOf(server.state, "B"), step == 3 ? GetParam() : (Area{1920, 0, 1920, 1080}));
         EXPECT_EQ(primaryOf(server.state), step == 3 ? "A" : "B")
             << "the role alone is no reason for another attempt";
+        server.state = whole;
+        remembered.update([](const auto&) { return layout::Memory{}; });
         ASSERT_EQ(off("B"), serverStatus::success);
     }
 }
 
-TEST_F(SwitchFailureTest, AServerThatDoesNotDoWhatItSaysIsARefusal) {
+TEST_P(SwitchFailureTest, AServerThatDoesNotDoWhatItSaysIsARefusal) {
     const Snapshot whole = server.state;
     server.ignoresCrtcs = true;
     EXPECT_EQ(off("B"), serverStatus::cannotComplete);
     EXPECT_EQ(server.state, whole);
 }
 
-TEST_F(SwitchFailureTest, AServerThatIsGoneOffersNoControl) {
+TEST_P(SwitchFailureTest, AServerThatIsGoneOffersNoControl) {
     server.isGone = true;
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
     EXPECT_EQ(on("B"), serverStatus::notImplemented);
 }
 
-TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
+TEST_P(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
     server.lastMinuteChange = [this](Snapshot&) { server.isGone = true; };
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
     EXPECT_EQ(remembered.all().size(), 1U) << "it may have gone off all the same";
@@ -80,7 +88,7 @@ TEST_F(SwitchFailureTest, AServerThatGoesInTheMiddleOffersNoControl) {
     EXPECT_EQ(off("B"), serverStatus::notImplemented);
 }
 
-TEST_F(SwitchFailureTest, TheWayBackIsKeptWhenNobodyKnowsWhetherADisplayWentOff) {
+TEST_P(SwitchFailureTest, TheWayBackIsKeptWhenNobodyKnowsWhetherADisplayWentOff) {
     const Snapshot whole = server.state;
     server.lastMinuteChange = [this](Snapshot& state) {
         server.isGone = true;
@@ -99,7 +107,7 @@ TEST_F(SwitchFailureTest, TheWayBackIsKeptWhenNobodyKnowsWhetherADisplayWentOff)
     EXPECT_TRUE(remembered.all().empty());
 }
 
-TEST_F(SwitchFailureTest, WhatAnotherProcessRemembersMeanwhileIsKept) {
+TEST_P(SwitchFailureTest, WhatAnotherProcessRemembersMeanwhileIsKept) {
     for (const int refusals : {0, 1}) {
         server.firstRefusal = server.requests + 1;
         server.refusals = refusals;
@@ -120,13 +128,13 @@ TEST_F(SwitchFailureTest, WhatAnotherProcessRemembersMeanwhileIsKept) {
     }
 }
 
-TEST_F(SwitchFailureTest, AMonitorPulledInTheMiddleIsUnknown) {
+TEST_P(SwitchFailureTest, AMonitorPulledInTheMiddleIsUnknown) {
     server.lastMinuteChange = [](Snapshot& state) { state.outputs[1].connected = false; };
     EXPECT_EQ(off("B"), serverStatus::illegalArgument);
     EXPECT_TRUE(remembered.all().empty());
 }
 
-TEST_F(SwitchFailureTest, NothingIsEverAskedWithoutTheGrab) {
+TEST_P(SwitchFailureTest, NothingIsEverAskedWithoutTheGrab) {
     expectRoundTrip("A");
     expectRoundTrip("B");
     EXPECT_EQ(server.requestsWithoutGrab, 0);
@@ -134,10 +142,14 @@ TEST_F(SwitchFailureTest, NothingIsEverAskedWithoutTheGrab) {
     EXPECT_FALSE(server.isGrabbed);
 }
 
-TEST_F(SwitchFailureTest, AStoreThatCannotBeWrittenDoesNotHinderARoundTrip) {
+TEST_P(SwitchFailureTest, AStoreThatCannotBeWrittenDoesNotHinderARoundTrip) {
     store.setWritable(false);
     expectRoundTrip("B");
 }
+
+INSTANTIATE_TEST_SUITE_P(RightAndBelow, SwitchFailureTest,
+                         testing::Values(Area{1920, 0, 1920, 1080}, Area{0, 1080, 1920, 1080}),
+                         [](const auto& place) { return place.param.x > 0 ? "Right" : "Below"; });
 
 }  // namespace
 }  // namespace tavrel::x11
