@@ -118,6 +118,13 @@ class MutationsTest(unittest.TestCase):
             for source in room.sources:
                 self.assertTrue((PROJECT / source).exists(), source)
 
+    def test_what_only_a_mac_compiles_is_left_alone(self):
+        changed = {each.path for each in mutate.all_mutations(
+            PROJECT, mutate.tracked_files(PROJECT), "watchdog/program")}
+
+        self.assertIn("watchdog/program/WatchdogService.cpp", changed)
+        self.assertNotIn("watchdog/program/WindowServerMacos.cpp", changed)
+
 
 class ScriptTest(unittest.TestCase):
     def setUp(self):
@@ -166,6 +173,18 @@ class ScriptTest(unittest.TestCase):
         self.assertIn("survived         registry/One.cpp:4: comparison: '==' -> '!='",
                       result.stdout)
         self.assertIn("1 caught, 1 survived", result.stdout)
+
+    def test_tests_that_are_about_more_can_be_left_out(self):
+        result = self.run_script("--count", "10", "--near")
+
+        self.assertIn("survived         registry/One.cpp:10: constant: '4' -> '5'", result.stdout)
+        self.assertNotIn("tavrel_scenario_test", result.stdout)
+
+    def test_a_change_cannot_take_all_the_memory_there_is(self):
+        self.write("programs/tavrel_registry_tests",
+                   "#!/usr/bin/env bash\n[ \"$(ulimit -v)\" = 4194304 ]\n")
+
+        self.assertEqual(self.run_script("--near").returncode, 0)
 
     def test_the_sources_stay_as_they_are(self):
         self.run_script("--count", "10")
