@@ -38,7 +38,7 @@ bool passOn(MessageSocket& from, MessageSocket& to, std::ostream& requests) {
 
 int main(int argc, char** argv) {
     MessageSocket application(tavrel::FileDescriptor(3));
-    const auto watchdog = WatchdogProcess::start(TAVREL_WATCHDOG, argc > 2 ? argv[2] : "");
+    const auto watchdog = WatchdogProcess::start(TAVREL_WATCHDOG, {}, argc > 2 ? argv[2] : "");
     const char* file = std::getenv("NOTED_REQUESTS");
     if (watchdog == nullptr || file == nullptr) {
         return EXIT_FAILURE;
