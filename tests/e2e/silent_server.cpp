@@ -70,8 +70,8 @@ void stopServerIfTold(xcb_connection_t* connection, std::string_view request) {
 
 // NOLINTBEGIN(readability-identifier-naming): they take those functions' places.
 
-extern "C" xcb_void_cookie_t xcb_grab_server_checked(xcb_connection_t* connection) {
-    static const auto real = realOne<decltype(xcb_grab_server_checked)>("xcb_grab_server_checked");
+extern "C" xcb_void_cookie_t xcb_grab_server(xcb_connection_t* connection) {
+    static const auto real = realOne<decltype(xcb_grab_server)>("xcb_grab_server");
     stopServerIfTold(connection, "grab");
     return real(connection);
 }

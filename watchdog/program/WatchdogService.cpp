@@ -25,7 +25,7 @@ WatchdogService::WatchdogService(DisplaySwitch& displays, DisplayQueries& querie
 
 void WatchdogService::run() {
     // Another program may switch something off before the first heartbeat.
-    look(*queries_.now());
+    look();
     // No `send` is checked: that the application is gone shows at the next receive.
     application_.send({.kind = Message::Kind::ready});
     converse();
@@ -84,7 +84,7 @@ bool WatchdogService::handle(const Message& message) {
             return true;
         }
         case Message::Kind::heartbeat:
-            look(*queries_.lately());
+            look();
             return true;
         case Message::Kind::ready:
         case Message::Kind::answer:
@@ -110,9 +110,10 @@ ServerStatus WatchdogService::carryOut(DisplayID display, bool enabled) {
     return status;
 }
 
-void WatchdogService::look(DisplayMoment& moment) {
-    seen_.merge(listedDisplays(moment));
-    leaveToOthers(moment);
+void WatchdogService::look() {
+    const auto moment = queries_.now();
+    seen_.merge(listedDisplays(*moment));
+    leaveToOthers(*moment);
 }
 
 void WatchdogService::leaveToOthers(DisplayMoment& moment) {

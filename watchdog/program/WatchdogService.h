@@ -51,7 +51,7 @@ private:
     ServerStatus carryOut(DisplayID display, bool enabled);
     /// To be called often, since a window server brings what another program switches off back
     /// as it was when last looked at.
-    void look(DisplayMoment& moment);
+    void look();
     /// What was switched off here and is on at two looks in a row was switched on by another
     /// program, or has never gone off because the server fell silent over it. It is others'
     /// affair from now on, also when they switch it off again. Asked to switch it on, the window

@@ -128,6 +128,34 @@ TEST_F(WatchdogLooksTest, WhatWasOnAtOneLookOnlyIsSwitchedOnAtTheEnd) {
     EXPECT_TRUE(isOn(1));
 }
 
+/// A server that whoever may be answered by what it said lately is told of as it was at first.
+class ServerWithAMemory : public DisplayQueries {
+public:
+    explicit ServerWithAMemory(SimulatedWindowServer& server) : server_(server) {
+        for (const DisplayID id : {1U, 2U, 3U}) {
+            atFirst_.connect({.id = id});
+        }
+    }
+
+    std::unique_ptr<DisplayMoment> now() override { return server_.now(); }
+    std::unique_ptr<DisplayMoment> lately() override { return atFirst_.now(); }
+    std::unique_ptr<DisplayMoment> nowAfterProbing() override { return server_.now(); }
+
+private:
+    SimulatedWindowServer& server_;
+    SimulatedWindowServer atFirst_;
+};
+
+TEST_F(WatchdogLooksTest, WhatItHasJustSwitchedOffIsNotTakenForOnByHeartbeatsThatHaveWaited) {
+    ServerWithAMemory remembered(server);
+    ScriptedChannel application({off(1, 1), heartbeat, heartbeat, off(2, 2)});
+
+    WatchdogService(displays, remembered, application, [](auto /*time*/) {}).run();
+
+    EXPECT_THAT(server.takeChanges(),
+                ElementsAre(Pair(1, false), Pair(2, false), Pair(2, true), Pair(1, true)));
+}
+
 TEST_F(WatchdogLooksTest, ASilentApplicationIsGivenFiveSecondsAndThenLookedAfterEachSecond) {
     using namespace std::chrono_literals;
 
