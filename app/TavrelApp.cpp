@@ -42,13 +42,13 @@ int TavrelApp::main(int argc, char** argv) {
     shareOneHeap();
     preferWayland();
     const TerminationSignals terminationSignals;
-    // Beside all that comes before the first widget, which takes about as long.
-    const std::future<void> fontConfiguration =
-        std::async(std::launch::async, theme::readFontConfiguration);
     auto onlyCopy = becomeOnlyCopy();
     if (onlyCopy == nullptr) {
         return EXIT_SUCCESS;
     }
+    // Beside all that comes before the first widget, which takes about as long.
+    const std::future<void> fontConfiguration =
+        std::async(std::launch::async, theme::readFontConfiguration);
     QApplication::setApplicationName(QStringLiteral("Tavrel"));
     QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
     // By which a Linux desktop knows whose window it is, and which icon it has.
