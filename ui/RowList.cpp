@@ -65,6 +65,7 @@ void RowList::setRows(std::vector<DisplayRow::Inputs> inputs, QWidget& focusPlac
         return;
     }
     rows_ = std::move(now);
+    isLaidOut_ = false;
     for (DisplayRow* row : rows_) {
         // Assistive technology reads them in the order in which they are stacked.
         row->raise();
@@ -82,7 +83,9 @@ int RowList::fullHeight() const {
 void RowList::place(const QRect& geometry) {
     // First, or a scroll bar would show until the next turn of the main loop.
     setGeometry(geometry);
-    layOut();
+    if (!isLaidOut_) {
+        layOut();
+    }
 }
 
 void RowList::resizeEvent(QResizeEvent* event) {
@@ -118,6 +121,7 @@ void RowList::layOut() {
         top += DisplayRow::fixedHeight + spacing;
     }
     column_->update();
+    isLaidOut_ = true;
 }
 
 void RowList::scrollToFocus(QWidget* focused) {

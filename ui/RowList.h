@@ -45,6 +45,8 @@ private:
 
     QWidget* column_;
     std::vector<DisplayRow*> rows_;
+    /// Whether these rows have been laid out.
+    bool isLaidOut_ = false;
 };
 
 }  // namespace tavrel

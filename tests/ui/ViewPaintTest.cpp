@@ -49,6 +49,19 @@ TEST_F(ViewPaintTest, ARebuildThatChangesNothingRepaintsNothing) {
     EXPECT_EQ(paints.count(), 0);
 }
 
+TEST_F(ViewPaintTest, WhatChangesInOneRowRepaintsNoOther) {
+    auto displays = manyDisplays(3);
+    open(displays);
+    const PaintCounter first(row(0));
+    const PaintCounter last(row(2));
+
+    displays[0].isOn = false;
+    setDisplays(displays);
+
+    EXPECT_TRUE(runUntil([&] { return first.count() > 0; }));
+    EXPECT_EQ(last.count(), 0);
+}
+
 TEST_F(ViewPaintTest, ASpinnerRepaintsOnlyItsOwnPlace) {
     open({busy(builtInDisplay(true)), externalDisplay(true)});
     const QRect spinner = rectIn(*visible<Spinner>(), *view);
