@@ -13,6 +13,7 @@
 #include "app/StartupFailure.h"
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
+#include "platform/posix/BrokenPipes.h"
 #include "platform/posix/Heap.h"
 #include "platform/posix/TerminationSignals.h"
 #include "ui/paint/Theme.h"
@@ -40,6 +41,7 @@ void preferWayland() {
 
 int TavrelApp::main(int argc, char** argv) {
     shareOneHeap();
+    ignoreBrokenPipes();
     preferWayland();
     const TerminationSignals terminationSignals;
     auto onlyCopy = becomeOnlyCopy();

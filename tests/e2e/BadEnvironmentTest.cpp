@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 
 #include "tests/e2e/Session.h"
 
@@ -105,6 +106,18 @@ INSTANTIATE_TEST_SUITE_P(
                     "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":5}]\"}",
                     "{\"TavrelKnownDisplays\":\"[{\\\"id\\\":5,\\\"isBuiltIn\\\":false,"
                     "\\\"lastSeenAt\\\":1e999}]\"}"));
+
+TEST(BadEnvironmentTest, WhoeverListensToItMayGoAway) {
+    const VirtualDesktop desktop({.accessibility = true});
+    const UserHome home;
+    Session session(desktop, home);
+    ASSERT_TRUE(session.says("Found 3 displays"));
+
+    session.application().process().signal(SIGPIPE);
+
+    session.act("Quit");
+    EXPECT_TRUE(session.exitsWith(0));
+}
 
 TEST(BadEnvironmentTest, AServerThatGoesAwayEndsTheApplicationWithoutACrash) {
     VirtualDesktop desktop({.accessibility = true});

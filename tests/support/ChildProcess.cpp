@@ -64,6 +64,8 @@ bool redirect(int target, const std::string& file) {
         sigset_t none;
         ::sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
+        // Ignored here, but not where programs are usually started.
+        ::signal(SIGPIPE, SIG_DFL);
         ::execvpe(arguments[0], arguments, variables);
     }
     const int error = errno;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "platform/posix/BrokenPipes.h"
 #include "platform/posix/Pipe.h"
 #include "tests/support/AccessibilityBus.h"
 #include "tests/support/ChildProcess.h"
@@ -64,6 +65,8 @@ std::string serverProgram() {
 }  // namespace
 
 VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()) {
+    // Who talks to this server here outlives it at times.
+    ignoreBrokenPipes();
     // Servers that look for a free number at the same time can disturb each other.
     constexpr int attempts = 3;
     for (int attempt = 1; displayName_.empty(); ++attempt) {
