@@ -53,7 +53,9 @@ protected:
         const std::vector<Monitor> before = desktop.monitors();
         switchOff("External Display 2");
         ASSERT_TRUE(session.says("External Display 2 is off"));
-        ASSERT_NE(desktop.monitors(), before);
+        ASSERT_NE(desktop.monitors(), before)
+            << (session.application().process().isRunning() ? "it runs, " : "it has ended, ")
+            << session.window() << session.application().standardError();
 
         quit();
 
