@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <future>
+
 #include "platform/posix/AtomicFile.h"
 #include "tests/platform/posix/BufferedUserDefaultsFixture.h"
 
@@ -62,6 +64,21 @@ TEST_F(HangingDefaultsTest, WhoSetsFromMemoryDoesNotWait) {
 
     trouble->endTrouble();
     EXPECT_TRUE(isOnDisk("new"));
+}
+
+TEST_F(HangingDefaultsTest, SettlingWaitsForWhatIsOnItsWay) {
+    hangAfterReading({.patience = std::chrono::hours(1)});
+    buffered->fromMemory().setData("key", "new");
+
+    auto onDiskOnceSettled = std::async(std::launch::async, [this] {
+        buffered->fromMemory().settle();
+        return store.data("key");
+    });
+    // Long enough for whoever does not wait; who does is not done before the trouble ends.
+    EXPECT_EQ(onDiskOnceSettled.wait_for(50ms), std::future_status::timeout);
+    trouble->endTrouble();
+
+    EXPECT_EQ(onDiskOnceSettled.get(), "new");
 }
 
 TEST_F(HangingDefaultsTest, SettlingWaitsForATimeOnly) {
