@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "platform/ServerPatience.h"
+#include "platform/ServerTimeout.h"
 #include "platform/dbus/BusLink.h"
 #include "platform/gnome/DisplayConfig.h"
 
@@ -14,7 +14,7 @@ struct GnomeOptions {
     /// As the bus libraries write it; empty when there is none.
     std::string busAddress = dbus::sessionBusAddress();
     /// How long it may take over each answer.
-    std::chrono::milliseconds timeout = serverPatience;
+    std::chrono::milliseconds timeout = serverTimeout;
 };
 
 namespace gnome {

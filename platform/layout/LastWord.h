@@ -35,7 +35,7 @@ class LastWord {
 public:
     /// How long whoever asks is kept waiting. Then the server is silent, and until it speaks again
     /// nobody is kept waiting at all.
-    static constexpr std::chrono::milliseconds patience{3000};
+    static constexpr std::chrono::milliseconds questionTimeout{3000};
 
     struct Answer {
         /// Null when the server can't be reached, has gone, or hasn't said anything yet.
@@ -56,19 +56,19 @@ public:
              MonotonicClock now = steadyTime)
         : state_(std::make_shared<State>(std::move(makeAsk), timeout, step, std::move(now))) {}
 
-    /// Blocks at most for the patience; a thread that still waits for a silent server is left
-    /// behind.
+    /// Blocks at most for the question timeout; a thread that still waits for a silent server is
+    /// left behind.
     ~LastWord() {
         std::unique_lock lock(state_->mutex);
         state_->isStopping = true;
         state_->changed.notify_all();
-        waitUntil(state_->changed, lock, state_->now, state_->now() + patience,
+        waitUntil(state_->changed, lock, state_->now, state_->now() + questionTimeout,
                   [this] { return !state_->isRunning; });
     }
     LastWord(const LastWord&) = delete;
     LastWord& operator=(const LastWord&) = delete;
 
-    /// Returns what the server says now. Blocks at most for the patience, or for the timeout
+    /// Returns what the server says now. Blocks at most for the question timeout, or for `timeout`
     /// where that is shorter; when it is to look for monitors anew, which takes its time, always
     /// for the timeout. A server that is silent for longer, but isn't known to be gone, is
     /// answered for by what it said last.
@@ -84,7 +84,7 @@ public:
 
         auto limit = state.timeout;
         if (!isToProbe) {
-            limit = std::min(limit, patience);
+            limit = std::min(limit, questionTimeout);
             const bool isSilent =
                 state.looking > state.answered && state.now() - state.lookingSince >= limit;
             limit = isSilent ? std::chrono::milliseconds::zero() : limit;

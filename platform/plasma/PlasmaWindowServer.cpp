@@ -32,8 +32,8 @@ LastWord::MakeAsk askingServer(const PlasmaServerOptions& options) {
 }  // namespace
 
 bool isPlasmaOffered(const std::optional<std::string>& displayName) {
-    constexpr std::chrono::seconds patience{2};
-    plasma::ServerLink link({.displayName = displayName, .timeout = patience});
+    constexpr std::chrono::seconds timeout{2};
+    plasma::ServerLink link({.displayName = displayName, .timeout = timeout});
     if (link.session() != nullptr) {
         return true;
     }

@@ -19,7 +19,7 @@ namespace tavrel {
 /// holds. Only what is on the disk outlives this process.
 ///
 /// `setData` returns when the value is on the disk, or is known not to get there now; it and
-/// `data` wait for the store below, but no longer than patience lasts. A store that has used
+/// `data` wait for the store below, but no longer than the timeout. A store that has used
 /// that up keeps nobody waiting until it has answered, so a hanging one delays once.
 class BufferedUserDefaults : public UserDefaults {
 public:
@@ -28,7 +28,7 @@ public:
     /// Starts to read `store`, which nobody else may use.
     explicit BufferedUserDefaults(std::unique_ptr<BlockingUserDefaults> store,
                                   Options options = {});
-    /// Waits until all is written, no longer than patience lasts. A thread that still hangs in
+    /// Waits until all is written, no longer than the timeout. A thread that still hangs in
     /// the store below is left behind with it.
     ~BufferedUserDefaults() override;
     BufferedUserDefaults(const BufferedUserDefaults&) = delete;

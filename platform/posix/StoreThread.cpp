@@ -204,13 +204,13 @@ bool StoreThread::waitUntil(Lock& lock, const std::function<bool()>& condition) 
     if (isHanging()) {
         return condition();
     }
-    const bool held = changed_.wait_until(lock, Clock::now() + options_.patience, condition);
+    const bool held = changed_.wait_until(lock, Clock::now() + options_.timeout, condition);
     isOverdue_ = isOverdue_ || !held;
     return held;
 }
 
 bool StoreThread::isHanging() const {
-    return isOverdue_ || (busySince_ && Clock::now() - *busySince_ >= options_.patience);
+    return isOverdue_ || (busySince_ && Clock::now() - *busySince_ >= options_.timeout);
 }
 
 void StoreThread::sayUnwritable(Lock& lock) {

@@ -22,7 +22,7 @@ struct StoreThreadOptions {
     /// How long a caller waits at most. A store that has kept one waiting for so long keeps
     /// nobody waiting until it has answered. Shorter than others wait for a watchdog that waits
     /// for its store.
-    std::chrono::milliseconds patience{1000};
+    std::chrono::milliseconds timeout{1000};
     /// How old what is known of the store may be before somebody who does not wait has it looked at
     /// again.
     std::chrono::milliseconds lookInterval{4500};
@@ -67,18 +67,18 @@ public:
     bool end();
 
     /// The value under `key` as this process knows it; blocks only while the store has never
-    /// been read, and then only for as long as patience lasts. Has the store looked at if that was
+    /// been read, and then only until the timeout. Has the store looked at if that was
     /// a while ago, so that a later call knows what others wrote.
     Value lastKnown(std::string_view key);
 
-    /// Blocks until the store has been looked at, or patience is at its end.
+    /// Blocks until the store has been looked at, or the timeout has passed.
     void lookNow();
 
     /// The value in memory, and whether it is unsaved.
     std::pair<Value, bool> inMemory(std::string_view key);
 
     /// Replaces the value in memory and has it written; blocks until it has been, cannot be, or
-    /// patience is at its end. With `expected`, only if the store holds that: otherwise memory
+    /// the timeout has passed. With `expected`, only if the store holds that: otherwise memory
     /// has what the store holds, and the outcome is `overtaken`.
     ///
     /// REQUIRES: no other call of this at the same time; the store can hold the value.
@@ -87,7 +87,7 @@ public:
     /// The same, but doesn't wait.
     void writeSoon(std::string_view key, std::string_view bytes);
 
-    /// Blocks until no write is on its way, or patience is at its end.
+    /// Blocks until no write is on its way, or the timeout has passed.
     void awaitWrites();
 
     bool canHold(std::string_view key, std::string_view bytes) const {
@@ -128,7 +128,7 @@ private:
     std::uint64_t looksDone_ = 0;
     /// Since when the thread has been inside a call to the store.
     std::optional<Clock::time_point> busySince_;
-    /// Somebody's patience has ended, and the store has not answered since.
+    /// Somebody has waited for the timeout, and the store has not answered since.
     bool isOverdue_ = false;
     bool hasSaidUnwritable_ = false;
     bool isEnding_ = false;

@@ -16,7 +16,7 @@ struct LinuxWindowServer {
     std::shared_ptr<DisplayQueries> queries;
 };
 
-/// `store` must outlive what is returned. Blocks no longer than the window server's patience.
+/// `store` must outlive what is returned. Blocks no longer than the window server's timeout.
 LinuxWindowServer makeWindowServer(WindowServerKind kind, UserDefaults& store);
 
 /// Its reports. `store` must outlive them.

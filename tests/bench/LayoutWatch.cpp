@@ -8,7 +8,7 @@ namespace tavrel::bench {
 
 namespace {
 
-constexpr int patienceMilliseconds = 20'000;
+constexpr int timeoutMilliseconds = 20'000;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ Time LayoutWatch::awaitSwitch(bool on) {
             }
         }
         pollfd ready{switches_.descriptor(), POLLIN, 0};
-        if (::poll(&ready, 1, patienceMilliseconds) <= 0) {
+        if (::poll(&ready, 1, timeoutMilliseconds) <= 0) {
             throw std::runtime_error(on ? "no monitor is switched on" : "none is switched off");
         }
     }

@@ -23,7 +23,7 @@ void OneDisplay::set(bool on) const {
 }
 
 double OneDisplay::timed(bool on, const std::function<void()>& act) const {
-    constexpr std::chrono::seconds patience{20};
+    constexpr std::chrono::seconds timeout{20};
     constexpr std::chrono::microseconds pause{100};
     if (isOn() == on) {
         throw std::runtime_error("the display is so before it is switched");
@@ -31,7 +31,7 @@ double OneDisplay::timed(bool on, const std::function<void()>& act) const {
     const Time begin = Clock::now();
     act();
     while (isOn() != on) {
-        if (Clock::now() > begin + patience) {
+        if (Clock::now() > begin + timeout) {
             throw std::runtime_error("the display is not switched");
         }
         std::this_thread::sleep_for(pause);

@@ -14,7 +14,7 @@ namespace {
 
 using support::XcbReply;
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds timeout{20};
 /// Smaller ones are not what a program opens for the user.
 constexpr int leastSize = 100;
 
@@ -48,7 +48,7 @@ WindowWatch::Opening WindowWatch::awaitOpening(std::chrono::milliseconds quiet) 
     xcb_window_t window = XCB_NONE;
     Opening opening;
     std::vector<Frame> frames;
-    Time deadline = begin + patience;
+    Time deadline = begin + timeout;
     while (const std::optional<Event> event = next(deadline)) {
         if (event->isMap && window == XCB_NONE && isMainWindow(event->window)) {
             window = event->window;
@@ -56,10 +56,10 @@ WindowWatch::Opening WindowWatch::awaitOpening(std::chrono::milliseconds quiet) 
         }
         if (window != XCB_NONE && event->window == window) {
             frames.push_back({event->time, picture(window)});
-            deadline = std::min(Clock::now() + quiet, begin + patience);
+            deadline = std::min(Clock::now() + quiet, begin + timeout);
         }
     }
-    if (window == XCB_NONE || Clock::now() >= begin + patience) {
+    if (window == XCB_NONE || Clock::now() >= begin + timeout) {
         throw std::runtime_error(window == XCB_NONE ? "no window opens"
                                                     : "the window does not come to rest");
     }
@@ -72,7 +72,7 @@ WindowWatch::Opening WindowWatch::awaitOpening(std::chrono::milliseconds quiet) 
 }
 
 void WindowWatch::awaitRest(std::chrono::milliseconds quiet) {
-    const Time end = Clock::now() + patience;
+    const Time end = Clock::now() + timeout;
     while (next(Clock::now() + quiet)) {
         if (Clock::now() > end) {
             throw std::runtime_error("the window does not come to rest");

@@ -2,7 +2,7 @@
 // SILENT_BEFORE names, "grab" or "screen size", the server stops, and for the thread that makes it
 // the time that it is ready to wait for an answer has passed at once. When that thread gives the
 // connection up, the file that SILENT_MARK names appears; where it exists, nothing stops. So a
-// server is silent for longer than anybody's patience, and no test lasts as long as that.
+// server is silent for longer than anybody waits, and no test lasts as long as that.
 
 #include <dlfcn.h>
 #include <fcntl.h>

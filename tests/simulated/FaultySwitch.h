@@ -41,8 +41,8 @@ public:
     /// Blocks the calling job until the server does something again, but no longer than it is
     /// given. Returns whether it does.
     bool awaitServer() {
-        constexpr std::chrono::milliseconds patience{25'000};
-        for (auto left = patience; left.count() > 0 && isSilent_; left -= piece) {
+        constexpr std::chrono::milliseconds timeout{25'000};
+        for (auto left = timeout; left.count() > 0 && isSilent_; left -= piece) {
             scheduler_.sleep(piece);
         }
         return !isSilent_;

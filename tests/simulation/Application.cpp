@@ -15,7 +15,7 @@ constexpr Delay quitTimeout = 180s;
 constexpr Delay longestQuit = 10s;
 constexpr Delay longestJob = 1h;
 /// How long a helper that does not answer is waited for while a display is usable.
-constexpr Delay longestPatience = 30s;
+constexpr Delay longestTimeout = 30s;
 
 /// Tells the invariants of each request to switch a display on.
 class NotedSwitch : public DisplaySwitch {
@@ -167,7 +167,7 @@ void Application::stopHelper(Stop stop) {
     }
     guarded_->stopHelper(stop);
     if (stop != Stop::nowhere) {
-        invariants_.allowForSlowness(longestPatience);
+        invariants_.allowForSlowness(longestTimeout);
     }
 }
 

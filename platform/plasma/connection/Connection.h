@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/ServerPatience.h"
+#include "platform/ServerTimeout.h"
 #include "platform/posix/FileDescriptor.h"
 
 namespace tavrel {
@@ -18,7 +18,7 @@ struct PlasmaServerOptions {
     /// As in the WAYLAND_DISPLAY variable, which is used when this is std::nullopt.
     std::optional<std::string> displayName = std::nullopt;
     /// How long the server may take over each answer before the connection is given up.
-    std::chrono::milliseconds timeout = serverPatience;
+    std::chrono::milliseconds timeout = serverTimeout;
 };
 
 namespace plasma {

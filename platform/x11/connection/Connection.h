@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ServerPatience.h"
+#include "platform/ServerTimeout.h"
 
 namespace tavrel {
 
@@ -23,7 +23,7 @@ struct X11ServerOptions {
     /// As in the DISPLAY variable, which is used when this is std::nullopt.
     std::optional<std::string> displayName = std::nullopt;
     /// How long the server may take over each answer before the connection is given up.
-    std::chrono::milliseconds timeout = serverPatience;
+    std::chrono::milliseconds timeout = serverTimeout;
 };
 
 namespace x11 {

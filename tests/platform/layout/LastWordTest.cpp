@@ -210,7 +210,7 @@ TEST_F(LastWordTest, AServerThatIsBusySinceAMomentIsWaitedFor) {
     useTimeout(10s);
     server->say(1);
     ask();
-    auto first = fallSilentFor(Words::patience - 1ms);
+    auto first = fallSilentFor(Words::questionTimeout - 1ms);
 
     auto second = askAndWait();
     server->say(2);
@@ -236,7 +236,7 @@ TEST_F(LastWordTest, NobodyWaitsForAServerThatHasBeenSilentForLong) {
     useTimeout(10s);
     server->say(1);
     ask();
-    auto first = fallSilentFor(Words::patience);
+    auto first = fallSilentFor(Words::questionTimeout);
 
     auto second = askAndWait();
 
@@ -263,7 +263,7 @@ TEST_F(LastWordTest, WhoeverHasMonitorsLookedForWaitsEvenForAServerThatIsSilent)
     useTimeout(10s);
     server->say(1);
     ask();
-    auto first = fallSilentFor(Words::patience);
+    auto first = fallSilentFor(Words::questionTimeout);
 
     auto second = askAndWait(true);
     server->say(2);

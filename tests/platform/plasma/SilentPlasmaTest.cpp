@@ -68,7 +68,7 @@ TEST_F(SilentPlasmaTest, KeepsNobodyWaitingTwice) {
     }
 
     EXPECT_LT(steady_clock::now() - begin,
-              questions / 2 * layout::LastWord<layout::Layout>::patience);
+              questions / 2 * layout::LastWord<layout::Layout>::questionTimeout);
     desktop->resume();
 }
 

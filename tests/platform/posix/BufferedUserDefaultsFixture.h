@@ -84,7 +84,7 @@ protected:
     ~BufferedUserDefaultsTest() override { trouble->endTrouble(); }
 
     /// For tests in which nothing is to be kept waiting, however slow the machine.
-    static BufferedUserDefaults::Options patient() { return {.patience = std::chrono::hours(1)}; }
+    static BufferedUserDefaults::Options patient() { return {.timeout = std::chrono::hours(1)}; }
 
     void open(BufferedUserDefaults::Options options = patient()) {
         buffered = std::make_unique<BufferedUserDefaults>(

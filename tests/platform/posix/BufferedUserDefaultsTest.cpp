@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::hours never{24};
 
 BufferedUserDefaults::Options retryingAfter(std::chrono::milliseconds interval) {
-    return {.patience = 1h, .retryInterval = interval};
+    return {.timeout = 1h, .retryInterval = interval};
 }
 
 TEST_F(BufferedUserDefaultsTest, ReadsWhatTheFileHeldBefore) {
@@ -56,7 +56,7 @@ TEST_F(BufferedUserDefaultsTest, HasSettledWhenAWriteIsRefused) {
 }
 
 TEST_F(BufferedUserDefaultsTest, WriteByAnotherProcessIsSeenAtOnceOrLaterFromMemory) {
-    open({.patience = 1h, .lookInterval = 0ms});
+    open({.timeout = 1h, .lookInterval = 0ms});
     buffered->setData("key", "own");
 
     store.setData("key", "other");
@@ -68,7 +68,7 @@ TEST_F(BufferedUserDefaultsTest, WriteByAnotherProcessIsSeenAtOnceOrLaterFromMem
 }
 
 TEST_F(BufferedUserDefaultsTest, MemoryIsNotComparedWithTheDiskEachTime) {
-    open({.patience = 1h, .lookInterval = never});
+    open({.timeout = 1h, .lookInterval = never});
     buffered->setData("key", "own");
 
     store.setData("key", "other");
@@ -78,7 +78,7 @@ TEST_F(BufferedUserDefaultsTest, MemoryIsNotComparedWithTheDiskEachTime) {
 }
 
 TEST_F(BufferedUserDefaultsTest, AnUpdateLeavesNothingAsItIsByWhatItOnlyRemembers) {
-    open({.patience = 1h, .lookInterval = never});
+    open({.timeout = 1h, .lookInterval = never});
     buffered->setData("key", "own");
     store.setData("key", "other");
 
@@ -255,7 +255,7 @@ TEST_F(BufferedUserDefaultsTest, TwoProcessesChangingOneValueLoseNoChange) {
         using std::chrono::minutes;
         BufferedUserDefaults own(
             std::make_unique<FileUserDefaults>(path, std::chrono::system_clock::now, minutes(5)),
-            {.patience = minutes(5)});
+            {.timeout = minutes(5)});
         for (int i = 0; i < changesEach; ++i) {
             own.update("sum", [](const auto& old) {
                 return std::to_string(std::stoi(old.value_or("0")) + 1);

@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 class HangingDefaultsTest : public BufferedUserDefaultsTest {
 protected:
     static BufferedUserDefaults::Options impatient() {
-        return {.patience = 20ms, .lookInterval = 0ms, .retryInterval = 1ms};
+        return {.timeout = 20ms, .lookInterval = 0ms, .retryInterval = 1ms};
     }
 
     /// Opens the store with "old" in it, and lets it hang from then on.
@@ -29,7 +29,7 @@ protected:
 
 TEST_F(HangingDefaultsTest, MemoryAnswersWithoutWaiting) {
     // Whoever waits here waits for an hour.
-    hangAfterReading({.patience = std::chrono::hours(1), .lookInterval = 0ms});
+    hangAfterReading({.timeout = std::chrono::hours(1), .lookInterval = 0ms});
 
     EXPECT_EQ(buffered->fromMemory().data("key"), "old");
     trouble->awaitHangingCall();
@@ -56,7 +56,7 @@ TEST_F(HangingDefaultsTest, WritingWaitsForATimeOnlyAndIsDoneWhenTheStoreGoesOn)
 
 TEST_F(HangingDefaultsTest, WhoSetsFromMemoryDoesNotWait) {
     // Whoever waits here waits for an hour.
-    hangAfterReading({.patience = std::chrono::hours(1)});
+    hangAfterReading({.timeout = std::chrono::hours(1)});
 
     EXPECT_TRUE(buffered->fromMemory().setData("key", "new"));
     EXPECT_EQ(buffered->fromMemory().data("key"), "new");
@@ -67,7 +67,7 @@ TEST_F(HangingDefaultsTest, WhoSetsFromMemoryDoesNotWait) {
 }
 
 TEST_F(HangingDefaultsTest, SettlingWaitsForWhatIsOnItsWay) {
-    hangAfterReading({.patience = std::chrono::hours(1)});
+    hangAfterReading({.timeout = std::chrono::hours(1)});
     buffered->fromMemory().setData("key", "new");
 
     auto onDiskOnceSettled = std::async(std::launch::async, [this] {
@@ -92,7 +92,7 @@ TEST_F(HangingDefaultsTest, SettlingWaitsForATimeOnly) {
 
 TEST_F(HangingDefaultsTest, OnlyTheFirstOneWaits) {
     // If each waited, they would take hours.
-    hangAfterReading({.patience = 1s});
+    hangAfterReading({.timeout = 1s});
 
     for (int i = 0; i < 10'000; ++i) {
         EXPECT_TRUE(buffered->setData("key", std::to_string(i)));
@@ -101,7 +101,7 @@ TEST_F(HangingDefaultsTest, OnlyTheFirstOneWaits) {
 }
 
 TEST_F(HangingDefaultsTest, WritesAreWaitedForAgainOnceTheStoreHasAnswered) {
-    hangAfterReading({.patience = 200ms, .retryInterval = 1ms});
+    hangAfterReading({.timeout = 200ms, .retryInterval = 1ms});
     buffered->setData("key", "kept");
     trouble->endTrouble();
     ASSERT_TRUE(isOnDisk("kept"));
@@ -114,7 +114,7 @@ TEST_F(HangingDefaultsTest, WritesAreWaitedForAgainOnceTheStoreHasAnswered) {
 }
 
 TEST_F(HangingDefaultsTest, ReadsAreWaitedForAgainOnceTheStoreHasAnswered) {
-    hangAfterReading({.patience = 500ms});
+    hangAfterReading({.timeout = 500ms});
     EXPECT_EQ(buffered->data("key"), "old");
     trouble->endTrouble();
 
@@ -141,7 +141,7 @@ TEST_F(HangingDefaultsTest, UpdateThatNobodyWaitsForAnyMoreIsWrittenWhateverOthe
 }
 
 TEST_F(HangingDefaultsTest, UpdateThatIsOvertakenAfterAllAreGoneIsWrittenAllTheSame) {
-    hangAfterReading({.patience = 200ms, .retryInterval = 1ms});
+    hangAfterReading({.timeout = 200ms, .retryInterval = 1ms});
     trouble->endTrouble();
 
     buffered->update("key", [&](const auto& old) {

@@ -25,9 +25,9 @@ protected:
     Outcome storeBetween(const Step& breakStore, const Step& mendStore) {
         store.setData("key", "old");
         ForkedProcess child([&]() -> int {
-            BufferedUserDefaults buffered(std::make_unique<FileUserDefaults>(path),
-                                          {.patience = std::chrono::hours(1),
-                                           .retryInterval = std::chrono::milliseconds(10)});
+            BufferedUserDefaults buffered(
+                std::make_unique<FileUserDefaults>(path),
+                {.timeout = std::chrono::hours(1), .retryInterval = std::chrono::milliseconds(10)});
             if (!becomeOrdinaryUser() || buffered.data("key") != "old" || !breakStore()) {
                 return unprepared;
             }

@@ -84,9 +84,9 @@ TEST_F(LostServerTest, AServerKilledInTheMiddleOfThingsIsAStatus) {
 
 class SilentServerTest : public LostServerTest {
 protected:
-    static constexpr std::chrono::milliseconds patience{500};
+    static constexpr std::chrono::milliseconds timeout{500};
 
-    X11WindowServer impatient{store, {.displayName = desktop.displayName(), .timeout = patience}};
+    X11WindowServer impatient{store, {.displayName = desktop.displayName(), .timeout = timeout}};
     ServerProcess process{desktop};
     const DisplayID left = idOf("DUMMY0");
 };
@@ -120,7 +120,7 @@ TEST_F(SilentServerTest, IsUnknownToANewcomer) {
 TEST_F(SilentServerTest, IsHeardAgainWhenItGoesOn) {
     ASSERT_TRUE(support::waitUntil(
         [&] { return impatient.setDisplayEnabled(middle, false) == serverStatus::success; }));
-    X11WindowServer newcomer(store, {.displayName = desktop.displayName(), .timeout = patience});
+    X11WindowServer newcomer(store, {.displayName = desktop.displayName(), .timeout = timeout});
     process.pause();
     EXPECT_EQ(newcomer.setDisplayEnabled(middle, true), serverStatus::notImplemented);
     EXPECT_EQ(impatient.setDisplayEnabled(middle, true), serverStatus::notImplemented);
@@ -158,7 +158,7 @@ TEST_F(SilentServerTest, KeepsNobodyWaitingTwice) {
         EXPECT_TRUE(server.now()->isActive(left));
     }
 
-    EXPECT_LT(steady_clock::now() - begin, questions / 2 * x11::LastWord::patience);
+    EXPECT_LT(steady_clock::now() - begin, questions / 2 * x11::LastWord::questionTimeout);
 }
 
 TEST(NoServerTest, IsAStatus) {

@@ -50,9 +50,9 @@ protected:
     static constexpr std::uint8_t setScreenSize = 7;
     static constexpr std::uint8_t setCrtcConfig = 21;
 
-    std::unique_ptr<X11WindowServer> serverBehindRelay(std::chrono::milliseconds patience) {
+    std::unique_ptr<X11WindowServer> serverBehindRelay(std::chrono::milliseconds timeout) {
         return std::make_unique<X11WindowServer>(
-            store, X11ServerOptions{.displayName = relay.displayName(), .timeout = patience});
+            store, X11ServerOptions{.displayName = relay.displayName(), .timeout = timeout});
     }
 
     const DisplayID right = idOf("DUMMY2");
@@ -124,7 +124,7 @@ TEST_F(SlowServerTest, WhatMayHaveGoneOffAllTheSameComesBackAsItWas) {
 }
 
 TEST_F(SlowServerTest, AChangeThatTakesElevenSecondsSucceeds) {
-    // As long as Linux waits for one CRTC that is stuck, and with the patience of every day.
+    // As long as Linux waits for one CRTC that is stuck, and with the usual timeout.
     constexpr std::chrono::seconds stuck{11};
     auto patient = serverBehindRelay(X11ServerOptions{}.timeout);
     ASSERT_TRUE(patient->canSwitch());
