@@ -3,10 +3,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <system_error>
+#include <vector>
 
+#include "tests/support/ProcessTable.h"
 #include "tests/support/VirtualDesktop.h"
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel::support {
 
@@ -62,6 +66,17 @@ ChildProcess::Options processOptions(const VirtualDesktop* desktop, const UserHo
 }
 
 }  // namespace
+
+UserHome::~UserHome() {
+    const std::string entry = "HOME=" + path().string();
+    waitUntil([&] {
+        const std::vector<pid_t> left = processesWith(entry);
+        for (const pid_t each : left) {
+            ::kill(each, SIGKILL);
+        }
+        return left.empty();
+    });
+}
 
 AppProcess::AppProcess(const VirtualDesktop& desktop, const UserHome& home, const Options& options)
     : AppProcess(&desktop, home, options) {}

@@ -15,6 +15,13 @@ class VirtualDesktop;
 /// programs that run in it end, also when this process dies.
 class UserHome {
 public:
+    UserHome() = default;
+    /// Ends whatever still runs in it: a watchdog whose application is gone would find its way
+    /// to the next server with this display's number.
+    ~UserHome();
+    UserHome(const UserHome&) = delete;
+    UserHome& operator=(const UserHome&) = delete;
+
     std::filesystem::path path() const { return folder_.path(); }
     std::filesystem::path configFolder() const { return folder_.path() / "config"; }
     /// The file behind the application's store.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 
@@ -32,6 +33,22 @@ std::vector<ListedProcess> runningProcesses() {
         }
     }
     return running;
+}
+
+std::vector<pid_t> processesWith(const std::string& entry) {
+    std::vector<pid_t> found;
+    for (const ListedProcess& each : runningProcesses()) {
+        std::ifstream environment("/proc/" + std::to_string(each.pid) + "/environ",
+                                  std::ios::binary);
+        // None of a process that has ended meanwhile, or is another user's.
+        for (std::string one; std::getline(environment, one, '\0');) {
+            if (one == entry) {
+                found.push_back(each.pid);
+                break;
+            }
+        }
+    }
+    return found;
 }
 
 std::vector<pid_t> familyOf(pid_t process) {

@@ -1,10 +1,8 @@
 #include "tests/watchdog/Processes.h"
 
-#include <algorithm>
-#include <cctype>
-#include <fstream>
 #include <functional>
 
+#include "tests/support/ProcessTable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tavrel::watchdog {
@@ -12,31 +10,13 @@ namespace {
 
 using Path = std::filesystem::path;
 
-bool isProcess(const std::string& name) {
-    return std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isdigit(c); });
-}
-
-bool hasEntry(const Path& process, const std::string& entry) {
-    std::ifstream file(process / "environ", std::ios::binary);
-    for (std::string each; std::getline(file, each, '\0');) {
-        if (each == entry) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// `isWanted` is asked about a process's folder under /proc. A process may be gone at any
 /// step; then the step fails, and it is not running.
 std::vector<pid_t> processesWith(const std::string& entry,
                                  const std::function<bool(const Path&)>& isWanted) {
-    std::vector<pid_t> found;
-    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-        const std::string name = process.path().filename().string();
-        if (isProcess(name) && isWanted(process.path()) && hasEntry(process.path(), entry)) {
-            found.push_back(std::stoi(name));
-        }
-    }
+    std::vector<pid_t> found = support::processesWith(entry);
+    std::erase_if(found,
+                  [&](pid_t each) { return !isWanted(Path("/proc") / std::to_string(each)); });
     return found;
 }
 
