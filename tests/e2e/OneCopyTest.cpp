@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
 #include "tests/e2e/Session.h"
 #include "tests/support/DBus.h"
+#include "tests/support/FocusWishes.h"
 #include "tests/watchdog/Processes.h"
 
 /// Several starts of the application in one session.
@@ -73,6 +75,20 @@ TEST_F(OneCopyTest, ASecondStartBringsTheFirstToTheFrontEndsAndLeavesWhatIsOffAl
     EXPECT_EQ(copies(), 1U);
     EXPECT_THAT(watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName()),
                 SizeIs(1));
+}
+
+TEST_F(OneCopyTest, ASecondStartClaimsTheFocusAsOfNow) {
+    start();
+    support::FocusWishes wishes(desktop.displayName());
+    const xcb_timestamp_t lastKeyElsewhere = wishes.timeNow();
+
+    EXPECT_EQ(startAgain(), success);
+
+    EXPECT_TRUE(waitUntil([&] {
+        return std::any_of(wishes.heard().begin(), wishes.heard().end(), [&](const auto& wish) {
+            return wish.window == session->topLevel().id() && wish.time > lastKeyElsewhere;
+        });
+    }));
 }
 
 TEST_F(OneCopyTest, AKeyOfTheDesktopMayWakeAndRefresh) {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <xcb/xproto.h>
+
+#include "platform/x11/connection/Connection.h"
+
+namespace tavrel::x11 {
+
+/// Asks the window manager to give `window` the focus, as a wish of this moment.
+///
+/// Window managers that guard the focus ignore a wish that is older than the last key pressed in
+/// another window (EWMH 1.5, _NET_ACTIVE_WINDOW), and an application that the user has not
+/// touched for a while knows no newer time: so the server is asked for it.
+///
+/// Blocks until the server has passed the wish on. Returns false when it cannot be reached or does
+/// not answer in time; without a window manager nobody hears of it.
+bool requestFocus(xcb_window_t window, const X11ServerOptions& options = {});
+
+}  // namespace tavrel::x11
