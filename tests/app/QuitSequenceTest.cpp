@@ -167,6 +167,21 @@ TEST_F(QuitSequenceDeathTest, ACallThatHangsEndsTheProcessWellIfAHelperKnowsWhat
     EXPECT_EXIT(quitWhileACallHangs(50ms), testing::ExitedWithCode(1), "");
 }
 
+TEST_F(QuitSequenceDeathTest, AProcessThatHangsAfterItEndsWellAndAsksNobody) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // What it would be asked may be gone by then.
+    hasHelper = false;
+    const auto quitAndHang = [&] {
+        SwitchOffGate gate(system.windowServer);
+        AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+        QuitSequence(delegate, gate, help()).run(1s);
+        std::promise<void> never;
+        never.get_future().wait();
+    };
+
+    EXPECT_EXIT(quitAndHang(), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(QuitSequenceTest, AsLongAsThereIsProgressItGoesOn) {
     SwitchOffGate gate(system.windowServer);
     AppDelegate delegate(system.platform().with(gate), system.hotKeys);
