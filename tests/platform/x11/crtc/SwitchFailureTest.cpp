@@ -49,6 +49,15 @@ TEST_P(SwitchFailureTest, ARefusedStepLeavesAllAsItWas) {
     EXPECT_FALSE(server.isGrabbed);
 }
 
+TEST_P(SwitchFailureTest, ScreenAndRoleAreOnlyPutBackWhereTheyHaveChanged) {
+    server.firstRefusal = 1;
+    server.refusals = 1;
+
+    EXPECT_EQ(off("B"), serverStatus::cannotComplete);
+
+    EXPECT_EQ(server.requests, 2) << "the CRTC, and the CRTC as it was";
+}
+
 TEST_P(SwitchFailureTest, WhatWillNotComeOnAsItWasComesOnSomeOtherWay) {
     const Snapshot whole = server.state;
     ASSERT_EQ(off("B"), serverStatus::success);

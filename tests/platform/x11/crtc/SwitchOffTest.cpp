@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/x11/crtc/CrtcNotes.h"
 #include "tests/platform/x11/crtc/SwitchFixture.h"
 
@@ -58,6 +60,19 @@ TEST_F(SwitchOffTest, OfACloneKeepsTheOtherRunning) {
     EXPECT_EQ(areaOf(server.state, "B"), (Area{0, 0, 1920, 1080}));
     EXPECT_EQ(primaryOf(server.state), "B");
     EXPECT_EQ(server.state.screen, (ScreenSize{1920, 1080, 480, 270}));
+}
+
+TEST_F(SwitchOffTest, TakesNoNoticeOfTheOrderInWhichMirrorsAreListed) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").clones("A").output("C").on(1920, 0));
+    server.beforeReading = [](Snapshot& state) {
+        auto& mirrors = state.crtcs.front().outputs;
+        ASSERT_EQ(mirrors.size(), 2U);
+        std::reverse(mirrors.begin(), mirrors.end());
+    };
+
+    EXPECT_EQ(off("C"), serverStatus::success);
+
+    EXPECT_EQ(areaOf(server.state, "C"), std::nullopt);
 }
 
 TEST_F(SwitchOffTest, OfWhatIsOffAlreadyDoesNothing) {
