@@ -219,6 +219,17 @@ TEST_F(WholeLayoutTest, WhatIsUnpluggedIsNotMentioned) {
     EXPECT_EQ(whole->primary, monitorB);
 }
 
+TEST_F(WholeLayoutTest, WhatIsUnpluggedHasNoPlaceToReturnTo) {
+    switchOff(monitorB);
+    ASSERT_THAT(describeInWhole(desk, monitorC, memory).arrangement, testing::SizeIs(3));
+
+    desk.outputs[1].isConnected = false;
+    EXPECT_THAT(describeInWhole(desk, monitorC, memory).arrangement, testing::SizeIs(2));
+
+    desk.outputs.erase(desk.outputs.begin() + 1);
+    EXPECT_THAT(describeInWhole(desk, monitorC, memory).arrangement, testing::SizeIs(2));
+}
+
 TEST_F(WholeLayoutTest, NothingGoesBeyondTheLargestDesktop) {
     desk = Desk().monitor(monitorA).at(0, 0).monitor(monitorB).limitedTo(3300, 1080);
     EXPECT_EQ(withDisplay(desk, monitorB, {}).size(), 1U) << "the small mode alone";
