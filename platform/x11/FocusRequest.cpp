@@ -4,6 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/x11/connection/ServerLink.h"
+
 namespace tavrel::x11 {
 
 namespace {
@@ -33,7 +35,9 @@ std::optional<xcb_timestamp_t> timeNow(Connection& connection) {
 }  // namespace
 
 bool requestFocus(xcb_window_t window, const X11ServerOptions& options) {
-    const auto connection = Connection::connect(options);
+    // The main thread asks, and a server that is silent must not stop it.
+    ServerLink link(options);
+    Connection* connection = link.connection();
     if (connection == nullptr) {
         return false;
     }

@@ -12,8 +12,9 @@ namespace tavrel::x11 {
 /// another window (EWMH 1.5, _NET_ACTIVE_WINDOW), and an application that the user has not
 /// touched for a while knows no newer time: so the server is asked for it.
 ///
-/// Blocks until the server has passed the wish on. Returns false when it cannot be reached or does
-/// not answer in time; without a window manager nobody hears of it.
+/// Blocks until the server has passed the wish on, or for the options' timeout while it is silent,
+/// at most twice. Returns false when it cannot be reached or does not answer in time; without a
+/// window manager nobody hears of it.
 bool requestFocus(xcb_window_t window, const X11ServerOptions& options = {});
 
 }  // namespace tavrel::x11

@@ -5,11 +5,14 @@
 
 #include <QImage>
 #include <csignal>
+#include <optional>
+#include <string>
 
 #include "tests/support/AccessibleWindow.h"
 #include "tests/support/AppWindow.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/Pointer.h"
+#include "tests/support/ProcessTable.h"
 #include "tests/support/Screenshot.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -36,6 +39,21 @@ protected:
     AppProcess app{desktop, home, {.program = TEST_WINDOW}};
     AccessibleWindow accessible{desktop.accessibilityBusAddress(), app.pid()};
 };
+
+TEST(UserHomeTest, EndsWhatHasLeftItsFamily) {
+    std::optional<UserHome> home(std::in_place);
+    const std::string entry = "HOME=" + home->path().string();
+    {
+        const AppProcess starting(*home,
+                                  {.program = "setsid", .arguments = {"--fork", "sleep", "600"}});
+        ASSERT_TRUE(starting.process().waitForEnd());
+    }
+    ASSERT_EQ(processesWith(entry).size(), 1U);
+
+    home.reset();
+
+    EXPECT_TRUE(processesWith(entry).empty());
+}
 
 TEST_F(AppProcessTest, CapturesWhatTheProgramPrints) {
     EXPECT_TRUE(waitUntil([&] { return app.standardOutput() == "shown\n"; }));

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
+#include "tests/platform/x11/ServerProcess.h"
 #include "tests/support/FocusWishes.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -21,6 +24,16 @@ TEST(FocusRequestTest, IsAWishOfThisMoment) {
     EXPECT_EQ(wishes.heard().front().window, window);
     EXPECT_GE(wishes.heard().front().time, before);
     EXPECT_LE(wishes.heard().front().time, after);
+}
+
+TEST(FocusRequestTest, FailsWhenTheServerIsSilent) {
+    const support::VirtualDesktop desktop({.monitors = 1});
+    const ServerProcess process(desktop);
+    process.pause();
+
+    // Whoever waits for the server waits for good.
+    EXPECT_FALSE(requestFocus(
+        1, {.displayName = desktop.displayName(), .timeout = std::chrono::milliseconds(100)}));
 }
 
 TEST(FocusRequestTest, FailsWithoutAServer) {
