@@ -47,6 +47,8 @@ TEST(UserHomeTest, EndsWhatHasLeftItsFamily) {
         const AppProcess starting(*home,
                                   {.program = "setsid", .arguments = {"--fork", "sleep", "600"}});
         ASSERT_TRUE(starting.process().waitForEnd());
+        // It leaves the group only after that.
+        ASSERT_TRUE(waitUntil([&] { return starting.process().livingGroup().empty(); }));
     }
     ASSERT_EQ(processesWith(entry).size(), 1U);
 
