@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto longestWait = 2s;
-constexpr std::chrono::milliseconds piece{100};
+constexpr std::chrono::milliseconds waitedAtOnce{100};
 /// Longer than all that can be before somebody. Also ends the wait when time no longer passes.
 constexpr int longestLine = 36'000;
 
@@ -70,7 +70,7 @@ ServerStatus GuardedLine::switchOn(DisplayID display) {
             });
             return inner_.setDisplayEnabled(display, true);
         }
-        wait(piece);
+        wait(waitedAtOnce);
     }
     return carryOut(place, display, true);
 }
@@ -102,7 +102,7 @@ bool GuardedLine::isNext(const Place& place) const {
 
 void GuardedLine::awaitTurn(const Place& place) {
     for (int waited = 0; !isNext(place) && waited < longestLine; ++waited) {
-        wait(piece);
+        wait(waitedAtOnce);
     }
 }
 

@@ -13,7 +13,7 @@ using watchdog::Message;
 using watchdog::NoMessage;
 
 /// How soon it is noticed that a process goes on.
-constexpr std::chrono::milliseconds piece{250};
+constexpr std::chrono::milliseconds pieceOfTimeout{250};
 
 }  // namespace
 
@@ -28,8 +28,8 @@ watchdog::Received SimulatedHelper::receive(std::chrono::milliseconds timeout) {
     if (*stop_ == Stop::beforeItAnswers) {
         serveAll();
     }
-    for (auto left = timeout; *stop_ != Stop::nowhere && left.count() > 0; left -= piece) {
-        wait_(std::min(left, piece));
+    for (auto left = timeout; *stop_ != Stop::nowhere && left.count() > 0; left -= pieceOfTimeout) {
+        wait_(std::min(left, pieceOfTimeout));
     }
     if (*stop_ == Stop::nowhere) {
         serveAll();

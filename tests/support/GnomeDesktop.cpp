@@ -11,11 +11,11 @@ namespace tavrel::support {
 namespace {
 
 constexpr const char* installed = "/usr/bin/mutter";
-constexpr const char* service = "org.gnome.Mutter.DisplayConfig";
+constexpr const char* displayConfig = "org.gnome.Mutter.DisplayConfig";
 constexpr const char* configObject = "/org/gnome/Mutter/DisplayConfig";
 
 Variant currentState(const std::string& bus) {
-    return DBus(bus).call(service, configObject, service, "GetCurrentState");
+    return DBus(bus).call(displayConfig, configObject, displayConfig, "GetCurrentState");
 }
 
 Variant child(GVariant* parent, std::size_t index) {
@@ -130,7 +130,7 @@ void GnomeDesktop::apply(const std::vector<Screen>& screens) const {
     const std::uint32_t serial = g_variant_get_uint32(child(state.get(), 0).get());
     constexpr std::uint32_t temporary = 1;
     DBus(bus_.address())
-        .call(service, configObject, service, "ApplyMonitorsConfig",
+        .call(displayConfig, configObject, displayConfig, "ApplyMonitorsConfig",
               g_variant_new("(uua(iiduba(ssa{sv}))a{sv})", serial, temporary, &logical, nullptr));
 }
 

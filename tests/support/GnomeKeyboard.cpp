@@ -4,18 +4,18 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* service = "org.gnome.Mutter.RemoteDesktop";
+constexpr const char* remoteDesktop = "org.gnome.Mutter.RemoteDesktop";
 constexpr const char* object = "/org/gnome/Mutter/RemoteDesktop";
 constexpr const char* sessionInterface = "org.gnome.Mutter.RemoteDesktop.Session";
 
 }  // namespace
 
 GnomeKeyboard::GnomeKeyboard(const std::string& busAddress) : bus_(busAddress) {
-    const Variant answer = bus_.call(service, object, service, "CreateSession");
+    const Variant answer = bus_.call(remoteDesktop, object, remoteDesktop, "CreateSession");
     const char* path = nullptr;
     g_variant_get(answer.get(), "(&o)", &path);
     session_ = path;
-    bus_.call(service, session_, sessionInterface, "Start");
+    bus_.call(remoteDesktop, session_, sessionInterface, "Start");
 }
 
 void GnomeKeyboard::tap(std::uint32_t key) const {
@@ -24,7 +24,7 @@ void GnomeKeyboard::tap(std::uint32_t key) const {
 }
 
 void GnomeKeyboard::set(std::uint32_t key, bool isDown) const {
-    bus_.call(service, session_, sessionInterface, "NotifyKeyboardKeycode",
+    bus_.call(remoteDesktop, session_, sessionInterface, "NotifyKeyboardKeycode",
               g_variant_new("(ub)", key, isDown ? TRUE : FALSE));
 }
 

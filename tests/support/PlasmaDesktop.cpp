@@ -14,7 +14,7 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* installed = "/usr/bin/kwin_wayland";
+constexpr const char* installedCompositor = "/usr/bin/kwin_wayland";
 
 std::string supportInformation(const std::string& bus) {
     const DBus connection(bus);
@@ -56,7 +56,7 @@ std::vector<PlasmaDesktop::Screen> readScreens(const std::string& information) {
 }  // namespace
 
 bool PlasmaDesktop::isInstalled() {
-    return std::filesystem::exists(installed);
+    return std::filesystem::exists(installedCompositor);
 }
 
 PlasmaDesktop::PlasmaDesktop(int outputs, std::string xDisplayName)
@@ -67,7 +67,7 @@ PlasmaDesktop::PlasmaDesktop(int outputs, std::string xDisplayName)
     // The packaged file has a capability that not everybody may use. A copy has none; it must be
     // called the same, by which its plug-ins recognise it.
     std::filesystem::create_directories(folder_.path() / "bin");
-    std::filesystem::copy_file(installed, folder_.path() / "bin" / "kwin_wayland");
+    std::filesystem::copy_file(installedCompositor, folder_.path() / "bin" / "kwin_wayland");
     start();
 }
 

@@ -12,7 +12,7 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* installed = "/usr/bin/pipewire";
+constexpr const char* installedPipeWire = "/usr/bin/pipewire";
 
 std::vector<std::string> connectorsOf(const GnomeDesktop& desktop) {
     std::vector<std::string> connectors;
@@ -29,11 +29,11 @@ bool contains(const std::vector<std::string>& connectors, const std::string& con
 }  // namespace
 
 bool PluggedMonitors::isInstalled() {
-    return std::filesystem::exists(installed);
+    return std::filesystem::exists(installedPipeWire);
 }
 
 PluggedMonitors::PluggedMonitors(const GnomeDesktop& desktop, std::string program)
-    : desktop_(desktop), program_(std::move(program)), pipeWire_(start({installed})) {
+    : desktop_(desktop), program_(std::move(program)), pipeWire_(start({installedPipeWire})) {
     const std::filesystem::path folder = desktop.environment().at("XDG_RUNTIME_DIR");
     if (!waitUntil([&] {
             return !pipeWire_->isRunning() || std::filesystem::exists(folder / "pipewire-0");
