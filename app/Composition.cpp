@@ -104,6 +104,10 @@ void Composition::observeStore(Task unwritable) {
         [&queue = parts_->mainQueue, task = std::move(unwritable)] { queue.async(task); });
 }
 
+void Composition::runDueTasks() {
+    parts_->mainQueue.runDueTasks();
+}
+
 void Composition::beginToEnd() {
     parts_->guarded.hurry();
 }

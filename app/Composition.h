@@ -33,6 +33,8 @@ public:
     /// Runs `unwritable` on the main queue, once, when what the application remembers cannot be
     /// written; see `System`.
     void observeStore(Task unwritable);
+    /// Runs what is due on the main queue, for a start that has not come to its main loop yet.
+    void runDueTasks();
 
     /// The application begins to end: from now on nobody waits long for a watchdog that hangs.
     void beginToEnd();

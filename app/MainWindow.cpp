@@ -30,53 +30,67 @@ const QString refreshDisplays = QStringLiteral("Refresh Displays");
 
 }  // namespace
 
-MainWindow::MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys)
-    : controller_(std::move(controller)) {
+MainWindow::MainWindow() {
     setWindowTitle(QCoreApplication::applicationName());
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                    Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                    Qt::WindowCloseButtonHint);
     setFixedSize(DisplayControlView::contentSize);
+}
 
+MainWindow::~MainWindow() = default;
+
+void MainWindow::fill(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys) {
+    controller_ = std::move(controller);
     auto* view = new DisplayControlView(controller_, this);
     view->setGeometry(rect());
+    addMenuBar(*view);
+    showWakeShortcut(*view, hotKeys);
+    view->show();
+}
 
 #ifdef Q_OS_MACOS
-    // Here no program learns whether another holds the chord exclusively, so there is nothing to
-    // show.
-    static_cast<void>(hotKeys);
+void MainWindow::addMenuBar(const DisplayControlView& /*view*/) {
     sharedMenuBar_ = std::make_unique<QMenuBar>(nullptr);
     addMenus(*sharedMenuBar_);
+}
+
+void MainWindow::showWakeShortcut(DisplayControlView& /*view*/, HotKeys& /*hotKeys*/) {
+    // Here no program learns whether another holds the chord exclusively, so there is nothing to
+    // show.
+}
 #else
+void MainWindow::addMenuBar(const DisplayControlView& view) {
     auto* menuBar = new QMenuBar(this);
     menuBar->setNativeMenuBar(false);
     menuBar->setStyleSheet(theme::menuBarStyleSheet());
     const QFont menuFont = theme::font({.size = 12, .weight = QFont::Medium}, 1);
     menuBar->setFont(menuFont);
     addMenus(*menuBar);
-    const auto placeMenus = [menuBar, view] {
-        const QRect strip = view->menuStrip();
+    const auto placeMenus = [menuBar, &view] {
+        const QRect strip = view.menuStrip();
         menuBar->move(strip.topLeft());
         // Fixed, or the menu bar would take its own size when its parent's changes.
         menuBar->setFixedSize(strip.size());
     };
-    connect(view, &DisplayControlView::rebuilt, menuBar, placeMenus);
+    connect(&view, &DisplayControlView::rebuilt, menuBar, placeMenus);
     placeMenus();
     for (QMenu* menu : menuBar->findChildren<QMenu*>()) {
         menu->setFont(menuFont);
     }
+    menuBar->show();
+}
 
-    const auto showWhetherHeld = [view, &hotKeys] {
-        view->setWakeShortcut({.works = hotKeys.isHeld(),
-                               .keys = QString::fromStdString(hotKeys.boundTo()).simplified(),
-                               .isUpToTheDesktop = hotKeys.isUpToTheDesktop()});
+void MainWindow::showWakeShortcut(DisplayControlView& view, HotKeys& hotKeys) {
+    const auto showWhetherHeld = [&view, &hotKeys] {
+        view.setWakeShortcut({.works = hotKeys.isHeld(),
+                              .keys = QString::fromStdString(hotKeys.boundTo()).simplified(),
+                              .isUpToTheDesktop = hotKeys.isUpToTheDesktop()});
     };
     heldObserver_ = hotKeys.observeHeld(showWhetherHeld);
     showWhetherHeld();
-#endif
 }
-
-MainWindow::~MainWindow() = default;
+#endif
 
 void MainWindow::addMenus(QMenuBar& menuBar) {
 #ifndef Q_OS_MACOS

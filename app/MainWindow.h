@@ -11,16 +11,24 @@ class QMenuBar;
 
 namespace tavrel {
 
+class DisplayControlView;
+
 /// The application's one window: the control view at its fixed size and, where menus live
 /// in windows, the menu bar in the free strip above the view's header.
 class MainWindow : public QWidget {
 public:
-    /// `hotKeys` must outlive the window.
-    MainWindow(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys);
+    /// Empty as yet: it can be shown at once, and be filled while the window server gets to know
+    /// it. Nothing is painted before the main loop runs.
+    MainWindow();
     ~MainWindow() override;
 
+    /// Call once. `hotKeys` must outlive the window.
+    void fill(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys);
+
 private:
+    void addMenuBar(const DisplayControlView& view);
     void addMenus(QMenuBar& menuBar);
+    void showWakeShortcut(DisplayControlView& view, HotKeys& hotKeys);
 
     std::shared_ptr<DisplayController> controller_;
     /// The menu bar that all windows share, where they do; else null.

@@ -63,18 +63,26 @@ int TavrelApp::main(int argc, char** argv) {
     // Beside what is done until there is a window to write in.
     std::future<void> fonts = std::async(std::launch::async, theme::findFonts);
     theme::applyTo(application);
+    // The window server makes it visible beside all that comes next.
+    auto window = std::make_unique<MainWindow>();
+    placeAtPointer(*window);
+    window->show();
     const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);
-    return TavrelApp(std::move(onlyCopy)).run(application, std::move(fonts));
+    return TavrelApp(std::move(onlyCopy), std::move(window)).run(application, std::move(fonts));
 }
 
-TavrelApp::TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy)
+TavrelApp::TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy, std::unique_ptr<MainWindow> window)
     : _appDelegate(composition_.platform(), composition_.hotKeys()),
       quitSequence_(_appDelegate, composition_.switchOffGate(), composition_.quitHelp()),
+      window_(std::move(window)),
       onlyCopy_(std::move(onlyCopy)) {}
 
+TavrelApp::~TavrelApp() = default;
+
 int TavrelApp::run(QApplication& application, std::future<void> fonts) {
+    MainWindow& window = *window_;
     const QuitRequests quitRequests(application, [this] { end(); });
     // For a main loop that ends without having been asked.
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [this] { end(); });
@@ -87,7 +95,7 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
     });
 
     fonts.wait();
-    MainWindow window(_controller, composition_.hotKeys());
+    window.fill(_controller, composition_.hotKeys());
     const WindowKeeper windowKeeper(window);
     QApplication::setQuitOnLastWindowClosed(composition_.quitOnLastWindowClosed());
     if (!QApplication::quitOnLastWindowClosed()) {
@@ -98,8 +106,6 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
                              }
                          });
     }
-    placeAtPointer(window);
-    window.show();
     std::optional<Tray> tray;
     if (auto trayHost = makeTrayHost(composition_.platform().mainQueue)) {
         tray.emplace(window, _controller, std::move(trayHost));
@@ -109,6 +115,8 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
         {.activate = [&window](const std::string& token) { bringToFront(window, token); },
          .wake = [this] { _controller->wakeAll(); },
          .refresh = [this] { _controller->refresh(std::nullopt); }});
+    // The displays have been found by now, as a rule: then nothing else is painted first.
+    composition_.runDueTasks();
     return QApplication::exec();
 }
 

@@ -13,6 +13,8 @@ class QApplication;
 
 namespace tavrel {
 
+class MainWindow;
+
 /// The application: its delegate, its one controller, its one window.
 class TavrelApp {
 public:
@@ -20,8 +22,9 @@ public:
     static int main(int argc, char** argv);
 
 private:
-    explicit TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy);
-    /// The first window is made when `fonts` have been found.
+    TavrelApp(std::unique_ptr<OnlyCopy> onlyCopy, std::unique_ptr<MainWindow> window);
+    ~TavrelApp();
+    /// The window is filled when `fonts` have been found.
     int run(QApplication& application, std::future<void> fonts);
     /// What is to be done before the process ends; only the first call does anything.
     void end();
@@ -30,6 +33,8 @@ private:
     AppDelegate _appDelegate;
     QuitSequence quitSequence_;
     std::shared_ptr<DisplayController> _controller;
+    /// Shown before the other parts are made, which takes the window server as long.
+    const std::unique_ptr<MainWindow> window_;
     /// Goes first, since others may call it until then.
     const std::unique_ptr<OnlyCopy> onlyCopy_;
 };

@@ -43,7 +43,10 @@ void DisplayControlView::rebuild() {
 
     header_.update(isRefreshing, focus_);
     rows_->setRows(rowInputs(), *this);
-    emptyState_->setContents(isRefreshing, QString::fromStdString(controller_->statusMessage()));
+    if (isEmpty) {
+        emptyState_->setContents(isRefreshing,
+                                 QString::fromStdString(controller_->statusMessage()));
+    }
     footer_.update(controller_->statusMessage(), controller_->errorMessage(), isRefreshing,
                    !isEmpty, focus_);
     emptyState_->setVisible(isEmpty);

@@ -47,6 +47,10 @@ QtMainQueue::~QtMainQueue() {
     dropTasks();
 }
 
+void QtMainQueue::runDueTasks() {
+    QCoreApplication::sendPostedEvents(this, taskWaiting);
+}
+
 void QtMainQueue::dropTasks() {
     QCoreApplication::removePostedEvents(this, taskWaiting);
     // What a dropped task holds may add further tasks while it is destroyed.

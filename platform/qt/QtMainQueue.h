@@ -19,6 +19,10 @@ public:
     QtMainQueue() = default;
     ~QtMainQueue() override;
 
+    /// Runs the tasks that are due, as the main loop would; what they add waits for that. Main
+    /// thread only.
+    void runDueTasks();
+
     /// Destroys the tasks that are due and have not run yet. Main thread only.
     void dropTasks();
 

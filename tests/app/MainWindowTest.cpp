@@ -30,8 +30,14 @@ protected:
         system.windowServer.connect({.id = 5, .builtIn = true});
         controller = DisplayController::create(system.platform());
         system.scheduler.settle();
-        window.emplace(controller, system.hotKeys);
+        open();
+    }
+
+    /// Shown before it is filled, as at a start.
+    void open() {
+        window.emplace();
         window->show();
+        window->fill(controller, system.hotKeys);
     }
 
     /// The window's, or the one that all windows share.
@@ -101,12 +107,16 @@ TEST_F(MainWindowTest, TheWindowsSizeIsFixed) {
 }
 
 TEST_F(MainWindowTest, TheViewFillsTheWindow) {
-    EXPECT_EQ(window->findChild<DisplayControlView*>()->geometry(), window->rect());
+    const auto* view = window->findChild<DisplayControlView*>();
+
+    EXPECT_EQ(view->geometry(), window->rect());
+    EXPECT_TRUE(view->isVisible()) << "also when the window was shown before";
 }
 
 #ifndef Q_OS_MACOS
 TEST_F(MainWindowTest, TheMenuBarShowsInTheStripAboveTheHeader) {
     EXPECT_EQ(menuBar().geometry(), QRect(0, 0, 520, 28));
+    ASSERT_TRUE(menuBar().isVisible());
     const QImage whole = window->grab().toImage();
     menuBar().hide();
     const QImage without = window->grab().toImage();
@@ -170,7 +180,7 @@ TEST_F(MainWindowTest, AHotKeyThatIsNotHeldIsDimmedAndExplainedForAsLongAsThatLa
     EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.24), explanation)) << "never registered";
 
     const auto chord = system.hotKeys.registerHotKey(support::wakeChord);
-    window.emplace(controller, system.hotKeys);
+    open();
     wakeButton = window->findChild<WakeButton*>();
     EXPECT_EQ(whatIsShown(), std::pair(theme::white(0.48), std::string()));
 

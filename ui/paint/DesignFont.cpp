@@ -16,7 +16,8 @@ DesignFont::DesignFont(const theme::FontSpec& spec)
     : spec_(spec), doubled_(theme::font(spec, scale)) {}
 
 double DesignFont::width(const QString& text) const {
-    return QFontMetricsF(doubled_).horizontalAdvance(text) / scale;
+    // A font that nothing is written in need not be loaded.
+    return text.isEmpty() ? 0 : QFontMetricsF(doubled_).horizontalAdvance(text) / scale;
 }
 
 double DesignFont::ascent() const {

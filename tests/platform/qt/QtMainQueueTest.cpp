@@ -49,6 +49,16 @@ TEST_F(QtMainQueueTest, TasksRunInOrderAndNotBeforeTheCallReturns) {
     EXPECT_THAT(log, ElementsAre("a", "b"));
 }
 
+TEST_F(QtMainQueueTest, WhatIsDueRunsBeforeThereIsALoop) {
+    queue.asyncAfter(10min, note("not due"));
+    queue.async(note("a"));
+    queue.async(note("b"));
+
+    queue.runDueTasks();
+
+    EXPECT_THAT(log, ElementsAre("a", "b"));
+}
+
 TEST_F(QtMainQueueTest, ATaskFromAnotherThreadRunsOnTheMainThread) {
     std::atomic<bool> isCurrentThere = true;
     bool isCurrentHere = false;
