@@ -23,13 +23,16 @@ namespace tavrel {
 namespace {
 
 constexpr std::chrono::seconds heartbeatInterval{1};
+/// Until then the processors are wanted for the window.
+constexpr std::chrono::milliseconds watchdogStart{150};
 
 watchdog::SupervisorSetup supervisorSetup(const System& system) {
     const auto folder = QCoreApplication::applicationDirPath().toStdString();
-    return {.startWatchdog = [executable = watchdog::findWatchdog(folder),
-                              windowServer = system.windowServerName()](const auto& first) {
+    const auto start = [executable = watchdog::findWatchdog(folder),
+                        windowServer = system.windowServerName()](const auto& first) {
         return watchdog::WatchdogProcess::start(executable, first, windowServer);
-    }};
+    };
+    return {.startWatchdog = start, .firstStart = watchdogStart};
 }
 
 /// What was switched off here is remembered until it is on again. Empty where the window server

@@ -12,6 +12,7 @@ GuardedSwitch::GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, Supe
     : inner_(inner),
       now_(setup.stopwatch),
       longestWait_(setup.urgentTimeout),
+      firstStart_(setup.firstStart),
       supervisor_(inner, queries, std::move(setup)),
       thread_([this] { work(); }) {}
 
@@ -107,24 +108,29 @@ std::future<ServerStatus> GuardedSwitch::add(const std::shared_ptr<Request>& req
 }
 
 void GuardedSwitch::work() {
+    awaitWork(firstStart_);
     supervisor_.start();
-    bool isEnding = false;
-    while (!isEnding) {
+    while (doWork()) {
         awaitWork();
-        bool isBeating = false;
-        {
-            const std::lock_guard lock(mutex_);
-            isBeating = std::exchange(isBeating_, false);
-            isEnding = isEnding_;
-        }
-        while (const auto request = nextRequest()) {
-            request->job();
-        }
-        supervisor_.replaceIfDead();
-        if (isBeating) {
-            supervisor_.beat();
-        }
     }
+}
+
+bool GuardedSwitch::doWork() {
+    bool isBeating = false;
+    bool isEnding = false;
+    {
+        const std::lock_guard lock(mutex_);
+        isBeating = std::exchange(isBeating_, false);
+        isEnding = isEnding_;
+    }
+    while (const auto request = nextRequest()) {
+        request->job();
+    }
+    supervisor_.replaceIfDead();
+    if (isBeating) {
+        supervisor_.beat();
+    }
+    return !isEnding;
 }
 
 std::shared_ptr<GuardedSwitch::Request> GuardedSwitch::nextRequest() {
@@ -142,12 +148,12 @@ std::shared_ptr<GuardedSwitch::Request> GuardedSwitch::nextRequest() {
     return next;
 }
 
-void GuardedSwitch::awaitWork() const {
+void GuardedSwitch::awaitWork(std::chrono::milliseconds timeout) const {
     std::array<pollfd, 2> sources{
         pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0},
         // Negative, and so ignored, while there is no watchdog.
         pollfd{.fd = supervisor_.descriptor(), .events = POLLIN, .revents = 0}};
-    poll(sources.data(), sources.size(), -1);
+    poll(sources.data(), sources.size(), static_cast<int>(timeout.count()));
     wakeUp_.drain();
 }
 

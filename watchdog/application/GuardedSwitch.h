@@ -35,8 +35,9 @@ namespace tavrel::watchdog {
 /// that is grabbed, the rescue waits for the server.
 class GuardedSwitch : public DisplaySwitch {
 public:
-    /// Has a watchdog started, and from now on another whenever it dies. Does not wait for that;
-    /// the first change does. `inner` and `queries`, about the same displays, must outlive it.
+    /// Has a watchdog started, after the setup's `firstStart` or when the first change or beat
+    /// comes sooner, and from then on another whenever it dies. Does not wait for that; the first
+    /// change does. `inner` and `queries`, about the same displays, must outlive it.
     GuardedSwitch(DisplaySwitch& inner, DisplayQueries& queries, SupervisorSetup setup);
     /// Without a goodbye before, the watchdog switches on what is off.
     ~GuardedSwitch() override;
@@ -84,13 +85,17 @@ private:
     /// Whether the display has been switched on beside the changes, by a request that is waiting.
     bool isRescued(DisplayID display);
     void work();
+    /// What is to be done by now. Returns false when that was the last.
+    bool doWork();
     std::shared_ptr<Request> nextRequest();
-    /// Blocks until there is something to do: a job, the watchdog's end, or our own.
-    void awaitWork() const;
+    /// Blocks until there is something to do: a job, the watchdog's end, or our own; no longer
+    /// than `timeout`, unless that is negative.
+    void awaitWork(std::chrono::milliseconds timeout = std::chrono::milliseconds(-1)) const;
 
     DisplaySwitch& inner_;
     const MonotonicClock now_;
     const std::chrono::milliseconds longestWait_;
+    const std::chrono::milliseconds firstStart_;
     /// Used by `thread_` only, but for what any thread may call.
     WatchdogSupervisor supervisor_;
     WakeUp wakeUp_;

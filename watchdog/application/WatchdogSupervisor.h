@@ -35,6 +35,8 @@ struct SupervisorSetup {
     /// The same where nobody can wait that long: when no display is usable, or the application
     /// ends, and the server answers others.
     std::chrono::milliseconds urgentTimeout{2'000};
+    /// How long the first watchdog may be put off while there is nothing for it to do.
+    std::chrono::milliseconds firstStart{0};
 };
 
 /// The application's side of the conversation: has displays switched by a watchdog, sees to

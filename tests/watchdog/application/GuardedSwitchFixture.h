@@ -38,7 +38,8 @@ protected:
         support::waitUntil([this] { return starts == 1; });
     }
 
-    void beginWith(std::chrono::milliseconds longestWait) {
+    void beginWith(std::chrono::milliseconds longestWait,
+                   std::chrono::milliseconds firstStart = std::chrono::milliseconds::zero()) {
         guarded.reset();
         starts = 0;
         guarded.emplace(
@@ -47,7 +48,8 @@ protected:
                             .now = [this] { return now.load(); },
                             .stopwatch = [this] { return steadyTime() + skipped.load(); },
                             .answerTimeout = std::chrono::hours(1),
-                            .urgentTimeout = longestWait});
+                            .urgentTimeout = longestWait,
+                            .firstStart = firstStart});
     }
 
     /// The application ends without a goodbye.

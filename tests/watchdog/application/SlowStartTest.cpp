@@ -109,5 +109,34 @@ TEST_F(SlowStartTest, OneThatNeverComesLeavesTheChangesToTheApplication) {
     EXPECT_TRUE(isOn(1));
 }
 
+/// A watchdog that is put off for as long as there is nothing for it to do.
+class LaterStartTest : public GuardedSwitchTest {};
+
+TEST_F(LaterStartTest, ComesInTheEndWithoutBeingAskedForAnything) {
+    beginWith(1h, 1ms);
+
+    EXPECT_TRUE(support::waitUntil([&] { return starts == 1; }));
+}
+
+TEST_F(LaterStartTest, ComesBeforeTheFirstChange) {
+    beginWith(1h, 1h);
+    EXPECT_EQ(starts, 0);
+
+    EXPECT_EQ(guarded->setDisplayEnabled(1, false), 0);
+
+    EXPECT_EQ(starts, 1);
+    EXPECT_FALSE(isOn(1));
+    endWithoutGoodbye();
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(LaterStartTest, ComesWithTheFirstBeat) {
+    beginWith(1h, 1h);
+
+    guarded->beat();
+
+    EXPECT_TRUE(support::waitUntil([&] { return starts == 1; }));
+}
+
 }  // namespace
 }  // namespace tavrel::watchdog
