@@ -15,7 +15,6 @@ namespace tavrel::e2e {
 namespace {
 
 using testing::IsEmpty;
-using testing::SizeIs;
 
 class InstalledTest : public testing::Test {
 protected:
@@ -40,7 +39,7 @@ TEST_F(InstalledTest, TheApplicationStartsTheWatchdogFromTheLibexecFolder) {
     const Session session = start();
 
     EXPECT_TRUE(session.says("Found 3 displays"));
-    EXPECT_THAT(watchdogs(), SizeIs(1));
+    EXPECT_TRUE(support::waitUntil([&] { return watchdogs().size() == 1; }));
 }
 
 TEST_F(InstalledTest, WithoutItsWatchdogTheApplicationSwitchesByItself) {

@@ -1,4 +1,4 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
@@ -16,7 +16,6 @@ namespace {
 using support::AppProcess;
 using support::ChildProcess;
 using support::waitUntil;
-using testing::SizeIs;
 
 class OneCopyTest : public testing::Test {
 protected:
@@ -50,6 +49,10 @@ protected:
         return watchdog::processesOf(program, "DISPLAY=" + desktop.displayName()).size();
     }
 
+    std::size_t watchdogs() const {
+        return watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName()).size();
+    }
+
     const ChildProcess::Ending success{.exitStatus = 0, .signal = std::nullopt};
     support::VirtualDesktop desktop{{.accessibility = true}};
     support::UserHome home;
@@ -73,8 +76,7 @@ TEST_F(OneCopyTest, ASecondStartBringsTheFirstToTheFrontEndsAndLeavesWhatIsOffAl
     EXPECT_TRUE(waitUntil([&] { return session->topLevel().isAbove(*above); }));
     EXPECT_EQ(desktop.monitorsOn(), 2);
     EXPECT_EQ(copies(), 1U);
-    EXPECT_THAT(watchdog::processesOf(TAVREL_WATCHDOG, "DISPLAY=" + desktop.displayName()),
-                SizeIs(1));
+    EXPECT_TRUE(waitUntil([&] { return watchdogs() == 1; }));
 }
 
 TEST_F(OneCopyTest, ASecondStartClaimsTheFocusAsOfNow) {

@@ -81,6 +81,7 @@ TEST_F(PlasmaRecoveryTest, AKilledWatchdogIsReplacedByOneThatKnowsWhatIsOff) {
 }
 
 TEST_F(PlasmaRecoveryTest, ACompositorThatHangsDoesLaterWhatItWasAskedFor) {
+    ASSERT_TRUE(waitUntil([&] { return watchdogs().size() == 1; }));
     const std::vector<pid_t> watchdog = watchdogs();
     stage->desktop().pause();
     stage->flip(1);

@@ -24,9 +24,8 @@ std::vector<pid_t> watchdogsAt(const support::VirtualDesktop& desktop) {
 /// Stops the watchdog while it exists, so that no switch of the application gets any further.
 class HeldSwitching {
 public:
-    explicit HeldSwitching(const support::VirtualDesktop& desktop)
-        : watchdogs_(watchdogsAt(desktop)) {
-        EXPECT_EQ(watchdogs_.size(), 1U);
+    explicit HeldSwitching(const support::VirtualDesktop& desktop) {
+        EXPECT_TRUE(waitUntil([&] { return (watchdogs_ = watchdogsAt(desktop)).size() == 1; }));
         tell(SIGSTOP);
     }
     ~HeldSwitching() { tell(SIGCONT); }
