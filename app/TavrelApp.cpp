@@ -10,6 +10,7 @@
 #include "app/BringToFront.h"
 #include "app/MainWindow.h"
 #include "app/QuitRequests.h"
+#include "app/ShownEmpty.h"
 #include "app/StartupFailure.h"
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
@@ -66,7 +67,7 @@ int TavrelApp::main(int argc, char** argv) {
     // The window server makes it visible beside all that comes next.
     auto window = std::make_unique<MainWindow>();
     placeAtPointer(*window);
-    window->show();
+    showEmpty(*window);
     const QSocketNotifier signalled(terminationSignals.descriptor(), QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);

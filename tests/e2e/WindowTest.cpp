@@ -1,11 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <set>
+#include <vector>
 
 #include "tests/e2e/Session.h"
 #include "tests/support/Keyboard.h"
 #include "tests/support/Pointer.h"
+#include "tests/support/XConnection.h"
 
 namespace tavrel::e2e {
 namespace {
@@ -53,6 +57,24 @@ TEST_F(WindowTest, HasOneSizeAndCannotBeMaximised) {
     EXPECT_EQ(window.bounds().height, 486);
     EXPECT_EQ(window.fixedSize(), (Bounds{0, 0, 520, 486}));
     EXPECT_TRUE(window.refusesMaximising());
+}
+
+TEST_F(WindowTest, WhatIsNotPaintedYetIsDarkAsTheDesignIs) {
+    const support::XConnection x(desktop.displayName());
+    const support::AppWindow window = session.topLevel();
+
+    // As the server does itself where it shows a window before anybody has painted it.
+    xcb_clear_area(x.get(), 0, window.id(), 0, 0, 0, 0);
+
+    const support::XcbReply<xcb_get_image_reply_t> image(xcb_get_image_reply(
+        x.get(),
+        xcb_get_image(x.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window.id(), 0, 0, 520, 486, 0x00FFFFFF),
+        nullptr));
+    ASSERT_NE(image, nullptr);
+    std::vector<std::uint32_t> pixels(std::size_t{520} * 486);
+    ASSERT_EQ(xcb_get_image_data_length(image.get()), static_cast<int>(pixels.size() * 4));
+    std::memcpy(pixels.data(), xcb_get_image_data(image.get()), pixels.size() * 4);
+    EXPECT_THAT(pixels, testing::Each(0x000E121EU));
 }
 
 TEST(OpeningWindowTest, IsOnTheDisplayThePointerIsOn) {
