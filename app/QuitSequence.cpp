@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace tavrel {
 
@@ -25,9 +26,10 @@ struct QuitSequence::Watched {
         const std::lock_guard lock(mutex);
         ++steps;
     }
-    std::uint64_t progress() {
+    /// Something else as soon as there has been some.
+    std::pair<std::uint64_t, std::uint64_t> progress() {
         const std::lock_guard lock(mutex);
-        return help.changesEnded ? steps + help.changesEnded() : steps;
+        return {steps, help.changesEnded ? help.changesEnded() : 0};
     }
     bool isNothingLeftToUs() {
         const std::lock_guard lock(mutex);
@@ -66,10 +68,10 @@ void QuitSequence::run(std::chrono::milliseconds limit) {
 
 void QuitSequence::endProcessWhenItHangs(const std::shared_ptr<Watched>& watched,
                                          std::chrono::milliseconds limit) {
-    std::uint64_t seen = watched->progress();
+    auto seen = watched->progress();
     for (int look = 0; look < looks; ++look) {
         std::this_thread::sleep_for(limit / looks);
-        const std::uint64_t now = watched->progress();
+        const auto now = watched->progress();
         if (now != seen) {
             seen = now;
             look = 0;

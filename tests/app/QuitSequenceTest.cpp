@@ -1,7 +1,10 @@
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <future>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,6 +40,12 @@ public:
 private:
     DisplaySwitch& inner_;
 };
+
+[[noreturn]] void hang() {
+    for (;;) {
+        std::this_thread::sleep_for(1h);
+    }
+}
 
 class QuitSequenceTest : public testing::Test {
 protected:
@@ -138,14 +147,20 @@ TEST_F(QuitSequenceTest, ASwitchInFlightIsAwaitedAndThenUndone) {
     held.started.get_future().wait();
     // The delegate's own switches are not held.
     AppDelegate delegate(system.platform(), system.hotKeys);
-    QuitSequence quit(delegate, gate, help());
+    std::atomic<bool> isFinishing = false;
+    QuitHelp noting = help();
+    noting.finish = [&] { isFinishing = true; };
+    std::thread releasing([&] {
+        EXPECT_FALSE(support::waitUntil([&] { return isFinishing.load(); }, 100ms));
+        held.release.set_value();
+    });
 
-    std::thread releasing([&] { held.release.set_value(); });
-    quit.run(1h);
+    QuitSequence(delegate, gate, noting).run(1h);
     switching.join();
     releasing.join();
 
     EXPECT_TRUE(system.windowServer.find(external)->enabled);
+    EXPECT_TRUE(isFinishing);
 }
 
 using QuitSequenceDeathTest = QuitSequenceTest;
@@ -167,6 +182,19 @@ TEST_F(QuitSequenceDeathTest, ACallThatHangsEndsTheProcessWellIfAHelperKnowsWhat
     EXPECT_EXIT(quitWhileACallHangs(50ms), testing::ExitedWithCode(1), "");
 }
 
+TEST_F(QuitSequenceDeathTest, WhatCouldNotBeHandedOverIsNotTakenForDone) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto quitWhileHandingOverHangs = [&] {
+        SwitchOffGate gate(system.windowServer);
+        AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+        QuitHelp hanging = help();
+        hanging.handOver = [](const auto&) { hang(); };
+        QuitSequence(delegate, gate, hanging).run(50ms);
+    };
+
+    EXPECT_EXIT(quitWhileHandingOverHangs(), testing::ExitedWithCode(1), "");
+}
+
 TEST_F(QuitSequenceDeathTest, AProcessThatHangsAfterItEndsWellAndAsksNobody) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     // What it would be asked may be gone by then.
@@ -175,26 +203,72 @@ TEST_F(QuitSequenceDeathTest, AProcessThatHangsAfterItEndsWellAndAsksNobody) {
         SwitchOffGate gate(system.windowServer);
         AppDelegate delegate(system.platform().with(gate), system.hotKeys);
         QuitSequence(delegate, gate, help()).run(1s);
-        std::promise<void> never;
-        never.get_future().wait();
+        hang();
     };
 
     EXPECT_EXIT(quitAndHang(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(QuitSequenceTest, AsLongAsThereIsProgressItGoesOn) {
-    SwitchOffGate gate(system.windowServer);
-    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
-    QuitHelp slow = help();
-    // Something has ended each time that is looked at; three times as often as it would take.
-    std::atomic<std::uint64_t> looks = 0;
-    slow.changesEnded = [&] { return ++looks; };
-    slow.finish = [&] { EXPECT_TRUE(support::waitUntil([&] { return looks > 60; })); };
-    hasHelper = false;
+/// A switch that takes its time.
+class SlowSwitch : public DisplaySwitch {
+public:
+    SlowSwitch(DisplaySwitch& inner, std::function<void()> takeTime)
+        : inner_(inner), takeTime_(std::move(takeTime)) {}
 
-    QuitSequence(delegate, gate, slow).run(40ms);
+    bool canSwitch() override { return true; }
+    ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override {
+        takeTime_();
+        return inner_.setDisplayEnabled(display, enabled);
+    }
 
-    EXPECT_GT(looks, 60U) << "or the process would have ended";
+private:
+    DisplaySwitch& inner_;
+    std::function<void()> takeTime_;
+};
+
+/// The end of a process whose sequence came to its end, and was not cut short.
+constexpr int cameToItsEnd = 42;
+
+TEST_F(QuitSequenceDeathTest, AsLongAsThereIsProgressItGoesOn) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto quitWithProgress = [&] {
+        SwitchOffGate gate(system.windowServer);
+        AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+        QuitHelp slow = help();
+        // Something has ended each time that is looked at; three times as often as it would take.
+        std::atomic<std::uint64_t> looks = 0;
+        slow.changesEnded = [&] { return ++looks; };
+        slow.finish = [&] { support::waitUntil([&] { return looks > 60; }); };
+        QuitSequence(delegate, gate, slow).run(40ms);
+        std::_Exit(cameToItsEnd);
+    };
+
+    EXPECT_EXIT(quitWithProgress(), testing::ExitedWithCode(cameToItsEnd), "");
+}
+
+TEST_F(QuitSequenceDeathTest, EachOfItsCallsHasTheWholeTime) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto quitSlowly = [&] {
+        // It is looked at twenty times before a call counts as hanging.
+        std::atomic<int> looks = 0;
+        const auto takeMoreThanHalfTheTime = [&](const auto&...) {
+            const int enough = looks + 12;
+            support::waitUntil([&] { return looks >= enough; });
+        };
+        system.windowServer.switchFromOutside(external, false);
+        SlowSwitch slow(system.windowServer, takeMoreThanHalfTheTime);
+        SwitchOffGate gate(slow);
+        AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+        QuitSequence(delegate, gate,
+                     {.handOver = takeMoreThanHalfTheTime,
+                      .isHandedOver = [] { return true; },
+                      .changesEnded = [&] { return ++looks, 0; },
+                      .finish = takeMoreThanHalfTheTime})
+            .run(1s);
+        std::_Exit(cameToItsEnd);
+    };
+
+    EXPECT_EXIT(quitSlowly(), testing::ExitedWithCode(cameToItsEnd), "");
 }
 
 }  // namespace
