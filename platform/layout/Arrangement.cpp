@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
-#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -77,34 +76,36 @@ bool isFree(const Arrangement& fixed, const Arrangement& part, const Shift& by) 
     });
 }
 
-/// The shortest shift by which `part` comes to touch what is fixed, and covers none of it.
-std::optional<Shift> shortestShift(const Arrangement& fixed, const Arrangement& part) {
-    std::optional<Shift> shortest;
+/// The shifts by which `part` comes to touch what is fixed, and covers none of it. There is always
+/// one: to the right of all.
+std::vector<Shift> freeShifts(const Arrangement& fixed, const Arrangement& part) {
+    std::vector<Shift> shifts;
     for (const Standing& there : fixed) {
         for (const Standing& each : part) {
             for (const Shift& by : shiftsTo(there.area, each.area)) {
-                if ((!shortest.has_value() || by.length() < shortest->length()) &&
-                    isFree(fixed, part, by)) {
-                    shortest = by;
+                if (isFree(fixed, part, by)) {
+                    shifts.push_back(by);
                 }
             }
         }
     }
-    return shortest;
+    return shifts;
+}
+
+Shift shortestShift(const Arrangement& fixed, const Arrangement& part) {
+    const std::vector<Shift> shifts = freeShifts(fixed, part);
+    return *std::min_element(shifts.begin(), shifts.end(), [](const Shift& a, const Shift& b) {
+        return a.length() < b.length();
+    });
 }
 
 /// Adds the nearest of the parts to what is fixed.
 void addNearest(Arrangement& fixed, std::vector<Arrangement>& parts) {
-    auto nearest = parts.begin();
-    std::optional<Shift> best;
-    for (auto part = parts.begin(); part != parts.end(); ++part) {
-        const std::optional<Shift> by = shortestShift(fixed, *part);
-        if (by.has_value() && (!best.has_value() || by->length() < best->length())) {
-            best = by;
-            nearest = part;
-        }
-    }
-    shift(*nearest, best.value_or(Shift{}));
+    const auto nearest = std::min_element(
+        parts.begin(), parts.end(), [&](const Arrangement& a, const Arrangement& b) {
+            return shortestShift(fixed, a).length() < shortestShift(fixed, b).length();
+        });
+    shift(*nearest, shortestShift(fixed, *nearest));
     fixed.insert(fixed.end(), nearest->begin(), nearest->end());
     parts.erase(nearest);
 }

@@ -97,6 +97,42 @@ TEST(WithoutGapsTest, NothingComesToLieOnAnother) {
                              Standing{monitorC, {2020, 0, 100, 100}}));
 }
 
+TEST(WithoutGapsTest, WhoeverIsNearestToTheOriginStaysWhateverTheOrderInTheList) {
+    Arrangement corner{fullHdAt(monitorA, 0, 0), fullHdAt(monitorB, 2000, 0),
+                       fullHdAt(monitorC, 0, 2000)};
+    const auto byDisplay = [](const Standing& a, const Standing& b) {
+        return a.display < b.display;
+    };
+
+    do {
+        EXPECT_THAT(withoutGaps(corner),
+                    UnorderedElementsAre(fullHdAt(monitorA, 0, 0), fullHdAt(monitorB, 1920, 0),
+                                         fullHdAt(monitorC, 0, 1080)))
+            << testing::PrintToString(corner);
+    } while (std::next_permutation(corner.begin(), corner.end(), byDisplay));
+}
+
+TEST(WithoutGapsTest, OneMovesToTheRightWhereThatIsNearer) {
+    const Standing above{monitorA, {0, 0, 3840, 2160}};
+    const Standing belowAtTheRight = fullHdAt(monitorB, 2880, 2160);
+
+    EXPECT_THAT(withoutGaps({above, belowAtTheRight, fullHdAt(monitorC, 900, 2260)}),
+                UnorderedElementsAre(above, belowAtTheRight, fullHdAt(monitorC, 960, 2260)));
+}
+
+TEST(WithoutGapsTest, OneThatStandsWhereOthersHaveComeMakesRoom) {
+    // B and D are the nearest to A, and D comes to lie on C. C is nearer to B's side than to D's
+    // upper edge, but there it would still lie on D.
+    constexpr DisplayID monitorD = 4;
+    const Standing c{monitorC, {2000, 1080, 1280, 1024}};
+
+    EXPECT_THAT(withoutGaps({fullHdAt(monitorA, 0, 0), fullHdAt(monitorB, 0, 2180),
+                             fullHdAt(monitorD, 1920, 2180), c}),
+                UnorderedElementsAre(fullHdAt(monitorA, 0, 0), fullHdAt(monitorB, 0, 1080),
+                                     fullHdAt(monitorD, 1920, 1080),
+                                     Standing{monitorC, {2000, 1080 - 1024, 1280, 1024}}));
+}
+
 Standing transposed(const Standing& each) {
     return {each.display, {each.area.y, each.area.x, each.area.height, each.area.width}};
 }
