@@ -99,6 +99,7 @@ TEST(MonitorNameTest, LeavesOutWhatCannotBeShown) {
                                           "Wi\x01\xFF"
                                           "de\n"}})),
               "ACM Wide");
+    EXPECT_EQ(monitorName(edidWithTexts({{aName, "~Wide~\x7F\n"}})), "ACM ~Wide~");
 }
 
 TEST(MonitorNameTest, IsTheModelsNumberWhereItHasNoName) {
@@ -109,6 +110,19 @@ TEST(MonitorNameTest, IsTheModelsNumberWhereItHasNoName) {
 TEST(MonitorNameTest, LeavesOutAMakerThatIsNoThreeLetters) {
     EXPECT_EQ(monitorName(edidWith({0, 0, 0x4F, 0x1A})), "1A4F");
     EXPECT_EQ(monitorName(edidWith({0x7F, 0xFF, 0x4F, 0x1A})), "1A4F");
+}
+
+TEST(MonitorNameTest, TakesEachLetterOfTheAlphabetForAMakersAndNoOther) {
+    EXPECT_EQ(monitorName(edidWith({0x6B, 0x5A, 0x4F, 0x1A})), "ZZZ 1A4F");
+    EXPECT_EQ(monitorName(edidWith({0x6C, 0x21, 0x4F, 0x1A})), "1A4F") << "one beyond Z";
+}
+
+TEST(MonitorNameTest, IsReadThoughTheReservedByteBeforeItIsNotZero) {
+    std::vector<std::uint8_t> edid = edidWithTexts({{aName, "Wide 27U\n"}});
+    edid[54 + 4] += 1;
+    edid[127] -= 1;
+
+    EXPECT_EQ(monitorName(edid), "ACM Wide 27U");
 }
 
 TEST(MonitorNameTest, IsEmptyWithoutAnEdid) {
