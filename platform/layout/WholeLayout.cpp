@@ -118,7 +118,6 @@ DisplayID primaryWith(const Layout& layout, DisplayID display, const Memory& mem
 Arrangement arrangementWith(const Layout& layout, DisplayID display, const RememberedOutput& was,
                             Memory memory) {
     // Its own is tried first.
-    forget(memory, display);
     memory.push_back(was);
     for (const Arrangement& all : arrangementsInForce(layout, memory)) {
         const Standing* its = find(all, display);

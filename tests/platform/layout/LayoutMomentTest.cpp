@@ -70,6 +70,15 @@ TEST_F(LayoutMomentTest, ItIsAsCurrentAsItWasMade) {
     EXPECT_FALSE(momentOf(std::make_shared<const Layout>(layout), false)->isCurrent());
 }
 
+TEST(ShowsAnythingTest, IsWhetherAnyOfThoseThatAreOnlineIsOn) {
+    const Desk dark = Desk().monitor(monitorA).monitor(monitorB);
+
+    EXPECT_TRUE(showsAnything(*momentOf(Desk(dark).monitor(monitorC).at(0, 0), true)));
+    EXPECT_FALSE(showsAnything(*momentOf(dark, true)));
+    EXPECT_FALSE(showsAnything(*momentOf(Desk(dark).monitor(monitorC).at(0, 0).unplugged(), true)));
+    EXPECT_FALSE(showsAnything(*silentMoment(std::nullopt, true)));
+}
+
 TEST(SilentMomentTest, KnowsNothingButTheList) {
     const auto silent = silentMoment(std::nullopt, false);
     EXPECT_FALSE(silent->isCurrent());

@@ -296,6 +296,22 @@ TEST_F(WaysBackTest, LeadThroughFewModesBesideAnotherAndThroughAllWhenThereIsNon
     EXPECT_EQ(waysBack(alone, monitorB, {}).back(), anew(0, 0, many.back()));
 }
 
+TEST_F(WaysBackTest, HaveTheOldScaleInTheOldModeAndThePreferredOneInOthers) {
+    Mode itsMode = huge;
+    Mode another = fullHd;
+    itsMode.scales = another.scales = {1, 2};
+    const Desk free = Desk().monitor(monitorB).offering({another, itsMode});
+    const Memory enlarged{seen(monitorB, Desk(free).scaledAt(2, 1920, 0, itsMode))};
+
+    const auto ways = waysBack(Desk(free).monitor(monitorA).at(1920, 0), monitorB, enlarged);
+
+    ASSERT_EQ(ways.size(), 2U) << "its place is taken";
+    EXPECT_EQ(ways[0].shown.mode, itsMode);
+    EXPECT_EQ(ways[0].shown.scale, 2);
+    EXPECT_EQ(ways[1].shown.mode, another);
+    EXPECT_EQ(ways[1].shown.scale, 1);
+}
+
 TEST_F(WaysBackTest, LeadToASmallerModeWhereThePreferredHasNoRoom) {
     EXPECT_THAT(waysBack(Desk().monitor(monitorA).at(0, 0).monitor(monitorB).limitedTo(3300, 1080),
                          monitorB, {}),

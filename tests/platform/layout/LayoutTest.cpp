@@ -7,6 +7,10 @@
 namespace tavrel::layout {
 namespace {
 
+TEST(AreaTest, IsNothingAtTheOriginUnlessSaidOtherwise) {
+    EXPECT_EQ(Area(), (Area{0, 0, 0, 0}));
+}
+
 TEST(RefreshTest, IsPixelsASecondByPixelsAFrame) {
     EXPECT_EQ(refreshMillihertz(148500000, 2200 * 1125), 60000);
     EXPECT_EQ(refreshMillihertz(173000000, 2576 * 1120), 59962);

@@ -93,6 +93,9 @@ TEST_F(WholeLayoutTest, InWhateverOrderTheyGoAndComeAllIsAsBefore) {
             for (const DisplayID display : off) {
                 switchOff(display);
             }
+            for (const DisplayID left : {monitorA, monitorB, monitorC}) {
+                EXPECT_EQ(place(left).value_or(fullHdAt(0, 0)), fullHdAt(0, 0)) << "alone";
+            }
             for (const DisplayID display : on) {
                 switchOn(display);
             }
@@ -115,6 +118,30 @@ TEST_F(WholeLayoutTest, WhatSomebodyHasMovedMeanwhileStaysThere) {
     EXPECT_EQ(place(monitorA), fullHdAt(0, 0));
     EXPECT_EQ(place(monitorB), fullHdAt(1920, 0));
     EXPECT_EQ(place(monitorC), fullHdAt(0, 1080));
+}
+
+TEST_F(WholeLayoutTest, WhatSomebodyHasMovedInBetweenStandsThereWhenAllAreBack) {
+    constexpr DisplayID monitorD = 4;
+    desk = Desk()
+               .monitor(monitorD)
+               .at(0, 0)
+               .monitor(monitorA)
+               .at(1920, 0)
+               .monitor(monitorB)
+               .at(3840, 0)
+               .monitor(monitorC)
+               .at(5760, 0);
+    switchOff(monitorB);
+    move(monitorC, 1920, 1080);
+    switchOff(monitorC);
+    switchOff(monitorA);
+
+    switchOn(monitorC);
+    switchOn(monitorA);
+
+    EXPECT_EQ(place(monitorD), fullHdAt(0, 0));
+    EXPECT_EQ(place(monitorA), fullHdAt(1920, 0));
+    EXPECT_EQ(place(monitorC), fullHdAt(1920, 1080));
 }
 
 TEST_F(WholeLayoutTest, WhatIsInItsPlaceByNowStaysAndItComesAtTheRight) {
@@ -145,6 +172,46 @@ TEST_F(WholeLayoutTest, OneThatComesOnElsewhereLeavesNoGap) {
     switchOn(monitorC);
 
     EXPECT_EQ(place(monitorC), fullHdAt(3840, 0));
+}
+
+TEST_F(WholeLayoutTest, OneThatNobodyHasSeenBesideTheOthersComesAtTheRight) {
+    switchOff(monitorC);
+    desk.outputs.push_back({.display = 4, .identity = {"D", {}}, .isConnected = true});
+    desk.outputs.back().modes = {fullHd};
+    const Layout elsewhere = Desk().monitor(4).at(0, 0);
+    memory.push_back(describe(elsewhere, 4, {}));
+
+    switchOn(4);
+
+    EXPECT_EQ(place(4), fullHdAt(3840, 0));
+}
+
+TEST_F(WholeLayoutTest, OneOfAnotherSizeThanTheOthersKnewHasItsOwn) {
+    for (const Mode& other : {Mode{1920, 1200, 60000}, Mode{1280, 1080, 60000}}) {
+        desk = row;
+        desk.outputs[1].modes = {fullHd, other};
+        memory.clear();
+        switchOff(monitorC);
+        Layout changed = desk;
+        changed.outputs[1].shown = {other, {1920, 0, other.width, other.height}};
+        memory.push_back(describe(changed, monitorB, memory));
+        desk.outputs[1].shown.reset();
+
+        switchOn(monitorB);
+
+        EXPECT_EQ(desk.output(monitorB)->shown->mode, other);
+        EXPECT_EQ(place(monitorB), (Area{1920, 0, other.width, other.height}));
+    }
+}
+
+TEST_F(WholeLayoutTest, NobodyComesBackInASizeThatItsModeHasNot) {
+    desk = Desk().monitor(monitorA).at(0, 0).monitor(monitorB);
+    for (const Area& stretched : {Area{0, 1080, 1920, 1200}, Area{0, 1080, 1280, 1080}}) {
+        memory = {{.display = monitorB, .mode = fullHd, .area = stretched}};
+
+        EXPECT_EQ(withDisplay(desk, monitorB, memory).front().shown(monitorB)->area,
+                  fullHdAt(1920, 0));
+    }
 }
 
 TEST_F(WholeLayoutTest, AMirrorComesBackOntoTheOther) {
@@ -181,6 +248,13 @@ TEST_F(WholeLayoutTest, WhereNobodyIsPrimarySomebodyBecomesIt) {
         desk.primary = nobody;
         EXPECT_EQ(withoutDisplay(desk, monitorA, {})->primary, monitorB);
         EXPECT_EQ(withoutDisplay(desk, monitorC, {})->primary, monitorA);
+
+        move(monitorA, 5760, 0);
+        EXPECT_EQ(withoutDisplay(desk, monitorC, {})->primary, monitorB) << "it is the first now";
+
+        const Layout lit = Desk().monitor(monitorA).at(0, 0).monitor(monitorB).primaryIs(nobody);
+        EXPECT_EQ(withDisplay(lit, monitorB, {}).front().primary, monitorA);
+        EXPECT_EQ(wholeOf(lit).primary, 0U) << "until then";
     }
 
     const Layout dark = Desk().monitor(monitorA).monitor(monitorB).primaryIs(0);
