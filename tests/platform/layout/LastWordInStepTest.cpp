@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <memory>
 
 #include "tests/support/WaitUntil.h"
 
@@ -89,6 +91,116 @@ TEST_F(LastWordInStepTest, IsNotAskedForInStepAnyMoreWhenNobodyDoes) {
         std::this_thread::yield();
         EXPECT_EQ(*server.ask(false).word, look);
     }
+}
+
+/// Somebody who asks each ten milliseconds, by a clock that only the test moves. The server is
+/// asked one before that, and what it said may be less than three old.
+class LastWordRhythmTest : public testing::Test {
+protected:
+    int askAt(std::chrono::milliseconds time) {
+        now_ = time;
+        return *words_.askInStep().word;
+    }
+
+    /// How often the server has been asked when the thread that asks it knows what time it is.
+    int looksAt(std::chrono::milliseconds time) {
+        now_ = time;
+        // It looks at the clock when it wakes, when it begins to ask, and before it sleeps again.
+        awaitReadings(3);
+        return looks_;
+    }
+
+    /// It looks at the clock once more, and sleeps until somebody asks.
+    void fallAsleepAt(std::chrono::milliseconds time) {
+        now_ = time;
+        awaitReadings(1);
+    }
+
+    int askNow() { return *words_.ask(false).word; }
+
+private:
+    using Server = LastWord<int>;
+
+    void awaitReadings(int number) {
+        const int before = readings_;
+        EXPECT_TRUE(support::waitUntil([&] { return readings_ >= before + number; }));
+    }
+
+    Server::Answer look(bool isToProbe) {
+        EXPECT_FALSE(isToProbe) << "which takes its time";
+        return {.word = std::make_shared<const int>(++looks_)};
+    }
+
+    std::atomic<std::chrono::nanoseconds> now_ = 0ns;
+    std::atomic<int> readings_ = 0;
+    std::atomic<int> looks_ = 0;
+    Server words_{[this] { return [this](bool isToProbe) { return look(isToProbe); }; },
+                  1h,
+                  {.interval = 10ms, .headStart = 1ms, .freshness = 3ms},
+                  [this] {
+                      ++readings_;
+                      return now_.load();
+                  }};
+};
+
+TEST_F(LastWordRhythmTest, TheServerIsAskedAMomentBeforeTheNextQuestion) {
+    EXPECT_EQ(askAt(0ms), 1);
+    EXPECT_EQ(looksAt(8ms), 1);
+    EXPECT_EQ(looksAt(9ms), 2);
+    EXPECT_EQ(askAt(10ms), 2);
+    EXPECT_EQ(looksAt(18ms), 2);
+    EXPECT_EQ(looksAt(19ms), 3);
+}
+
+TEST_F(LastWordRhythmTest, WhoAsksTooEarlySetsTheRhythmAnew) {
+    askAt(0ms);
+
+    EXPECT_EQ(askAt(5ms), 2);
+    EXPECT_EQ(looksAt(9ms), 2);
+    EXPECT_EQ(looksAt(14ms), 3);
+    EXPECT_EQ(askAt(15ms), 3);
+}
+
+TEST_F(LastWordRhythmTest, WhoIsLateOnceIsInTimeAgain) {
+    askAt(0ms);
+    looksAt(9ms);
+
+    EXPECT_EQ(askAt(13ms), 3);
+    EXPECT_EQ(looksAt(19ms), 4);
+    EXPECT_EQ(askAt(20ms), 4);
+}
+
+TEST_F(LastWordRhythmTest, WhoIsLateTwiceSetsTheRhythmAnew) {
+    askAt(0ms);
+    looksAt(9ms);
+    askAt(13ms);
+    looksAt(19ms);
+
+    EXPECT_EQ(askAt(23ms), 5);
+    EXPECT_EQ(looksAt(29ms), 5);
+    EXPECT_EQ(looksAt(32ms), 6);
+    EXPECT_EQ(askAt(33ms), 6);
+}
+
+TEST_F(LastWordRhythmTest, WhoWasInTimeInBetweenIsLateForTheFirstTime) {
+    askAt(0ms);
+    looksAt(9ms);
+    askAt(13ms);
+    looksAt(19ms);
+    askAt(20ms);
+    looksAt(29ms);
+
+    EXPECT_EQ(askAt(33ms), 6);
+    EXPECT_EQ(looksAt(39ms), 7);
+}
+
+TEST_F(LastWordRhythmTest, TheServerIsLeftAloneWhenNobodyAsksAnyMore) {
+    askAt(0ms);
+    EXPECT_EQ(looksAt(9ms), 2);
+
+    fallAsleepAt(19ms);
+
+    EXPECT_EQ(askNow(), 3);
 }
 
 }  // namespace

@@ -210,7 +210,7 @@ TEST_F(LastWordTest, AServerThatIsBusySinceAMomentIsWaitedFor) {
     useTimeout(10s);
     server->say(1);
     ask();
-    auto first = fallSilentFor(Words::questionTimeout - 1ms);
+    auto first = fallSilentFor(3s - 1ms);
 
     auto second = askAndWait();
     server->say(2);
@@ -232,11 +232,11 @@ TEST_F(LastWordTest, AServerThatNobodyHasAskedForLongIsNotSilent) {
     EXPECT_TRUE(isFresh);
 }
 
-TEST_F(LastWordTest, NobodyWaitsForAServerThatHasBeenSilentForLong) {
+TEST_F(LastWordTest, NobodyWaitsForAServerThatHasBeenSilentForThreeSeconds) {
     useTimeout(10s);
     server->say(1);
     ask();
-    auto first = fallSilentFor(Words::questionTimeout);
+    auto first = fallSilentFor(3s);
 
     auto second = askAndWait();
 
