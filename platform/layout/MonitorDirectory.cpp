@@ -86,8 +86,7 @@ KnownMonitors MonitorDirectory::meet(const std::vector<Identity>& outputs) {
     store_.update(knownMonitorsKey, [&](const std::optional<std::string>& bytes) {
         const KnownMonitors stored = decodeMonitors(bytes.value_or("")).value_or(known_);
         met = latest(identify(outputs, stored).known);
-        const bool isNews = !bytes.has_value() || met != stored;
-        return isNews ? std::optional(encodeMonitors(*met)) : std::nullopt;
+        return met != stored ? std::optional(encodeMonitors(*met)) : std::nullopt;
     });
     // A store may refuse without asking for the change.
     known_ = met.has_value() ? *std::move(met) : latest(identify(outputs, known_).known);

@@ -111,6 +111,7 @@ TEST_F(LastSeenTest, ThePrimaryRoleIsWhoseItWasLast) {
 
     EXPECT_FALSE(lastSeen.completed({}, monitorA).front().primary);
     EXPECT_TRUE(lastSeen.completed({}, monitorB).front().primary);
+    EXPECT_FALSE(lastSeen.completed({}, monitorB).front().primaryOnLoan);
 }
 
 TEST_F(LastSeenTest, TheRoleIsNotLostWhereItOnlyMovesOnBecauseItsOwnerGoesOff) {

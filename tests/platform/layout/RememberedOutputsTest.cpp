@@ -131,9 +131,13 @@ TEST(MemoryTest, RefusesWhatIsNestedTooDeepToBeCopied) {
 TEST(MemoryTest, KeepsWhatIsJustWithinItsLimits) {
     constexpr int far = 1'000'000;
     RememberedOutput output = scaledExample();
-    output.scale = 100;
     for (const Area& area : {Area{far, far, far, far}, Area{-far, -far, 1, 1}}) {
         output.area = area;
+
+        EXPECT_EQ(decodeMemory(encodeMemory({output})), Memory{output});
+    }
+    for (const double scale : {0.5, 100.0}) {
+        output.scale = scale;
 
         EXPECT_EQ(decodeMemory(encodeMemory({output})), Memory{output});
     }
@@ -183,6 +187,20 @@ TEST_P(DamagedMemoryTest, IsRefusedWithAnyMemberOfTheWrongKindOrSize) {
             Json damaged = whole;
             damaged[Json::json_pointer(where)] = bad;
             EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << where << " := " << bad;
+        }
+    }
+}
+
+TEST_P(DamagedMemoryTest, IsRefusedWithAnythingButAListInPlaceOfOne) {
+    for (const char* path : {"/0/mirrors", "/0/mode/timings", "/0/arrangement"}) {
+        const Json::json_pointer list(path);
+        if (!whole.contains(list)) {
+            continue;
+        }
+        for (const Json& bad : std::vector<Json>{nullptr, Json::object(), true, 1, 1.5, "1"}) {
+            Json damaged = whole;
+            damaged[list] = bad;
+            EXPECT_EQ(decodeMemory(damaged.dump()), std::nullopt) << path << " := " << bad;
         }
     }
 }

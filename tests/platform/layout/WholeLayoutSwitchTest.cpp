@@ -163,6 +163,18 @@ TEST_F(WholeLayoutSwitchTest, ARefusalLeavesAllAsItWas) {
     EXPECT_THAT(remembered.all(), IsEmpty());
 }
 
+TEST_F(WholeLayoutSwitchTest, SoDoesItWhatWasRememberedBefore) {
+    ASSERT_EQ(off(monitorB), serverStatus::success);
+    const Memory before = remembered.all();
+    // Another program has switched it on, elsewhere.
+    server.desk = Desk().monitor(monitorA).at(0, 0).monitor(monitorB).at(0, 1080);
+    answer(Outcome::refused);
+
+    EXPECT_EQ(off(monitorB), serverStatus::cannotComplete);
+
+    EXPECT_EQ(remembered.all(), before);
+}
+
 TEST_F(WholeLayoutSwitchTest, OneThatWillNotComeOnInOneWayIsTriedInTheNext) {
     ASSERT_EQ(off(monitorB), serverStatus::success);
     server.verdict = [](const WholeLayout& wanted) {
@@ -212,17 +224,21 @@ TEST_F(WholeLayoutSwitchTest, WhatHasChangedMeanwhileIsPlannedForAgain) {
     EXPECT_EQ(server.desk.output(monitorC)->shown->area.x, 1920);
 }
 
-TEST_F(WholeLayoutSwitchTest, AfterAChangeTheBestWayIsTriedFirstAgain) {
-    ASSERT_EQ(off(monitorB), serverStatus::success);
-    server.asked.clear();
-    server.verdict = [this](const auto&) {
-        const std::size_t time = server.asked.size();
-        return time == 1 ? Outcome::refused : time == 2 ? Outcome::outdated : Outcome::applied;
-    };
+TEST_F(WholeLayoutSwitchTest, AfterAChangeOrALossTheBestWayIsTriedFirstAgain) {
+    for (const Outcome interruption : {Outcome::outdated, Outcome::lost}) {
+        answer(Outcome::applied);
+        ASSERT_EQ(off(monitorB), serverStatus::success);
+        server.asked.clear();
+        server.verdict = [this, interruption](const auto&) {
+            const std::size_t time = server.asked.size();
+            return time == 1 ? Outcome::refused : time == 2 ? interruption : Outcome::applied;
+        };
 
-    EXPECT_EQ(on(monitorB), serverStatus::success);
+        EXPECT_EQ(on(monitorB), serverStatus::success);
 
-    EXPECT_EQ(server.asked[2], server.asked[0]);
+        ASSERT_THAT(server.asked, SizeIs(3));
+        EXPECT_EQ(server.asked[2], server.asked[0]);
+    }
 }
 
 TEST_F(WholeLayoutSwitchTest, WhatIsAlwaysOutdatedIsGivenUp) {
