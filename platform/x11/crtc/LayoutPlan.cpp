@@ -61,7 +61,8 @@ bool isLit(const LayoutPlan& plan, const Snapshot& before, const Snapshot& now) 
     return settingOf(*crtc) == asked || !isAnythingSeen(before);
 }
 
-bool carryOut(LayoutServer& server, const LayoutPlan& plan, std::uint32_t configTimestamp) {
+/// Goes no further where the server refuses to show something.
+void carryOut(LayoutServer& server, const LayoutPlan& plan, std::uint32_t configTimestamp) {
     for (const Xid crtc : plan.unseen) {
         server.setCrtc({.crtc = crtc}, configTimestamp);
     }
@@ -72,11 +73,14 @@ bool carryOut(LayoutServer& server, const LayoutPlan& plan, std::uint32_t config
         std::all_of(plan.crtcs.begin(), plan.crtcs.end(),
                     [&](const auto& crtc) { return server.setCrtc(crtc, configTimestamp); });
     if (!isSet) {
-        return false;
+        return;
     }
-    const bool fits = !plan.screenAfter.has_value() || server.setScreenSize(*plan.screenAfter);
-    const bool hasPrimary = !plan.primary.has_value() || server.setPrimary(*plan.primary);
-    return fits && hasPrimary;
+    if (plan.screenAfter.has_value()) {
+        server.setScreenSize(*plan.screenAfter);
+    }
+    if (plan.primary.has_value()) {
+        server.setPrimary(*plan.primary);
+    }
 }
 
 /// The CRTCs that `plan` changes, each once.
@@ -126,7 +130,7 @@ void putBack(LayoutServer& server, const Snapshot& before, const Snapshot& now,
         server.setScreenSize(room);
     }
     putCrtcsBack(server, before, now, plan);
-    if (now.screen != before.screen || room != before.screen) {
+    if (room != before.screen) {
         server.setScreenSize(before.screen);
     }
     if (before.primary.has_value() && now.primary != before.primary) {
@@ -149,13 +153,13 @@ CrtcSetting settingOf(const Crtc& crtc) {
 }
 
 bool applyPlan(LayoutServer& server, const Snapshot& before, const LayoutPlan& plan) {
-    const bool carriedOut = carryOut(server, plan, before.configTimestamp);
+    carryOut(server, plan, before.configTimestamp);
     const std::optional<Snapshot> now = server.read();
     if (!now.has_value()) {
         return false;
     }
-    const bool isGood = plan.comesOn == 0 ? carriedOut && isCarriedOut(plan, before, *now)
-                                          : isLit(plan, before, *now);
+    const bool isGood =
+        plan.comesOn == 0 ? isCarriedOut(plan, before, *now) : isLit(plan, before, *now);
     if (!isGood) {
         putBack(server, before, *now, plan);
     }
