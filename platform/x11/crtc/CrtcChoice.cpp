@@ -76,10 +76,10 @@ std::vector<const Crtc*> crtcsFor(const Snapshot& snapshot, const Picture& pictu
             able.push_back(crtc);
         }
     }
-    std::stable_sort(able.begin(), able.end(), [&](const Crtc* a, const Crtc* b) {
-        return std::pair(!snapshot.isFree(*a), a->mode != 0) <
-               std::pair(!snapshot.isFree(*b), b->mode != 0);
-    });
+    const auto use = [&](const Crtc* crtc) {
+        return std::pair(!snapshot.isFree(*crtc), crtc->mode != 0);
+    };
+    std::ranges::stable_sort(able, {}, use);
     return able;
 }
 

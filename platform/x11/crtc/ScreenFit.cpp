@@ -9,7 +9,7 @@ namespace {
 
 int fitted(int current, int tightBefore, int needed, int least) {
     const bool keptLarger = tightBefore != 0 && current > std::max(tightBefore, least);
-    return std::max({needed, least, keptLarger ? current : 0});
+    return std::max(needed, keptLarger ? current : least);
 }
 
 int scaled(int millimetres, int oldPixels, int newPixels) {

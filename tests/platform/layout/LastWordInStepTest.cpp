@@ -201,6 +201,9 @@ TEST_F(LastWordRhythmTest, TheServerIsLeftAloneWhenNobodyAsksAnyMore) {
     fallAsleepAt(19ms);
 
     EXPECT_EQ(askNow(), 3);
+    EXPECT_EQ(askAt(20ms), 3) << "fresh enough";
+    EXPECT_EQ(askNow(), 4);
+    EXPECT_EQ(askNow(), 5) << "nobody else has asked";
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "platform/x11/crtc/CrtcChoice.h"
 #include "tests/platform/x11/crtc/FaultyLayoutServer.h"
 #include "tests/platform/x11/crtc/SwitchFixture.h"
 
@@ -88,6 +89,25 @@ TEST_F(CrtcMatchingTest, SeveralMoveUpWhereOneMoveIsNotEnough) {
     EXPECT_EQ(areaOf(server.state, "panel"), (Area{3200, 0, 1920, 1080}));
 }
 
+TEST_F(CrtcMatchingTest, NobodyMovesForOneThatFindsACrtcFree) {
+    startNoting(SnapshotBuilder()
+                    .output("A")
+                    .on(0, 0)
+                    .output("B")
+                    .on(1920, 0)
+                    .output("spare")
+                    .disconnected()
+                    .output("panel")
+                    .crtcsOf({"A"}));
+    allow("A", {"A", "B", "spare"});
+    allow("B", {"B", "spare"});
+
+    ASSERT_EQ(on("panel"), serverStatus::success);
+
+    EXPECT_EQ(outputOf("A").crtc, own["spare"]);
+    EXPECT_EQ(outputOf("B").crtc, own["B"]);
+}
+
 TEST_F(CrtcMatchingTest, ATurnedPictureMovesOnlyToACrtcThatCanTurnIt) {
     startNoting(SnapshotBuilder()
                     .output("A")
@@ -129,6 +149,28 @@ TEST_F(CrtcMatchingTest, ATransformMovesWithItsPicture) {
     EXPECT_TRUE(server.state.crtc(own["A"])->transform.isIdentity());
 }
 
+TEST_F(CrtcMatchingTest, ClonesMoveOnlyToACrtcThatCanDriveBoth) {
+    startNoting(SnapshotBuilder()
+                    .output("A")
+                    .on(0, 0)
+                    .output("B")
+                    .clones("A")
+                    .output("spare")
+                    .disconnected()
+                    .output("both")
+                    .disconnected()
+                    .output("panel")
+                    .crtcsOf({"A"}));
+    allow("A", {"A", "spare", "both"});
+    allow("B", {"A", "both"});
+
+    ASSERT_EQ(on("panel"), serverStatus::success);
+
+    EXPECT_EQ(outputOf("A").crtc, own["both"]);
+    EXPECT_EQ(outputOf("B").crtc, own["both"]);
+    EXPECT_EQ(areaOf(server.state, "panel"), (Area{1920, 0, 1920, 1080}));
+}
+
 TEST_F(CrtcMatchingTest, NobodyMovesWhereACrtcIsFree) {
     startNoting(SnapshotBuilder().output("A").on(0, 0).output("panel"));
     allow("A", {"A", "panel"});
@@ -137,6 +179,13 @@ TEST_F(CrtcMatchingTest, NobodyMovesWhereACrtcIsFree) {
     ASSERT_EQ(on("panel"), serverStatus::success);
 
     EXPECT_EQ(outputOf("A").crtc, own["A"]);
+}
+
+TEST_F(CrtcMatchingTest, AModeThatAMonitorHasNotIsNoChoice) {
+    startNoting(SnapshotBuilder().output("A"));
+    const layout::Shown unknown{.mode = {.width = 640, .height = 480}, .area = {0, 0, 640, 480}};
+
+    EXPECT_TRUE(crtcChoices(server.state, outputOf("A"), unknown, {}).empty());
 }
 
 TEST_F(CrtcMatchingTest, WhoWasMovedInVainIsBackWhereItWas) {

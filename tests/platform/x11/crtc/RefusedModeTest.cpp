@@ -81,7 +81,40 @@ TEST_F(RefusedModeTest, WhenEveryWayIsRefusedAllIsAsItWasAndItEnds) {
 
     EXPECT_EQ(server.state, before);
     EXPECT_EQ(faulty.refused, 2) << "two modes, one CRTC";
+    EXPECT_EQ(server.grabs, 2);
     EXPECT_FALSE(server.isGrabbed);
+}
+
+TEST_F(RefusedModeTest, OfVeryManyWaysTheFirstAreTried) {
+    start(SnapshotBuilder().output("A"));
+    server.state.outputs[0].modes.clear();
+    for (Xid id = 2000; id < 2100; ++id) {
+        Mode mode = *server.state.mode(mode::fullHd);
+        mode.id = id;
+        mode.description.refreshMillihertz += static_cast<int>(id);
+        server.state.modes.push_back(mode);
+        server.state.outputs[0].modes.push_back(id);
+    }
+    faulty.refuses = [](const CrtcSetting&) { return true; };
+
+    EXPECT_EQ(on("A"), serverStatus::cannotComplete);
+
+    EXPECT_EQ(faulty.refused, 64);
+}
+
+TEST_F(RefusedModeTest, WhereFewerWaysAreLeftThanWereTriedItEnds) {
+    start(SnapshotBuilder().output("A").modes({mode::huge, mode::fullHd, mode::small}));
+    refuseModes({mode::huge});
+    server.beforeGrab = [this] {
+        if (server.grabs > 0) {
+            server.state.outputs[0].modes = {mode::huge};
+        }
+    };
+
+    EXPECT_EQ(on("A"), serverStatus::cannotComplete);
+
+    EXPECT_EQ(areaOf(server.state, "A"), std::nullopt);
+    EXPECT_EQ(server.grabs, 2);
 }
 
 TEST_F(RefusedModeTest, AServerThatGoesAwayIsNotAskedOnAndOn) {

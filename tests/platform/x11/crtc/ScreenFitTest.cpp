@@ -167,7 +167,8 @@ TEST_P(GhostOnScreenTest, StaysWhereItFits) {
 
 TEST_P(GhostOnScreenTest, IsLeftToWhoeverGetsItsCrtc) {
     const Snapshot snapshot = withGhost();
-    LayoutPlan plan{.crtcs = {{.crtc = outputNamed(snapshot, "B").crtc, .mode = mode::small}}};
+    LayoutPlan plan{.crtcs = {{.crtc = outputNamed(snapshot, "A").crtc},
+                              {.crtc = outputNamed(snapshot, "B").crtc, .mode = mode::small}}};
 
     fitScreen(snapshot, {0, 0, 1920, 1080}, {}, plan);
 
@@ -177,6 +178,14 @@ TEST_P(GhostOnScreenTest, IsLeftToWhoeverGetsItsCrtc) {
 INSTANTIATE_TEST_SUITE_P(RightAndBelow, GhostOnScreenTest,
                          testing::Values(Area{1920, 0, 1920, 1080}, Area{0, 1080, 1920, 1080}),
                          [](const auto& place) { return place.param.x > 0 ? "Right" : "Below"; });
+
+TEST(ScreenFitTest, WhatIsOffTakesNoRoomWhateverPlaceTheServerNames) {
+    Snapshot contradictory = fullHdScreen().output("B").build();
+    contradictory.crtcs[1].area = {1920, 1080, 1920, 1080};
+
+    EXPECT_EQ(boundsOfAll(contradictory), (Area{0, 0, 1920, 1080}));
+    EXPECT_EQ(fitted(contradictory, 1920, 1080), LayoutPlan());
+}
 
 TEST(ScreenFitTest, WhatIsSeenNeverGoesOff) {
     const Snapshot snapshot =

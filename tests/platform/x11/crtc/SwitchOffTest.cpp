@@ -150,6 +150,23 @@ TEST_F(SwitchOffTest, StoresWhatItWasBeforeItGoes) {
     EXPECT_EQ(remembered.all(), layout::Memory{expected});
 }
 
+TEST_F(SwitchOffTest, ThatIsRefusedLeavesWhatWasRememberedBefore) {
+    start(threeInARow());
+    const Snapshot before = server.state;
+    ASSERT_EQ(off("B"), serverStatus::success);
+    const layout::Memory memory = remembered.all();
+    // Another program has switched it on, a little lower.
+    server.state = before;
+    server.state.crtcs[1].area.y = 40;
+    server.state.screen.height = 1120;
+    server.firstRefusal = server.requests + 1;
+    server.refusals = 1;
+
+    EXPECT_EQ(off("B"), serverStatus::cannotComplete);
+
+    EXPECT_EQ(remembered.all(), memory);
+}
+
 TEST_F(SwitchOffTest, DecidesByWhatItSeesWithTheServerGrabbed) {
     start(threeInARow());
     server.lastMinuteChange = [](Snapshot& state) {

@@ -73,7 +73,9 @@ TEST_F(SwitchOnTest, RestoresATransform) {
     ASSERT_TRUE(server.setTransform({crtc.id, crtc.transform}));
     crtc.area = {1920, 0, 3840, 2160};
     server.state.screen = {5760, 2160, 1440, 540};
+    const int requests = server.requests;
     expectRoundTrip("B");
+    EXPECT_EQ(server.requests, requests + 4) << "CRTC and screen, twice: it has it still";
 
     ASSERT_EQ(off("B"), serverStatus::success);
     ASSERT_TRUE(server.setTransform({crtc.id, Transform()}));
@@ -224,6 +226,23 @@ TEST_F(SwitchOnTest, ACloneMirrorsWithItsOwnCrtcWhenItMayNotShareAnyMore) {
     EXPECT_NE(outputOf("B").crtc, outputOf("A").crtc);
 }
 
+TEST_F(SwitchOnTest, ACloneMirrorsWithItsOwnCrtcBesideOneItMayNotShareWith) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").clones("A").output("C").clones("A"));
+    ASSERT_EQ(off("B"), serverStatus::success);
+    ASSERT_EQ(on("B"), serverStatus::success);
+    EXPECT_EQ(areaOf(server.state, "B"), (Area{0, 0, 1920, 1080}));
+    EXPECT_NE(outputOf("B").crtc, outputOf("A").crtc);
+}
+
+TEST_F(SwitchOnTest, ACloneReturnsToItsPlaceThoughTheOtherHasLeftIt) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B").clones("A"));
+    ASSERT_EQ(off("B"), serverStatus::success);
+    move("A", 1920, 0);
+    ASSERT_EQ(on("B"), serverStatus::success);
+    EXPECT_EQ(areaOf(server.state, "A"), (Area{1920, 0, 1920, 1080}));
+    EXPECT_EQ(areaOf(server.state, "B"), (Area{0, 0, 1920, 1080}));
+}
+
 TEST_F(SwitchOnTest, ACloneDoesNotJoinACrtcThatShowsSomethingElseNow) {
     start(SnapshotBuilder().output("A").on(0, 0).output("B").clones("A"));
     ASSERT_EQ(off("B"), serverStatus::success);
@@ -287,6 +306,22 @@ TEST_F(SwitchOnTest, MakesDoWithoutMalformedNotes) {
               serverStatus::success);
 
     EXPECT_EQ(areaOf(server.state, "B"), (Area{5760, 0, 1920, 1080}));
+}
+
+TEST_F(SwitchOnTest, MakesDoWithoutAllThatIsRememberedBesideMalformedNotes) {
+    start(threeInARow());
+    ASSERT_EQ(off("B"), serverStatus::success);
+    ASSERT_EQ(off("C"), serverStatus::success);
+    remembered.update([](layout::Memory memory) {
+        memory.front().notes = R"({"crtcHint":-1})";
+        return memory;
+    });
+    layout::LastSeen nothingSeen;
+
+    ASSERT_EQ(switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, "C"), true),
+              serverStatus::success);
+
+    EXPECT_EQ(areaOf(server.state, "C"), (Area{1920, 0, 1920, 1080}));
 }
 
 TEST_F(SwitchOnTest, RestoresWhatVersion01Remembered) {
