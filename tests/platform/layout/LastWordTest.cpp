@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
@@ -297,6 +298,38 @@ TEST_F(LastWordTest, ALookForMonitorsIsNotForgottenWhileAnotherLookTakesItsTime)
 
     EXPECT_THAT(server->probing(), ElementsAre(false, true));
 }
+
+#ifdef __GLIBC__
+/// While it lives, no thread can be started: each would have a stack larger than the memory.
+class NoMoreThreads {
+public:
+    NoMoreThreads() {
+        ::pthread_getattr_default_np(&before_);
+        pthread_attr_t attributes = before_;
+        ::pthread_attr_setstacksize(&attributes, std::size_t{1} << 60U);
+        ::pthread_setattr_default_np(&attributes);
+    }
+    ~NoMoreThreads() { ::pthread_setattr_default_np(&before_); }
+    NoMoreThreads(const NoMoreThreads&) = delete;
+    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+
+private:
+    pthread_attr_t before_{};
+};
+
+TEST_F(LastWordTest, AServerThatNoThreadCanAskIsOutOfReachUntilOneCan) {
+    useTimeout(10s);
+    server->say(1);
+    {
+        const NoMoreThreads crowded;
+
+        EXPECT_EQ(ask(), 0);
+        EXPECT_TRUE(isFresh);
+    }
+
+    EXPECT_EQ(ask(), 1);
+}
+#endif
 
 TEST_F(LastWordTest, TheEndDestroysWhatAsks) {
     useTimeout(10s);
