@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -134,15 +135,17 @@ protected:
     const std::shared_ptr<Server> server = std::make_shared<Server>();
     const std::shared_ptr<Time> time = std::make_shared<Time>();
     std::atomic<int> made = 0;
-    std::weak_ptr<int> madeLast;
+    std::function<void()> atEndOfAsk = [] {};
     bool isFresh = false;
     std::optional<Words> words;
 
 private:
     Words::Ask makeAsk() {
         ++made;
-        auto own = std::make_shared<int>();
-        madeLast = own;
+        const std::shared_ptr<int> own(new int, [this](const int* each) {
+            atEndOfAsk();
+            delete each;
+        });
         return [server = server, own](bool isToProbe) { return server->ask(isToProbe); };
     }
 };
@@ -331,15 +334,24 @@ TEST_F(LastWordTest, AServerThatNoThreadCanAskIsOutOfReachUntilOneCan) {
 }
 #endif
 
-TEST_F(LastWordTest, TheEndDestroysWhatAsks) {
+TEST_F(LastWordTest, TheEndDestroysWhatAsksFirst) {
+    std::atomic<bool> hasEnded = false;
+    std::atomic<bool> isLate = false;
+    std::atomic<bool> isDestroyed = false;
+    atEndOfAsk = [&] {
+        isLate = waitUntil([&] { return hasEnded.load(); }, 50ms);
+        isDestroyed = true;
+    };
     useTimeout(10s);
     server->say(1);
     ask();
-    ASSERT_FALSE(madeLast.expired());
+    EXPECT_FALSE(isDestroyed);
 
     words.reset();
+    hasEnded = true;
 
-    EXPECT_TRUE(madeLast.expired());
+    EXPECT_TRUE(waitUntil([&] { return isDestroyed.load(); }));
+    EXPECT_FALSE(isLate);
 }
 
 TEST_F(LastWordTest, TheEndDoesNotWaitForASilentServer) {
