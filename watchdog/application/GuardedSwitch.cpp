@@ -149,10 +149,9 @@ std::shared_ptr<GuardedSwitch::Request> GuardedSwitch::nextRequest() {
 }
 
 void GuardedSwitch::awaitWork(std::chrono::milliseconds timeout) const {
-    std::array<pollfd, 2> sources{
-        pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0},
-        // Negative, and so ignored, while there is no watchdog.
-        pollfd{.fd = supervisor_.descriptor(), .events = POLLIN, .revents = 0}};
+    std::array sources{pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0},
+                       // Negative, and so ignored, while there is no watchdog.
+                       pollfd{.fd = supervisor_.descriptor(), .events = POLLIN, .revents = 0}};
     poll(sources.data(), sources.size(), static_cast<int>(timeout.count()));
     wakeUp_.drain();
 }

@@ -14,6 +14,7 @@
 #include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/watchdog/ReportedDisplays.h"
+#include "tests/watchdog/application/CountedWatchdog.h"
 #include "tests/watchdog/application/SerialSwitch.h"
 #include "tests/watchdog/application/ThreadWatchdog.h"
 #include "watchdog/application/GuardedSwitch.h"
@@ -79,6 +80,7 @@ protected:
     std::function<Outcome()> decideOutcome;
     std::function<void()> beforeStart = [] {};
     ReportedDisplays reported;
+    LinkUse use;
     std::atomic<int> starts = 0;
     std::atomic<int> refusedStarts = 0;
     std::atomic<std::chrono::nanoseconds> now = std::chrono::nanoseconds(std::chrono::minutes(1));
@@ -108,7 +110,7 @@ private:
         }
         sendAll(started->link(), first);
         ++starts;
-        return started;
+        return std::make_unique<CountedWatchdog>(std::move(started), use);
     }
 };
 

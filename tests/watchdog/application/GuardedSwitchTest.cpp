@@ -63,6 +63,33 @@ TEST_F(GuardedSwitchTest, ABeatStartsAWatchdogWhereThereIsNone) {
     EXPECT_TRUE(support::waitUntil([&] { return starts == 2; }));
 }
 
+TEST_F(GuardedSwitchTest, AChangeIsNoSignThatTheMainThreadIsRunning) {
+    guarded->setDisplayEnabled(1, false);
+
+    endWithoutGoodbye();
+
+    EXPECT_EQ(use.heartbeats, 0);
+}
+
+TEST_F(GuardedSwitchTest, ABeatThatTheWatchdogWasToldOfIsNotRepeated) {
+    guarded->beat();
+
+    guarded->setDisplayEnabled(1, false);
+    endWithoutGoodbye();
+
+    EXPECT_EQ(use.heartbeats, 1);
+}
+
+TEST_F(GuardedSwitchTest, SleepsUntilThereIsSomethingToDo) {
+    constexpr int changes = 100;
+    for (int change = 0; change < changes; ++change) {
+        guarded->setDisplayEnabled(1, change % 2 != 0);
+    }
+
+    // And once more for each word of the watchdog's: it says that it is ready, and nothing else.
+    EXPECT_LE(use.looks, changes + 2);
+}
+
 TEST_F(GuardedSwitchTest, AWatchdogThatDiesIdleIsReplacedWithoutARequest) {
     guarded->setDisplayEnabled(1, false);
 

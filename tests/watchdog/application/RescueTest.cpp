@@ -29,15 +29,23 @@ protected:
     ~RescueTest() override { endWithoutGoodbye(); }
 
     std::future<ServerStatus> hangWhileSwitchingOff(DisplayID display) {
-        auto status = std::async(std::launch::async,
-                                 [=, this] { return guarded->setDisplayEnabled(display, false); });
-        hasBegun.get_future().wait();
-        return status;
+        return hangDuring(display, false);
+    }
+    std::future<ServerStatus> hangWhileSwitchingOn(DisplayID display) {
+        return hangDuring(display, true);
     }
 
     std::atomic<bool> isHolding = true;
     std::promise<void> hasBegun;
     std::promise<void> letGo;
+
+private:
+    std::future<ServerStatus> hangDuring(DisplayID display, bool enabled) {
+        auto status = std::async(
+            std::launch::async, [=, this] { return guarded->setDisplayEnabled(display, enabled); });
+        hasBegun.get_future().wait();
+        return status;
+    }
 };
 
 TEST_F(RescueTest, DoesNotWaitBehindAChangeThatHangs) {
@@ -67,6 +75,22 @@ TEST_F(RescueTest, IsInAHurryOnceTheChangeBeforeItHasTakenLong) {
     EXPECT_EQ(rescue.get(), 0);
 }
 
+TEST_F(RescueTest, DoesNotWaitBehindAnotherSwitchOnThatHangs) {
+    useLongestWait(1h);
+    server.switchFromOutside(2, false);
+    auto hanging = hangWhileSwitchingOn(1);
+    skipped = 1h;
+
+    auto rescue =
+        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, true); });
+
+    EXPECT_TRUE(
+        support::waitUntil([&] { return rescue.wait_for(0s) == std::future_status::ready; }));
+    letGo.set_value();
+    EXPECT_EQ(rescue.get(), 0);
+    EXPECT_EQ(hanging.get(), 0);
+}
+
 TEST_F(RescueTest, WaitsForItsTurnBehindAChangeThatHasJustBegun) {
     useLongestWait(1h);
     server.switchFromOutside(2, false);
@@ -81,6 +105,20 @@ TEST_F(RescueTest, WaitsForItsTurnBehindAChangeThatHasJustBegun) {
     EXPECT_EQ(hanging.get(), 0);
     EXPECT_EQ(guarded->setDisplayEnabled(3, false), 0) << "whose turn is after a repetition";
     EXPECT_EQ(guarded->changesEnded(), 3U);
+}
+
+TEST_F(RescueTest, TakesNothingFromTheAnswerOfASwitchOffBehindWhichItWaits) {
+    useLongestWait(1h);
+    auto hanging = hangWhileSwitchingOff(1);
+
+    auto rescue =
+        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(1, true); });
+    ASSERT_TRUE(support::waitUntil([&] { return guarded->waiting() == 1; }));
+    letGo.set_value();
+
+    EXPECT_EQ(hanging.get(), 0);
+    EXPECT_EQ(rescue.get(), 0);
+    EXPECT_TRUE(isOn(1));
 }
 
 TEST_F(RescueTest, IsTheLastWordAboutItsDisplayThoughTheHangingChangeIsMadeAfterIt) {

@@ -17,7 +17,7 @@ protected:
     SlowStartTest() {
         guarded.reset();
         beforeStart = [this] {
-            if (!isStarting.exchange(true)) {
+            if (starts == quickStarts && !isStarting.exchange(true)) {
                 letStart.get_future().wait();
             }
         };
@@ -37,6 +37,8 @@ protected:
         return status;
     }
 
+    /// How many watchdogs come before the slow one.
+    std::atomic<int> quickStarts = 0;
     std::atomic<bool> isStarting = false;
     std::promise<void> letStart;
 };
@@ -70,9 +72,28 @@ TEST_F(SlowStartTest, WhatComesBackDoesNotWaitForIt) {
     letStart.set_value();
 }
 
+TEST_F(SlowStartTest, DuringThatOfASuccessorNoEarlierChangeCountsAsTheOneThatTakesLong) {
+    quickStarts = 1;
+    useLongestWait(1h);
+    EXPECT_EQ(guarded->setDisplayEnabled(1, false), 0);
+    skipped = 1h;
+    killWatchdog();
+    ASSERT_TRUE(support::waitUntil([this] { return isStarting.load(); }));
+
+    auto status =
+        std::async(std::launch::async, [this] { return guarded->setDisplayEnabled(1, true); });
+    ASSERT_TRUE(support::waitUntil([&] { return guarded->waiting() == 1; }));
+    letStart.set_value();
+
+    EXPECT_EQ(status.get(), 0);
+    EXPECT_EQ(guarded->setDisplayEnabled(2, false), 0) << "whose turn is after a repetition";
+    EXPECT_EQ(guarded->changesEnded(), 3U) << "each was made once";
+}
+
 TEST_F(SlowStartTest, IsToldWhatWasHandedOverBefore) {
     server.switchFromOutside(2, false);
     begin(1h);
+    EXPECT_FALSE(guarded->isHandedOver());
 
     guarded->handOver({2});
     EXPECT_FALSE(guarded->isHandedOver());
