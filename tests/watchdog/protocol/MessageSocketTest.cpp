@@ -2,11 +2,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <optional>
 #include <thread>
 #include <vector>
+
+#include "tests/support/WaitUntil.h"
 
 namespace tavrel::watchdog {
 namespace {
@@ -25,6 +29,11 @@ protected:
     void sendRaw(std::span<const std::uint8_t> bytes) const {
         ASSERT_EQ(::send(theirs->descriptor(), bytes.data(), bytes.size(), 0),
                   static_cast<ssize_t>(bytes.size()));
+    }
+
+    static bool isReadable(const MessageSocket& socket) {
+        pollfd waiting{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
+        return poll(&waiting, 1, 0) > 0;
     }
 
     MessageSocket ours;
@@ -102,22 +111,53 @@ TEST_F(MessageSocketTest, ReceivingEndsAtItsTimeout) {
     EXPECT_EQ(ours.receive(20ms), Received(NoMessage::timedOut));
 }
 
-TEST_F(MessageSocketTest, HalfAMessageIsKeptUntilTheOtherHalfArrives) {
+TEST_F(MessageSocketTest, PartOfAMessageIsKeptUntilTheRestArrives) {
     const MessageBytes bytes = encode({.kind = Kind::goodbye});
-    sendRaw(std::span(bytes).first(13));
-    EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut));
+    for (std::size_t part = 1; part < messageSize; ++part) {
+        sendRaw(std::span(bytes).first(part));
+        EXPECT_EQ(ours.receive(0ms), Received(NoMessage::timedOut)) << part;
 
-    sendRaw(std::span(bytes).subspan(13));
+        sendRaw(std::span(bytes).subspan(part));
 
-    EXPECT_EQ(ours.receive(0ms), Received(Message{.kind = Kind::goodbye}));
+        EXPECT_EQ(ours.receive(0ms), Received(Message{.kind = Kind::goodbye})) << part;
+    }
+}
+
+TEST_F(MessageSocketTest, AnInterruptionLongAgoIsNotTakenForOneNow) {
+    const Message message{.kind = Kind::goodbye};
+    theirs->send(message);
+    theirs.reset();
+
+    // No call that succeeds takes it back.
+    errno = EINTR;
+    EXPECT_EQ(ours.receive(longest), Received(message));
+    errno = EINTR;
+    EXPECT_EQ(ours.receive(longest), Received(NoMessage::gone));
+    errno = EINTR;
+    ours.hangUp();
+}
+
+TEST_F(MessageSocketTest, OfSeveralMessagesAllAreSent) {
+    const std::vector<Message> messages{{.kind = Kind::alreadyOff, .display = 1},
+                                        {.kind = Kind::alreadyOff, .display = 2}};
+
+    EXPECT_TRUE(sendAll(ours, {}));
+    EXPECT_TRUE(sendAll(ours, messages));
+
+    EXPECT_EQ(theirs->receive(0ms), Received(messages.front()));
+    EXPECT_EQ(theirs->receive(0ms), Received(messages.back()));
+    theirs.reset();
+    EXPECT_FALSE(sendAll(ours, messages));
 }
 
 TEST_F(MessageSocketTest, HangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) {
     // More than fits into the connection, so that it has to be read for the sender to go on.
     const std::vector<std::uint8_t> noise(1'000'000, 0x55);
+    sendRaw(std::span(noise).first(1));
     std::optional<Received> seen;
     std::thread other([&] {
         seen = theirs->receive(longest);
+        EXPECT_TRUE(support::waitUntil([&] { return !isReadable(ours); }));
         sendRaw(noise);
         theirs.reset();
     });

@@ -36,6 +36,14 @@ std::vector<Message> messagesOfEachKind() {
     };
 }
 
+int numberOf(Kind kind) {
+    return static_cast<int>(kind);
+}
+
+bool isImpossible(const Message& message) {
+    return decode(encode(message)) == Decoded(MessageError::impossibleField);
+}
+
 TEST(MessageTest, EveryMessageIsDecodedAsItWasEncoded) {
     for (const Message& message : messagesOfEachKind()) {
         EXPECT_EQ(decode(encode(message)), Decoded(message));
@@ -52,7 +60,7 @@ TEST(MessageTest, TheBytesAreTheSameOnEveryMachine) {
 TEST(MessageTest, WhatIsShorterOrLongerIsNotAMessage) {
     const Message message{.kind = Kind::goodbye};
     std::vector<std::uint8_t> bytes = streamOf({message});
-    bytes.push_back(0);
+    bytes.push_back(0xFF);
     for (std::size_t size = 0; size <= bytes.size(); ++size) {
         const Decoded expected =
             size == messageSize ? Decoded(message) : Decoded(MessageError::wrongLength);
@@ -101,6 +109,25 @@ INSTANTIATE_TEST_SUITE_P(EachField, DamagedMessageTest,
                                          Damage{5, 8, MessageError::impossibleField},
                                          // An answer about a display.
                                          Damage{5, 5, MessageError::impossibleField}));
+
+TEST(MessageTest, AnyFieldThatDoesNotGoWithItsKindIsImpossible) {
+    for (const Kind kind : {Kind::ready, Kind::goodbye, Kind::heartbeat}) {
+        EXPECT_TRUE(isImpossible({.kind = kind, .id = 1})) << numberOf(kind);
+        EXPECT_TRUE(isImpossible({.kind = kind, .display = 1})) << numberOf(kind);
+        EXPECT_TRUE(isImpossible({.kind = kind, .status = 1})) << numberOf(kind);
+    }
+    for (const Kind kind : {Kind::alreadyOff, Kind::handOver}) {
+        EXPECT_TRUE(isImpossible({.kind = kind, .id = 1, .display = 5})) << numberOf(kind);
+        EXPECT_TRUE(isImpossible({.kind = kind, .display = 5, .status = 1})) << numberOf(kind);
+    }
+    for (const Kind kind : {Kind::switchOff, Kind::switchOn}) {
+        EXPECT_TRUE(isImpossible({.kind = kind, .id = 0, .display = 5})) << numberOf(kind);
+        EXPECT_TRUE(isImpossible({.kind = kind, .id = 1, .display = 5, .status = 1}))
+            << numberOf(kind);
+    }
+    EXPECT_TRUE(isImpossible({.kind = Kind::answer, .id = 0}));
+    EXPECT_TRUE(isImpossible({.kind = Kind::answer, .id = 1, .display = 5}));
+}
 
 TEST(MessageTest, NoTwoSequencesOfBytesMeanTheSame) {
     std::size_t accepted = 0;
