@@ -1,11 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "tests/watchdog/program/WatchdogServiceFixture.h"
 
 namespace tavrel::watchdog {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -83,21 +86,45 @@ TEST_F(WatchdogLooksTest, ADisplayThatIsInNoListWhileItIsOffIsKnownFromEarlierLo
     EXPECT_THAT(forgetful.takeChanges(), ElementsAre(Pair(1, true), Pair(2, true)));
 }
 
+/// The connection of an application that hangs; meanwhile the only display is unplugged and
+/// another one, which nobody has switched on, plugged in.
+class ApplicationAtAnotherDesk : public ScriptedChannel {
+public:
+    explicit ApplicationAtAnotherDesk(SimulatedWindowServer& server)
+        : ScriptedChannel({silence}), server_(server) {}
+
+    Received receive(std::chrono::milliseconds timeout) override {
+        server_.disconnect(1);
+        server_.connect({.id = 2, .enabled = false});
+        return ScriptedChannel::receive(timeout);
+    }
+
+private:
+    SimulatedWindowServer& server_;
+};
+
+TEST_F(WatchdogLooksTest, WhatIsPluggedInWhileTheApplicationIsSilentIsSwitchedOnToo) {
+    SimulatedWindowServer desk;
+    desk.connect({.id = 1});
+    ApplicationAtAnotherDesk application(desk);
+
+    WatchdogService(desk, desk, application, [](auto /*time*/) {}).run();
+
+    EXPECT_THAT(desk.takeChanges(), Contains(Pair(2, true)));
+}
+
 /// The connection of an application beside which another program switches display 1.
 class SharingApplication : public ScriptedChannel {
 public:
-    /// Before each of these messages, counting from 0, the other program acts.
-    struct Acts {
-        std::size_t on;
-        std::size_t off;
-    };
+    /// Before these messages, counting from 0, the other program switches it on, or off.
+    using Acts = std::map<std::size_t, bool>;
 
     SharingApplication(std::deque<Received> said, SimulatedWindowServer& server, Acts acts)
-        : ScriptedChannel(std::move(said)), server_(server), acts_(acts) {}
+        : ScriptedChannel(std::move(said)), server_(server), acts_(std::move(acts)) {}
 
     Received receive(std::chrono::milliseconds timeout) override {
-        if (received_ == acts_.on || received_ == acts_.off) {
-            server_.switchFromOutside(1, received_ == acts_.on);
+        if (const auto act = acts_.find(received_); act != acts_.end()) {
+            server_.switchFromOutside(1, act->second);
         }
         ++received_;
         return ScriptedChannel::receive(timeout);
@@ -111,7 +138,7 @@ private:
 
 TEST_F(WatchdogLooksTest, WhatAnotherProgramSwitchedOnAndOffAgainStaysOff) {
     SharingApplication application({off(1, 1), heartbeat, heartbeat, heartbeat}, server,
-                                   {.on = 2, .off = 4});
+                                   {{2, true}, {4, false}});
 
     WatchdogService(displays, server, application, [](auto /*time*/) {}).run();
 
@@ -121,7 +148,17 @@ TEST_F(WatchdogLooksTest, WhatAnotherProgramSwitchedOnAndOffAgainStaysOff) {
 }
 
 TEST_F(WatchdogLooksTest, WhatWasOnAtOneLookOnlyIsSwitchedOnAtTheEnd) {
-    SharingApplication application({off(1, 1), heartbeat, heartbeat}, server, {.on = 2, .off = 3});
+    SharingApplication application({off(1, 1), heartbeat, heartbeat}, server,
+                                   {{2, true}, {3, false}});
+
+    WatchdogService(displays, server, application, [](auto /*time*/) {}).run();
+
+    EXPECT_TRUE(isOn(1));
+}
+
+TEST_F(WatchdogLooksTest, WhatItSwitchesOffOnceMoreMustBeSeenOnTwiceAnew) {
+    SharingApplication application({off(1, 1), heartbeat, off(2, 1), heartbeat}, server,
+                                   {{1, true}, {3, true}, {4, false}});
 
     WatchdogService(displays, server, application, [](auto /*time*/) {}).run();
 
