@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -22,13 +23,19 @@ namespace tavrel::watchdog {
 /// A watchdog that only says what it was told to, whatever is asked.
 class PuppetWatchdog : public RunningWatchdog {
 public:
-    PuppetWatchdog(const std::vector<Message>& says, int& killed)
-        : PuppetWatchdog(says, killed, makeSocketPair()) {}
+    /// How often that was done to puppets.
+    struct Ends {
+        int killed = 0;
+        int dismissed = 0;
+    };
+
+    PuppetWatchdog(const std::vector<Message>& says, Ends& ends)
+        : PuppetWatchdog(says, ends, makeSocketPair()) {}
 
     MessageSocket& link() override { return link_; }
     int descriptor() const override { return link_.descriptor(); }
-    void dismiss() override { link_.send({.kind = Message::Kind::goodbye}); }
-    void kill() override { ++killed_; }
+    void dismiss() override { ++ends_.dismissed; }
+    void kill() override { ++ends_.killed; }
 
     /// What it was told next; std::nullopt when that is nothing.
     std::optional<Message> hear() {
@@ -39,17 +46,17 @@ public:
     void say(const Message& message) { theirs_.send(message); }
 
 private:
-    using Ends = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
-    PuppetWatchdog(const std::vector<Message>& says, int& killed, Ends ends)
-        : killed_(killed),
-          link_(std::move(ends.value().first)),
-          theirs_(std::move(ends.value().second)) {
+    using Sockets = std::optional<std::pair<FileDescriptor, FileDescriptor>>;
+    PuppetWatchdog(const std::vector<Message>& says, Ends& ends, Sockets sockets)
+        : ends_(ends),
+          link_(std::move(sockets.value().first)),
+          theirs_(std::move(sockets.value().second)) {
         for (const Message& message : says) {
             say(message);
         }
     }
 
-    int& killed_;
+    Ends& ends_;
     MessageSocket link_;
     MessageSocket theirs_;
 };
@@ -69,6 +76,7 @@ protected:
                 inner, reported,
                 SupervisorSetup{.startWatchdog = [this](const auto& first) { return start(first); },
                                 .now = [this] { return now; },
+                                .stopwatch = stopwatch,
                                 .pause = [this](std::chrono::milliseconds time) { pause(time); },
                                 .answerTimeout = answerTimeout,
                                 .urgentTimeout = urgentTimeout});
@@ -124,17 +132,26 @@ protected:
         int refusals = 0;
         ServerStatus refusal = serverStatus::cannotComplete;
     } inner{server};
-    ReportedDisplays reported;
+    struct Questions : ReportedDisplays {
+        std::unique_ptr<DisplayMoment> now() override {
+            whenAsked();
+            return ReportedDisplays::now();
+        }
+        std::function<void()> whenAsked = [] {};
+    } reported;
 
     std::chrono::nanoseconds now = std::chrono::seconds(1000);
+    /// By which answers are waited for.
+    MonotonicClock stopwatch = steadyTime;
     std::chrono::milliseconds answerTimeout = std::chrono::seconds(30);
     std::chrono::milliseconds urgentTimeout = std::chrono::seconds(30);
     std::chrono::milliseconds paused{0};
     int starts = 0;
     int failingStarts = 0;
+    std::chrono::seconds betweenStarts{0};
     /// What the next watchdog to be started says instead of serving.
     std::optional<std::vector<Message>> puppetSays;
-    int puppetsKilled = 0;
+    PuppetWatchdog::Ends puppets;
     /// Not owned; the one started last.
     PuppetWatchdog* puppet = nullptr;
     /// Of the next requests; later ones succeed.
@@ -145,12 +162,13 @@ protected:
 private:
     std::unique_ptr<RunningWatchdog> start(const std::vector<Message>& first) {
         ++starts;
+        now += betweenStarts;
         if (starts <= failingStarts) {
             return nullptr;
         }
         if (puppetSays) {
-            auto made = std::make_unique<PuppetWatchdog>(*std::exchange(puppetSays, std::nullopt),
-                                                         puppetsKilled);
+            auto made =
+                std::make_unique<PuppetWatchdog>(*std::exchange(puppetSays, std::nullopt), puppets);
             puppet = made.get();
             sendAll(made->link(), first);
             return made;

@@ -13,6 +13,14 @@ using Kind = Message::Kind;
 
 using SupervisorGoodbyeTest = WatchdogSupervisorTest;
 
+TEST(SupervisorSetupTest, PausesForAsLongAsItIsTold) {
+    const auto begin = std::chrono::steady_clock::now();
+
+    SupervisorSetup().pause(20ms);
+
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 20ms);
+}
+
 TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsOffIsSwitchedOnAndTheWatchdogDismissed) {
     switchOff(1);
     switchOff(2);
@@ -23,6 +31,15 @@ TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsOffIsSwitchedOnAndTheWatchdogDismi
     EXPECT_TRUE(isOn(2));
     EXPECT_THAT(requests,
                 ElementsAre(Pair(1, false), Pair(2, false), Pair(2, true), Pair(1, true)));
+    EXPECT_TRUE(isInProcess());
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeAWatchdogWithNothingLeftToDoIsDismissed) {
+    startPuppet();
+
+    supervisor().goodbye();
+
+    EXPECT_EQ(puppets.dismissed, 1);
     EXPECT_TRUE(isInProcess());
 }
 
@@ -58,7 +75,7 @@ TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWithoutAWatchdogThisProcessTriesAgain) {
     EXPECT_EQ(paused, 8 * insistenceInterval);
 }
 
-TEST_F(SupervisorGoodbyeTest, AWatchdogIsNeverDismissedWhileSomethingIsOff) {
+TEST_F(SupervisorGoodbyeTest, WhatIsStillOffAfterAGoodbyeIsSwitchedOnByTheWatchdog) {
     switchOff(1);
     // As often as the supervisor tries; then the watchdog itself does.
     outcomes.assign(insistentAttempts, Outcome::isRefused);
@@ -70,6 +87,30 @@ TEST_F(SupervisorGoodbyeTest, AWatchdogIsNeverDismissedWhileSomethingIsOff) {
     EXPECT_TRUE(isInProcess());
 }
 
+TEST_F(SupervisorGoodbyeTest, SoIsWhatWasSwitchedOffByAnotherProgramAndRefused) {
+    server.switchFromOutside(3, false);
+    outcomes.assign(1 + insistentAttempts, Outcome::isRefused);
+    EXPECT_EQ(switchOn(3), 1004);
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(3));
+}
+
+TEST_F(SupervisorGoodbyeTest, AWatchdogIsNeverDismissedWhileSomethingIsOff) {
+    puppetSays = {{.kind = Kind::ready}, {.kind = Kind::answer, .id = 1}};
+    for (std::uint32_t attempt = 1; attempt <= insistentAttempts; ++attempt) {
+        puppetSays->push_back(
+            {.kind = Kind::answer, .id = 1 + attempt, .status = serverStatus::cannotComplete});
+    }
+    EXPECT_EQ(switchOff(1), 0);
+
+    supervisor().goodbye();
+
+    EXPECT_EQ(puppets.dismissed, 0) << "it would be given too little time";
+    EXPECT_EQ(starts, 1);
+}
+
 TEST_F(SupervisorGoodbyeTest, AtAGoodbyeNobodyWaitsForADisplayThatWasUnplugged) {
     switchOff(1);
     server.disconnect(1);
@@ -77,6 +118,18 @@ TEST_F(SupervisorGoodbyeTest, AtAGoodbyeNobodyWaitsForADisplayThatWasUnplugged) 
     supervisor().goodbye();
 
     EXPECT_EQ(paused, 0ms);
+}
+
+TEST_F(SupervisorGoodbyeTest, AWatchdogThatFindsADisplayUnpluggedIsDismissed) {
+    puppetSays = {{.kind = Kind::ready},
+                  {.kind = Kind::answer, .id = 1},
+                  {.kind = Kind::answer, .id = 2, .status = serverStatus::illegalArgument}};
+    EXPECT_EQ(switchOff(1), 0);
+
+    supervisor().goodbye();
+
+    EXPECT_EQ(puppets.dismissed, 1);
+    EXPECT_EQ(starts, 1);
 }
 
 TEST_F(SupervisorGoodbyeTest, WhatIsHandedOverIsToldToTheWatchdogAndToEachThatTakesItsPlace) {
@@ -122,6 +175,27 @@ TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWhatIsHandedOverIsSwitchedOnOnce) {
 
     EXPECT_TRUE(isOn(3));
     EXPECT_THAT(requests, ElementsAre(Pair(3, true)));
+}
+
+TEST_F(SupervisorGoodbyeTest, AtAGoodbyeWithoutAWatchdogThisProcessSwitchesOnWhatIsHandedOver) {
+    failingStarts = 1000;
+    server.switchFromOutside(3, false);
+    supervisor().handOver({3});
+
+    supervisor().goodbye();
+
+    EXPECT_TRUE(isOn(3));
+}
+
+TEST_F(SupervisorGoodbyeTest, WhatWasRefusedAndSwitchedOnSinceIsLeftAlone) {
+    server.switchFromOutside(3, false);
+    outcomes = {Outcome::isRefused};
+    EXPECT_EQ(switchOn(3), 1004);
+    EXPECT_EQ(switchOn(3), 0);
+
+    supervisor().goodbye();
+
+    EXPECT_THAT(requests, ElementsAre(Pair(3, true), Pair(3, true)));
 }
 
 TEST_F(SupervisorGoodbyeTest, WhatWasHandedOverAndSwitchedOnSinceIsLeftAlone) {

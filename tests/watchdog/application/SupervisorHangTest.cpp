@@ -8,6 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::Pair;
 using Kind = Message::Kind;
 
@@ -29,7 +30,7 @@ TEST_F(SupervisorHangTest, AWatchdogThatHasLongStoppedReadingIsReplaced) {
     }
 
     EXPECT_EQ(starts, 2);
-    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(puppets.killed, 1);
 }
 
 TEST_F(SupervisorHangTest, WhenNothingIsUsableAHungWatchdogIsReplacedAndThisProcessSwitches) {
@@ -42,7 +43,7 @@ TEST_F(SupervisorHangTest, WhenNothingIsUsableAHungWatchdogIsReplacedAndThisProc
 
     EXPECT_TRUE(isOn(1));
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
-    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(puppets.killed, 1);
     EXPECT_EQ(starts, 2);
 }
 
@@ -76,6 +77,52 @@ TEST_F(SupervisorHangTest, AWatchdogIsGivenTimeWhileTheServerIsSilentHoweverUrge
     EXPECT_GE(std::chrono::steady_clock::now() - asked, answerTimeout);
 }
 
+TEST_F(SupervisorHangTest, AWatchdogIsGivenTimeWhileTheServerTakesLongerThanASecondToAnswer) {
+    urgentTimeout = 20ms;
+    std::chrono::nanoseconds time{0};
+    stopwatch = [&] { return time; };
+    reported.say({{{1, false}}});
+    reported.whenAsked = [&] {
+        time += 1s + 1ns;
+        puppet->say({.kind = Kind::answer, .id = 1});
+    };
+    startPuppet();
+
+    EXPECT_EQ(switchOn(1), 0);
+
+    EXPECT_EQ(puppets.killed, 0);
+    EXPECT_THAT(inner.changes, IsEmpty()) << "it was busy with the change";
+}
+
+TEST_F(SupervisorHangTest, AServerThatAnswersWithinASecondIsNotBusyWithTheChange) {
+    urgentTimeout = 20ms;
+    std::chrono::nanoseconds time{0};
+    stopwatch = [&] { return time; };
+    reported.say({{{1, false}}});
+    reported.whenAsked = [&] { time += 1s; };
+    startPuppet();
+
+    EXPECT_EQ(switchOn(1), 0);
+
+    EXPECT_EQ(time, 1s) << "it was asked once";
+    EXPECT_EQ(puppets.killed, 1);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+}
+
+TEST_F(SupervisorHangTest, ASwitchOffDuringWhichTheWatchdogHangsIsUndoneByTheNext) {
+    urgentTimeout = 20ms;
+    reported.say({{{1, false}}});
+    // The next is given its time.
+    reported.whenAsked = [&] { reported.say({{{1, starts > 1}}}); };
+    startPuppet();
+
+    EXPECT_EQ(switchOff(1), 1004);
+
+    EXPECT_EQ(puppets.killed, 1);
+    EXPECT_THAT(requests, ElementsAre(Pair(1, true)));
+    EXPECT_THAT(inner.changes, IsEmpty());
+}
+
 TEST_F(SupervisorHangTest, WhenTheApplicationEndsAHungWatchdogIsNotWaitedFor) {
     urgentTimeout = 20ms;
     reported.say({{{1, false}, {2, true}}});
@@ -86,7 +133,7 @@ TEST_F(SupervisorHangTest, WhenTheApplicationEndsAHungWatchdogIsNotWaitedFor) {
 
     EXPECT_EQ(switchOn(1), 0);
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
-    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(puppets.killed, 1);
 }
 
 }  // namespace

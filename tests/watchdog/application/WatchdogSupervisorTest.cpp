@@ -213,6 +213,18 @@ TEST_F(WatchdogSupervisorTest, ASwitchOnThatCrashesEveryWatchdogIsMadeInThisProc
     EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
 }
 
+TEST_F(WatchdogSupervisorTest, ASwitchOnIsAskedOfNoMoreThanThreeWatchdogsHoweverSlowlyTheyCrash) {
+    switchOff(1);
+    requests.clear();
+    betweenStarts = 1min;
+    outcomes.assign(4, Outcome::crashesBefore);
+
+    EXPECT_EQ(switchOn(1), 0);
+
+    EXPECT_EQ(requests.size(), 3U);
+    EXPECT_THAT(inner.changes, ElementsAre(Pair(1, true)));
+}
+
 TEST_F(WatchdogSupervisorTest, ASwitchOffThatCrashesEveryWatchdogIsNeverMadeInThisProcess) {
     outcomes = {Outcome::crashesAfter, Outcome::crashesBefore, Outcome::crashesBefore};
 
@@ -247,13 +259,43 @@ TEST_F(WatchdogSupervisorTest, AWatchdogThatCannotBeStartedAtFirstIsStartedLater
     EXPECT_TRUE(isOn(1));
 }
 
+TEST_F(WatchdogSupervisorTest, OnceAWatchdogHasRunTheNextRefusalToStartOneCountsAsTheFirst) {
+    failingStarts = 3;
+    supervisor();
+    for (int second = 0; second < 3; ++second) {
+        now += 10s;
+        supervisor().beat();
+    }
+    ASSERT_FALSE(isInProcess());
+    failingStarts = 5;
+    killIdleWatchdog();
+    ASSERT_TRUE(isInProcess());
+
+    now += 1s;
+    supervisor().beat();
+
+    EXPECT_FALSE(isInProcess());
+}
+
+TEST_F(WatchdogSupervisorTest, AnAnswerThatIsRepeatedDoesNotAnswerTheNextRequest) {
+    const Message answer{.kind = Kind::answer, .id = 1};
+    puppetSays = {{.kind = Kind::ready}, answer, answer};
+    EXPECT_EQ(switchOn(1), 0);
+    ASSERT_EQ(starts, 1);
+
+    EXPECT_EQ(switchOn(2), 0);
+
+    EXPECT_EQ(starts, 2);
+    EXPECT_THAT(requests, ElementsAre(Pair(2, true)));
+}
+
 TEST_F(WatchdogSupervisorTest, AnAnswerToAnotherRequestIsNoAnswer) {
     puppetSays = {{.kind = Kind::ready}, {.kind = Kind::answer, .id = 77, .status = 0}};
     supervisor();
 
     EXPECT_EQ(switchOn(1), 0);
 
-    EXPECT_EQ(puppetsKilled, 1);
+    EXPECT_EQ(puppets.killed, 1);
     EXPECT_EQ(starts, 2);
     EXPECT_THAT(requests, ElementsAre(Pair(1, true)));
 }
@@ -264,7 +306,7 @@ TEST_F(WatchdogSupervisorTest, AWatchdogThatDoesNotAnswerInTimeIsReplaced) {
 
     EXPECT_EQ(switchOn(1), 0);
 
-    EXPECT_EQ(puppetsKilled, 1) << "or it might still switch one day";
+    EXPECT_EQ(puppets.killed, 1) << "or it might still switch one day";
     EXPECT_EQ(starts, 2);
 }
 
@@ -280,7 +322,7 @@ TEST_F(WatchdogSupervisorTest, AWatchdogThatSpeaksUnaskedIsReplaced) {
 
         EXPECT_EQ(starts, startsBefore + 2);
     }
-    EXPECT_EQ(puppetsKilled, 3);
+    EXPECT_EQ(puppets.killed, 3);
 }
 
 TEST_F(WatchdogSupervisorTest, AWatchdogMaySayOnceThatItIsReady) {
