@@ -3,9 +3,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/socket.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -167,6 +170,29 @@ TEST_F(MessageSocketTest, HangingUpShowsAtOnceAndLastsUntilTheOtherSideHasGone) 
     other.join();
     EXPECT_EQ(seen, Received(NoMessage::gone));
     EXPECT_FALSE(theirs.has_value());
+}
+
+TEST_F(MessageSocketTest, HangingUpOutlastsInterruptions) {
+    static std::atomic<int> interruptions = 0;
+    struct sigaction former {};
+    struct sigaction counting {};
+    counting.sa_handler = [](int /*signal*/) { ++interruptions; };
+    sigaction(SIGUSR1, &counting, &former);
+    std::atomic<bool> isOver = false;
+    std::thread hangingUp([&] {
+        ours.hangUp();
+        isOver = true;
+    });
+
+    EXPECT_TRUE(support::waitUntil([&] {
+        pthread_kill(hangingUp.native_handle(), SIGUSR1);
+        return interruptions >= 10 || isOver;
+    }));
+
+    EXPECT_FALSE(isOver);
+    theirs.reset();
+    hangingUp.join();
+    sigaction(SIGUSR1, &former, nullptr);
 }
 
 TEST_F(MessageSocketTest, StartedProgramsInheritNeitherEnd) {
