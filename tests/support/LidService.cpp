@@ -8,21 +8,21 @@
 
 namespace tavrel::support {
 
-namespace {
-
-struct Names {
+struct LidNames {
     const char* service;
     const char* object;
     const char* interface;
     const char* property;
 };
 
-Names namesOf(LidService::Kind kind) {
+namespace {
+
+LidNames namesOf(LidService::Kind kind) {
     return kind == LidService::Kind::upower
-               ? Names{"org.freedesktop.UPower", "/org/freedesktop/UPower",
-                       "org.freedesktop.UPower", "LidIsClosed"}
-               : Names{"org.freedesktop.login1", "/org/freedesktop/login1",
-                       "org.freedesktop.login1.Manager", "LidClosed"};
+               ? LidNames{"org.freedesktop.UPower", "/org/freedesktop/UPower",
+                          "org.freedesktop.UPower", "LidIsClosed"}
+               : LidNames{"org.freedesktop.login1", "/org/freedesktop/login1",
+                          "org.freedesktop.login1.Manager", "LidClosed"};
 }
 
 int answer(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
@@ -50,7 +50,7 @@ struct LidService::Served {
     }
     ~Served() { isEnding = true; }
 
-    const Names names;
+    const LidNames names;
     const bool emits;
     std::atomic<bool> isClosed;
     std::atomic<bool> isEnding = false;
