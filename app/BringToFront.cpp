@@ -18,7 +18,8 @@ namespace {
 void claimFocusNow([[maybe_unused]] const QWidget& window) {
 #if QT_CONFIG(xcb)
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr) {
+    // The toolkit's platform without a screen has one, and no connection.
+    if (x11 == nullptr || x11->connection() == nullptr) {
         return;
     }
     // The window has to be there before it is asked for.

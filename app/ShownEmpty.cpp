@@ -16,7 +16,9 @@ namespace {
 /// window without a picture is not shown at all.
 void letServerPaint([[maybe_unused]] const QWidget& window) {
 #if QT_CONFIG(xcb)
-    if (const auto* server = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
+    const auto* server = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    // The toolkit's platform without a screen has one, and no connection.
+    if (server != nullptr && server->connection() != nullptr) {
         x11::setExposedColor(server->connection(), static_cast<xcb_window_t>(window.winId()),
                              window.palette().color(QPalette::Window).rgb());
     }
