@@ -9,7 +9,7 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* name = "org.freedesktop.portal.Desktop";
+constexpr const char* portalName = "org.freedesktop.portal.Desktop";
 constexpr const char* portalObject = "/org/freedesktop/portal/desktop";
 constexpr const char* shortcutsInterface = "org.freedesktop.portal.GlobalShortcuts";
 
@@ -42,7 +42,7 @@ struct ShortcutsPortal::Served {
         if (behaviour.hasShortcuts) {
             service.add(portalObject, shortcutsInterface, shortcuts, this);
         }
-        service.start(name);
+        service.start(portalName);
     }
 
     void log(const std::string& line) {

@@ -9,15 +9,15 @@ namespace tavrel::support {
 
 namespace {
 
-constexpr const char* name = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* object = "/StatusNotifierWatcher";
 
 }  // namespace
 
 struct TrayWatcher::Served {
     explicit Served(const std::string& busAddress) : service(busAddress) {
-        service.add(object, name, vtable, this);
-        service.start(name);
+        service.add(object, watcherName, vtable, this);
+        service.start(watcherName);
     }
 
     static int take(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
@@ -63,7 +63,7 @@ void TrayWatcher::setHost(bool isPresent) {
     }
     served_->service.post([isPresent](sd_bus& bus) {
         sd_bus_emit_signal(
-            &bus, object, name,
+            &bus, object, watcherName,
             isPresent ? "StatusNotifierHostRegistered" : "StatusNotifierHostUnregistered", "");
     });
 }
