@@ -45,10 +45,10 @@ constexpr std::chrono::seconds answerTimeout{30};
 class WatchdogExecutableTest : public testing::Test {
 protected:
     /// Returns when it is ready.
-    void startWatchdog(const std::string& displayName) {
+    void startWatchdog(const std::string& displayName, const std::string& windowServer = {}) {
         setenv("DISPLAY", displayName.c_str(), 1);
         setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-        watchdog = WatchdogProcess::start(TAVREL_WATCHDOG);
+        watchdog = WatchdogProcess::start(TAVREL_WATCHDOG, {}, windowServer);
         ASSERT_NE(watchdog, nullptr);
         EXPECT_EQ(watchdog->link().receive(answerTimeout), Received(Message{.kind = Kind::ready}));
     }
@@ -198,6 +198,13 @@ TEST_F(WatchdogAtServerTest, WhenAbandonedItBringsBackWhatItSwitchedOffAsItWasAn
 
     EXPECT_EQ(desktop.monitors(), atFirst);
     EXPECT_EQ(desktop.screenSize(), (support::ScreenSize{5760, 1080}));
+}
+
+TEST_F(WatchdogAtServerTest, UsesTheWindowServerThatItIsTold) {
+    startWatchdog(desktop.displayName(), "none");
+
+    EXPECT_EQ(ask(Kind::switchOff, "DUMMY0"), 1006);
+    EXPECT_TRUE(isOn("DUMMY0"));
 }
 
 TEST_F(WatchdogAtServerTest, BringsBackWhatAnotherWatchdogSwitchedOffAsItWas) {
