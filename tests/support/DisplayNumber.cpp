@@ -1,14 +1,52 @@
 #include "tests/support/DisplayNumber.h"
 
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cstddef>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "tests/support/WaitUntil.h"
 
 namespace tavrel::support {
+
+namespace {
+
+/// A socket with a name that only one can have, and that goes with its process; empty if another
+/// has the name.
+FileDescriptor hold(int number) {
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    // One that begins with a zero is in no folder.
+    const std::string name = "tavrel-tests-display-" + std::to_string(number);
+    std::copy(name.begin(), name.end(), address.sun_path + 1);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    const bool isOurs =
+        ::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), size) == 0;
+    return isOurs ? std::move(socket) : FileDescriptor();
+}
+
+}  // namespace
+
+DisplayNumber::DisplayNumber() {
+    // Above those that servers look for by themselves, which begin at 0.
+    constexpr int first = 100;
+    constexpr int end = 1000;
+    for (value_ = first; value_ < end; ++value_) {
+        held_ = hold(value_);
+        if (held_.isOpen()) {
+            return;
+        }
+    }
+    throw std::runtime_error("no number is left for an X server");
+}
 
 std::optional<int> readDisplayNumber(const FileDescriptor& pipe) {
     std::string text;

@@ -67,7 +67,7 @@ std::string serverProgram() {
 VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()) {
     // Who talks to this server here outlives it at times.
     ignoreBrokenPipes();
-    // Servers that look for a free number at the same time can disturb each other.
+    // Somebody else's server may have the number.
     constexpr int attempts = 3;
     for (int attempt = 1; displayName_.empty(); ++attempt) {
         try {
@@ -76,6 +76,7 @@ VirtualDesktop::VirtualDesktop(const Options& options) : janitor_(folder_.path()
             if (attempt == attempts) {
                 throw;
             }
+            number_ = DisplayNumber();
         }
     }
     if (options.randr) {
@@ -98,21 +99,15 @@ void VirtualDesktop::startServer(const Options& options) {
     writeFile(config, configuration);
     std::filesystem::create_directories(noFurtherConfig);
 
-    Pipe number;
+    Pipe ready;
     ChildProcess::Options server;
-    server.command = {serverProgram(),
-                      "-displayfd",
-                      "3",
-                      "-config",
-                      config.string(),
-                      "-configdir",
-                      noFurtherConfig.string(),
-                      "-logfile",
-                      (folder_.path() / "xorg.log").string(),
-                      "-noreset",
-                      "-nolisten",
-                      "tcp",
-                      "-novtswitch",
+    server.command = {serverProgram(), number_.name(),
+                      "-displayfd",    "3",
+                      "-config",       config.string(),
+                      "-configdir",    noFurtherConfig.string(),
+                      "-logfile",      (folder_.path() / "xorg.log").string(),
+                      "-noreset",      "-nolisten",
+                      "tcp",           "-novtswitch",
                       "-sharevts"};
     if (!options.randr) {
         server.command.insert(server.command.end(), {"-extension", "RANDR"});
@@ -120,19 +115,18 @@ void VirtualDesktop::startServer(const Options& options) {
     server.command.insert(server.command.end(), options.serverArguments.begin(),
                           options.serverArguments.end());
     server.standardError = folder_.path() / "xorg.err";
-    server.descriptorThree = number.writeEnd.number();
+    server.descriptorThree = ready.writeEnd.number();
     server_ = std::make_unique<ChildProcess>(server);
     janitor_.watchGroup(server_->pid());
-    number.writeEnd.close();
+    ready.writeEnd.close();
 
-    const std::optional<int> display = readDisplayNumber(number.readEnd);
-    if (!display) {
+    if (readDisplayNumber(ready.readEnd) != number_.value()) {
         endServer();
         throw std::runtime_error("the X server did not come up:\n" +
                                  readFile(folder_.path() / "xorg.err"));
     }
-    janitor_.watchDisplay(*display);
-    displayName_ = ":" + std::to_string(*display);
+    janitor_.watchDisplay(number_.value());
+    displayName_ = number_.name();
 }
 
 void VirtualDesktop::arrangeMonitors(int count) const {
@@ -175,7 +169,6 @@ Monitor VirtualDesktop::monitor(const std::string& name) const {
 
 std::vector<Monitor> VirtualDesktop::monitors() const {
     if (server_ == nullptr) {
-        // Another server may have taken its number by now.
         throw std::runtime_error("the X server has been killed");
     }
     return readMonitors(displayName_);
@@ -193,7 +186,7 @@ void VirtualDesktop::kill() {
     }
     server_->signal(SIGKILL);
     endServer();
-    removeDisplayFiles(std::stoi(displayName_.substr(1)));
+    removeDisplayFiles(number_.value());
 }
 
 }  // namespace tavrel::support

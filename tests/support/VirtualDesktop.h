@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/DisplayNumber.h"
 #include "tests/support/Janitor.h"
 #include "tests/support/Monitor.h"
 #include "tests/support/OtherClient.h"
@@ -64,6 +65,8 @@ private:
     void endServer();
     void arrangeMonitors(int count) const;
 
+    /// Ours until all else is gone.
+    DisplayNumber number_;
     TemporaryFolder folder_;
     Janitor janitor_;
     std::string displayName_;

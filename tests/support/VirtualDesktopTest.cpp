@@ -135,6 +135,15 @@ TEST(VirtualDesktop, LeavesNoSocketBehind) {
     EXPECT_FALSE(hasStaleSocket(displayName));
 }
 
+TEST(VirtualDesktop, KeepsItsNumberWhenItsServerHasGone) {
+    VirtualDesktop desktop({.monitors = 1});
+
+    desktop.kill();
+    const VirtualDesktop other({.monitors = 1});
+
+    EXPECT_NE(other.displayName(), desktop.displayName());
+}
+
 TEST(VirtualDesktop, CanBeKilledUnderItsClients) {
     VirtualDesktop desktop;
     const XConnection client(desktop.displayName());

@@ -172,6 +172,8 @@ INSTANTIATE_TEST_SUITE_P(Arguments, WatchdogStartedByHandTest,
 class WatchdogAtServerTest : public WatchdogExecutableTest {
 protected:
     WatchdogAtServerTest() { startWatchdog(desktop.displayName()); }
+    /// Before the server that it looks for.
+    ~WatchdogAtServerTest() override { watchdog.reset(); }
 
     bool isOn(const std::string& output) const { return desktop.monitor(output).on; }
 
