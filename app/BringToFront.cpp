@@ -2,8 +2,9 @@
 
 #include <chrono>
 
-#include <QGuiApplication>
 #include <QWidget>
+
+#include "app/X11Connection.h"
 
 #if QT_CONFIG(xcb)
 #include "platform/x11/FocusRequest.h"
@@ -17,13 +18,12 @@ namespace {
 /// has seen, which may be long ago.
 void claimFocusNow([[maybe_unused]] const QWidget& window) {
 #if QT_CONFIG(xcb)
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    // The toolkit's platform without a screen has one, and no connection.
-    if (x11 == nullptr || x11->connection() == nullptr) {
+    xcb_connection_t* server = x11Connection();
+    if (server == nullptr) {
         return;
     }
     // The window has to be there before it is asked for.
-    xcb_flush(x11->connection());
+    xcb_flush(server);
     constexpr std::chrono::seconds timeout{1};
     x11::requestFocus(static_cast<xcb_window_t>(window.winId()), {.timeout = timeout});
 #endif

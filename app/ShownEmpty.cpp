@@ -1,8 +1,9 @@
 #include "app/ShownEmpty.h"
 
-#include <QGuiApplication>
 #include <QPalette>
 #include <QWidget>
+
+#include "app/X11Connection.h"
 
 #if QT_CONFIG(xcb)
 #include "platform/x11/WindowColor.h"
@@ -16,10 +17,8 @@ namespace {
 /// window without a picture is not shown at all.
 void letServerPaint([[maybe_unused]] const QWidget& window) {
 #if QT_CONFIG(xcb)
-    const auto* server = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    // The toolkit's platform without a screen has one, and no connection.
-    if (server != nullptr && server->connection() != nullptr) {
-        x11::setExposedColor(server->connection(), static_cast<xcb_window_t>(window.winId()),
+    if (xcb_connection_t* server = x11Connection()) {
+        x11::setExposedColor(server, static_cast<xcb_window_t>(window.winId()),
                              window.palette().color(QPalette::Window).rgb());
     }
 #endif

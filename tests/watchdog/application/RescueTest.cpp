@@ -35,6 +35,16 @@ protected:
         return hangDuring(display, true);
     }
 
+    /// While the change that hangs still does, which is let go after.
+    void expectToComeBackMeanwhile(DisplayID display) {
+        auto rescue = std::async(std::launch::async,
+                                 [=, this] { return guarded->setDisplayEnabled(display, true); });
+        EXPECT_TRUE(
+            support::waitUntil([&] { return rescue.wait_for(0s) == std::future_status::ready; }));
+        letGo.set_value();
+        EXPECT_EQ(rescue.get(), 0);
+    }
+
     std::atomic<bool> isHolding = true;
     std::promise<void> hasBegun;
     std::promise<void> letGo;
@@ -66,13 +76,7 @@ TEST_F(RescueTest, IsInAHurryOnceTheChangeBeforeItHasTakenLong) {
     auto hanging = hangWhileSwitchingOff(1);
     skipped = 1h;
 
-    auto rescue =
-        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, true); });
-
-    EXPECT_TRUE(
-        support::waitUntil([&] { return rescue.wait_for(0s) == std::future_status::ready; }));
-    letGo.set_value();
-    EXPECT_EQ(rescue.get(), 0);
+    expectToComeBackMeanwhile(2);
 }
 
 TEST_F(RescueTest, DoesNotWaitBehindAnotherSwitchOnThatHangs) {
@@ -81,13 +85,7 @@ TEST_F(RescueTest, DoesNotWaitBehindAnotherSwitchOnThatHangs) {
     auto hanging = hangWhileSwitchingOn(1);
     skipped = 1h;
 
-    auto rescue =
-        std::async(std::launch::async, [&] { return guarded->setDisplayEnabled(2, true); });
-
-    EXPECT_TRUE(
-        support::waitUntil([&] { return rescue.wait_for(0s) == std::future_status::ready; }));
-    letGo.set_value();
-    EXPECT_EQ(rescue.get(), 0);
+    expectToComeBackMeanwhile(2);
     EXPECT_EQ(hanging.get(), 0);
 }
 

@@ -25,6 +25,20 @@ protected:
         const Area bounds = boundsOfAll(server.state);
         server.state.screen = {bounds.width, bounds.height, 500, 300};
     }
+
+    void damageFirstNotes() {
+        remembered.update([](layout::Memory memory) {
+            memory.front().notes = R"({"crtcHint":-1})";
+            return memory;
+        });
+    }
+
+    /// By a process that has not seen the display on.
+    ServerStatus onByWhatIsRememberedAlone(const std::string& name) {
+        layout::LastSeen nothingSeen;
+        return switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, name),
+                             true);
+    }
 };
 
 TEST_F(SwitchOnTest, RestoresModePlaceAndRole) {
@@ -296,14 +310,9 @@ TEST_F(SwitchOnTest, RestoresWhatAnEarlierRunRemembered) {
 TEST_F(SwitchOnTest, MakesDoWithoutMalformedNotes) {
     start(threeInARow());
     ASSERT_EQ(off("B"), serverStatus::success);
-    remembered.update([](layout::Memory memory) {
-        memory.front().notes = R"({"crtcHint":-1})";
-        return memory;
-    });
-    layout::LastSeen nothingSeen;
+    damageFirstNotes();
 
-    ASSERT_EQ(switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, "B"), true),
-              serverStatus::success);
+    ASSERT_EQ(onByWhatIsRememberedAlone("B"), serverStatus::success);
 
     EXPECT_EQ(areaOf(server.state, "B"), (Area{5760, 0, 1920, 1080}));
 }
@@ -312,14 +321,9 @@ TEST_F(SwitchOnTest, MakesDoWithoutAllThatIsRememberedBesideMalformedNotes) {
     start(threeInARow());
     ASSERT_EQ(off("B"), serverStatus::success);
     ASSERT_EQ(off("C"), serverStatus::success);
-    remembered.update([](layout::Memory memory) {
-        memory.front().notes = R"({"crtcHint":-1})";
-        return memory;
-    });
-    layout::LastSeen nothingSeen;
+    damageFirstNotes();
 
-    ASSERT_EQ(switchDisplay(server, remembered, nothingSeen, displayNamed(server.state, "C"), true),
-              serverStatus::success);
+    ASSERT_EQ(onByWhatIsRememberedAlone("C"), serverStatus::success);
 
     EXPECT_EQ(areaOf(server.state, "C"), (Area{1920, 0, 1920, 1080}));
 }
