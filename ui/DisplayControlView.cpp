@@ -22,10 +22,9 @@ DisplayControlView::DisplayControlView(std::shared_ptr<DisplayController> contro
     setPalette(theme::darkPalette());
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedSize(contentSize);
-    connect(header_.refreshButton(), &QAbstractButton::clicked, this,
+    connect(header_.refreshButton(), &Control::activated, this,
             [this] { controller_->refresh(std::nullopt); });
-    connect(footer_.wakeButton(), &QAbstractButton::clicked, this,
-            [this] { controller_->wakeAll(); });
+    connect(footer_.wakeButton(), &Control::activated, this, [this] { controller_->wakeAll(); });
     // However much changes in one turn of the main loop, one rebuild follows it.
     rebuildTimer_.setSingleShot(true);
     connect(&rebuildTimer_, &QTimer::timeout, this, &DisplayControlView::rebuild);

@@ -28,8 +28,16 @@ public:
 
     QSize sizeHint() const final;
 
+Q_SIGNALS:
+    /// The user presses it. The toolkit paints a click before it signals `clicked`; this comes
+    /// before that, so that what is asked for doesn't wait for the painting.
+    void activated();
+
 protected:
     Control(const QSize& faceSize, QWidget* parent);
+
+    /// Leaves the state as it is: only the model changes it.
+    void nextCheckState() final { Q_EMIT activated(); }
 
     /// The outline of the face.
     virtual QPainterPath facePath(const QRectF& face) const = 0;

@@ -29,7 +29,7 @@ Switch::Switch(QWidget* parent) : Control(faceSize, parent) {
     connect(&travel_, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setKnobPosition(value.toDouble()); });
     connect(&travel_, &QVariantAnimation::finished, this, [this] { animateKnobTo(isChecked()); });
-    connect(this, &QAbstractButton::clicked, this, &Switch::flip);
+    connect(this, &Control::activated, this, &Switch::flip);
 }
 
 void Switch::setOn(bool isOn) {

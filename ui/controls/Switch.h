@@ -32,8 +32,6 @@ Q_SIGNALS:
 protected:
     QPainterPath facePath(const QRectF& face) const override;
     void paintFace(QPainter& painter, const QRectF& track) const override;
-    /// Does nothing: only the model changes the state.
-    void nextCheckState() override {}
     void hideEvent(QHideEvent* event) override;
 
 private:

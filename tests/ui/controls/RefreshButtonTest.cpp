@@ -116,7 +116,7 @@ TEST_F(RefreshButtonTest, TheArrowIsDrawnAsFarClockwiseAsItHasTurned) {
 
 TEST_F(RefreshButtonTest, TheCornersAroundTheCircleCannotBeHit) {
     int clicks = 0;
-    QObject::connect(&button, &QAbstractButton::clicked, [&] { ++clicks; });
+    QObject::connect(&button, &Control::activated, [&] { ++clicks; });
 
     clickAt(window, {32, 32});
     EXPECT_EQ(clicks, 0);

@@ -39,6 +39,20 @@ TEST_F(SwitchTest, SpaceReturnAndEnterFlipItOnceEach) {
     EXPECT_FALSE(control.isChecked());
 }
 
+TEST_F(SwitchTest, AFlipIsSignalledBeforeItIsPainted) {
+    open();
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, face().center());
+    turn();
+    const EventCounter paints(control, QEvent::Paint);
+    std::vector<int> paintsBefore;
+    QObject::connect(&control, &Switch::flipped, [&] { paintsBefore.push_back(paints.count()); });
+
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, face().center());
+
+    EXPECT_THAT(paintsBefore, ElementsAre(0));
+    EXPECT_GE(paints.count(), 1);
+}
+
 TEST_F(SwitchTest, AKeyHeldDownIsOneFlip) {
     open();
     control.setFocus(Qt::TabFocusReason);
