@@ -43,7 +43,7 @@ GnomeWindowServer::GnomeWindowServer(UserDefaults& store, const GnomeOptions& op
       remembered_(store) {}
 
 bool GnomeWindowServer::canSwitch() {
-    return lastWord_.ask(false).word != nullptr;
+    return lastWord_.askLately().word != nullptr;
 }
 
 ServerStatus GnomeWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {

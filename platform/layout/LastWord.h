@@ -22,7 +22,7 @@ struct Step {
     std::chrono::milliseconds interval{1000};
     /// How long before the next one is due the server is asked.
     std::chrono::milliseconds headStart{50};
-    /// How old an answer may be by then.
+    /// How old an answer may be by then, and for whoever asks how it was lately.
     std::chrono::milliseconds freshness{250};
 };
 
@@ -96,6 +96,17 @@ public:
         return answer;
     }
 
+    /// As `ask`, but a word that the server said a moment ago is answer enough.
+    Answer askLately() {
+        {
+            const std::lock_guard lock(state_->mutex);
+            if (state_->last.word != nullptr && isRecent(*state_, state_->now())) {
+                return state_->last;
+            }
+        }
+        return ask(false);
+    }
+
     /// As `ask`, for whoever asks once an interval and may be answered by what the server said a
     /// moment ago. The server is asked shortly before the next such question is due, so that this
     /// is not kept waiting; without that question it is left alone from then on.
@@ -105,8 +116,7 @@ public:
             const std::lock_guard lock(state.mutex);
             const std::chrono::nanoseconds now = state.now();
             state.isInStep = true;
-            if (state.last.isFresh && state.answeredAsOf.has_value() &&
-                now - *state.answeredAsOf < state.step.freshness) {
+            if (isRecent(state, now)) {
                 state.isLate = false;
                 return state.last;
             }
@@ -152,6 +162,12 @@ private:
         /// Whether their last question was late, for the first time.
         bool isLate = false;
     };
+
+    /// With the lock held: whether the last answer is no older than those in step may be.
+    static bool isRecent(const State& state, std::chrono::nanoseconds now) {
+        return state.last.isFresh && state.answeredAsOf.has_value() &&
+               now - *state.answeredAsOf < state.step.freshness;
+    }
 
     /// With the lock held. Returns false when no thread can be started.
     bool start(State& state) {

@@ -49,7 +49,7 @@ PlasmaWindowServer::PlasmaWindowServer(UserDefaults& store, const PlasmaServerOp
       remembered_(store) {}
 
 bool PlasmaWindowServer::canSwitch() {
-    return lastWord_.ask(false).word != nullptr;
+    return lastWord_.askLately().word != nullptr;
 }
 
 ServerStatus PlasmaWindowServer::setDisplayEnabled(DisplayID display, bool enabled) {

@@ -31,7 +31,7 @@ X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& op
       remembered_(store) {}
 
 bool X11WindowServer::canSwitch() {
-    const x11::LastWord::Answer answer = lastWord_.ask(false);
+    const x11::LastWord::Answer answer = lastWord_.askLately();
     return answer.word != nullptr && answer.word->snapshot != nullptr;
 }
 

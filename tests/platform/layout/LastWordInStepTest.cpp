@@ -25,10 +25,14 @@ protected:
     int looks() const { return looks_; }
 
     std::atomic<bool> isSilent = false;
+    std::atomic<bool> isGone = false;
 
 private:
     std::optional<Server::Answer> look() {
         const int looks = ++looks_;
+        if (isGone) {
+            return Server::Answer{};
+        }
         return isSilent ? std::nullopt
                         : std::optional(Server::Answer{.word = std::make_shared<const int>(looks)});
     }
@@ -70,6 +74,44 @@ TEST_F(LastWordInStepTest, IsAskedForAnewInStepWhileTheServerIsSilent) {
 
     EXPECT_TRUE(server.askInStep().isFresh);
     EXPECT_EQ(looks(), 4);
+}
+
+TEST_F(LastWordInStepTest, IsEnoughForOneWhoAsksHowItWasLately) {
+    auto server = make({.freshness = 1h});
+
+    EXPECT_EQ(*server.askLately().word, 1);
+    EXPECT_EQ(*server.askLately().word, 1);
+    EXPECT_EQ(*server.ask(false).word, 2);
+    EXPECT_EQ(*server.askLately().word, 2);
+}
+
+TEST_F(LastWordInStepTest, IsAskedForAnewWhenItIsTooOldToBeHowItWasLately) {
+    auto server = make({.freshness = 0ms});
+
+    EXPECT_EQ(*server.askLately().word, 1);
+    EXPECT_EQ(*server.askLately().word, 2);
+}
+
+TEST_F(LastWordInStepTest, IsAskedForAnewWhileTheServerIsSilentAlsoLately) {
+    auto server = make({.freshness = 1h});
+    server.askLately();
+    isSilent = true;
+    EXPECT_FALSE(server.ask(false).isFresh);
+
+    isSilent = false;
+
+    EXPECT_TRUE(server.askLately().isFresh);
+    EXPECT_EQ(looks(), 3);
+}
+
+TEST_F(LastWordInStepTest, IsAskedForAnewWhenTheServerWasGoneLately) {
+    auto server = make({.freshness = 1h});
+    isGone = true;
+    EXPECT_EQ(server.askLately().word, nullptr);
+
+    isGone = false;
+
+    EXPECT_NE(server.askLately().word, nullptr);
 }
 
 TEST_F(LastWordInStepTest, IsThereBeforeTheNextQuestionInStep) {
