@@ -5,16 +5,17 @@ namespace tavrel {
 std::unique_ptr<DisplayMoment> LeftOffRecovery::nowAfterProbing() {
     {
         const std::lock_guard lock(mutex_);
-        isDone_ = isDone_ || recover();
+        if (!awaited_.has_value()) {
+            awaited_ = leftOff_();
+        }
+        if (!awaited_->empty() && recover(*awaited_)) {
+            awaited_->clear();
+        }
     }
     return queries_.nowAfterProbing();
 }
 
-bool LeftOffRecovery::recover() {
-    const std::vector<DisplayID> leftOff = leftOff_();
-    if (leftOff.empty()) {
-        return true;
-    }
+bool LeftOffRecovery::recover(const std::vector<DisplayID>& leftOff) {
     const auto moment = queries_.nowAfterProbing();
     if (!moment->isCurrent() || !moment->onlineDisplays()) {
         return false;

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,8 +17,9 @@ namespace tavrel {
 /// good.
 ///
 /// It is done once, when the server is first made to look for monitors: before the displays are
-/// listed for the first time, so that they are listed as they are by then, and before anybody can
-/// have switched one off in this run.
+/// listed for the first time, so that they are listed as they are by then. A server that can't say
+/// then what there is, is asked again the next time; but what was left off is settled at the first
+/// look, before anybody can have switched off something else in this run.
 class LeftOffRecovery final : public DisplayQueries {
 public:
     /// The displays that this application, and no other program, has switched off and not on again.
@@ -35,13 +37,14 @@ public:
 
 private:
     /// Returns false when the server couldn't say what there is.
-    bool recover();
+    bool recover(const std::vector<DisplayID>& leftOff);
 
     DisplaySwitch& switch_;
     DisplayQueries& queries_;
     const LeftOff leftOff_;
     std::mutex mutex_;
-    bool isDone_ = false;
+    /// What is still to be switched on. std::nullopt before the first look.
+    std::optional<std::vector<DisplayID>> awaited_;
 };
 
 }  // namespace tavrel

@@ -110,5 +110,20 @@ TEST_F(LeftOffRecoveryTest, AServerThatCannotSayWhatThereIsIsAskedAgain) {
     EXPECT_THAT(server.takeChanges(), ElementsAre(Pair(first, true)));
 }
 
+TEST_F(LeftOffRecoveryTest, WhatGoesOffBeforeItIsAskedAgainStaysOff) {
+    beginWithOff({first});
+    leftOff = {first};
+    server.setHasOnlineList(false);
+    recovery.nowAfterProbing();
+
+    server.setHasOnlineList(true);
+    beginWithOff({second});
+    leftOff = {first, second};
+    const auto listed = recovery.nowAfterProbing();
+
+    EXPECT_TRUE(listed->isActive(first));
+    EXPECT_FALSE(listed->isActive(second));
+}
+
 }  // namespace
 }  // namespace tavrel
