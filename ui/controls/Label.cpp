@@ -21,6 +21,12 @@ Label::Label(const theme::FontSpec& font, const QColor& color, QWidget* parent)
     setColor(color);
 }
 
+void Label::setFontSpec(const theme::FontSpec& font) {
+    font_ = DesignFont(font);
+    updateGeometry();
+    update();
+}
+
 void Label::setColor(const QColor& color) {
     if (color != this->color()) {
         QPalette changed = palette();

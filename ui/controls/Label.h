@@ -19,6 +19,8 @@ public:
 
     const theme::FontSpec& fontSpec() const { return font_.spec(); }
 
+    void setFontSpec(const theme::FontSpec& font);
+
     void setColor(const QColor& color);
     QColor color() const;
 

@@ -34,9 +34,9 @@ theme::FontSpec hintFontFor(const QString& hint) {
 WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
     : Control({4 * faceHeight, faceHeight}, parent),
       labelFont_(labelFont),
-      hint_(new Label(hintFontFor(shortcutHint), theme::white(hintOpacity), this)) {
+      hint_(new Label(hintFont, theme::white(hintOpacity), this)) {
     setText(label);
-    hint_->setText(shortcutHint);
+    setShortcutHint(shortcutHint);
 }
 
 QPainterPath WakeButton::facePath(const QRectF& face) const {
@@ -59,6 +59,7 @@ void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
 }
 
 void WakeButton::setShortcutHint(const QString& hint) {
+    hint_->setFontSpec(hintFontFor(hint));
     hint_->setText(hint);
     placeHint();
 }
@@ -73,7 +74,7 @@ void WakeButton::placeHint() {
     // A desktop's words may be long; the label comes first.
     const QSize size = hint_->sizeHint().boundedTo({place.width() / 2, place.height()});
     // The last letter's own tracking shows nothing.
-    const int overhang = qRound(hintFontFor(hint_->text()).tracking);
+    const int overhang = qRound(hint_->fontSpec().tracking);
     hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width() + overhang,
                        place.top() + (place.height() - size.height()) / 2, size.width(),
                        size.height());

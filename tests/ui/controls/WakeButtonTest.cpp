@@ -12,9 +12,11 @@ protected:
     void open(const QString& hint) {
         window.setPalette(theme::darkPalette());
         window.resize(464, 50);
+        delete button;
         button = new WakeButton("Wake both displays", hint, &window);
         button->setFace({{4, 4}, QSize{456, WakeButton::faceHeight}});
         button->setGeometry(window.rect());
+        button->show();
         showActive(window);
     }
 
@@ -59,6 +61,21 @@ TEST_F(WakeButtonHintTest, ItEndsAtTheRightPaddingHoweverItIsSpaced) {
         // The face ends at 460, less 15 of padding; a letter has some room around it.
         ASSERT_FALSE(strokes().empty());
         EXPECT_NEAR(strokes().back().second + 1, 445, 2) << hint;
+    }
+}
+
+TEST_F(WakeButtonHintTest, AnotherHintIsSpacedAndPlacedAsIfItHadBeenTheFirst) {
+    const QString signs = QStringLiteral("⌃⌥⌘W");
+    const QString letters = QStringLiteral("Ctrl+Alt+Super+W");
+    for (const auto& [before, after] : {std::pair(signs, letters), std::pair(letters, signs)}) {
+        open(after);
+        const auto expected = strokes();
+        open(before);
+        ASSERT_NE(strokes(), expected);
+
+        button->setShortcutHint(after);
+
+        EXPECT_EQ(strokes(), expected) << after.toStdString();
     }
 }
 
