@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QPainter>
+#include <QTextDocument>
 #include <algorithm>
 #include <utility>
 
@@ -39,6 +40,11 @@ constexpr double lockIconSpacing = 2;
 
 QString displayName(const DisplayDevice& display) {
     return QString::fromStdString(display.name());
+}
+
+/// As it is to be read: Qt takes what looks like markup for that, and monitors say what they like.
+QString plainToolTip(const QString& text) {
+    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
 }
 
 /// Qt announces a name each time it is set, even if it is the same.
@@ -102,7 +108,7 @@ void DisplayRow::showInputs() {
                                           QString::fromStdString(hardware.connector));
     setName(*this, name);
     setDescription(*this, which);
-    setToolTip(which);
+    setToolTip(plainToolTip(which));
     name_->setText(name);
     explanation_->setText(
         (isBuiltIn(inputs_.display) ? texts::builtInExplanation : texts::externalExplanation)
@@ -151,7 +157,7 @@ void DisplayRow::layOut() {
 
     const int textLeft = horizontalPadding + boxSide + spacing;
     // Between a name and the control there is the flexible space, with its spacing on either
-    // side. The explanation is always the same and just fits beside a lock.
+    // side. Either explanation just fits beside a lock.
     const int textWidth = std::max(0, right - controlWidth - spacing - textLeft);
     const int nameWidth = std::max(0, textWidth - spacing);
     const int nameHeight = name_->lineHeight();

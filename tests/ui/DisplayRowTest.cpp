@@ -1,3 +1,5 @@
+#include <QTextDocument>
+
 #include "tests/ui/Situations.h"
 #include "tests/ui/WidgetTest.h"
 #include "ui/DisplayRow.h"
@@ -24,7 +26,7 @@ class DisplayRowTest : public WidgetTest {
 protected:
     /// What the row is given for `display`. What its switch does is in `changes`.
     DisplayRow::Inputs inputs(const DisplayDevice& display, bool isEnabled = true) {
-        return {display, isEnabled, "Must stay on", "At least one display must stay on",
+        return {display, isEnabled, "Locked", "Why it is locked",
                 [this](bool isOn) { changes.push_back(isOn); }};
     }
 
@@ -90,6 +92,22 @@ TEST_F(DisplayRowTest, ItsTooltipAndDescriptionSayWhichMonitorItIs) {
     EXPECT_EQ(row->toolTip(), "");
 }
 
+TEST_F(DisplayRowTest, WhatAMonitorCallsItselfIsNoMarkup) {
+    DisplayDevice display = externalDisplay(true);
+    display.hardware = {"A&B <b>27</b>", "DP-2"};
+
+    open(inputs(display));
+
+    QTextDocument shown;
+    shown.setHtml(row->toolTip());
+    EXPECT_EQ(shown.toPlainText(), "A&B <b>27</b> · DP-2");
+    EXPECT_EQ(row->accessibleDescription(), "A&B <b>27</b> · DP-2");
+
+    display.hardware = {"A&B", "DP-2"};
+    row->setInputs(inputs(display));
+    EXPECT_EQ(row->toolTip(), "A&B · DP-2");
+}
+
 TEST_F(DisplayRowTest, TheKindsHaveDifferentIcons) {
     open(inputs(builtInDisplay(true, 1)));
     const QImage builtIn = window.grab(iconBox).toImage();
@@ -114,10 +132,10 @@ TEST_F(DisplayRowTest, ASwitchThatMayNotBeUsedIsDisabledAndSaysWhy) {
     open(inputs(builtInDisplay(true), false));
 
     EXPECT_FALSE(powerSwitch().isEnabled());
-    EXPECT_EQ(powerSwitch().toolTip(), "At least one display must stay on");
-    EXPECT_THAT(visibleTexts(*row),
-                ElementsAre("MacBook Display", "Built-in panel · removed from desktop when off",
-                            "Must stay on"));
+    EXPECT_EQ(powerSwitch().toolTip(), "Why it is locked");
+    EXPECT_THAT(
+        visibleTexts(*row),
+        ElementsAre("MacBook Display", "Built-in panel · removed from desktop when off", "Locked"));
 
     click(powerSwitch());
     type(*row, Qt::Key_Space);
