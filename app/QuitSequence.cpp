@@ -10,7 +10,7 @@ namespace tavrel {
 namespace {
 
 /// How often in its limit a call is looked at.
-constexpr int looks = 20;
+constexpr int looksPerLimit = 20;
 
 }  // namespace
 
@@ -69,13 +69,10 @@ void QuitSequence::run(std::chrono::milliseconds limit) {
 void QuitSequence::endProcessWhenItHangs(const std::shared_ptr<Watched>& watched,
                                          std::chrono::milliseconds limit) {
     auto seen = watched->progress();
-    for (int look = 0; look < looks; ++look) {
-        std::this_thread::sleep_for(limit / looks);
+    for (int looksInVain = 0; looksInVain < looksPerLimit;) {
+        std::this_thread::sleep_for(limit / looksPerLimit);
         const auto now = watched->progress();
-        if (now != seen) {
-            seen = now;
-            look = 0;
-        }
+        looksInVain = now == std::exchange(seen, now) ? looksInVain + 1 : 0;
     }
     std::_Exit(watched->isNothingLeftToUs() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
