@@ -186,6 +186,18 @@ TEST_F(DisplayControlViewTest, ASwitchTakesItsOwnDisplayOffAndBringsItBack) {
     EXPECT_NE(text("External Display is on"), nullptr);
 }
 
+TEST_F(DisplayControlViewTest, AFlipIsAboutTheDisplayAsItIsShown) {
+    openOnDesk({{.id = 5, .builtIn = true}, {.id = 6, .enabled = false}});
+    std::vector<DisplayDevice> news = controller->displays();
+    news.at(1).isOn = true;
+    controller->setDisplays(news);
+
+    powerSwitch(1).click();
+    settle();
+
+    EXPECT_THAT(system.windowServer.takeChanges(), ElementsAre(Pair(6U, true)));
+}
+
 TEST_F(DisplayControlViewTest, ASwitchThatTheControllerRefusesGoesBack) {
     openOnDesk({{.id = 5, .builtIn = true}, {.id = 6}});
     SimulatedDisplay panel = *system.windowServer.find(5);

@@ -31,7 +31,7 @@ TEST_F(ViewLayoutTest, TheColumnKeepsItsPaddingAndTheTitlesAreFiveApart) {
 
     const QRect title = rectIn(*text("TAVREL"), *view);
     EXPECT_EQ(title.topLeft(), QPoint(28, 28));
-    EXPECT_EQ(rectIn(*text("Your screens"), *view).top(), title.bottom() + 1 + 5);
+    EXPECT_EQ(rectIn(*text("Your screens"), *view).topLeft(), QPoint(28, title.bottom() + 1 + 5));
     EXPECT_EQ(faceIn(refreshButton(), *view), QRect(520 - 28 - 32, 28, 32, 32));
     EXPECT_EQ(faceIn(wakeButton(), *view), QRect(28, 486 - 28 - 42, 464, 42));
     EXPECT_EQ(rectIn(row(0), *view).left(), 28);

@@ -25,6 +25,28 @@ protected:
     QImage image;
 };
 
+TEST_F(ViewPaintTest, AnErrorIsWrittenInTheMiddle) {
+    open({builtInDisplay(true)});
+    takePicture();
+    const QImage before = image;
+
+    setError("No");
+    takePicture();
+
+    QRect written;
+    for (int y = rectIn(*text("No"), *view).top(); y < faceIn(wakeButton(), *view).top(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (at({x, y}).red() > before.pixelColor(x, y).red() + 60 &&
+                at({x, y}).red() > at({x, y}).green() + 60) {
+                written |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    EXPECT_GT(written.width(), 5);
+    EXPECT_LT(written.width(), 40);
+    EXPECT_NEAR(written.center().x(), 260, 2);
+}
+
 TEST_F(ViewPaintTest, NothingIsRepaintedWhileNothingChanges) {
     open({builtInDisplay(true), externalDisplay(false)});
     const PaintCounter paints(*view);
