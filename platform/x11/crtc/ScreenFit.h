@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/layout/Area.h"
+#include "platform/layout/Layout.h"
 #include "platform/x11/crtc/LayoutPlan.h"
 #include "platform/x11/snapshot/Snapshot.h"
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "platform/DisplayID.h"
-#include "platform/layout/Area.h"
 #include "platform/layout/Identity.h"
 #include "platform/layout/Layout.h"
 
@@ -99,8 +98,8 @@ struct Snapshot {
     /// The server's times of the last change to the layout, and to outputs and modes.
     std::uint32_t layoutTimestamp = 0;
     std::uint32_t configTimestamp = 0;
-    /// Whom the outputs' monitors are to be taken for. Not the server's word: whoever reads the
-    /// snapshot adds it.
+    /// Which monitor is which display. The server does not know that: whoever reads the snapshot
+    /// adds it.
     layout::KnownMonitors known;
 
     /// Null for a number that is not in here.
