@@ -6,7 +6,7 @@
 #include "app/X11Connection.h"
 
 #if QT_CONFIG(xcb)
-#include "platform/x11/WindowColor.h"
+#include "platform/x11/OwnWindow.h"
 #endif
 
 namespace tavrel {

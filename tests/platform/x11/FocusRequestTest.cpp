@@ -1,4 +1,4 @@
-#include "platform/x11/FocusRequest.h"
+#include "platform/x11/OwnWindow.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/x11/FocusRequest.h"
+#include "platform/x11/OwnWindow.h"
 
 #include <cstring>
 #include <optional>
@@ -60,6 +60,10 @@ bool requestFocus(xcb_window_t window, const X11ServerOptions& options) {
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&wish));
     return connection->roundTrip();
+}
+
+void setExposedColor(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {
+    xcb_change_window_attributes(connection, window, XCB_CW_BACK_PIXEL, &color);
 }
 
 }  // namespace tavrel::x11
