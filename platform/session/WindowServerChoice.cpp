@@ -2,7 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <utility>
+
+#include "platform/gnome/GnomeProbe.h"
+#include "platform/plasma/PlasmaWindowServer.h"
+#include "platform/x11/X11WindowServer.h"
 
 namespace tavrel::session {
 
@@ -13,6 +18,23 @@ constexpr std::array<std::pair<WindowServerKind, std::string_view>, 4> names{
      {WindowServerKind::x11, "x11"},
      {WindowServerKind::gnome, "gnome"},
      {WindowServerKind::plasma, "plasma"}}};
+
+std::string_view variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+bool callsItselfWayland() {
+    return !variable("WAYLAND_DISPLAY").empty() || variable("XDG_SESSION_TYPE") == "wayland";
+}
+
+XServerKind xServerHere() {
+    const std::optional<bool> drawsIntoWayland = isXwayland();
+    if (!drawsIntoWayland.has_value()) {
+        return XServerKind::absent;
+    }
+    return *drawsIntoWayland ? XServerKind::xwayland : XServerKind::real;
+}
 
 }  // namespace
 
@@ -30,6 +52,13 @@ WindowServerKind chooseWindowServer(const SessionSigns& signs) {
         return hasRealX ? WindowServerKind::x11 : WindowServerKind::none;
     }
     return WindowServerKind::x11;
+}
+
+WindowServerKind chooseWindowServer() {
+    return chooseWindowServer({.isWayland = callsItselfWayland,
+                               .speaksPlasma = [] { return isPlasmaOffered(); },
+                               .answersLikeGnome = [] { return gnome::answersLikeGnome(); },
+                               .xServer = xServerHere});
 }
 
 std::string_view nameOf(WindowServerKind kind) {

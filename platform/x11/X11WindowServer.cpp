@@ -1,19 +1,77 @@
 #include "platform/x11/X11WindowServer.h"
 
-#include <optional>
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/layout/LayoutMoment.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
 #include "platform/x11/crtc/RandrLayoutServer.h"
-#include "platform/x11/snapshot/Snapshot.h"
+#include "platform/x11/snapshot/KeptSnapshot.h"
+#include "platform/x11/snapshot/SnapshotReader.h"
 
 namespace tavrel {
 
 namespace {
 
-std::unique_ptr<DisplayMoment> momentWithoutDisplays(const x11::LastWord::Answer& answer) {
+using LastWord = layout::LastWord<x11::Word>;
+using MaybeAnswer = std::optional<LastWord::Answer>;
+
+MaybeAnswer answerOf(x11::Word word) {
+    return LastWord::Answer{.word = std::make_shared<const x11::Word>(std::move(word))};
+}
+
+MaybeAnswer silentUnless(bool isGone) {
+    return isGone ? MaybeAnswer(LastWord::Answer{}) : std::nullopt;
+}
+
+/// Asks over a connection that is made anew whenever there is none.
+class Asker {
+public:
+    explicit Asker(const X11ServerOptions& options) : link_(options) {}
+
+    MaybeAnswer ask(x11::Probing probing) {
+        x11::Connection* connection = link_.connection();
+        if (connection == nullptr) {
+            return silentUnless(link_.isKnownToBeGone());
+        }
+        if (!connection->hasRandr()) {
+            return answerOf({.snapshot = nullptr});
+        }
+        if (std::exchange(connectionsUsed_, link_.connectionsMade()) != link_.connectionsMade()) {
+            kept_.emplace(*connection);
+        }
+        if (auto snapshot = kept_->read(probing)) {
+            return answerOf({.snapshot = std::move(snapshot)});
+        }
+        return silentUnless(connection->isLost() && !connection->hasTimedOut());
+    }
+
+private:
+    x11::ServerLink link_;
+    std::uint64_t connectionsUsed_ = 0;
+    /// Of the link's connection; used only while that is there.
+    std::optional<x11::KeptSnapshot> kept_;
+};
+
+LastWord::MakeAsk asking(const X11ServerOptions& options) {
+    return [options] {
+        return [asker = std::make_shared<Asker>(options)](bool isToProbe) {
+            return asker->ask(isToProbe ? x11::Probing::always : x11::Probing::never);
+        };
+    };
+}
+
+bool hasExtension(x11::Connection& connection, std::string_view name) {
+    const auto cookie =
+        xcb_query_extension(connection.get(), static_cast<std::uint16_t>(name.size()), name.data());
+    const auto reply = connection.reply<xcb_query_extension_reply_t>(cookie.sequence);
+    return reply != nullptr && reply->present != 0;
+}
+
+std::unique_ptr<DisplayMoment> momentWithoutDisplays(const LastWord::Answer& answer) {
     if (answer.word == nullptr) {
         return layout::silentMoment(std::nullopt, answer.isFresh);
     }
@@ -24,14 +82,30 @@ std::unique_ptr<DisplayMoment> momentWithoutDisplays(const x11::LastWord::Answer
 
 }  // namespace
 
+std::optional<bool> isXwayland(const X11ServerOptions& options) {
+    const auto connection = x11::Connection::connect(options);
+    if (connection == nullptr) {
+        return std::nullopt;
+    }
+    if (hasExtension(*connection, "XWAYLAND")) {
+        return true;
+    }
+    const auto snapshot = connection->hasRandr()
+                              ? x11::readSnapshot(*connection, x11::Probing::never)
+                              : std::optional<x11::Snapshot>();
+    return snapshot.has_value() &&
+           std::any_of(snapshot->outputs.begin(), snapshot->outputs.end(),
+                       [](const x11::Output& each) { return each.name.starts_with("XWAYLAND"); });
+}
+
 X11WindowServer::X11WindowServer(UserDefaults& store, const X11ServerOptions& options)
     : directory_(store),
-      lastWord_(x11::askingServer(options), options.timeout),
+      lastWord_(asking(options), options.timeout),
       changeLink_(options),
       remembered_(store) {}
 
 bool X11WindowServer::canSwitch() {
-    const x11::LastWord::Answer answer = lastWord_.askLately();
+    const LastWord::Answer answer = lastWord_.askLately();
     return answer.word != nullptr && answer.word->snapshot != nullptr;
 }
 
@@ -61,7 +135,7 @@ std::unique_ptr<DisplayMoment> X11WindowServer::nowAfterProbing() {
     return momentOf(lastWord_.ask(true));
 }
 
-std::unique_ptr<DisplayMoment> X11WindowServer::momentOf(const x11::LastWord::Answer& answer) {
+std::unique_ptr<DisplayMoment> X11WindowServer::momentOf(const LastWord::Answer& answer) {
     if (answer.word == nullptr || answer.word->snapshot == nullptr) {
         return momentWithoutDisplays(answer);
     }

@@ -1,17 +1,39 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
 #include "platform/layout/LastSeen.h"
+#include "platform/layout/LastWord.h"
 #include "platform/layout/MonitorDirectory.h"
 #include "platform/layout/RememberedOutputs.h"
 #include "platform/x11/connection/ServerLink.h"
-#include "platform/x11/snapshot/LastWord.h"
+#include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel {
+
+namespace x11 {
+
+/// What an X server says at one moment.
+struct Word {
+    /// Null on a server without RandR. The same object as before only while the server shows
+    /// what it showed before.
+    std::shared_ptr<const Snapshot> snapshot;
+};
+
+/// How long an X server may take to show what it is.
+inline constexpr std::chrono::milliseconds probeTimeout{3000};
+
+}  // namespace x11
+
+/// Whether the X server draws into a Wayland compositor's windows. It says so by an extension
+/// since version 23.1; before, only its outputs were called after it. std::nullopt without a
+/// server. Blocks at most for the options' timeout, for each answer.
+std::optional<bool> isXwayland(const X11ServerOptions& options = {.timeout = x11::probeTimeout});
 
 /// An X server with RandR 1.3 or later as the window server. A display is an output; it is
 /// online when connected and active when a CRTC drives it with a mode. Both lists name
@@ -42,6 +64,8 @@ public:
     std::unique_ptr<DisplayMoment> nowAfterProbing() override;
 
 private:
+    using LastWord = layout::LastWord<x11::Word>;
+
     /// The last snapshot, in the words common to all window servers.
     struct Described {
         std::shared_ptr<const x11::Snapshot> snapshot;
@@ -49,14 +73,14 @@ private:
         std::shared_ptr<const layout::Layout> layout;
     };
 
-    std::unique_ptr<DisplayMoment> momentOf(const x11::LastWord::Answer& answer);
+    std::unique_ptr<DisplayMoment> momentOf(const LastWord::Answer& answer);
     /// Describes each snapshot once, while nobody comes to know its monitors by other numbers.
     std::shared_ptr<const layout::Layout> layoutIn(
         const std::shared_ptr<const x11::Snapshot>& snapshot);
 
     layout::MonitorDirectory directory_;
     layout::LastSeen lastSeen_;
-    x11::LastWord lastWord_;
+    LastWord lastWord_;
     std::mutex describedMutex_;
     Described described_;
 

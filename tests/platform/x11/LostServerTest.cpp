@@ -158,7 +158,8 @@ TEST_F(SilentServerTest, KeepsNobodyWaitingTwice) {
         EXPECT_TRUE(server.now()->isActive(left));
     }
 
-    EXPECT_LT(steady_clock::now() - begin, questions / 2 * x11::LastWord::questionTimeout);
+    EXPECT_LT(steady_clock::now() - begin,
+              questions / 2 * layout::LastWord<x11::Word>::questionTimeout);
 }
 
 TEST(NoServerTest, IsAStatus) {
