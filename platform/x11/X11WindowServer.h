@@ -45,7 +45,8 @@ std::optional<bool> isXwayland(const X11ServerOptions& options = {.timeout = x11
 /// questions have a connection of their own and wait for the server alone. Without a
 /// server, or when it goes away, every status is 1006, both lists are absent and every answer is
 /// false or 0; it is looked for again when asked, at most once a second. A server without RandR
-/// is such a one too, except that it has an online list: an empty one.
+/// is such a one too, except that it has an online list: an empty one. Only `canSwitch` may be
+/// answered by what the server said a moment ago.
 ///
 /// While the server is silent but not known to be gone, a change is 1006 after the options'
 /// timeout, and questions are answered by what it said last: that it can't answer says nothing
