@@ -39,16 +39,16 @@ layout::Area boundsOf(const Snapshot& snapshot, const layout::Area& with, Counts
     return bounds;
 }
 
+layout::Area boundsOfAll(const Snapshot& snapshot) {
+    return boundsOf(snapshot, {}, [](const Crtc& /*crtc*/) { return true; });
+}
+
 bool isGivenTo(const LayoutPlan& plan, Xid crtc) {
     return std::any_of(plan.crtcs.begin(), plan.crtcs.end(),
                        [crtc](const CrtcSetting& setting) { return setting.crtc == crtc; });
 }
 
 }  // namespace
-
-layout::Area boundsOfAll(const Snapshot& snapshot) {
-    return boundsOf(snapshot, {}, [](const Crtc& /*crtc*/) { return true; });
-}
 
 layout::Area boundsOfActive(const Snapshot& snapshot, Xid without, const layout::Area& with) {
     return boundsOf(snapshot, with,

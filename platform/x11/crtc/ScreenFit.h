@@ -6,10 +6,8 @@
 
 namespace tavrel::x11 {
 
-/// The smallest part of the screen from its origin that holds every CRTC that is on.
-layout::Area boundsOfAll(const Snapshot& snapshot);
-
-/// The same for the CRTCs that drive a connected output, but `without`, and for `with`.
+/// The smallest part of the screen from its origin that holds `with`, and every CRTC that drives a
+/// connected output but `without`.
 layout::Area boundsOfActive(const Snapshot& snapshot, Xid without = 0,
                             const layout::Area& with = {});
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "platform/x11/crtc/LayoutSwitch.h"
-#include "platform/x11/crtc/ScreenFit.h"
 #include "tests/platform/x11/crtc/SimulatedRandr.h"
 #include "tests/platform/x11/snapshot/SnapshotBuilder.h"
 #include "tests/simulated/SimulatedUserDefaults.h"

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "platform/x11/crtc/ScreenFit.h"
 #include "tests/platform/x11/crtc/SwitchFixture.h"
 
 namespace tavrel::x11 {

@@ -9,7 +9,6 @@
 
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
-#include "platform/x11/crtc/ScreenFit.h"
 #include "platform/x11/snapshot/Snapshot.h"
 #include "tests/platform/x11/crtc/SimulatedRandr.h"
 #include "tests/platform/x11/snapshot/SnapshotBuilder.h"

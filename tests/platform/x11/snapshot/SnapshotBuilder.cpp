@@ -4,7 +4,6 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "platform/x11/crtc/ScreenFit.h"
 #include "platform/x11/snapshot/Snapshot.h"
 
 namespace tavrel::x11 {
@@ -162,6 +161,17 @@ DisplayID displayNamed(const Snapshot& snapshot, const std::string& name) {
 std::optional<layout::Area> areaOf(const Snapshot& snapshot, const std::string& name) {
     const Crtc* crtc = snapshot.activeCrtc(outputNamed(snapshot, name));
     return crtc == nullptr ? std::nullopt : std::optional(crtc->area);
+}
+
+layout::Area boundsOfAll(const Snapshot& snapshot) {
+    layout::Area bounds;
+    for (const Crtc& crtc : snapshot.crtcs) {
+        if (crtc.mode != 0) {
+            bounds.width = std::max(bounds.width, crtc.area.right());
+            bounds.height = std::max(bounds.height, crtc.area.bottom());
+        }
+    }
+    return bounds;
 }
 
 void PrintTo(const ScreenSize& size, std::ostream* out) {

@@ -60,6 +60,9 @@ const Output& outputNamed(const Snapshot& snapshot, const std::string& name);
 DisplayID displayNamed(const Snapshot& snapshot, const std::string& name);
 /// Where the output of that name is; std::nullopt when it is off.
 std::optional<layout::Area> areaOf(const Snapshot& snapshot, const std::string& name);
+/// The smallest part of the screen from its origin that holds every CRTC that is on.
+layout::Area boundsOfAll(const Snapshot& snapshot);
+
 /// So that a failed comparison can be read.
 void PrintTo(const ScreenSize& size, std::ostream* out);
 void PrintTo(const Snapshot& snapshot, std::ostream* out);
