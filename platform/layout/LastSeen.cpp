@@ -1,18 +1,11 @@
 #include "platform/layout/LastSeen.h"
 
-#include <cstddef>
-#include <iterator>
 #include <utility>
 
 #include "platform/layout/LayoutPolicy.h"
 #include "platform/layout/WholeLayout.h"
 
 namespace tavrel::layout {
-
-namespace {
-/// Far more than anybody's monitors; only a server that invents names has more.
-constexpr std::ptrdiff_t mostSeen = 64;
-}  // namespace
 
 void LastSeen::see(const Layout& layout, const Notes& notes) {
     if (isNothingShown(layout)) {
@@ -30,7 +23,8 @@ void LastSeen::see(const Layout& layout, const Notes& notes) {
         forget(seen_, output.display);
         seen_.push_back(std::move(now));
     }
-    // The role has one owner, and what is off by now may have lost it.
+    // The role has one owner, and what is off by now may have lost it: the example is in
+    // LayoutPolicy.h.
     for (RememberedOutput& each : seen_) {
         const Output* output = layout.output(each.display);
         const bool isOn = output != nullptr && output->isActive();
@@ -38,9 +32,7 @@ void LastSeen::see(const Layout& layout, const Notes& notes) {
             each.primary = layout.primary == each.display;
         }
     }
-    if (std::ssize(seen_) > mostSeen) {
-        seen_.erase(seen_.begin(), seen_.end() - mostSeen);
-    }
+    keepLatest(seen_);
 }
 
 Memory LastSeen::completed(Memory memory, DisplayID display) const {

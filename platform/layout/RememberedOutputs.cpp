@@ -11,8 +11,6 @@ namespace tavrel::layout {
 
 namespace {
 
-constexpr std::ptrdiff_t mostRemembered = 64;
-
 Memory decodedOrNone(const std::optional<std::string>& bytes) {
     return bytes.has_value() ? decodeMemory(*bytes).value_or(Memory{}) : Memory{};
 }
@@ -27,6 +25,14 @@ const RememberedOutput* find(const Memory& memory, DisplayID display) {
 
 void forget(Memory& memory, DisplayID display) {
     std::erase_if(memory, [&](const auto& each) { return each.display == display; });
+}
+
+void keepLatest(Memory& memory) {
+    // Far more than anybody's monitors; only a server that invents names has more.
+    constexpr std::ptrdiff_t most = 64;
+    if (std::ssize(memory) > most) {
+        memory.erase(memory.begin(), memory.end() - most);
+    }
 }
 
 Memory merged(Memory now, const Memory& before, const Memory& after) {
@@ -58,9 +64,7 @@ void RememberedOutputs::update(const Change& change) {
     std::optional<Memory> changed;
     const auto changeBytes = [&](const std::optional<std::string>& bytes) {
         changed = change(unsaved_.has_value() ? *unsaved_ : decodedOrNone(bytes));
-        if (std::ssize(*changed) > mostRemembered) {
-            changed->erase(changed->begin(), changed->end() - mostRemembered);
-        }
+        keepLatest(*changed);
         return std::optional(encodeMemory(*changed));
     };
     if (store_.update(rememberedOutputsKey, changeBytes)) {

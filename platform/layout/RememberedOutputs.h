@@ -52,6 +52,8 @@ using Memory = std::vector<RememberedOutput>;
 /// Null when nothing is remembered of the display.
 const RememberedOutput* find(const Memory& memory, DisplayID display);
 void forget(Memory& memory, DisplayID display);
+/// Gives up the first of very many.
+void keepLatest(Memory& memory);
 
 /// The stored form, a JSON array. Persistent: do not change the meaning of a member.
 std::string encodeMemory(const Memory& memory);
