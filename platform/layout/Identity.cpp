@@ -128,6 +128,15 @@ public:
         std::sort(byIdentity_.begin(), byIdentity_.end());
     }
 
+    /// Who an output is, by a ladder of rules. All outputs are put to one rule before any is put to
+    /// the next, so nobody gets a number that fits another output better.
+    ///
+    /// 1. Known with this EDID at this connector: it has that number.
+    /// 2. A panel without an EDID, and a monitor is known at its connector: it is that one.
+    /// 3. Known at another connector, and no other here, nor any other known, is like it: it has
+    ///    moved.
+    /// 4. Any other without an EDID, with a monitor or not: a number made of its connector.
+    /// 5. Met for the first time: a number made of its connector and its EDID; known from now on.
     Identification call() {
         forEachUnnumbered([this](std::size_t at) { recognize(at); });
         forEachUnnumbered([this](std::size_t at) { recognizeSilentPanel(at); });

@@ -107,9 +107,9 @@ public:
         return ask(false);
     }
 
-    /// As `ask`, for whoever asks once an interval and may be answered by what the server said a
-    /// moment ago. The server is asked shortly before the next such question is due, so that this
-    /// is not kept waiting; without that question it is left alone from then on.
+    /// As `ask`, for somebody who asks once an interval, and whom what the server said a moment ago
+    /// will do. The server is asked ahead, shortly before the next such question is due, so that
+    /// nobody waits for it. When that question does not come, it is not asked ahead again.
     Answer askInStep() {
         {
             State& state = *state_;

@@ -33,7 +33,8 @@ struct RememberedOutput {
     double scale = 1;
     /// The displays that showed (part of) the same picture.
     std::vector<DisplayID> mirrors = {};
-    /// Whether it was primary, and if so, only in place of one that was off.
+    /// Whether it was primary, and if so, only in place of one that was off: see the example in
+    /// LayoutPolicy.h.
     bool primary = false;
     bool primaryOnLoan = false;
     /// Where every display stood, this one and those that were off already included, with a
@@ -71,8 +72,8 @@ Memory merged(Memory now, const Memory& before, const Memory& after);
 /// The displays that were switched off here, as they were.
 ///
 /// Kept in the persistent store and read from there each time, so that another run of the
-/// application, or a helper of it, can bring them back; where the store cannot be written,
-/// kept in memory. To be used by one thread at a time.
+/// application, or the watchdog, can bring them back; where the store cannot be written, kept
+/// in memory. To be used by one thread at a time.
 class RememberedOutputs {
 public:
     explicit RememberedOutputs(UserDefaults& store);

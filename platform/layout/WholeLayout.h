@@ -9,9 +9,9 @@
 
 namespace tavrel::layout {
 
-// What is decided by `LayoutPolicy`, for a window server that takes no single changes: each
-// time it wants to hear what all displays are to show. Such a one lets no gap be, so the others
-// close up when a display goes off, and make room again when it comes back. Pure functions.
+// What `LayoutPolicy` decides, for a window server that takes no single changes: it has to be told
+// each time what all displays are to show. It accepts no gaps, so the other displays close up when
+// one goes off, and make room again when it comes back. Pure functions.
 
 /// What every connected display is to show. The desktop begins at 0,0 and has no gaps; nothing
 /// overlaps but what has done so before, and exactly one display that is on is primary.

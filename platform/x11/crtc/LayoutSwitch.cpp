@@ -35,7 +35,7 @@ bool isDone(const LayoutDecision& decision) {
     return decision.status != serverStatus::success || decision.plans.empty();
 }
 
-/// Nothing where anything is malformed, our notes included.
+/// Empty when anything is malformed, our notes included.
 layout::Memory readable(layout::Memory memory) {
     const bool isReadable = std::all_of(memory.begin(), memory.end(), [](const auto& each) {
         return decodeNotes(each.notes).has_value();
@@ -120,6 +120,18 @@ void noteSeen(layout::LastSeen& lastSeen, const Snapshot& snapshot) {
 
 ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& remembered,
                            layout::LastSeen& lastSeen, DisplayID display, bool enabled) {
+    // What is remembered is stored up to twice, never with the server grabbed: nobody is served
+    // then, and a disk may be slow.
+    //
+    // - Before the change, by a look ahead without the grab. Going off: how the display is set up
+    //   now, so that not even a crash right after the change loses it. Coming on: nothing, for a
+    //   display that fails to come on is still remembered.
+    // - After it, by how it ended. Done: what was decided with the server grabbed, which may have
+    //   been set up otherwise by then. Refused: what was remembered before. Server lost: nothing,
+    //   for nobody knows how far it came, and the way back may be needed.
+    //
+    // Where the look ahead shows that nothing is to be changed, what it decided is stored, and that
+    // is all: a display that another program has switched on is forgotten.
     const Request request{.display = display,
                           .enabled = enabled,
                           .memory = readable(remembered.all()),
@@ -139,7 +151,6 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
     } else if (outcome.status != serverStatus::notImplemented) {
         store(remembered, noted, request.memory);
     }
-    // Otherwise nobody knows how far the server came: the way back is kept, if only in case.
     return outcome.status;
 }
 
