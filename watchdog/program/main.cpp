@@ -6,6 +6,7 @@
 #include <optional>
 #include <thread>
 
+#include "platform/posix/Heap.h"
 #include "watchdog/program/ProcessSetup.h"
 #include "watchdog/program/WatchdogService.h"
 #include "watchdog/program/WindowServer.h"
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
                "connection to it)\n";
         return 2;
     }
+    shareOneHeap();
     watchdog::MessageSocket application(watchdog::detachProcess(*inherited));
     const watchdog::WindowServer server = watchdog::makeWindowServer(argc > 2 ? argv[2] : "");
     watchdog::WatchdogService(
