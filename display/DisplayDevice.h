@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "platform/DisplayID.h"
 #include "platform/DisplayQueries.h"
@@ -14,7 +15,12 @@ public:
     /// In the order in which kinds are listed.
     enum class Kind { builtIn, external };
 
-    DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool initiallyOn);
+    DisplayDevice(DisplayID displayID, std::string name, Kind kind, bool initiallyOn)
+        : isOn(initiallyOn),
+          id_(std::to_string(displayID)),
+          displayID_(displayID),
+          name_(std::move(name)),
+          kind_(kind) {}
 
     /// The identifier in plain decimal, by which lists identify their rows.
     const std::string& id() const { return id_; }
