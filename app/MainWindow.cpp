@@ -85,7 +85,7 @@ void MainWindow::showWakeShortcut(DisplayControlView& view, HotKeys& hotKeys) {
     const auto showWhetherHeld = [&view, &hotKeys] {
         view.setWakeShortcut({.works = hotKeys.isHeld(),
                               .keys = QString::fromStdString(hotKeys.boundTo()).simplified(),
-                              .isUpToTheDesktop = hotKeys.isUpToTheDesktop()});
+                              .desktopDecides = hotKeys.desktopDecides()});
     };
     heldObserver_ = hotKeys.observeHeld(showWhetherHeld);
     showWhetherHeld();

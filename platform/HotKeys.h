@@ -61,9 +61,10 @@ public:
     /// empty where it is that chord.
     virtual std::string boundTo() const { return {}; }
 
-    /// Whether the desktop gives hot keys, at its user's word, so that a chord which is not held
-    /// is neither another program's nor the keyboard's doing.
-    virtual bool isUpToTheDesktop() const { return false; }
+    /// Whether the desktop, asking its user, decides which chords an application gets. A chord that
+    /// is not held has then not been given; where this is false, another program has it or the
+    /// keyboard lacks one of its keys.
+    virtual bool desktopDecides() const { return false; }
 };
 
 }  // namespace tavrel

@@ -43,8 +43,8 @@ void Footer::update(const std::string& statusMessage,
 
 void Footer::setWakeShortcut(const WakeShortcut& shortcut) {
     wake_->setShortcutHint(shortcut.keys.isEmpty() ? shortcut_ : shortcut.keys);
-    const QString trouble = shortcut.isUpToTheDesktop ? texts::wakeShortcutNotGiven.toString()
-                                                      : texts::wakeShortcutNotHeld(shortcut_);
+    const QString trouble = shortcut.desktopDecides ? texts::wakeShortcutNotGiven.toString()
+                                                    : texts::wakeShortcutNotHeld(shortcut_);
     wake_->setShortcutWorks(shortcut.works, shortcut.works ? QString() : trouble);
 }
 

@@ -17,8 +17,8 @@ struct WakeShortcut {
     bool works = true;
     /// What it is instead of the usual one, in the desktop's words; empty for that one.
     QString keys = {};
-    /// Whether only the desktop gives hot keys.
-    bool isUpToTheDesktop = false;
+    /// Whether the desktop decides which keys an application gets.
+    bool desktopDecides = false;
 };
 
 /// The status line, or in its place the error line, above the wake button. `view`

@@ -37,7 +37,7 @@ public:
     /// One at a time: null while the handle of another is held.
     std::unique_ptr<Handle> observeHeld(Task changed) override;
     std::string boundTo() const override;
-    bool isUpToTheDesktop() const override { return true; }
+    bool desktopDecides() const override { return true; }
 
 private:
     struct State;

@@ -37,11 +37,11 @@ public:
     }
 
     std::string boundTo() const override { return boundTo_; }
-    bool isUpToTheDesktop() const override { return isUpToTheDesktop_; }
+    bool desktopDecides() const override { return desktopDecides_; }
 
     /// From now on it is a desktop that gives the chord, or these keys in its place.
     void bindInstead(std::string keys) {
-        isUpToTheDesktop_ = true;
+        desktopDecides_ = true;
         boundTo_ = std::move(keys);
         setTaken(boundTo_.empty());
     }
@@ -88,7 +88,7 @@ private:
     bool isRegistered_ = false;
     bool isTaken_ = false;
     std::string boundTo_;
-    bool isUpToTheDesktop_ = false;
+    bool desktopDecides_ = false;
     std::vector<HotKeyRegistration> requests_;
 };
 

@@ -263,12 +263,12 @@ TEST_F(ViewPaintTest, AHotKeyThatDoesNotWorkIsAtHalfStrengthAndExplained) {
 TEST_F(ViewPaintTest, WhatTheDesktopHasBoundInsteadIsTheHintAndNothingBoundIsExplained) {
     open({builtInDisplay(true)});
 
-    view->setWakeShortcut({.works = true, .keys = "Super+F9", .isUpToTheDesktop = true});
+    view->setWakeShortcut({.works = true, .keys = "Super+F9", .desktopDecides = true});
     EXPECT_EQ(text("Super+F9")->color(), theme::white(0.48));
     EXPECT_EQ(text("Super+F9")->visibleLines(), QStringList("Super+F9"));
     EXPECT_EQ(wakeButton().toolTip(), "");
 
-    view->setWakeShortcut({.works = false, .isUpToTheDesktop = true});
+    view->setWakeShortcut({.works = false, .desktopDecides = true});
     EXPECT_EQ(text("⌃⌥⌘W")->color(), theme::white(0.24));
     EXPECT_THAT(wakeButton().toolTip().toStdString(),
                 testing::EndsWith("gapplication action io.github.tavrel.Tavrel wake"));
@@ -278,7 +278,7 @@ TEST_F(ViewPaintTest, AHotKeyOfManyWordsLeavesTheWakeButtonsLabelAlone) {
     open({builtInDisplay(true)});
     const QString words = QString("Press ").repeated(40);
 
-    view->setWakeShortcut({.works = true, .keys = words, .isUpToTheDesktop = true});
+    view->setWakeShortcut({.works = true, .keys = words, .desktopDecides = true});
 
     EXPECT_LE(text(words)->width(), wakeButton().width() / 2);
 }

@@ -157,7 +157,7 @@ TEST_F(PortalHotKeysTest, APortalWithoutShortcutsOrABusWithoutPortalGivesNone) {
     ASSERT_TRUE(becomes([&] { return portal->asked().size() == 1; }));
 
     EXPECT_FALSE(hotKeys.isHeld());
-    EXPECT_TRUE(hotKeys.isUpToTheDesktop());
+    EXPECT_TRUE(hotKeys.desktopDecides());
 }
 
 TEST_F(PortalHotKeysTest, ABusThatHangsKeepsNobodyWaiting) {
