@@ -63,7 +63,7 @@ int TavrelApp::main(int argc, char** argv) {
 
     // Beside what is done until there is a window to write in.
     std::future<void> fonts = std::async(std::launch::async, theme::findFonts);
-    theme::applyTo(application);
+    theme::apply();
     // The window server makes it visible beside all that comes next.
     auto window = std::make_unique<MainWindow>();
     placeAtPointer(*window);

@@ -126,7 +126,7 @@ void measureParts(const Extent& extent, Report& report) {
     int count = 1;
     char* arguments[] = {name.data(), nullptr};
     const QApplication application(count, arguments);
-    theme::applyTo(*qApp);
+    theme::apply();
 
     Benchmarks benchmarks(extent.runs);
     const std::vector<long> sizes{1, few, many};

@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
         qputenv("DBUS_SESSION_BUS_ADDRESS", desktop->sessionBusAddress().c_str());
         qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
         application.emplace(argc, argv);
-        tavrel::theme::applyTo(*application);
+        tavrel::theme::apply();
     }
     return RUN_ALL_TESTS();
 }

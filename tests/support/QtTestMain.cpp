@@ -10,6 +10,6 @@ int main(int argc, char** argv) {
     }
     testing::InitGoogleMock(&argc, argv);
     QApplication application(argc, argv);
-    tavrel::theme::applyTo(application);
+    tavrel::theme::apply();
     return RUN_ALL_TESTS();
 }

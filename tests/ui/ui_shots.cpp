@@ -57,7 +57,7 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QApplication application(argc, argv);
-    tavrel::theme::applyTo(application);
+    tavrel::theme::apply();
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     if (!QDir().mkpath(folder.path())) {
         std::fprintf(stderr, "Could not make %s\n", qPrintable(folder.path()));

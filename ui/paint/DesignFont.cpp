@@ -6,7 +6,7 @@
 namespace tavrel {
 namespace {
 
-constexpr double scale = 2;
+constexpr double scale = theme::wholeScale;
 /// Rounding may make a text slightly wider than it was measured.
 constexpr double tolerance = 0.5;
 

@@ -112,8 +112,8 @@ QFont font(const FontSpec& spec, double scale) {
 
 void readFontConfiguration() {
 #ifndef Q_OS_MACOS
-    // What the toolkit does first when it is asked for a font, and then finds done. The library
-    // has who comes second wait for who came first.
+    // The toolkit calls this too when it is first asked for a font, and then finds it done. If both
+    // call it at the same time, the library makes one wait for the other.
     FcInit();
 #endif
 }
@@ -130,7 +130,7 @@ FontSpec specFor(const QString& text, const FontSpec& spec) {
         FontSpec candidate = spec;
         candidate.design = design;
         // The font itself; a QFont would borrow what it lacks from others.
-        const QRawFont raw = QRawFont::fromFont(font(candidate, 2));
+        const QRawFont raw = QRawFont::fromFont(font(candidate, wholeScale));
         if (std::all_of(letters.begin(), letters.end(),
                         [&](char32_t letter) { return raw.supportsCharacter(letter); })) {
             return candidate;
@@ -168,7 +168,7 @@ QPalette darkPalette() {
     return palette;
 }
 
-void applyTo(QApplication& /*application*/) {
+void apply() {
 #ifndef Q_OS_MACOS
     QApplication::setStyle(new DesignStyle);
 #endif
@@ -185,13 +185,14 @@ QString menuBarStyleSheet() {
 QMenuBar { background: transparent; color: rgba(255, 255, 255, 0.72); padding: 2px 14px; }
 QMenuBar::item { background: transparent; padding: 4px 8px; border-radius: 5px; }
 QMenuBar::item:selected { background: rgba(255, 255, 255, 0.10); color: white; }
-QMenu { background: rgb(28, 31, 43); color: white; padding: 5px;
+QMenu { background: %1; color: white; padding: 5px;
         border: 1px solid rgba(255, 255, 255, 0.14); }
 QMenu::item { padding: 5px 24px 5px 12px; border-radius: 5px; }
-QMenu::item:selected { background: rgb(10, 132, 255); }
+QMenu::item:selected { background: %2; }
 QMenu::item:disabled { color: rgba(255, 255, 255, 0.4); background: transparent; }
 QMenu::separator { height: 1px; margin: 5px 8px; background: rgba(255, 255, 255, 0.12); }
-)");
+)")
+        .arg(surface.name(), blue.name());
 }
 
 QString scrollBarStyleSheet() {

@@ -5,8 +5,6 @@
 #include <QPalette>
 #include <QString>
 
-class QApplication;
-
 /// The look shared by everything in the window. It is dark, whatever the system's setting.
 ///
 /// Sizes are in points of the design, which are Qt's logical pixels. Colours are the
@@ -45,12 +43,16 @@ struct FontSpec {
 /// REQUIRES: the scaled size is a whole number of pixels; Qt knows no others.
 QFont font(const FontSpec& spec, double scale);
 
+/// A scale at which each size of the design is a whole number of pixels.
+inline constexpr double wholeScale = 2;
+
 /// Reads the system's settings of fonts, which is the greater part of what `findFonts` does. For
 /// any thread; an application need not exist yet.
 void readFontConfiguration();
 
 /// Reads which fonts are installed, which takes as long as all else until the window is shown. For
-/// any thread, before the first font is wanted: who wants one meanwhile reads them a second time.
+/// any thread, before the first font is wanted: a thread that wants one before this has returned
+/// reads them a second time.
 ///
 /// REQUIRES: the application exists, and goes on existing until this returns.
 void findFonts();
@@ -62,8 +64,8 @@ FontSpec specFor(const QString& text, const FontSpec& spec);
 
 QPalette darkPalette();
 
-/// Gives all windows, menus and tooltips of `application` the dark look.
-void applyTo(QApplication& application);
+/// Gives all windows, menus and tooltips of the application, which must exist, the dark look.
+void apply();
 
 /// The style sheet of a menu bar that lies in the free strip above the header, and of
 /// its menus.

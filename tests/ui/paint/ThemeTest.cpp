@@ -78,7 +78,7 @@ TEST(ThemeTest, TheDesignStaysWhereNoFontHasTheLetters) {
 }
 
 TEST(ThemeTest, TheWholeApplicationIsLightTextOnDarkGround) {
-    theme::applyTo(*qApp);
+    theme::apply();
 
     for (const QPalette& palette : {QApplication::palette(), QToolTip::palette()}) {
         for (const auto ground :
