@@ -10,7 +10,7 @@
 #include "ui/Footer.h"
 #include "ui/Header.h"
 #include "ui/RowList.h"
-#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Control.h"
 #include "ui/paint/Backdrop.h"
 
 namespace tavrel {
@@ -42,7 +42,7 @@ public:
     QRect menuStrip() const;
 
 Q_SIGNALS:
-    /// The controller's state before the last turn of the main loop is now on the screen.
+    /// The widgets have been given the controller's state and their places, and are painted next.
     void rebuilt();
 
 protected:
@@ -63,7 +63,7 @@ private:
     EmptyState* emptyState_;
     RowList* rows_;
     Footer footer_;
-    FocusKeeper focus_{*this};
+    ParkedFocus focus_{*this};
     QTimer rebuildTimer_;
     ObjectWillChange::Subscription subscription_;
 };

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "ui/Texts.h"
-#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
 

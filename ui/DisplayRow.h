@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "display/DisplayDevice.h"
-#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Control.h"
 #include "ui/controls/Label.h"
 #include "ui/controls/Spinner.h"
 #include "ui/controls/Switch.h"
@@ -65,7 +65,7 @@ private:
     Switch* switch_;
     Label* lock_;
     Spinner* spinner_;
-    FocusKeeper focus_{*this};
+    ParkedFocus focus_{*this};
 };
 
 }  // namespace tavrel

@@ -34,7 +34,7 @@ Footer::Footer(QWidget& view, const Words& words)
 
 void Footer::update(const std::string& statusMessage,
                     const std::optional<std::string>& errorMessage, bool isRefreshing, bool canWake,
-                    FocusKeeper& focus) {
+                    ParkedFocus& focus) {
     showDot(isRefreshing);
     status_->setText(QString::fromStdString(statusMessage));
     showError(errorMessage);

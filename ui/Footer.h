@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/Words.h"
-#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Control.h"
 #include "ui/controls/Label.h"
 #include "ui/controls/WakeButton.h"
 
@@ -31,7 +31,7 @@ public:
 
     /// An error that is present hides the status, even when its text is empty.
     void update(const std::string& statusMessage, const std::optional<std::string>& errorMessage,
-                bool isRefreshing, bool canWake, FocusKeeper& focus);
+                bool isRefreshing, bool canWake, ParkedFocus& focus);
 
     void setWakeShortcut(const WakeShortcut& shortcut);
 

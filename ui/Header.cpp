@@ -23,7 +23,7 @@ Header::Header(QWidget& view)
     heading_->setText(texts::heading.toString());
 }
 
-void Header::update(bool isRefreshing, FocusKeeper& focus) {
+void Header::update(bool isRefreshing, ParkedFocus& focus) {
     focus.setEnabled(*refresh_, !isRefreshing);
     refresh_->setSpinning(isRefreshing);
 }

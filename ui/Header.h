@@ -2,7 +2,7 @@
 
 #include <QRect>
 
-#include "ui/controls/FocusKeeper.h"
+#include "ui/controls/Control.h"
 #include "ui/controls/Label.h"
 #include "ui/controls/RefreshButton.h"
 
@@ -15,7 +15,7 @@ public:
 
     RefreshButton* refreshButton() const { return refresh_; }
 
-    void update(bool isRefreshing, FocusKeeper& focus);
+    void update(bool isRefreshing, ParkedFocus& focus);
 
     int height() const;
     /// Fills the top of `column`.

@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringView>
 
-/// All texts on the screen that do not come from the controller.
+/// All texts of the control view that do not come from the controller.
 namespace tavrel::texts {
 
 inline constexpr QStringView productTitle = u"TAVREL";

@@ -6,8 +6,8 @@
 
 #include "tests/ui/ViewTest.h"
 #include "ui/paint/Backdrop.h"
-#include "ui/paint/ContinuousCorners.h"
 #include "ui/paint/DesignFont.h"
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
 

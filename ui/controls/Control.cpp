@@ -4,7 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 
-#include "ui/paint/Layer.h"
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -113,6 +113,37 @@ void Control::setShowsFocusRing(bool shows) {
     if (shows != showsFocusRing_) {
         showsFocusRing_ = shows;
         update();
+    }
+}
+
+void ParkedFocus::park(Control& control) {
+    if (control.window()->focusWidget() == &control) {
+        owner_ = &control;
+        showedRing_ = control.showsFocusRing();
+        place_.setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void ParkedFocus::restore(Control& control) {
+    if (owner_ != &control) {
+        return;
+    }
+    owner_.clear();
+    if (place_.window()->focusWidget() == &place_) {
+        control.takeFocus(showedRing_);
+    }
+}
+
+void ParkedFocus::setEnabled(Control& control, bool isEnabled) {
+    if (isEnabled == control.isEnabled()) {
+        return;
+    }
+    if (!isEnabled) {
+        park(control);
+    }
+    control.setEnabled(isEnabled);
+    if (isEnabled) {
+        restore(control);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QPainterPath>
+#include <QPointer>
 
 namespace tavrel {
 
@@ -61,6 +62,30 @@ private:
 
     QSize faceSize_;
     bool showsFocusRing_ = false;
+};
+
+/// The keyboard focus of a control while that is hidden or disabled.
+///
+/// Qt would move the focus on to the next control, where the next key press does something
+/// the user did not ask for. Here it is parked on a widget that ignores keys instead, and
+/// restored unless the user has moved it elsewhere in the meantime.
+class ParkedFocus {
+public:
+    /// `place` has the focus meanwhile. It owns this and is an ancestor of the controls.
+    explicit ParkedFocus(QWidget& place) : place_(place) {}
+
+    /// To be called before `control` is hidden, disabled or destroyed.
+    void park(Control& control);
+    /// To be called when `control` can be used again.
+    void restore(Control& control);
+
+    /// Enables or disables `control`, with its focus parked and restored.
+    void setEnabled(Control& control, bool isEnabled);
+
+private:
+    QWidget& place_;
+    QPointer<Control> owner_;
+    bool showedRing_ = false;
 };
 
 }  // namespace tavrel

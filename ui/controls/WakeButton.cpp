@@ -4,13 +4,15 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
 namespace {
 
+/// Any will do: whoever owns the button makes its face as wide as there is room.
+constexpr int initialWidth = 4 * WakeButton::faceHeight;
 constexpr int horizontalPadding = 15;
 constexpr double cornerRadius = 10;
 constexpr double strokeOpacity = 0.1;
@@ -32,7 +34,7 @@ theme::FontSpec hintFontFor(const QString& hint) {
 }  // namespace
 
 WakeButton::WakeButton(const QString& label, const QString& shortcutHint, QWidget* parent)
-    : Control({4 * faceHeight, faceHeight}, parent),
+    : Control({initialWidth, faceHeight}, parent),
       labelFont_(labelFont),
       hint_(new Label(hintFont, theme::white(hintOpacity), this)) {
     setText(label);

@@ -3,7 +3,7 @@
 #include <QSvgRenderer>
 #include <algorithm>
 
-#include "ui/paint/Layer.h"
+#include "ui/paint/Drawing.h"
 
 // The macro that registers a library's resources must be used outside of any namespace.
 static void registerIcons() {

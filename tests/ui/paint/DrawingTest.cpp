@@ -8,9 +8,8 @@
 
 #include "tests/ui/WidgetTest.h"
 #include "ui/paint/Backdrop.h"
-#include "ui/paint/ContinuousCorners.h"
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Icons.h"
-#include "ui/paint/Layer.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {

@@ -1,9 +1,16 @@
 #pragma once
 
 #include <QPainter>
+#include <QPainterPath>
+#include <QRectF>
 #include <functional>
 
 namespace tavrel {
+
+/// `rect` with continuous corners: each is a superellipse that leaves the straight sides
+/// without a jump in curvature and meets an arc of `radius` at the corner's middle. It
+/// starts half a radius earlier than the arc, or as early as the sides allow.
+QPainterPath continuousRoundedRect(const QRectF& rect, double radius);
 
 /// Paints something as a whole: `paint` draws into a transparent layer in the painter's
 /// own coordinates, and the layer is then drawn at `opacity`, so that parts that overlap
