@@ -102,6 +102,10 @@ SwitchOffGate& Composition::switchOffGate() {
     return parts_->gate;
 }
 
+std::unique_ptr<TrayHost> Composition::makeTrayHost() {
+    return parts_->system->makeTrayHost(parts_->mainQueue);
+}
+
 void Composition::observeStore(Task unwritable) {
     parts_->system->observeStore(
         [&queue = parts_->mainQueue, task = std::move(unwritable)] { queue.async(task); });

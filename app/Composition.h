@@ -6,6 +6,7 @@
 #include "platform/HotKeys.h"
 #include "platform/Platform.h"
 #include "platform/SwitchOffGate.h"
+#include "platform/TrayHost.h"
 
 namespace tavrel {
 
@@ -29,6 +30,8 @@ public:
     Platform platform();
     HotKeys& hotKeys();
     SwitchOffGate& switchOffGate();
+    /// The tray of this desktop, or null; see `System`. Must be gone before this object is.
+    std::unique_ptr<TrayHost> makeTrayHost();
 
     /// Runs `unwritable` on the main queue, once, when what the application remembers cannot be
     /// written; see `System`.

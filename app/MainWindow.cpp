@@ -9,26 +9,11 @@
 #include <QMenu>
 #include <QMenuBar>
 
-#include "app/MacMenus.h"
+#include "app/Texts.h"
 #include "ui/DisplayControlView.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
-
-namespace {
-
-/// Every text of the menus, in one place as those of the view are.
-namespace menuTexts {
-
-const QString file = QStringLiteral("File");
-const QString quit = QStringLiteral("Quit");
-const QString displays = QStringLiteral("Displays");
-const QString wakeBothDisplays = QStringLiteral("Wake Both Displays");
-const QString refreshDisplays = QStringLiteral("Refresh Displays");
-
-}  // namespace menuTexts
-
-}  // namespace
 
 MainWindow::MainWindow() {
     setWindowTitle(QCoreApplication::applicationName());
@@ -93,28 +78,47 @@ void MainWindow::showWakeShortcut(DisplayControlView& view, HotKeys& hotKeys) {
 #endif
 
 void MainWindow::addMenus(QMenuBar& menuBar) {
-#ifndef Q_OS_MACOS
-    QMenu* file = menuBar.addMenu(menuTexts::file);
-    QAction* quit = file->addAction(menuTexts::quit);
+#ifdef Q_OS_MACOS
+    addMacFileMenu(menuBar, *this);
+#else
+    QMenu* file = menuBar.addMenu(appTexts::fileMenu.toString());
+    QAction* quit = file->addAction(appTexts::quit.toString());
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
 #endif
-#ifdef Q_OS_MACOS
-    addMacFileMenu(menuBar, *this);
-#endif
-    QMenu* displays = menuBar.addMenu(menuTexts::displays);
+    QMenu* displays = menuBar.addMenu(appTexts::displaysMenu.toString());
 
-    QAction* wake = displays->addAction(menuTexts::wakeBothDisplays);
+    QAction* wake = displays->addAction(appTexts::wakeBothDisplays.toString());
     wake->setShortcut(Qt::CTRL | Qt::ALT | Qt::META | Qt::Key_W);
     wake->setAutoRepeat(false);
     connect(wake, &QAction::triggered, this, [this] { controller_->wakeAll(); });
 
-    QAction* refresh = displays->addAction(menuTexts::refreshDisplays);
+    QAction* refresh = displays->addAction(appTexts::refreshDisplays.toString());
     refresh->setShortcut(Qt::CTRL | Qt::Key_R);
     connect(refresh, &QAction::triggered, this, [this] { controller_->refresh(std::nullopt); });
 #ifdef Q_OS_MACOS
     addMacWindowMenu(menuBar, *this);
 #endif
+}
+
+void addMacFileMenu(QMenuBar& menuBar, QWidget& window) {
+    QMenu* menu = menuBar.addMenu(appTexts::fileMenu.toString());
+    QAction* close = menu->addAction(appTexts::close.toString());
+    close->setShortcut(Qt::CTRL | Qt::Key_W);
+    QObject::connect(close, &QAction::triggered, &window, &QWidget::close);
+}
+
+void addMacWindowMenu(QMenuBar& menuBar, QWidget& window) {
+    QMenu* menu = menuBar.addMenu(appTexts::windowMenu.toString());
+    QAction* minimize = menu->addAction(appTexts::minimize.toString());
+    minimize->setShortcut(Qt::CTRL | Qt::Key_M);
+    QObject::connect(minimize, &QAction::triggered, &window, [&window] {
+        // Minimizing would show one that is closed.
+        if (window.isVisible()) {
+            window.showMinimized();
+        }
+    });
+    menu->addAction(appTexts::zoom.toString())->setEnabled(false);
 }
 
 }  // namespace tavrel

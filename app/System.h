@@ -10,6 +10,7 @@
 #include "platform/HotKeys.h"
 #include "platform/MainQueue.h"
 #include "platform/ReconfigurationReports.h"
+#include "platform/TrayHost.h"
 #include "platform/UserDefaults.h"
 #include "platform/Words.h"
 
@@ -42,9 +43,12 @@ public:
     /// Null ends it: when the call returns, `unwritable` neither runs nor will.
     virtual void observeStore(std::function<void()> unwritable) = 0;
 
-    /// Both may use this object, and the hot keys the queue, until they are destroyed.
+    /// All may use this object, and those that are given the queue use that, until they are
+    /// destroyed.
     virtual std::unique_ptr<HotKeys> makeHotKeys(MainQueue& mainQueue) = 0;
     virtual std::unique_ptr<BackgroundQueue> makeBackgroundQueue() = 0;
+    /// Null where an application without a window can always be reached.
+    virtual std::unique_ptr<TrayHost> makeTrayHost(MainQueue& mainQueue) = 0;
 };
 
 /// The system for the window server that this session runs on.

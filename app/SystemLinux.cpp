@@ -5,9 +5,11 @@
 #include <utility>
 
 #include "app/System.h"
+#include "app/Texts.h"
 #include "platform/LidAwareDisplays.h"
 #include "platform/dbus/Bus.h"
 #include "platform/dbus/DBusLid.h"
+#include "platform/dbus/DBusTrayHost.h"
 #include "platform/dbus/PortalHotKeys.h"
 #include "platform/posix/BufferedUserDefaults.h"
 #include "platform/posix/DefaultsPath.h"
@@ -79,12 +81,16 @@ public:
             return std::make_unique<X11HotKeys>(mainQueue);
         }
         return std::make_unique<PortalHotKeys>(
-            mainQueue, PortalHotKeys::Options{.busAddress = dbus::sessionBusAddress(),
-                                              .applicationId = TAVREL_APPLICATION_ID,
-                                              .description = "Wake Both Displays"});
+            mainQueue, PortalHotKeys::Options{
+                           .busAddress = dbus::sessionBusAddress(),
+                           .applicationId = TAVREL_APPLICATION_ID,
+                           .description = appTexts::wakeBothDisplays.toString().toStdString()});
     }
     std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
         return std::make_unique<ThreadBackgroundQueue>();
+    }
+    std::unique_ptr<TrayHost> makeTrayHost(MainQueue& mainQueue) override {
+        return std::make_unique<DBusTrayHost>(mainQueue, dbus::sessionBusAddress());
     }
 
 private:

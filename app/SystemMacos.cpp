@@ -1,4 +1,5 @@
 #include "app/System.h"
+#include "app/Texts.h"
 #include "platform/macos/ActivityAssertion.h"
 #include "platform/macos/MacBackgroundQueue.h"
 #include "platform/macos/MacHotKeys.h"
@@ -27,13 +28,15 @@ public:
     std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
         return std::make_unique<MacBackgroundQueue>();
     }
+    /// The Dock keeps what has no window.
+    std::unique_ptr<TrayHost> makeTrayHost(MainQueue& /*mainQueue*/) override { return nullptr; }
 
 private:
     /// First, before anything that has a thread.
     MacWindowServer windowServer_;
     MacReconfigurationReports reports_{windowServer_};
     MacUserDefaults userDefaults_;
-    ActivityAssertion activity_{"Looks after the displays that are switched off"};
+    ActivityAssertion activity_{appTexts::activityReason};
 };
 
 }  // namespace

@@ -1,17 +1,18 @@
 #include "app/TavrelApp.h"
 
+#include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <utility>
 
 #include <QApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 
-#include "app/BringToFront.h"
 #include "app/MainWindow.h"
-#include "app/QuitRequests.h"
-#include "app/ShownEmpty.h"
-#include "app/StartupFailure.h"
+#include "app/ShowWindow.h"
+#include "app/Texts.h"
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
 #include "platform/posix/BrokenPipes.h"
@@ -22,10 +23,6 @@
 namespace tavrel {
 
 namespace {
-
-constexpr const char* unwritableStoreText =
-    "Your displays can’t be saved right now. Tavrel remembers them until it quits and keeps "
-    "trying.";
 
 /// On a Wayland desktop the window is one of Wayland's, also where the toolkit would rather go
 /// through Xwayland; unless somebody has said otherwise.
@@ -38,6 +35,70 @@ void preferWayland() {
 #endif
 }
 
+#ifdef Q_OS_MACOS
+/// A Mac always has a display server. What is missing is a part of the application, and the
+/// toolkit says which.
+void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+    std::fprintf(stderr, "tavrel: %s\n", qPrintable(message));
+    if (type == QtFatalMsg) {
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+#else
+void reportAndExit(QtMsgType type, const QMessageLogContext& /*context*/,
+                   const QString& /*message*/) {
+    if (type != QtFatalMsg) {
+        return;  // The toolkit says the same in several lines of its own.
+    }
+    const char* display = std::getenv("DISPLAY");
+    std::fprintf(stderr, "tavrel: %s \"%s\"\n", appTexts::noDisplayServerAt,
+                 display == nullptr ? "" : display);
+    std::_Exit(EXIT_FAILURE);
+}
+#endif
+
+/// While it exists, a toolkit that cannot start ends the process with status 1, not with an abort
+/// and a core dump. One plain line says why: that no display server answers, or on a Mac what the
+/// toolkit says. Needed only until the application object exists; one at a time.
+class StartupFailure {
+public:
+    StartupFailure() : previous_(qInstallMessageHandler(reportAndExit)) {}
+    ~StartupFailure() { qInstallMessageHandler(previous_); }
+
+    StartupFailure(const StartupFailure&) = delete;
+    StartupFailure& operator=(const StartupFailure&) = delete;
+
+private:
+    QtMessageHandler previous_;
+};
+
+/// Runs a task from within each request that the application quit, before the toolkit answers it.
+///
+/// A Mac that logs out asks every application whether it may end. The toolkit answers "cancel"
+/// and quits afterwards, and the system then tells the user that the application has interrupted
+/// the log-out and may end it at any moment. So what has to be done at the end is done inside the
+/// question. On every system the toolkit turns each way of quitting into this request, but for an
+/// end of its main loop that nobody asked for.
+class QuitRequests : public QObject {
+public:
+    /// The application must outlive it. `requested` may be run several times, as one way of
+    /// quitting may ask more than once.
+    QuitRequests(QCoreApplication& application, std::function<void()> requested)
+        : requested_(std::move(requested)) {
+        application.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        if (event->type() == QEvent::Quit && receiver == QCoreApplication::instance()) {
+            requested_();
+        }
+        return QObject::eventFilter(receiver, event);
+    }
+
+private:
+    std::function<void()> requested_;
+};
+
 }  // namespace
 
 int TavrelApp::main(int argc, char** argv) {
@@ -49,10 +110,10 @@ int TavrelApp::main(int argc, char** argv) {
     if (onlyCopy == nullptr) {
         return EXIT_SUCCESS;
     }
-    // Beside all that comes before the first widget, which takes about as long.
+    // Runs during all that comes before the first widget, which takes about as long.
     const std::future<void> fontConfiguration =
         std::async(std::launch::async, theme::readFontConfiguration);
-    QApplication::setApplicationName(QStringLiteral("Tavrel"));
+    QApplication::setApplicationName(appTexts::product.toString());
     QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
     // By which a Linux desktop knows whose window it is, and which icon it has.
     QGuiApplication::setDesktopFileName(QStringLiteral(TAVREL_APPLICATION_ID));
@@ -61,10 +122,10 @@ int TavrelApp::main(int argc, char** argv) {
     QApplication application(argc, argv);
     startupFailure.reset();
 
-    // Beside what is done until there is a window to write in.
+    // Runs until the window, which is shown without text first, is filled.
     std::future<void> fonts = std::async(std::launch::async, theme::findFonts);
     theme::apply();
-    // The window server makes it visible beside all that comes next.
+    // Shown now, so that the window server makes it visible while the rest is set up.
     auto window = std::make_unique<MainWindow>();
     placeAtPointer(*window);
     showEmpty(*window);
@@ -91,7 +152,7 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
     _controller = DisplayController::create(composition_.platform());
     composition_.observeStore([weak = std::weak_ptr(_controller)] {
         if (const auto controller = weak.lock()) {
-            controller->setErrorMessage(unwritableStoreText);
+            controller->setErrorMessage(appTexts::unwritableStore);
         }
     });
 
@@ -108,7 +169,7 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
                          });
     }
     std::optional<Tray> tray;
-    if (auto trayHost = makeTrayHost(composition_.platform().mainQueue)) {
+    if (auto trayHost = composition_.makeTrayHost()) {
         tray.emplace(window, _controller, std::move(trayHost));
     }
     onlyCopy_->serve(

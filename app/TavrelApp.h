@@ -30,6 +30,8 @@ private:
     void end();
 
     Composition composition_;
+    /// The underscore in front, here and of `_controller`, is on purpose: it marks the two objects
+    /// that the application wraps.
     AppDelegate _appDelegate;
     QuitSequence quitSequence_;
     std::shared_ptr<DisplayController> _controller;

@@ -5,38 +5,63 @@
 #include <utility>
 
 #include <QApplication>
+#include <QIcon>
+#include <QPainter>
+#include <QPixmap>
 
-#include "app/BringToFront.h"
+#include "app/ShowWindow.h"
+#include "app/Texts.h"
+#include "ui/paint/Icons.h"
+#include "ui/paint/Theme.h"
 
 namespace tavrel {
 
 namespace {
 
-/// Every text of the tray, in one place as those of the view are.
-namespace trayTexts {
+QPixmap drawnIcon(int side, bool isSomethingOff) {
+    QPixmap picture(side, side);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const QRectF whole(0, 0, side, side);
 
-const QString show = QStringLiteral("Show");
-const QString wakeBothDisplays = QStringLiteral("Wake Both Displays");
-const QString refresh = QStringLiteral("Refresh");
-const QString quit = QStringLiteral("Quit");
-const QString allOn = QStringLiteral("All displays are on");
-const QString someOff = QStringLiteral("Some displays are off");
+    // A ground of its own: a panel may be light or dark.
+    painter.setBrush(theme::indigo);
+    painter.drawRoundedRect(whole, 0.22 * side, 0.22 * side);
+    const double margin = 0.14 * side;
+    paintIcon(painter, Icon::display, whole.adjusted(margin, margin, -margin, -margin),
+              theme::white(isSomethingOff ? 0.55 : 1));
+    if (isSomethingOff) {
+        painter.setBrush(theme::orange);
+        const double dot = 0.44 * side;
+        painter.drawEllipse(QRectF(side - dot, side - dot, dot, dot));
+    }
+    return picture;
+}
 
-}  // namespace trayTexts
+QIcon trayIcon(bool isSomethingOff) {
+    QIcon icon;
+    for (const int side : {16, 22, 24, 32, 48, 64}) {
+        icon.addPixmap(drawnIcon(side, isSomethingOff));
+    }
+    return icon;
+}
 
 }  // namespace
 
 Tray::Tray(QWidget& window, std::shared_ptr<DisplayController> controller,
            std::unique_ptr<TrayHost> host)
     : window_(window), controller_(std::move(controller)), host_(std::move(host)) {
-    connect(menu_.addAction(trayTexts::show), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::show.toString()), &QAction::triggered, this,
             [this] { bringToFront(window_, {}); });
-    connect(menu_.addAction(trayTexts::wakeBothDisplays), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::wakeBothDisplays.toString()), &QAction::triggered, this,
             [this] { controller_->wakeAll(); });
-    connect(menu_.addAction(trayTexts::refresh), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::refresh.toString()), &QAction::triggered, this,
             [this] { controller_->refresh(std::nullopt); });
     menu_.addSeparator();
-    connect(menu_.addAction(trayTexts::quit), &QAction::triggered, qApp, &QCoreApplication::quit);
+    connect(menu_.addAction(appTexts::quit.toString()), &QAction::triggered, qApp,
+            &QCoreApplication::quit);
 
     stateTimer_.setSingleShot(true);
     connect(&stateTimer_, &QTimer::timeout, this, &Tray::showState);
@@ -77,7 +102,7 @@ void Tray::showState() {
         std::any_of(displays.begin(), displays.end(),
                     [](const DisplayDevice& display) { return !display.isOn; });
     icon_->setIcon(trayIcon(isSomethingOff));
-    icon_->setToolTip(isSomethingOff ? trayTexts::someOff : trayTexts::allOn);
+    icon_->setToolTip((isSomethingOff ? appTexts::someOff : appTexts::allOn).toString());
 }
 
 }  // namespace tavrel

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -14,9 +13,10 @@
 namespace tavrel {
 
 /// The application in the desktop's tray. As long as there is one, closing the window leaves
-/// the application there, and its icon tells whether a display is off; without one, closing the
-/// window ends the application. When the tray goes while the window is closed, the window is
-/// shown again, so that the user is never without a way to the application. Main thread only.
+/// the application there, and its icon, which suits panels of any colour, tells whether a display
+/// is off; without one, closing the window ends the application. When the tray goes while the
+/// window is closed, the window is shown again, so that the user is never without a way to the
+/// application. Main thread only.
 class Tray : public QObject {
 public:
     /// `window` must outlive this.
@@ -39,12 +39,5 @@ private:
     /// Goes first, since it tells us of changes.
     const std::unique_ptr<TrayHost> host_;
 };
-
-/// The tray's icon, for panels of any colour.
-QIcon trayIcon(bool isSomethingOff);
-
-/// The tray of this system's desktop; null where an application without a window can always be
-/// reached. `mainQueue` must outlive it.
-std::unique_ptr<TrayHost> makeTrayHost(MainQueue& mainQueue);
 
 }  // namespace tavrel

@@ -10,7 +10,6 @@
 #include <QTest>
 
 #include "app/AppDelegate.h"
-#include "app/MacMenus.h"
 #include "app/MainWindow.h"
 #include "tests/simulated/SimulatedPlatform.h"
 #include "tests/support/WakeChord.h"
