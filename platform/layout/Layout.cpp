@@ -9,6 +9,13 @@
 
 namespace tavrel::layout {
 
+namespace {
+
+/// Of a Wayland transform.
+constexpr std::uint32_t quarters = 4;
+
+}  // namespace
+
 int refreshMillihertz(std::int64_t pixelsPerSecond, std::int64_t pixelsPerFrame) {
     if (pixelsPerFrame <= 0) {
         return 0;
@@ -37,6 +44,24 @@ bool isRotation(Rotation rotation) {
 
 bool isSideways(Rotation rotation) {
     return (rotation & (rotate90 | rotate270)) != 0;
+}
+
+std::optional<Rotation> rotationOf(std::uint32_t transform) {
+    if (transform >= 2 * quarters) {
+        return std::nullopt;
+    }
+    const int turned = rotate0 << (transform % quarters);
+    return static_cast<Rotation>(transform < quarters ? turned : turned | reflectX);
+}
+
+std::uint32_t transformOf(Rotation rotation) {
+    constexpr unsigned turns = rotate0 | rotate90 | rotate180 | rotate270;
+    const bool isReflectedX = (rotation & reflectX) != 0;
+    const bool isReflectedY = (rotation & reflectY) != 0;
+    auto transform = static_cast<std::uint32_t>(std::countr_zero(rotation & turns));
+    // Reflecting along the other axis is the same, turned by half.
+    transform = (transform + (isReflectedY ? 2 : 0)) % quarters;
+    return transform + (isReflectedX != isReflectedY ? quarters : 0);
 }
 
 Area Layout::areaOf(const Mode& mode, Rotation rotation, double scale) const {

@@ -69,6 +69,12 @@ bool isRotation(Rotation rotation);
 /// Whether width and height change places.
 bool isSideways(Rotation rotation);
 
+/// How Wayland turns a picture: by 0 to 3 quarters; and 4 more if it is reflected before.
+/// std::nullopt for none of these numbers.
+std::optional<Rotation> rotationOf(std::uint32_t transform);
+/// And the other way round. REQUIRES: it is a rotation.
+std::uint32_t transformOf(Rotation rotation);
+
 /// What an output that is on shows.
 struct Shown {
     Mode mode = {};

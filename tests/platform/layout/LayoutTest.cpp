@@ -56,6 +56,36 @@ TEST(RotationTest, IsOneRotationAndAnyReflections) {
     }
 }
 
+TEST(TransformTest, IsARotation) {
+    EXPECT_EQ(rotationOf(0), rotate0);
+    EXPECT_EQ(rotationOf(1), rotate90);
+    EXPECT_EQ(rotationOf(3), rotate270);
+    EXPECT_EQ(rotationOf(4), rotate0 | reflectX);
+    EXPECT_EQ(rotationOf(7), rotate270 | reflectX);
+}
+
+TEST(TransformTest, IsNoneOfOtherNumbers) {
+    EXPECT_EQ(rotationOf(8), std::nullopt);
+    EXPECT_EQ(rotationOf(static_cast<std::uint32_t>(-1)), std::nullopt);
+}
+
+TEST(TransformTest, ThereAndBackIsTheSame) {
+    for (std::uint32_t transform = 0; transform < 8; ++transform) {
+        const std::optional<Rotation> rotation = rotationOf(transform);
+
+        ASSERT_TRUE(rotation.has_value());
+        EXPECT_TRUE(isRotation(*rotation));
+        EXPECT_EQ(transformOf(*rotation), transform);
+    }
+}
+
+TEST(TransformTest, ReflectionAtTheOtherAxisIsOneWithHalfATurn) {
+    EXPECT_EQ(transformOf(rotate0 | reflectY), 6U);
+    EXPECT_EQ(transformOf(rotate90 | reflectY), 7U);
+    EXPECT_EQ(transformOf(rotate0 | reflectX | reflectY), 2U);
+    EXPECT_EQ(transformOf(rotate90 | reflectX | reflectY), 3U);
+}
+
 TEST(LayoutTest, HasRoomUpToItsLargestDesktop) {
     const Layout layout = Desk().limitedTo(3000, 2000);
 
