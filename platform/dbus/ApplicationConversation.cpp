@@ -162,7 +162,8 @@ int ApplicationConversation::activateAction(sd_bus_message* message, void* self,
 int ApplicationConversation::take(sd_bus_message* message, const std::string& action) {
     if (isOwn(message)) {
         // Asked when the other had just gone; the error has us look who has the name.
-        return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_FAILED, "that is us");
+        return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_FAILED,
+                                          "the application has asked itself");
     }
     const std::uint64_t number = ++numbers_;
     unanswered_.emplace(number, Message(sd_bus_message_ref(message)));

@@ -6,10 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace tavrel::dbus {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 std::string variable(const char* name) {
     const char* value = std::getenv(name);
@@ -35,6 +38,27 @@ std::string escaped(const std::string& path) {
 /// Without it, the library ends the connection when the bus refuses to pass a signal on.
 int carryOn(sd_bus_message* /*message*/, void* /*unused*/, sd_bus_error* /*error*/) {
     return 0;
+}
+
+/// Works off what has arrived, until the bus has said hello. False when it hasn't in time.
+bool isReady(sd_bus* bus, Clock::time_point deadline) {
+    for (;;) {
+        const int handled = sd_bus_process(bus, nullptr);
+        if (handled < 0 || sd_bus_is_open(bus) <= 0) {
+            return false;
+        }
+        if (sd_bus_is_ready(bus) > 0) {
+            return true;
+        }
+        const auto left =
+            std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now());
+        if (left.count() <= 0) {
+            return false;
+        }
+        if (handled == 0) {
+            sd_bus_wait(bus, static_cast<std::uint64_t>(left.count()));
+        }
+    }
 }
 
 }  // namespace
@@ -71,6 +95,15 @@ Message newCall(sd_bus& bus, const char* service, const char* object, const char
     return Message(message);
 }
 
+Message newCallToRunning(sd_bus& bus, const char* service, const char* object,
+                         const char* interface, const char* method) {
+    Message call = newCall(bus, service, object, interface, method);
+    if (call != nullptr) {
+        sd_bus_message_set_auto_start(call.get(), 0);
+    }
+    return call;
+}
+
 void addMatch(sd_bus& bus, const std::string& rule, sd_bus_message_handler_t handler,
               void* userData) {
     sd_bus_add_match_async(&bus, nullptr, rule.c_str(), handler, &carryOn, userData);
@@ -90,9 +123,8 @@ bool process(sd_bus& bus) {
     return handled == 0;
 }
 
-Wait nextWait(sd_bus& bus, std::chrono::steady_clock::time_point until) {
+Wait nextWait(sd_bus& bus, Clock::time_point until) {
     using std::chrono::milliseconds;
-    using Clock = std::chrono::steady_clock;
     std::uint64_t libraryWants = forever;
     if (sd_bus_get_timeout(&bus, &libraryWants) > 0 && libraryWants != forever) {
         // The library counts on the clock that steady_clock is here.
@@ -106,6 +138,20 @@ Wait nextWait(sd_bus& bus, std::chrono::steady_clock::time_point until) {
     return {.descriptor = sd_bus_get_fd(&bus),
             .events = static_cast<short>(std::max(events, 0)),
             .timeout = std::max(std::chrono::ceil<milliseconds>(left), milliseconds(0))};
+}
+
+sd_bus* BusLink::bus(std::chrono::milliseconds timeout) {
+    const auto deadline = Clock::now() + timeout;
+    if (bus_ != nullptr && !isReady(bus_.get(), deadline)) {
+        bus_.reset();
+    }
+    if (bus_ == nullptr) {
+        bus_ = openBus(address_);
+        if (bus_ != nullptr && !isReady(bus_.get(), deadline)) {
+            bus_.reset();
+        }
+    }
+    return bus_.get();
 }
 
 }  // namespace tavrel::dbus

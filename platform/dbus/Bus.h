@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace tavrel::dbus {
 
@@ -35,6 +36,10 @@ Bus openBus(const std::string& address);
 Message newCall(sd_bus& bus, const char* service, const char* object, const char* interface,
                 const char* method);
 
+/// The same, of a service that is not started for it.
+Message newCallToRunning(sd_bus& bus, const char* service, const char* object,
+                         const char* interface, const char* method);
+
 /// Has signals that match `rule` handled. Where the bus refuses, none come.
 void addMatch(sd_bus& bus, const std::string& rule, sd_bus_message_handler_t handler,
               void* userData);
@@ -56,5 +61,22 @@ Wait nextWait(sd_bus& bus, std::chrono::steady_clock::time_point until);
 
 /// The library's way to say it.
 constexpr std::uint64_t forever = UINT64_MAX;
+
+/// Keeps one connection to a message bus that may be missing, go away and come back.
+///
+/// For one thread. No call blocks for longer than it is told.
+class BusLink {
+public:
+    /// `address` as in `openBus`.
+    explicit BusLink(std::string address) : address_(std::move(address)) {}
+
+    /// The connection, made anew if needed; null when there is none. Blocks at most for
+    /// `timeout`. Valid until the next call.
+    sd_bus* bus(std::chrono::milliseconds timeout);
+
+private:
+    const std::string address_;
+    Bus bus_;
+};
 
 }  // namespace tavrel::dbus

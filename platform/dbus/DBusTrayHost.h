@@ -6,9 +6,12 @@
 
 #include "platform/TrayHost.h"
 #include "platform/dbus/ConversationThread.h"
-#include "platform/dbus/TrayConversation.h"
 
 namespace tavrel {
+
+namespace dbus {
+class TrayConversation;
+}
 
 /// The tray by the word of its watcher on the session's message bus. Absent while there is no
 /// bus, no watcher, or none that answers. Asks on a thread of its own.
@@ -17,6 +20,9 @@ public:
     /// `address` as the bus libraries write it. `mainQueue` must outlive this. Throws
     /// std::system_error when no thread can be started.
     DBusTrayHost(MainQueue& mainQueue, const std::string& address);
+    ~DBusTrayHost() override;
+    DBusTrayHost(const DBusTrayHost&) = delete;
+    DBusTrayHost& operator=(const DBusTrayHost&) = delete;
 
     bool isPresent() const override { return word_->isPresent; }
     void observe(Task changed) override { word_->changed = std::move(changed); }

@@ -41,8 +41,8 @@ void readDictionary(sd_bus_message& message, Use use) {
     sd_bus_message_exit_container(&message);
 }
 
-/// The text in the variant that stands next; std::nullopt, with the variant passed over by
-/// nobody, when it holds something else.
+/// The text in the variant that stands next; std::nullopt when it holds something else, and then
+/// it has still to be passed over.
 std::optional<std::string> readText(sd_bus_message& message) {
     const char* text = nullptr;
     for (const char* type : {"s", "o"}) {

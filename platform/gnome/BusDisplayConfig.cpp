@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/gnome/StateReader.h"
-
 namespace tavrel::gnome {
 
 namespace {
@@ -47,13 +45,8 @@ Reply replyOf(const Error& error) {
     return Reply::refused;
 }
 
-dbus::Message newCall(sd_bus* bus, const char* ofInterface, const char* method) {
-    sd_bus_message* message = nullptr;
-    if (sd_bus_message_new_method_call(bus, &message, service, object, ofInterface, method) < 0) {
-        return nullptr;
-    }
-    sd_bus_message_set_auto_start(message, 0);
-    return dbus::Message(message);
+dbus::Message newCall(sd_bus& bus, const char* ofInterface, const char* method) {
+    return dbus::newCallToRunning(bus, service, object, ofInterface, method);
 }
 
 /// Writes containers, and closes them; that memory runs out shows when the message is sent.
@@ -123,7 +116,7 @@ void write(Writer& writer, const Configuration& configuration, DisplayConfig::Me
 
 }  // namespace
 
-dbus::Message stateQuestion(sd_bus* bus) {
+dbus::Message stateQuestion(sd_bus& bus) {
     return newCall(bus, interface, "GetCurrentState");
 }
 
@@ -132,7 +125,7 @@ DisplayConfig::Reading BusDisplayConfig::read() {
     if (bus == nullptr) {
         return {.reply = Reply::absent};
     }
-    const dbus::Message question = stateQuestion(bus);
+    const dbus::Message question = stateQuestion(*bus);
     const Called called = call(bus, question.get());
     if (called.reply != Reply::done) {
         return {.reply = called.reply};
@@ -146,7 +139,7 @@ bool BusDisplayConfig::isAllowed() {
     if (bus == nullptr) {
         return true;
     }
-    const dbus::Message question = newCall(bus, "org.freedesktop.DBus.Properties", "Get");
+    const dbus::Message question = newCall(*bus, "org.freedesktop.DBus.Properties", "Get");
     if (question == nullptr ||
         sd_bus_message_append(question.get(), "ss", interface, "ApplyMonitorsConfigAllowed") < 0) {
         return true;
@@ -163,7 +156,7 @@ Reply BusDisplayConfig::apply(const Configuration& configuration, Method method)
     if (bus == nullptr) {
         return Reply::absent;
     }
-    const dbus::Message request = newCall(bus, interface, "ApplyMonitorsConfig");
+    const dbus::Message request = newCall(*bus, interface, "ApplyMonitorsConfig");
     if (request != nullptr) {
         Writer writer(request.get());
         write(writer, configuration, method);

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 #include "platform/ServerTimeout.h"
-#include "platform/dbus/BusLink.h"
+#include "platform/dbus/Bus.h"
 #include "platform/gnome/DisplayConfig.h"
 
 namespace tavrel {
@@ -25,7 +26,10 @@ inline constexpr const char* object = "/org/gnome/Mutter/DisplayConfig";
 inline constexpr const char* interface = "org.gnome.Mutter.DisplayConfig";
 
 /// A question for all there is to know, to be sent. Null when there is no memory for it.
-dbus::Message stateQuestion(sd_bus* bus);
+dbus::Message stateQuestion(sd_bus& bus);
+/// What the answer says. std::nullopt when it is of another kind, names a mode or a place that
+/// none can have, or a monitor that it doesn't list.
+std::optional<MonitorState> readState(sd_bus_message* answer);
 
 /// The compositor of a GNOME session, over the message bus. Never starts one.
 class BusDisplayConfig final : public DisplayConfig {

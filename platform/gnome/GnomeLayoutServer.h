@@ -12,7 +12,7 @@ namespace tavrel::gnome {
 /// plugged in; after the second time both are the same.
 class GnomeLayoutServer final : public layout::WholeLayoutServer {
 public:
-    /// `config` must outlive it. What is read takes the monitors for those `known`.
+    /// `config` must outlive it. The monitors `known` say which display each of its monitors is.
     explicit GnomeLayoutServer(DisplayConfig& config, layout::KnownMonitors known = {})
         : config_(config), known_(std::move(known)) {}
 

@@ -9,7 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/gnome/StateReader.h"
 #include "platform/layout/LayoutDiff.h"
 
 namespace tavrel {
@@ -17,11 +16,6 @@ namespace tavrel {
 namespace {
 
 constexpr std::chrono::milliseconds reconnectInterval{2000};
-
-/// Without it, the library ends the connection when the bus refuses to pass a signal on.
-int carryOn(sd_bus_message* /*message*/, void* /*unused*/, sd_bus_error* /*error*/) {
-    return 0;
-}
 
 void sleep(const WakeUp& wakeUp, int descriptor, int events, std::chrono::milliseconds timeout) {
     std::array<pollfd, 2> sources{
@@ -68,12 +62,8 @@ void GnomeReconfigurationReports::converse() {
     const std::string service = gnome::service;
     const std::string says = "type='signal',sender='" + service + "',interface='" +
                              gnome::interface + "',member='MonitorsChanged'";
-    const std::string appearsOrGoes =
-        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-        "member='NameOwnerChanged',arg0='" +
-        service + "'";
-    for (const std::string& match : {says, appearsOrGoes}) {
-        sd_bus_add_match_async(bus.get(), nullptr, match.c_str(), &changed, &carryOn, this);
+    for (const std::string& match : {says, dbus::ownerChanges(service)}) {
+        dbus::addMatch(*bus, match, &changed, this);
     }
     // What changed while there was no connection is news too.
     hasNews_ = true;
@@ -95,7 +85,7 @@ void GnomeReconfigurationReports::ask(sd_bus* bus) {
         return;
     }
     hasNews_ = false;
-    const dbus::Message question = gnome::stateQuestion(bus);
+    const dbus::Message question = gnome::stateQuestion(*bus);
     const auto timeout = std::chrono::microseconds(options_.timeout).count();
     isAsking_ =
         question != nullptr && sd_bus_call_async(bus, nullptr, question.get(), &answered, this,

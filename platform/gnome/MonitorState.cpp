@@ -1,7 +1,6 @@
 #include "platform/gnome/MonitorState.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstddef>
 #include <string_view>
@@ -9,10 +8,6 @@
 namespace tavrel::gnome {
 
 namespace {
-
-constexpr std::uint32_t flipped = 4;
-constexpr std::array<layout::Rotation, 4> quarterTurns{layout::rotate0, layout::rotate90,
-                                                       layout::rotate180, layout::rotate270};
 
 /// Plug and play numbers the makers by three letters of five bits each.
 std::uint32_t vendorNumber(std::string_view letters) {
@@ -60,7 +55,7 @@ const LogicalMonitor* showing(const MonitorState& state, const std::string& conn
 
 layout::Shown shownBy(const layout::Layout& layout, const Monitor& monitor,
                       const LogicalMonitor& logical) {
-    layout::Shown shown{.rotation = rotationOf(logical.transform).value_or(layout::rotate0),
+    layout::Shown shown{.rotation = layout::rotationOf(logical.transform).value_or(layout::rotate0),
                         .scale = logical.scale};
     if (monitor.currentMode.has_value()) {
         shown.mode = monitor.modes.at(*monitor.currentMode).mode;
@@ -123,26 +118,6 @@ layout::Layout layoutOf(const MonitorState& state) {
         }
     }
     return layout;
-}
-
-std::optional<layout::Rotation> rotationOf(std::uint32_t transform) {
-    if (transform >= 2 * flipped) {
-        return std::nullopt;
-    }
-    const layout::Rotation turned = quarterTurns.at(transform % flipped);
-    return transform >= flipped ? static_cast<layout::Rotation>(turned | layout::reflectX) : turned;
-}
-
-std::uint32_t transformOf(layout::Rotation rotation) {
-    std::uint32_t turns = 0;
-    while (turns < quarterTurns.size() - 1 && (rotation & quarterTurns.at(turns)) == 0) {
-        ++turns;
-    }
-    const bool isReflectedX = (rotation & layout::reflectX) != 0;
-    const bool isReflectedY = (rotation & layout::reflectY) != 0;
-    // Reflecting along the other axis is the same, turned by half.
-    turns = (turns + (isReflectedY ? 2 : 0)) % flipped;
-    return turns + (isReflectedX != isReflectedY ? flipped : 0);
 }
 
 }  // namespace tavrel::gnome

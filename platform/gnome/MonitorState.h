@@ -64,7 +64,7 @@ struct MonitorState {
     /// As the bus has it: 1 when a scale makes areas smaller, 2 when all are in pixels.
     std::uint32_t layoutMode = 1;
     bool canChangeLayoutMode = false;
-    /// Not the compositor's: the monitors met before, by which each is told.
+    /// Not the compositor's: the monitors met before, which say what display each is.
     layout::KnownMonitors known = {};
 
     /// Null when there is no such monitor.
@@ -81,10 +81,5 @@ std::vector<layout::Identity> identitiesIn(const MonitorState& state);
 /// `state` in the words common to all window servers. A display is a monitor; all are
 /// connected, in the state's order.
 layout::Layout layoutOf(const MonitorState& state);
-
-/// How the bus turns pictures, in the words common to all; std::nullopt for none of them.
-std::optional<layout::Rotation> rotationOf(std::uint32_t transform);
-/// And the other way round. REQUIRES: it is a rotation.
-std::uint32_t transformOf(layout::Rotation rotation);
 
 }  // namespace tavrel::gnome

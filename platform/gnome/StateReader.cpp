@@ -1,4 +1,4 @@
-#include "platform/gnome/StateReader.h"
+#include "platform/gnome/BusDisplayConfig.h"
 
 #include <algorithm>
 #include <cmath>
@@ -144,12 +144,10 @@ constexpr std::int64_t interlaced = 1;
 constexpr std::int64_t variableRefresh = 2;
 
 void readNames(Reader& reader, Monitor& monitor) {
-    reader.within(SD_BUS_TYPE_STRUCT, "ssss", [&] {
-        reader.text(monitor.connector);
-        reader.text(monitor.vendor);
-        reader.text(monitor.product);
-        reader.text(monitor.serial);
-    });
+    reader.text(monitor.connector);
+    reader.text(monitor.vendor);
+    reader.text(monitor.product);
+    reader.text(monitor.serial);
 }
 
 struct ListedMode {
@@ -208,7 +206,7 @@ void addModes(Monitor& monitor, std::vector<ListedMode> modes) {
 
 Monitor readMonitor(Reader& reader) {
     Monitor monitor;
-    readNames(reader, monitor);
+    reader.within(SD_BUS_TYPE_STRUCT, "ssss", [&] { readNames(reader, monitor); });
     std::vector<ListedMode> modes;
     reader.each(SD_BUS_TYPE_STRUCT, "(siiddada{sv})", [&] { modes.push_back(readMode(reader)); });
     addModes(monitor, std::move(modes));
@@ -234,13 +232,10 @@ LogicalMonitor readLogicalMonitor(Reader& reader) {
     reader.read("iidu", &logical.x, &logical.y, &logical.scale, &logical.transform);
     reader.truth(logical.isPrimary);
     reader.check(std::abs(logical.x) <= furthest && std::abs(logical.y) <= furthest &&
-                 isScale(logical.scale) && rotationOf(logical.transform).has_value());
+                 isScale(logical.scale) && layout::rotationOf(logical.transform).has_value());
     reader.each(SD_BUS_TYPE_STRUCT, "(ssss)", [&] {
         Monitor shown;
-        reader.text(shown.connector);
-        reader.text(shown.vendor);
-        reader.text(shown.product);
-        reader.text(shown.serial);
+        readNames(reader, shown);
         logical.monitors.push_back(std::move(shown.connector));
     });
     reader.eachProperty([](std::string_view /*name*/) { return false; });

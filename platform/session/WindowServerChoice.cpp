@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/gnome/GnomeProbe.h"
+#include "platform/gnome/GnomeWindowServer.h"
 #include "platform/plasma/PlasmaWindowServer.h"
 #include "platform/x11/X11WindowServer.h"
 

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/gnome/GnomeProbe.h"
+#include "platform/gnome/GnomeWindowServer.h"
 #include "platform/layout/WholeLayoutSwitch.h"
 #include "tests/platform/gnome/SimulatedDisplayConfig.h"
 #include "tests/simulated/SimulatedUserDefaults.h"

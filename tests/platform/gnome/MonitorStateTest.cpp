@@ -7,21 +7,6 @@
 namespace tavrel::gnome {
 namespace {
 
-TEST(GnomeRotationTest, IsReadBack) {
-    for (std::uint32_t transform = 0; transform < 8; ++transform) {
-        const auto rotation = rotationOf(transform);
-        ASSERT_TRUE(rotation.has_value());
-        EXPECT_TRUE(layout::isRotation(*rotation));
-        EXPECT_EQ(transformOf(*rotation), transform);
-    }
-    EXPECT_EQ(rotationOf(8), std::nullopt);
-}
-
-TEST(GnomeRotationTest, ReflectingAlongTheOtherAxisIsTheSameTurnedByHalf) {
-    EXPECT_EQ(transformOf(layout::rotate0 | layout::reflectY), 6U);
-    EXPECT_EQ(transformOf(layout::rotate90 | layout::reflectX | layout::reflectY), 3U);
-}
-
 TEST(GnomeLayoutTest, HasEveryMonitorWithItsPlace) {
     SimulatedDisplayConfig config;
     config.add("DP-1");

@@ -1,4 +1,4 @@
-#include "platform/gnome/Configuration.h"
+#include "platform/gnome/DisplayConfig.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +28,7 @@ LogicalSetting& placeFor(const layout::Shown& shown, const layout::Mode& mode,
     return places.emplace_back(LogicalSetting{.x = shown.area.x,
                                               .y = shown.area.y,
                                               .scale = exactScale(mode, shown.scale),
-                                              .transform = transformOf(shown.rotation)});
+                                              .transform = layout::transformOf(shown.rotation)});
 }
 
 /// The mode of this description; of several alike, the one it is in.
