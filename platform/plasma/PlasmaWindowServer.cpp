@@ -8,7 +8,7 @@
 
 #include "platform/layout/LayoutMoment.h"
 #include "platform/layout/WholeLayoutSwitch.h"
-#include "platform/plasma/switching/PlasmaLayoutServer.h"
+#include "platform/plasma/PlasmaLayoutServer.h"
 
 namespace tavrel {
 

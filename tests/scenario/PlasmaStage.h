@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/plasma/PlasmaLayoutServer.h"
 #include "platform/plasma/connection/ServerLink.h"
-#include "platform/plasma/switching/PlasmaLayoutServer.h"
 #include "tests/scenario/Stage.h"
 #include "tests/support/AccessibilityBus.h"
 #include "tests/support/AccessibleWindow.h"

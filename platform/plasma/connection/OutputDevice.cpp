@@ -1,7 +1,6 @@
 #include "platform/plasma/connection/OutputDevice.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 
 namespace tavrel::plasma {
@@ -10,9 +9,6 @@ namespace {
 
 /// libwayland ends the process at an event nobody takes, so every one needs a taker.
 constexpr auto ignored = [](auto...) {};
-
-/// Wayland counts quarter turns, and four more for a picture reflected before.
-constexpr int quarters = 4;
 
 }  // namespace
 
@@ -146,7 +142,8 @@ layout::Output OutputDevice::describe() const {
     if (const Mode* mode = currentMode(); mode != nullptr && isEnabled_) {
         layout::Shown& shown = output.shown.emplace();
         shown.mode = mode->description;
-        shown.rotation = rotationOf(transform_);
+        shown.rotation =
+            layout::rotationOf(static_cast<std::uint32_t>(transform_)).value_or(layout::rotate0);
         // A server that says nonsense is not to make us divide by it.
         shown.scale = scale_ > 0 ? wl_fixed_to_double(scale_) : 1;
         shown.area = layout::Layout().areaOf(shown.mode, shown.rotation, shown.scale);
@@ -191,27 +188,6 @@ std::vector<std::uint8_t> decodeBase64(std::string_view text) {
         }
     }
     return bytes;
-}
-
-layout::Rotation rotationOf(int transform) {
-    if (transform < 0 || transform >= 2 * quarters) {
-        return layout::rotate0;
-    }
-    const int turned = layout::rotate0 << (transform % quarters);
-    return static_cast<layout::Rotation>(transform < quarters ? turned : turned | layout::reflectX);
-}
-
-int transformOf(layout::Rotation rotation) {
-    constexpr unsigned turns =
-        layout::rotate0 | layout::rotate90 | layout::rotate180 | layout::rotate270;
-    int transform = std::countr_zero(rotation & turns);
-    // Reflected at both axes is turned upside down.
-    if ((rotation & layout::reflectY) != 0) {
-        transform = (transform + 2) % quarters;
-    }
-    const bool isReflected =
-        ((rotation & layout::reflectX) != 0) != ((rotation & layout::reflectY) != 0);
-    return isReflected ? transform + quarters : transform;
 }
 
 }  // namespace tavrel::plasma

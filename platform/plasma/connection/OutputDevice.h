@@ -67,7 +67,7 @@ private:
     std::string monitor_;
     int x_ = 0;
     int y_ = 0;
-    int transform_ = WL_OUTPUT_TRANSFORM_NORMAL;
+    std::int32_t transform_ = WL_OUTPUT_TRANSFORM_NORMAL;
     wl_fixed_t scale_ = wl_fixed_from_int(1);
     bool isEnabled_ = false;
     std::vector<std::unique_ptr<Mode>> modes_;
@@ -76,9 +76,5 @@ private:
 
 /// The bytes that a base64 text stands for; none unless it is one, whole.
 std::vector<std::uint8_t> decodeBase64(std::string_view text);
-
-/// A Wayland transform as a layout has it, and back.
-layout::Rotation rotationOf(int transform);
-int transformOf(layout::Rotation rotation);
 
 }  // namespace tavrel::plasma

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -42,18 +41,16 @@ public:
     /// call.
     bool isKnownToBeGone() const { return isKnownToBeGone_; }
 
-    /// How many different sessions there have been.
-    std::uint64_t sessionsMade() const { return sessionsMade_; }
-
 private:
-    bool isHeard();
+    /// Waits until all has been heard that the server has said. Without that, or when its outputs
+    /// can't be configured, ends the session and returns false.
+    bool catchUp();
     void connect();
 
     PlasmaServerOptions options_;
     int cancel_;
     std::unique_ptr<Session> session_;
     std::chrono::steady_clock::time_point nextAttempt_;
-    std::uint64_t sessionsMade_ = 0;
     bool isKnownToBeGone_ = false;
 };
 

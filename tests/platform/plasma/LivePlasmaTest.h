@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/plasma/PlasmaLayoutServer.h"
 #include "platform/plasma/PlasmaWindowServer.h"
-#include "platform/plasma/switching/PlasmaLayoutServer.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/PlasmaDesktop.h"
 #include "tests/support/WaitUntil.h"

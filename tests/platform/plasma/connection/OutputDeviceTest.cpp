@@ -21,27 +21,5 @@ TEST(Base64Test, IsNothingWhereItIsNone) {
     }
 }
 
-TEST(TransformTest, IsARotation) {
-    EXPECT_EQ(rotationOf(0), layout::rotate0);
-    EXPECT_EQ(rotationOf(1), layout::rotate90);
-    EXPECT_EQ(rotationOf(3), layout::rotate270);
-    EXPECT_EQ(rotationOf(4), layout::rotate0 | layout::reflectX);
-    EXPECT_EQ(rotationOf(7), layout::rotate270 | layout::reflectX);
-    EXPECT_EQ(rotationOf(-1), layout::rotate0);
-    EXPECT_EQ(rotationOf(8), layout::rotate0);
-}
-
-TEST(TransformTest, ThereAndBackIsTheSame) {
-    for (int transform = 0; transform < 8; ++transform) {
-        EXPECT_EQ(transformOf(rotationOf(transform)), transform);
-    }
-}
-
-TEST(TransformTest, ReflectionAtTheOtherAxisIsOneWithHalfATurn) {
-    EXPECT_EQ(transformOf(layout::rotate0 | layout::reflectY), 6);
-    EXPECT_EQ(transformOf(layout::rotate90 | layout::reflectY), 7);
-    EXPECT_EQ(transformOf(layout::rotate0 | layout::reflectX | layout::reflectY), 2);
-}
-
 }  // namespace
 }  // namespace tavrel::plasma

@@ -13,7 +13,7 @@ namespace tavrel::plasma {
 /// asked for is taken back.
 class PlasmaLayoutServer final : public layout::WholeLayoutServer {
 public:
-    /// `link` must outlive it. What is read takes the monitors for those `known`.
+    /// `link` must outlive it. The monitors `known` say which display each of its monitors is.
     explicit PlasmaLayoutServer(ServerLink& link, layout::KnownMonitors known = {})
         : link_(link), known_(std::move(known)) {}
 
