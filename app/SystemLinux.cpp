@@ -12,7 +12,6 @@
 #include "platform/dbus/DBusTrayHost.h"
 #include "platform/dbus/PortalHotKeys.h"
 #include "platform/posix/BufferedUserDefaults.h"
-#include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/session/LinuxWindowServer.h"

@@ -15,9 +15,7 @@
 #include "app/Texts.h"
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
-#include "platform/posix/BrokenPipes.h"
-#include "platform/posix/Heap.h"
-#include "platform/posix/TerminationSignals.h"
+#include "platform/posix/Process.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <limits>
 
@@ -31,6 +32,16 @@ class WallClock {
 public:
     virtual ~WallClock() = default;
     virtual WallTime now() = 0;
+};
+
+/// The system's.
+class SystemWallClock final : public WallClock {
+public:
+    WallTime now() override {
+        using namespace std::chrono;
+        constexpr sys_days referenceDate = 2001y / January / 1;
+        return {duration<double>(system_clock::now() - referenceDate).count()};
+    }
 };
 
 }  // namespace tavrel

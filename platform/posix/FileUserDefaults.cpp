@@ -1,6 +1,11 @@
 #include "platform/posix/FileUserDefaults.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
+#include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -13,6 +18,30 @@ using AtomicFile::ReadOutcome;
 using nlohmann::json;
 
 constexpr std::size_t maxFileSize = 16'777'216;
+
+std::filesystem::path absoluteOrEmpty(const char* path) {
+    const std::filesystem::path found = path == nullptr ? "" : path;
+    return found.is_absolute() ? found : std::filesystem::path{};
+}
+
+std::filesystem::path homeInUserDatabase() {
+    std::array<char, 16384> texts{};
+    passwd entry{};
+    passwd* found = nullptr;
+    getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
+    return absoluteOrEmpty(found == nullptr ? nullptr : found->pw_dir);
+}
+
+std::filesystem::path configFolder() {
+    if (auto folder = absoluteOrEmpty(std::getenv("XDG_CONFIG_HOME")); !folder.empty()) {
+        return folder;
+    }
+    std::filesystem::path home = absoluteOrEmpty(std::getenv("HOME"));
+    if (home.empty()) {
+        home = homeInUserDatabase();
+    }
+    return home.empty() ? home : home / ".config";
+}
 
 /// The object in `text`; null when `text` is not a JSON object.
 json parseObject(const std::string& text) {
@@ -80,6 +109,11 @@ bool moveDamagedAside(const std::filesystem::path& target) {
 }
 
 }  // namespace
+
+std::filesystem::path defaultsPath() {
+    const std::filesystem::path folder = configFolder();
+    return folder.empty() ? folder : folder / "tavrel" / "defaults.json";
+}
 
 FileUserDefaults::FileUserDefaults(std::filesystem::path path, Clock clock,
                                    std::chrono::milliseconds lockLimit)

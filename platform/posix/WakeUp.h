@@ -1,8 +1,17 @@
 #pragma once
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavrel {
+
+/// Both ends of a pipe that no started program inherits.
+struct Pipe {
+    /// Throws std::system_error.
+    Pipe();
+
+    FileDescriptor readEnd;
+    FileDescriptor writeEnd;
+};
 
 /// Wakes a thread that sleeps in poll(): that thread polls `descriptor`, others call `wake`.
 class WakeUp {

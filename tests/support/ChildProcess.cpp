@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 #include "tests/support/ProcessTable.h"
 #include "tests/support/TemporaryFolder.h"
 

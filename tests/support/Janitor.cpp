@@ -15,7 +15,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 
 namespace tavrel::support {
 

@@ -6,8 +6,8 @@
 #include <optional>
 #include <stdexcept>
 
-#include "platform/posix/BrokenPipes.h"
-#include "platform/posix/Pipe.h"
+#include "platform/posix/Process.h"
+#include "platform/posix/WakeUp.h"
 #include "tests/support/AccessibilityBus.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/DisplayNumber.h"

@@ -3,7 +3,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 #include "tests/support/DisplayNumber.h"
 
 namespace tavrel::support {

@@ -1,5 +1,4 @@
 #include "platform/posix/BufferedUserDefaults.h"
-#include "platform/posix/DefaultsPath.h"
 #include "platform/posix/FileUserDefaults.h"
 #include "platform/session/LinuxWindowServer.h"
 #include "watchdog/program/WindowServer.h"

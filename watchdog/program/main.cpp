@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/posix/Heap.h"
+#include "platform/posix/Process.h"
 #include "watchdog/program/ProcessSetup.h"
 #include "watchdog/program/WatchdogService.h"
 #include "watchdog/program/WindowServer.h"

@@ -1,4 +1,4 @@
-#include "platform/posix/BrokenPipes.h"
+#include "platform/posix/Process.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 
 namespace tavrel {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/posix/DefaultsPath.h"
+#include "platform/posix/FileUserDefaults.h"
 
 #include <gtest/gtest.h>
 #include <pwd.h>

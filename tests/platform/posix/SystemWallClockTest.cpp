@@ -1,4 +1,4 @@
-#include "platform/posix/SystemWallClock.h"
+#include "platform/WallClock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/posix/TerminationSignals.h"
+#include "platform/posix/Process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/posix/Pipe.h"
+#include "platform/posix/WakeUp.h"
 #include "platform/x11/crtc/LayoutSwitch.h"
 #include "platform/x11/crtc/RandrLayoutServer.h"
 #include "tests/platform/posix/ForkedProcess.h"

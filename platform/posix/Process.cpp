@@ -1,7 +1,11 @@
-#include "platform/posix/TerminationSignals.h"
+#include "platform/posix/Process.h"
 
 #include <atomic>
 #include <csignal>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace tavrel {
 
@@ -29,6 +33,19 @@ void handleSignalsWith(void (*handler)(int)) {
 }
 
 }  // namespace
+
+void shareOneHeap() {
+#ifdef __GLIBC__
+    mallopt(M_ARENA_MAX, 1);
+    // Set, or it would grow with each big block that is freed, and such blocks would stay.
+    constexpr int bigBlock = 128 * 1024;
+    mallopt(M_MMAP_THRESHOLD, bigBlock);
+#endif
+}
+
+void ignoreBrokenPipes() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 TerminationSignals::TerminationSignals() {
     woken = &signalArrived_;
