@@ -3,7 +3,6 @@
 #include "platform/macos/ActivityAssertion.h"
 #include "platform/macos/MacBackgroundQueue.h"
 #include "platform/macos/MacHotKeys.h"
-#include "platform/macos/MacReconfigurationReports.h"
 #include "platform/macos/MacUserDefaults.h"
 #include "platform/macos/MacWindowServer.h"
 

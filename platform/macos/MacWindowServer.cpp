@@ -77,4 +77,15 @@ std::unique_ptr<DisplayMoment> MacWindowServer::now() {
     return std::make_unique<LiveMoment>();
 }
 
+ServerStatus MacReconfigurationReports::registerCallback(DisplayReconfigurationCallback callback,
+                                                         void* userInfo) {
+    return CGDisplayRegisterReconfigurationCallback(callback, userInfo);
+}
+
+ServerStatus MacReconfigurationReports::removeCallback(DisplayReconfigurationCallback callback,
+                                                       void* userInfo) {
+    const auto lock = ownChanges_.holdChanges();
+    return CGDisplayRemoveReconfigurationCallback(callback, userInfo);
+}
+
 }  // namespace tavrel

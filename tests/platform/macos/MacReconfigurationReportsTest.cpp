@@ -1,10 +1,9 @@
-#include "platform/macos/MacReconfigurationReports.h"
+#include "platform/macos/MacWindowServer.h"
 
 #include <future>
 #include <mutex>
 #include <thread>
 
-#include "platform/macos/MacWindowServer.h"
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/simulated/CoreGraphics.h"
 
