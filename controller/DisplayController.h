@@ -16,7 +16,7 @@
 #include "platform/Platform.h"
 #include "platform/WallClock.h"
 #include "platform/WorkItem.h"
-#include "registry/KnownDisplays.h"
+#include "registry/DisplayRegistry.h"
 #include "registry/StoredDisplay.h"
 
 namespace tavrel {

@@ -5,8 +5,9 @@
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <utility>
 
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 
 namespace tavrel::DisplayRegistry {
 namespace {
@@ -28,17 +29,17 @@ Index indexByID(const std::vector<StoredDisplay>& records) {
     return index;
 }
 
-}  // namespace
-
-std::vector<StoredDisplay> decoded(const std::optional<std::string>& stored) {
+std::vector<StoredDisplay> recordsIn(const std::optional<std::string>& stored) {
     if (!stored) {
         return {};
     }
     return StoredFormat::decode(*stored).value_or(std::vector<StoredDisplay>{});
 }
 
+}  // namespace
+
 std::vector<StoredDisplay> knownDisplays(UserDefaults& userDefaults) {
-    return decoded(userDefaults.data(storageKey));
+    return recordsIn(userDefaults.data(storageKey));
 }
 
 std::vector<StoredDisplay> merge(const std::vector<DisplayID>& online, UserDefaults& userDefaults,
@@ -69,3 +70,16 @@ bool comesBefore(const StoredDisplay& a, const StoredDisplay& b) {
 }
 
 }  // namespace tavrel::DisplayRegistry
+
+namespace tavrel {
+
+const std::vector<StoredDisplay>& KnownDisplays::read() {
+    std::optional<std::string> text = userDefaults_.data(DisplayRegistry::storageKey);
+    if (text != text_) {
+        records_ = DisplayRegistry::recordsIn(text);
+        text_ = std::move(text);
+    }
+    return records_;
+}
+
+}  // namespace tavrel

@@ -7,7 +7,7 @@
 
 #include "display/DisplayIntegration.h"
 #include "registry/DisplayRegistry.h"
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 #include "tests/bench/Benchmarks.h"
 #include "tests/bench/Measures.h"
 #include "tests/bench/NumberedDisplays.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "registry/DisplayRegistry.h"
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 #include "tests/fuzz/Require.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/SettableClock.h"

@@ -6,7 +6,7 @@
 #include <tuple>
 
 #include "registry/DisplayRegistry.h"
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/simulated/SimulatedWindowServer.h"
 #include "tests/support/SettableClock.h"

@@ -1,10 +1,9 @@
-#include "registry/KnownDisplays.h"
+#include "registry/DisplayRegistry.h"
 
 #include <gmock/gmock.h>
 
 #include <string_view>
 
-#include "registry/DisplayRegistry.h"
 #include "tests/simulated/SimulatedUserDefaults.h"
 
 namespace tavrel {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <string>
 
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 
 namespace tavrel {
 namespace {

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 
 namespace tavrel {
 namespace {

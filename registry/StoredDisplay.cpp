@@ -1,4 +1,4 @@
-#include "registry/StoredFormat.h"
+#include "registry/StoredDisplay.h"
 
 #include <array>
 #include <charconv>
