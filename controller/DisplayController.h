@@ -15,7 +15,6 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
 #include "platform/WallClock.h"
-#include "platform/WorkItem.h"
 #include "registry/DisplayRegistry.h"
 #include "registry/StoredDisplay.h"
 

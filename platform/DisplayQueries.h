@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DisplayID.h"
@@ -27,7 +29,8 @@ struct DisplayHardware {
 /// again. So ask for a new moment after each change of the layout.
 ///
 /// For one thread at a time. No call throws. A display the server does not know (any more)
-/// is not built in, not online, not active, and has vendor, model and serial number 0.
+/// is not built in, not online and not active. Its vendor, model and serial number mean nothing:
+/// they are 0 on Linux, and 0xFFFFFFFF where a Mac's server answers.
 class DisplayMoment {
 public:
     virtual ~DisplayMoment() = default;
@@ -60,6 +63,39 @@ public:
     /// Empty where the server does not tell.
     virtual DisplayHardware hardware(DisplayID /*display*/) { return {}; }
 };
+
+/// A moment that answers as another one does: the base of those that change some answers.
+class ForwardingMoment : public DisplayMoment {
+public:
+    explicit ForwardingMoment(std::unique_ptr<DisplayMoment> inner) : inner_(std::move(inner)) {}
+
+    bool isCurrent() override { return inner_->isCurrent(); }
+    std::optional<std::vector<DisplayID>> allDisplays() override { return inner_->allDisplays(); }
+    std::optional<std::vector<DisplayID>> onlineDisplays() override {
+        return inner_->onlineDisplays();
+    }
+    bool isBuiltIn(DisplayID display) override { return inner_->isBuiltIn(display); }
+    bool isOnline(DisplayID display) override { return inner_->isOnline(display); }
+    bool isActive(DisplayID display) override { return inner_->isActive(display); }
+    std::uint32_t vendorNumber(DisplayID display) override { return inner_->vendorNumber(display); }
+    std::uint32_t modelNumber(DisplayID display) override { return inner_->modelNumber(display); }
+    std::uint32_t serialNumber(DisplayID display) override { return inner_->serialNumber(display); }
+    DisplayHardware hardware(DisplayID display) override { return inner_->hardware(display); }
+
+private:
+    std::unique_ptr<DisplayMoment> inner_;
+};
+
+/// Whether anybody can see anything by these answers, current or not: whether any display is
+/// online and active. std::nullopt when the server cannot say what is online.
+inline std::optional<bool> hasUsableDisplay(DisplayMoment& moment) {
+    const auto online = moment.onlineDisplays();
+    if (!online) {
+        return std::nullopt;
+    }
+    return std::any_of(online->begin(), online->end(),
+                       [&](DisplayID display) { return moment.isActive(display); });
+}
 
 /// Where the window server is asked about its displays. Thread-safe.
 class DisplayQueries {

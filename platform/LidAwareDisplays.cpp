@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ForwardingMoment.h"
+#include "platform/DisplayQueries.h"
 
 namespace tavrel {
 

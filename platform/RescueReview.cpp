@@ -7,14 +7,8 @@ namespace tavrel {
 
 namespace {
 
-bool hasUsableDisplay(DisplayMoment& moment) {
-    const auto online = moment.onlineDisplays().value_or(std::vector<DisplayID>{});
-    return std::any_of(online.begin(), online.end(),
-                       [&](DisplayID display) { return moment.isActive(display); });
-}
-
 bool isLastWordOfADarkDesk(DisplayMoment& moment) {
-    return !moment.isCurrent() && !hasUsableDisplay(moment);
+    return !moment.isCurrent() && hasUsableDisplay(moment) != true;
 }
 
 }  // namespace
@@ -90,7 +84,7 @@ void RescueReview::review(Rescue& rescue) {
         return;
     }
     const auto moment = queries_.nowAfterProbing();
-    rescue.isCalledOff = !moment->isCurrent() || hasUsableDisplay(*moment);
+    rescue.isCalledOff = !moment->isCurrent() || hasUsableDisplay(*moment) == true;
 }
 
 }  // namespace tavrel

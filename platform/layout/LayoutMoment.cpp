@@ -1,6 +1,5 @@
 #include "platform/layout/LayoutMoment.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -93,9 +92,7 @@ std::unique_ptr<DisplayMoment> silentMoment(DisplayList online, bool isCurrent) 
 }
 
 bool showsAnything(DisplayMoment& moment) {
-    const auto online = moment.onlineDisplays().value_or(std::vector<DisplayID>{});
-    return std::any_of(online.begin(), online.end(),
-                       [&](DisplayID display) { return moment.isActive(display); });
+    return hasUsableDisplay(moment).value_or(false);
 }
 
 }  // namespace tavrel::layout

@@ -20,7 +20,7 @@ std::unique_ptr<DisplayMoment> momentOf(std::shared_ptr<const Layout> layout, bo
 std::unique_ptr<DisplayMoment> silentMoment(std::optional<std::vector<DisplayID>> online,
                                             bool isCurrent);
 
-/// Whether anybody can see anything, by these answers: whether any display is online and active.
+/// Whether anybody is known to see anything, by these answers.
 bool showsAnything(DisplayMoment& moment);
 
 }  // namespace tavrel::layout

@@ -8,7 +8,6 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
-#include "platform/ForwardingMoment.h"
 #include "platform/MainQueue.h"
 
 namespace tavrel {

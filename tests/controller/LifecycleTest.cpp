@@ -6,7 +6,7 @@
 
 #include "controller/WakeAllNotification.h"
 #include "platform/BackgroundQueue.h"
-#include "platform/WorkItem.h"
+#include "platform/MainQueue.h"
 #include "tests/controller/ControllerTest.h"
 #include "tests/controller/ForwardingMainQueue.h"
 

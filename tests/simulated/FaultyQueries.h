@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ForwardingMoment.h"
+#include "platform/DisplayQueries.h"
 #include "tests/simulated/Chance.h"
 
 namespace tavrel {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "watchdog/protocol/UsableDisplay.h"
-
 namespace tavrel::watchdog {
 namespace {
 
@@ -196,7 +194,9 @@ Received WatchdogSupervisor::awaitAnswer() {
 bool WatchdogSupervisor::isWaitingPointless() {
     const auto asked = setup_.stopwatch();
     const auto moment = queries_.now();
-    const std::optional<bool> isUsable = hasUsableDisplay(*moment);
+    // What the server said before it fell silent may no longer be true.
+    const std::optional<bool> isUsable =
+        moment->isCurrent() ? hasUsableDisplay(*moment) : std::nullopt;
     // While the watchdog makes a change, the server answers nobody else. It may be slow then,
     // but is nobody whose work another could do better.
     const bool isPrompt = setup_.stopwatch() - asked <= promptAnswer;

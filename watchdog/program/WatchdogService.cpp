@@ -6,8 +6,6 @@
 #include <variant>
 #include <vector>
 
-#include "watchdog/protocol/UsableDisplay.h"
-
 namespace tavrel::watchdog {
 namespace {
 
@@ -132,7 +130,8 @@ void WatchdogService::leaveToOthers(DisplayMoment& moment) {
 
 void WatchdogService::switchOnIfNothingIsUsable() {
     const auto moment = queries_.now();
-    if (hasUsableDisplay(*moment) != false) {
+    // What the server said before it fell silent may no longer be true.
+    if (!moment->isCurrent() || hasUsableDisplay(*moment) != false) {
         return;
     }
     seen_.merge(listedDisplays(*moment));
