@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "watchdog/protocol/Insistence.h"
+#include "watchdog/protocol/SwitchedOff.h"
 
 namespace tavrel::simulation {
 

@@ -16,7 +16,6 @@
 #include "platform/MonotonicClock.h"
 #include "watchdog/application/RunningWatchdog.h"
 #include "watchdog/application/StartSchedule.h"
-#include "watchdog/protocol/Insistence.h"
 #include "watchdog/protocol/SwitchedOff.h"
 
 namespace tavrel::watchdog {

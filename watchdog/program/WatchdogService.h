@@ -5,7 +5,6 @@
 
 #include "platform/DisplayQueries.h"
 #include "platform/DisplaySwitch.h"
-#include "watchdog/protocol/Insistence.h"
 #include "watchdog/protocol/MessageChannel.h"
 #include "watchdog/protocol/SwitchedOff.h"
 

@@ -1,4 +1,4 @@
-#include "watchdog/application/CrashLoopDetector.h"
+#include "watchdog/application/StartSchedule.h"
 
 #include <gtest/gtest.h>
 
