@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -15,6 +16,7 @@
 
 #include "controller/DisplayController.h"
 #include "registry/DisplayRegistry.h"
+#include "registry/StoredDisplay.h"
 #include "tests/controller/CallLog.h"
 #include "tests/simulated/ScriptedSwitch.h"
 #include "tests/simulated/SimulatedPlatform.h"
@@ -163,6 +165,23 @@ protected:
 
     /// The error text and the status.
     std::pair<std::optional<std::string>, std::string> texts() const { return {error(), status()}; }
+
+    /// How many of the listed displays are busy.
+    auto busy() const {
+        const auto& displays = controller->displays();
+        return std::count_if(displays.begin(), displays.end(),
+                             [](const DisplayDevice& display) { return display.isBusy; });
+    }
+
+    /// Stores a registry of these displays, in this order.
+    void remember(const DisplayIDs& displays) {
+        std::vector<StoredDisplay> records;
+        for (const DisplayID display : displays) {
+            records.push_back({display, display == panel, system.wallClock.now()});
+        }
+        system.userDefaults.replaceFromOutside(DisplayRegistry::storageKey,
+                                               *StoredFormat::encode(records));
+    }
 
     /// The status at each change that came after an error text was set while `act` ran.
     std::vector<std::string> statusesBesideAnError(const std::function<void()>& act) {

@@ -107,6 +107,19 @@ TEST_F(RefreshTest, TheNewListIsThereBeforeTheStatusThatCountsIt) {
     EXPECT_EQ(status(), "Both displays are ready");
 }
 
+TEST_F(RefreshTest, ItIsOverBeforeTheNewListIsThere) {
+    startWith({panel});
+    connect({firstExternal});
+
+    const auto seen = atEachSignal(
+        [&] { return std::pair(controller->isRefreshing(), controller->displays().size()); },
+        [&] { refresh(); });
+
+    // Refreshing, error text, refreshing, list, status.
+    EXPECT_THAT(seen, ElementsAre(Pair(false, 1U), Pair(true, 1U), Pair(true, 1U), Pair(false, 1U),
+                                  Pair(false, 2U)));
+}
+
 TEST_F(RefreshTest, TheServerIsNotAskedOnTheMainThread) {
     startWith({panel});
 

@@ -7,6 +7,7 @@ using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 class RestorationTest : public ControllerTest {
 protected:
@@ -45,6 +46,17 @@ TEST_F(RestorationTest, ItsStartSetsTheTextsAndOpensTheSuppression) {
     EXPECT_EQ(controller->suppressTopologyRestoreUntil(), system.wallClock.now() + 2.0);
     EXPECT_EQ(error(), std::nullopt);
     EXPECT_EQ(status(), restoring);
+}
+
+TEST_F(RestorationTest, ItsStartClearsTheErrorTextBeforeItSetsTheStatus) {
+    startWithAllOff();
+    controller->setErrorMessage("old");
+
+    const auto seen =
+        atEachSignal([&] { return texts(); }, [&] { controller->restoreSafeLayout("message"); });
+
+    EXPECT_THAT(
+        seen, ElementsAre(Pair("old", "Found 3 displays"), Pair(std::nullopt, "Found 3 displays")));
 }
 
 TEST_F(RestorationTest, DisplaysAreEnabledBuiltInFirstThenByIdentifier) {
@@ -121,6 +133,18 @@ TEST_F(RestorationTest, ASteppedWallClockDoesNotMoveTheCheckOfTheOutcome) {
     EXPECT_EQ(status(), "message");
 }
 
+TEST_F(RestorationTest, TheOutcomeIsCheckedInTheOrderOfTheEnables) {
+    startWithAllOff();
+    remember({secondExternal, firstExternal, panel});
+    refuse({panel});
+    controller->restoreSafeLayout("message");
+
+    scheduler.advance(450ms);
+
+    EXPECT_THAT(calls.onMainThread(),
+                ElementsAre("moment", "online 5", "active 5", "online 1", "active 1"));
+}
+
 TEST_F(RestorationTest, AFailureSetsBothTextsBeforeTheRefreshStarts) {
     startWithAllOff();
     refuse(allThree);
@@ -140,6 +164,22 @@ TEST_F(RestorationTest, AFailureSetsBothTextsBeforeTheRefreshStarts) {
     // Before: error, status, refreshing, error cleared, refreshing, list, status.
     EXPECT_THAT(errors, ElementsAre(std::nullopt, text, text, text, std::nullopt, std::nullopt,
                                     std::nullopt));
+}
+
+TEST_F(RestorationTest, AFailureNamesTheChordOfTheSystemItRunsOn) {
+    connect(allThree);
+    Platform other = platform();
+    other.words.wakeChord = "Shift+F12";
+    controller = DisplayController::create(other);
+    scheduler.settle();
+    switchOffSilently(allThree);
+    refuse(allThree);
+    controller->restoreSafeLayout("message");
+
+    const auto errors = atEachSignal([&] { return error(); }, [&] { scheduler.advance(450ms); });
+
+    EXPECT_THAT(errors, Contains("No usable display could be restored automatically. Reconnect a "
+                                 "monitor, then press Shift+F12."));
 }
 
 TEST_F(RestorationTest, TheTextsOfAFailureStayWhileARefreshIsRunningAlready) {
@@ -168,6 +208,20 @@ TEST_F(RestorationTest, APendingRecoveryIsForgottenWithoutBeingCancelled) {
     recordStatuses();
     scheduler.advance(100ms);
     EXPECT_THAT(statuses(), ElementsAre("message", restoring));
+}
+
+TEST_F(RestorationTest, AForgottenRecoveryIsNotPutOffByALaterOne) {
+    startWithAllOff();
+    controller->scheduleTopologyRecovery();
+    scheduler.advance(10ms);
+    controller->restoreSafeLayout("message");
+    scheduler.advance(500ms);
+    EXPECT_EQ(status(), "message");
+
+    controller->scheduleTopologyRecovery();
+    scheduler.advance(90ms);
+
+    EXPECT_EQ(status(), restoring);
 }
 
 TEST_F(RestorationTest, TheOutcomeForADestroyedControllerIsDropped) {

@@ -114,6 +114,16 @@ TEST_F(SwitchingTest, TheOthersAreAskedInListOrderUpToTheFirstThatIsLive) {
                 ElementsAre("moment", "online 5", "active 5", "online 1", "active 1"));
 }
 
+TEST_F(SwitchingTest, TheOthersAreAskedAlsoWhenADisplayIsSwitchedOn) {
+    startWithTwo();
+    complete(firstExternal, false);
+    calls.clear();
+
+    set(firstExternal, true);
+
+    EXPECT_THAT(calls.calls(), ElementsAre("moment", "online 5", "active 5"));
+}
+
 TEST_F(SwitchingTest, WhetherTheDisplayItselfIsLiveDoesNotMatter) {
     startWithTwo();
     switchOffSilently({panel});
@@ -209,6 +219,17 @@ TEST_F(SwitchingTest, AFailureSetsTheErrorTextBeforeTheStatus) {
 
     EXPECT_THAT(seen.back(), Pair(error(), "Turning off External Display…"));
     EXPECT_EQ(status(), "Couldn’t change External Display");
+}
+
+TEST_F(SwitchingTest, ASuccessEditsTheDisplayBeforeItSetsTheStatus) {
+    startWithTwo();
+    set(firstExternal, false);
+
+    const auto seen = atEachSignal([&] { return std::pair(listed(firstExternal).isOn, status()); },
+                                   [&] { scheduler.settle(); });
+
+    const std::string before = "Turning off External Display…";
+    EXPECT_THAT(seen, ElementsAre(Pair(true, before), Pair(false, before)));
 }
 
 TEST_F(SwitchingTest, TheServerIsAskedForControlAndThenToldButNotOnTheMainThread) {

@@ -38,6 +38,16 @@ TEST_F(UsableDisplayGuardTest, ATickAsksOneMomentAndStopsAtTheFirstUsableDisplay
     EXPECT_EQ(server.moments() - moments, 1U);
 }
 
+TEST_F(UsableDisplayGuardTest, ATickAsksAboutTheDisplaysInTheOrderTheyAreStoredIn) {
+    startWith(allThree);
+    remember({secondExternal, firstExternal, panel});
+    unplugSilently(secondExternal);
+
+    scheduler.advance(1s);
+
+    EXPECT_THAT(calls.calls(), ElementsAre("moment", "online 3", "online 1", "active 1"));
+}
+
 TEST_F(UsableDisplayGuardTest, AConnectedDisplayThatIsNotRememberedDoesNotCount) {
     startWith({panel});
     switchOffSilently({panel});

@@ -7,6 +7,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
+using testing::Pair;
 using testing::SizeIs;
 
 class WakeAllTest : public ControllerTest {
@@ -153,6 +154,36 @@ TEST_F(WakeAllTest, ItsStartClearsTheErrorTextAndItsSuccessKeepsALaterOne) {
     controller->setErrorMessage("meanwhile");
     scheduler.settle();
     EXPECT_EQ(error(), "meanwhile");
+}
+
+TEST_F(WakeAllTest, ItsStartMarksTheDisplaysThenClearsTheErrorTextThenSetsTheStatus) {
+    startWith({panel, firstExternal});
+    controller->setErrorMessage("old");
+
+    const auto seen =
+        atEachSignal([&] { return std::pair(busy(), texts()); }, [&] { controller->wakeAll(); });
+
+    const std::string before = "Both displays are ready";
+    EXPECT_THAT(seen,
+                ElementsAre(Pair(0, Pair("old", before)), Pair(1, Pair("old", before)),
+                            Pair(2, Pair("old", before)), Pair(2, Pair(std::nullopt, before))));
+}
+
+TEST_F(WakeAllTest, ItsEndEditsTheDisplaysBeforeItSetsTheTexts) {
+    for (const ServerStatus outcome : {serverStatus::success, serverStatus::cannotComplete}) {
+        startWith({panel, firstExternal});
+        displaySwitch.refuse(firstExternal, outcome);
+        controller->wakeAll();
+
+        const auto seen =
+            atEachSignal([&] { return std::pair(busy(), texts()); }, [&] { scheduler.settle(); });
+
+        const std::pair waking(std::optional<std::string>(), "Waking both displays…");
+        ASSERT_GE(seen.size(), 3U);
+        EXPECT_THAT(seen[0], Pair(2, waking));
+        EXPECT_THAT(seen[1], Pair(1, waking));
+        EXPECT_THAT(seen[2], Pair(0, waking));
+    }
 }
 
 TEST_F(WakeAllTest, ItNeitherMovesTheSuppressionNorRefreshes) {

@@ -181,6 +181,17 @@ TEST_F(WatchTest, EachReportLeadsToALostDisplayCheckOfItsOwn) {
     EXPECT_EQ(system.userDefaults.reads() - reads, 3U);
 }
 
+TEST_F(WatchTest, TheLostDisplayCheckAsksInTheOrderTheDisplaysAreStoredIn) {
+    remember({firstExternal, panel});
+    switchOffSilently({firstExternal});
+
+    report(displayChange::moved);
+    scheduler.advance(350ms);
+
+    EXPECT_THAT(calls.calls(),
+                ElementsAre("moment", "online 1", "active 1", "online 5", "active 5"));
+}
+
 TEST_F(WatchTest, TheDisplayThatAReportNamesHasNoInfluence) {
     for (const DisplayID display : {DisplayID{0}, panel, DisplayID{4294967295U}}) {
         recordStatuses();

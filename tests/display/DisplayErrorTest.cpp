@@ -49,6 +49,12 @@ TEST(DisplayError, LifecycleUnavailableHasItsText) {
               "This macOS version doesn\u2019t expose display enable/disable control");
 }
 
+TEST(DisplayError, ReasonsAreInTheirOrder) {
+    EXPECT_EQ(static_cast<int>(Reason::lifecycleFailed), 0);
+    EXPECT_EQ(static_cast<int>(Reason::invalidDisplayList), 1);
+    EXPECT_EQ(static_cast<int>(Reason::lifecycleUnavailable), 2);
+}
+
 TEST(DisplayError, HasNothingButItsDescription) {
     for (const DisplayError& error :
          {DisplayError::lifecycleFailed(1), DisplayError::invalidDisplayList(),

@@ -120,6 +120,26 @@ TEST_F(QtMainQueueTest, ATimerTicksUntilInvalidated) {
     EXPECT_EQ(log.size(), 3U);
 }
 
+TEST_F(QtMainQueueTest, ATimerTicksWhileANestedLoopRuns) {
+    QEventLoop nested;
+    const auto timer = queue.repeat(1ms, [&] {
+        if (nested.isRunning()) {
+            log.emplace_back("inside");
+            nested.quit();
+        }
+    });
+    queue.async([&] {
+        nested.exec();
+        loop.quit();
+    });
+    // Ends a test that has failed.
+    queue.asyncAfter(10s, [&] { nested.quit(); });
+
+    run();
+
+    EXPECT_THAT(log, ElementsAre("inside"));
+}
+
 TEST_F(QtMainQueueTest, TimersOfWholeSecondsWakeTheThreadOnce) {
     int wakeUp = 0;
     std::set<int> ofTheFirst;
