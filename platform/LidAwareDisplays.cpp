@@ -53,7 +53,10 @@ std::unique_ptr<DisplayMoment> LidAwareQueries::nowAfterProbing() {
 
 LidAwareReports::LidAwareReports(ReconfigurationReports& inner, Lid& lid)
     : inner_(inner), lid_(lid) {
-    lid_.observe([this] { reportLid(); });
+    lid_.observe([this] {
+        constexpr DisplayID noneInParticular = 0;
+        registered_.report(noneInParticular, displayChange::desktopShapeChanged);
+    });
 }
 
 LidAwareReports::~LidAwareReports() {
@@ -63,30 +66,14 @@ LidAwareReports::~LidAwareReports() {
 ServerStatus LidAwareReports::registerCallback(DisplayReconfigurationCallback callback,
                                                void* userInfo) {
     const ServerStatus status = inner_.registerCallback(callback, userInfo);
-    if (status == serverStatus::success) {
-        const std::lock_guard lock(mutex_);
-        registered_ = Registration(callback, userInfo);
-    }
-    return status;
+    return status == serverStatus::success ? registered_.add(callback, userInfo) : status;
 }
 
 ServerStatus LidAwareReports::removeCallback(DisplayReconfigurationCallback callback,
                                              void* userInfo) {
     const ServerStatus status = inner_.removeCallback(callback, userInfo);
-    const std::lock_guard lock(mutex_);
-    if (registered_ == Registration(callback, userInfo)) {
-        registered_.reset();
-    }
+    registered_.remove(callback, userInfo);
     return status;
-}
-
-void LidAwareReports::reportLid() {
-    const std::lock_guard lock(mutex_);
-    // A copy, since the callback may end its own registration.
-    if (const std::optional<Registration> registered = registered_) {
-        constexpr DisplayID noneInParticular = 0;
-        registered->first(noneInParticular, displayChange::desktopShapeChanged, registered->second);
-    }
 }
 
 }  // namespace tavrel

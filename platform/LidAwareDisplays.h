@@ -1,13 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
-#include <optional>
-#include <utility>
 
 #include "platform/DisplayQueries.h"
 #include "platform/Lid.h"
 #include "platform/ReconfigurationReports.h"
+#include "platform/ReportRegistration.h"
 
 namespace tavrel {
 
@@ -46,16 +44,10 @@ public:
     ServerStatus removeCallback(DisplayReconfigurationCallback callback, void* userInfo) override;
 
 private:
-    void reportLid();
-
-    using Registration = std::pair<DisplayReconfigurationCallback, void*>;
-
     ReconfigurationReports& inner_;
     Lid& lid_;
-    /// Held while the callback runs, so that removing it blocks until the call has returned;
-    /// recursive, so that the callback may remove itself.
-    std::recursive_mutex mutex_;
-    std::optional<Registration> registered_;
+    /// Who is told of the lid.
+    ReportRegistration registered_;
 };
 
 }  // namespace tavrel
