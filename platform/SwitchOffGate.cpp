@@ -12,11 +12,6 @@ bool SwitchOffGate::waitUntilIdle(std::chrono::milliseconds timeout) {
     return ended_.wait_for(lock, timeout, [this] { return running_ == 0; });
 }
 
-bool SwitchOffGate::isIdle() {
-    const std::lock_guard lock(mutex_);
-    return running_ == 0;
-}
-
 ServerStatus SwitchOffGate::setDisplayEnabled(DisplayID display, bool enabled) {
     if (enabled) {
         return inner_.setDisplayEnabled(display, true);

@@ -23,9 +23,6 @@ public:
     /// whether none is.
     bool waitUntilIdle(std::chrono::milliseconds timeout);
 
-    /// Whether `waitUntilIdle` would return at once.
-    bool isIdle();
-
     bool canSwitch() override { return inner_.canSwitch(); }
     ServerStatus setDisplayEnabled(DisplayID display, bool enabled) override;
 

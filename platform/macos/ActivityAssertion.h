@@ -6,7 +6,7 @@ namespace tavrel {
 
 /// Tells the system, for as long as it exists, that this application has work to do, so
 /// that its timers are not stretched while it is in the background. The machine may still
-/// go to sleep when nobody uses it.
+/// go to sleep when nobody uses it. Does nothing where the system knows no such thing.
 ///
 /// Main thread only.
 class ActivityAssertion {
@@ -17,12 +17,9 @@ public:
     ActivityAssertion(const ActivityAssertion&) = delete;
     ActivityAssertion& operator=(const ActivityAssertion&) = delete;
 
-    /// False where the system knows no such thing; nothing else is different then.
-    bool isHeld() const { return activity_ != nullptr; }
-
 private:
     void* processInfo_ = nullptr;
-    /// The system's token, shared in by this object.
+    /// The system's token, retained; null where it gave none.
     void* activity_ = nullptr;
 };
 

@@ -97,7 +97,7 @@ void Application::quit() {
     }
     // While it waits, the main thread restores nothing; at the end it switches on everything.
     invariants_.noteHangBegins();
-    const bool isIdle = blockMain(quitTimeout, [this] { return gate_->isIdle(); });
+    const bool isIdle = blockMain(quitTimeout, [this] { return gate_->waitUntilIdle(0ms); });
     invariants_.noteHangEnds();
     if (!isIdle) {
         invariants_.fail("a switch was still running minutes after quitting");
