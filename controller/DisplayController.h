@@ -65,7 +65,7 @@ public:
 
     /// Switches `display` on or off. Does nothing when the value passed in is busy or
     /// already in that state; refuses to switch off while no other listed display is online
-    /// and active.
+    /// and active. Otherwise opens the two seconds of `suppressTopologyRestore`.
     void set(const DisplayDevice& display, bool isOn);
 
     /// Enables every listed display, one after the other; with none listed, refreshes.
@@ -73,8 +73,8 @@ public:
 
     // ---- Keeping a usable display.
 
-    /// Starts a restoration when displays are remembered and none is online and active. For each
-    /// second: what shows is what showed a moment ago.
+    /// Starts a restoration when displays are remembered and none is online and active. Called each
+    /// second; may go by an answer that is a moment old (`DisplayQueries::lately`).
     void ensureAtLeastOneUsableDisplay();
 
     /// Handles one report of the window server, whichever display it names.
@@ -84,7 +84,9 @@ public:
     void scheduleTopologyRecovery();
 
     /// Enables every remembered display that is not online and active, checks 0.45 s later
-    /// whether one of them is now, and shows the outcome. Ignored while one is running.
+    /// whether one of them is now, and shows the outcome; opens the two seconds of
+    /// `suppressTopologyRestore`. With nothing remembered it only refreshes. Ignored while a
+    /// restoration is running.
     void restoreSafeLayout(const std::string& successMessage);
 
     /// What texts for the user call the system and its keys.
@@ -116,7 +118,8 @@ private:
     void verifyRestoration(const std::vector<StoredDisplay>& candidates,
                            const std::string& successMessage);
 
-    /// The same for when the layout has just changed: what shows is what shows now.
+    /// As `ensureAtLeastOneUsableDisplay`, but asks the server anew: for when the layout has just
+    /// changed.
     void checkForLostDisplay();
     using Ask = std::unique_ptr<DisplayMoment> (DisplayQueries::*)();
     void restoreUnlessUsable(Ask ask);

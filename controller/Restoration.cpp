@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Long enough for the server to have enabled the displays it was asked to.
+/// Time for the server to enable the displays it was asked to.
 constexpr Delay verificationDelay = 450ms;
 
 }  // namespace

@@ -10,9 +10,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A switch settles in less; a check any earlier would see the layout half changed.
+/// Time for a switch to settle: a check made too early could see the layout half changed.
 constexpr Delay lostDisplayCheckDelay = 350ms;
-/// A dock reports its monitors one after the other, at shorter intervals than this.
+/// A dock reports its monitors one after the other; this is to outlast the pauses in between.
 constexpr Delay debounceDelay = 600ms;
 constexpr double suppressionSeconds = 2.0;
 

@@ -17,8 +17,8 @@ public:
     virtual bool canSwitch() = 0;
 
     /// Takes `display` into the desktop layout or out of it, and returns when the server has
-    /// confirmed or refused. One that is so already stays as it is; if on, it doesn't count as
-    /// switched off by this application any more.
+    /// confirmed or refused. One that is so already stays as it is; if it was to be
+    /// switched on, it no longer counts as switched off by this application.
     ///
     /// Returns 0, or the server's status unchanged: 1001 for a display it does not know,
     /// 1004 when it refused, 1006 when it offers no such control or does not answer. After 1006

@@ -23,9 +23,9 @@ namespace tavrel::watchdog {
 /// What a supervisor needs besides displays.
 struct SupervisorSetup {
     StartWatchdog startWatchdog;
-    /// By which watchdogs are started.
+    /// The clock of the pauses between the starts of watchdogs.
     MonotonicClock now = steadyTime;
-    /// By which answers are waited for.
+    /// The clock that says how long an answer has been waited for.
     MonotonicClock stopwatch = steadyTime;
     Pause pause = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); };
     /// How long a watchdog may take to answer before it counts as hung. Longer than the

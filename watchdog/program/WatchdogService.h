@@ -27,8 +27,8 @@ public:
 
     /// Looks at the displays, says that it is ready, and looks again at each heartbeat. Serves
     /// the application until its end, then switches on what it left off, and what it has
-    /// handed over. After a goodbye that is nothing if all went well. But what the application
-    /// hears of a change made here may be behind the truth, and what is known here is not.
+    /// handed over. After a goodbye nothing is left to switch on if all went well; it is checked
+    /// all the same, because the application may not have heard yet of a change made here.
     ///
     /// While the application is silent for longer than `silenceLimit`, everything connected is
     /// switched on whenever no display is usable. As long as one is, nothing is done, so that
@@ -52,9 +52,9 @@ private:
     /// as it was when last looked at.
     void look();
     /// What was switched off here and is on at two looks in a row was switched on by another
-    /// program, or has never gone off because the server fell silent over it. It is others'
-    /// affair from now on, also when they switch it off again. Asked to switch it on, the window
-    /// server forgets that it was off.
+    /// program, or never went off because the server fell silent meanwhile. From now on this
+    /// leaves it alone, also when others switch it off again. It is switched on once more, so that
+    /// the window server forgets that it was off.
     void leaveToOthers(DisplayMoment& moment);
     /// The built-in display first, then by number.
     void switchOnIfNothingIsUsable();
@@ -64,8 +64,9 @@ private:
     MessageChannel& application_;
     Pause pause_;
     SwitchedOff switchedOff_;
-    /// What the ending application wants to be on and has not switched on yet. Unlike what is
-    /// off because of us, it need not be there: displays of a month are remembered.
+    /// What the ending application wants to be on and has not switched on yet. Unlike
+    /// `switchedOff_` it may name displays that are not connected: the application remembers
+    /// them for a month.
     SwitchedOff handedOver_;
     /// What of that was on at the last look.
     std::set<DisplayID> seenOn_;
