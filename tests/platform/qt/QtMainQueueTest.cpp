@@ -11,6 +11,7 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QTimer>
 
 #include "platform/qt/QtMainQueue.h"
 
@@ -132,8 +133,9 @@ TEST_F(QtMainQueueTest, ATimerTicksWhileANestedLoopRuns) {
         nested.exec();
         loop.quit();
     });
-    // Ends a test that has failed.
-    queue.asyncAfter(10s, [&] { nested.quit(); });
+    // Ends a test that has failed. Not by the queue: with nothing new to do, the toolkit's loop may
+    // leave what was queued before it to the one around it.
+    QTimer::singleShot(10s, &nested, &QEventLoop::quit);
 
     run();
 
