@@ -14,7 +14,7 @@ class RandrLayoutServer : public LayoutServer {
 public:
     /// `probing` is for what is read before the server is grabbed. While it is, all others wait,
     /// and it is never made to look for monitors.
-    /// What is read takes the monitors for those `known`.
+    /// Whatever is read tells monitors by those that are `known`.
     explicit RandrLayoutServer(Connection& connection, Probing probing = Probing::never,
                                layout::KnownMonitors known = {});
 
