@@ -81,19 +81,19 @@ void MainWindow::addMenus(QMenuBar& menuBar) {
 #ifdef Q_OS_MACOS
     addMacFileMenu(menuBar, *this);
 #else
-    QMenu* file = menuBar.addMenu(appTexts::fileMenu.toString());
-    QAction* quit = file->addAction(appTexts::quit.toString());
+    QMenu* file = menuBar.addMenu(appTexts::fileMenu);
+    QAction* quit = file->addAction(appTexts::quit);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
 #endif
-    QMenu* displays = menuBar.addMenu(appTexts::displaysMenu.toString());
+    QMenu* displays = menuBar.addMenu(appTexts::displaysMenu);
 
-    QAction* wake = displays->addAction(appTexts::wakeBothDisplays.toString());
+    QAction* wake = displays->addAction(appTexts::wakeBothDisplays);
     wake->setShortcut(Qt::CTRL | Qt::ALT | Qt::META | Qt::Key_W);
     wake->setAutoRepeat(false);
     connect(wake, &QAction::triggered, this, [this] { controller_->wakeAll(); });
 
-    QAction* refresh = displays->addAction(appTexts::refreshDisplays.toString());
+    QAction* refresh = displays->addAction(appTexts::refreshDisplays);
     refresh->setShortcut(Qt::CTRL | Qt::Key_R);
     connect(refresh, &QAction::triggered, this, [this] { controller_->refresh(std::nullopt); });
 #ifdef Q_OS_MACOS
@@ -102,15 +102,15 @@ void MainWindow::addMenus(QMenuBar& menuBar) {
 }
 
 void addMacFileMenu(QMenuBar& menuBar, QWidget& window) {
-    QMenu* menu = menuBar.addMenu(appTexts::fileMenu.toString());
-    QAction* close = menu->addAction(appTexts::close.toString());
+    QMenu* menu = menuBar.addMenu(appTexts::fileMenu);
+    QAction* close = menu->addAction(appTexts::close);
     close->setShortcut(Qt::CTRL | Qt::Key_W);
     QObject::connect(close, &QAction::triggered, &window, &QWidget::close);
 }
 
 void addMacWindowMenu(QMenuBar& menuBar, QWidget& window) {
-    QMenu* menu = menuBar.addMenu(appTexts::windowMenu.toString());
-    QAction* minimize = menu->addAction(appTexts::minimize.toString());
+    QMenu* menu = menuBar.addMenu(appTexts::windowMenu);
+    QAction* minimize = menu->addAction(appTexts::minimize);
     minimize->setShortcut(Qt::CTRL | Qt::Key_M);
     QObject::connect(minimize, &QAction::triggered, &window, [&window] {
         // Minimizing would show one that is closed.
@@ -118,7 +118,7 @@ void addMacWindowMenu(QMenuBar& menuBar, QWidget& window) {
             window.showMinimized();
         }
     });
-    menu->addAction(appTexts::zoom.toString())->setEnabled(false);
+    menu->addAction(appTexts::zoom)->setEnabled(false);
 }
 
 }  // namespace tavrel

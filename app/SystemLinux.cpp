@@ -80,10 +80,9 @@ public:
             return std::make_unique<X11HotKeys>(mainQueue);
         }
         return std::make_unique<PortalHotKeys>(
-            mainQueue, PortalHotKeys::Options{
-                           .busAddress = dbus::sessionBusAddress(),
-                           .applicationId = TAVREL_APPLICATION_ID,
-                           .description = appTexts::wakeBothDisplays.toString().toStdString()});
+            mainQueue, PortalHotKeys::Options{.busAddress = dbus::sessionBusAddress(),
+                                              .applicationId = TAVREL_APPLICATION_ID,
+                                              .description = appTexts::wakeBothDisplays});
     }
     std::unique_ptr<BackgroundQueue> makeBackgroundQueue() override {
         return std::make_unique<ThreadBackgroundQueue>();

@@ -111,7 +111,7 @@ int TavrelApp::main(int argc, char** argv) {
     // Runs during all that comes before the first widget, which takes about as long.
     const std::future<void> fontConfiguration =
         std::async(std::launch::async, theme::readFontConfiguration);
-    QApplication::setApplicationName(appTexts::product.toString());
+    QApplication::setApplicationName(appTexts::product);
     QApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
     // By which a Linux desktop knows whose window it is, and which icon it has.
     QGuiApplication::setDesktopFileName(QStringLiteral(TAVREL_APPLICATION_ID));

@@ -1,33 +1,30 @@
 #pragma once
 
-#include <QString>
-#include <QStringView>
-
 /// All texts for the user but those of the view, those that come from the controller, and the
-/// words that differ by system.
+/// words that differ by system. UTF-8, so that parts without the toolkit can use them.
 namespace tavrel::appTexts {
 
-inline constexpr QStringView product = u"Tavrel";
+inline constexpr const char* product = "Tavrel";
 
 // The menus of the window.
-inline constexpr QStringView fileMenu = u"File";
-inline constexpr QStringView close = u"Close";
-inline constexpr QStringView displaysMenu = u"Displays";
-inline constexpr QStringView refreshDisplays = u"Refresh Displays";
-inline constexpr QStringView windowMenu = u"Window";
-inline constexpr QStringView minimize = u"Minimize";
-inline constexpr QStringView zoom = u"Zoom";
+inline constexpr const char* fileMenu = "File";
+inline constexpr const char* close = "Close";
+inline constexpr const char* displaysMenu = "Displays";
+inline constexpr const char* refreshDisplays = "Refresh Displays";
+inline constexpr const char* windowMenu = "Window";
+inline constexpr const char* minimize = "Minimize";
+inline constexpr const char* zoom = "Zoom";
 
 // The menu of the tray, and what its icon says.
-inline constexpr QStringView show = u"Show";
-inline constexpr QStringView refresh = u"Refresh";
-inline constexpr QStringView allOn = u"All displays are on";
-inline constexpr QStringView someOff = u"Some displays are off";
+inline constexpr const char* show = "Show";
+inline constexpr const char* refresh = "Refresh";
+inline constexpr const char* allOn = "All displays are on";
+inline constexpr const char* someOff = "Some displays are off";
 
 // Both menus.
-inline constexpr QStringView quit = u"Quit";
+inline constexpr const char* quit = "Quit";
 /// Also what a desktop calls the hot key.
-inline constexpr QStringView wakeBothDisplays = u"Wake Both Displays";
+inline constexpr const char* wakeBothDisplays = "Wake Both Displays";
 
 /// The error line, when what the application remembers cannot be written.
 inline constexpr const char* unwritableStore =

@@ -53,15 +53,14 @@ QIcon trayIcon(bool isSomethingOff) {
 Tray::Tray(QWidget& window, std::shared_ptr<DisplayController> controller,
            std::unique_ptr<TrayHost> host)
     : window_(window), controller_(std::move(controller)), host_(std::move(host)) {
-    connect(menu_.addAction(appTexts::show.toString()), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::show), &QAction::triggered, this,
             [this] { bringToFront(window_, {}); });
-    connect(menu_.addAction(appTexts::wakeBothDisplays.toString()), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::wakeBothDisplays), &QAction::triggered, this,
             [this] { controller_->wakeAll(); });
-    connect(menu_.addAction(appTexts::refresh.toString()), &QAction::triggered, this,
+    connect(menu_.addAction(appTexts::refresh), &QAction::triggered, this,
             [this] { controller_->refresh(std::nullopt); });
     menu_.addSeparator();
-    connect(menu_.addAction(appTexts::quit.toString()), &QAction::triggered, qApp,
-            &QCoreApplication::quit);
+    connect(menu_.addAction(appTexts::quit), &QAction::triggered, qApp, &QCoreApplication::quit);
 
     stateTimer_.setSingleShot(true);
     connect(&stateTimer_, &QTimer::timeout, this, &Tray::showState);
@@ -102,7 +101,7 @@ void Tray::showState() {
         std::any_of(displays.begin(), displays.end(),
                     [](const DisplayDevice& display) { return !display.isOn; });
     icon_->setIcon(trayIcon(isSomethingOff));
-    icon_->setToolTip((isSomethingOff ? appTexts::someOff : appTexts::allOn).toString());
+    icon_->setToolTip(isSomethingOff ? appTexts::someOff : appTexts::allOn);
 }
 
 }  // namespace tavrel
