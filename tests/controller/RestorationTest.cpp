@@ -21,6 +21,16 @@ protected:
             displaySwitch.refuse(display, serverStatus::cannotComplete);
         }
     }
+
+    /// Restores while a recovery is scheduled, to its end, ninety milliseconds before that is due.
+    void restoreWithARecoveryPending() {
+        startWithAllOff();
+        controller->scheduleTopologyRecovery();
+        scheduler.advance(10ms);
+        controller->restoreSafeLayout("message");
+        scheduler.advance(500ms);
+        EXPECT_EQ(status(), "message");
+    }
 };
 
 TEST_F(RestorationTest, WithAnEmptyRegistryItOnlyRefreshes) {
@@ -197,26 +207,15 @@ TEST_F(RestorationTest, TheTextsOfAFailureStayWhileARefreshIsRunningAlready) {
 }
 
 TEST_F(RestorationTest, APendingRecoveryIsForgottenWithoutBeingCancelled) {
-    startWithAllOff();
-    controller->scheduleTopologyRecovery();
-    scheduler.advance(10ms);
+    restoreWithARecoveryPending();
 
-    controller->restoreSafeLayout("message");
-    scheduler.advance(500ms);
-
-    EXPECT_EQ(status(), "message");
     recordStatuses();
     scheduler.advance(100ms);
     EXPECT_THAT(statuses(), ElementsAre("message", restoring));
 }
 
 TEST_F(RestorationTest, AForgottenRecoveryIsNotPutOffByALaterOne) {
-    startWithAllOff();
-    controller->scheduleTopologyRecovery();
-    scheduler.advance(10ms);
-    controller->restoreSafeLayout("message");
-    scheduler.advance(500ms);
-    EXPECT_EQ(status(), "message");
+    restoreWithARecoveryPending();
 
     controller->scheduleTopologyRecovery();
     scheduler.advance(90ms);
