@@ -1,6 +1,8 @@
 #include "tests/support/AccessibleWindow.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "tests/support/WaitUntil.h"
 
@@ -11,11 +13,48 @@ namespace {
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* root = "/org/a11y/atspi/accessible/root";
 
-std::string text(const Variant& variant) {
-    return g_variant_get_string(variant.get(), nullptr);
+DBus::Call readingOf(const std::string& service, const std::string& object, const char* property) {
+    return {service, object, "org.freedesktop.DBus.Properties", "Get",
+            g_variant_new("(ss)", accessible, property)};
+}
+
+std::string textIn(const Variant& propertyAnswer) {
+    GVariant* value = nullptr;
+    g_variant_get(propertyAnswer.get(), "(v)", &value);
+    return g_variant_get_string(Variant(value).get(), nullptr);
+}
+
+std::string roleIn(const Variant& answer) {
+    const char* name = nullptr;
+    g_variant_get(answer.get(), "(&s)", &name);
+    return name;
+}
+
+std::uint64_t statesIn(const Variant& answer) {
+    std::uint64_t states = 0;
+    const Variant words(g_variant_get_child_value(answer.get(), 0));
+    for (gsize i = 0; i < g_variant_n_children(words.get()) && i < 2; ++i) {
+        guint32 word = 0;
+        g_variant_get_child(words.get(), i, "u", &word);
+        states |= static_cast<std::uint64_t>(word) << (32 * i);
+    }
+    return states;
+}
+
+Bounds boundsIn(const Variant& answer) {
+    Bounds bounds;
+    g_variant_get(answer.get(), "((iiii))", &bounds.x, &bounds.y, &bounds.width, &bounds.height);
+    return bounds;
 }
 
 }  // namespace
+
+/// An element, and what it contains.
+struct AccessibleWindow::Node {
+    AccessibleElement element;
+    std::vector<Object> objects;
+    std::vector<Node> contents;
+};
 
 AccessibleWindow::AccessibleWindow(const std::string& busAddress, pid_t process)
     : bus_(busAddress), process_(process) {}
@@ -27,7 +66,7 @@ std::vector<AccessibleElement> AccessibleWindow::elements() const {
         try {
             found.clear();
             if (const auto program = application()) {
-                collect(*program, 0, found);
+                list(readAll(*program), 0, found);
             }
             return true;
         } catch (const DBusError&) {
@@ -74,8 +113,7 @@ bool AccessibleWindow::actOn(const std::function<std::optional<AccessibleElement
     return taken;
 }
 
-std::vector<AccessibleWindow::Object> AccessibleWindow::children(const Object& parent) const {
-    const Variant answer = bus_.call(parent.service, parent.path, accessible, "GetChildren");
+std::vector<AccessibleWindow::Object> AccessibleWindow::objectsIn(const Variant& answer) {
     std::vector<Object> found;
     const Variant list(g_variant_get_child_value(answer.get(), 0));
     for (gsize i = 0; i < g_variant_n_children(list.get()); ++i) {
@@ -97,7 +135,8 @@ pid_t AccessibleWindow::processOf(const std::string& service) const {
 }
 
 std::optional<AccessibleWindow::Object> AccessibleWindow::application() const {
-    for (const Object& each : children({"org.a11y.atspi.Registry", root})) {
+    for (const Object& each :
+         objectsIn(bus_.call("org.a11y.atspi.Registry", root, accessible, "GetChildren"))) {
         if (processOf(each.service) == process_) {
             service_ = each.service;
             return each;
@@ -106,43 +145,73 @@ std::optional<AccessibleWindow::Object> AccessibleWindow::application() const {
     return std::nullopt;
 }
 
-AccessibleElement AccessibleWindow::describe(const Object& object) const {
-    AccessibleElement element;
-    element.object = object.path;
-    element.name = text(bus_.property(object.service, object.path, accessible, "Name"));
-    element.description =
-        text(bus_.property(object.service, object.path, accessible, "Description"));
-
-    const Variant role = bus_.call(object.service, object.path, accessible, "GetRoleName");
-    const char* roleName = nullptr;
-    g_variant_get(role.get(), "(&s)", &roleName);
-    element.role = roleName;
-
-    const Variant state = bus_.call(object.service, object.path, accessible, "GetState");
-    const Variant words(g_variant_get_child_value(state.get(), 0));
-    for (gsize i = 0; i < g_variant_n_children(words.get()) && i < 2; ++i) {
-        guint32 word = 0;
-        g_variant_get_child(words.get(), i, "u", &word);
-        element.states |= static_cast<std::uint64_t>(word) << (32 * i);
+std::vector<AccessibleWindow::Node> AccessibleWindow::read(
+    const std::vector<Object>& objects) const {
+    // All at once: a program that answers one question at a time is asked hundreds.
+    std::vector<DBus::Call> calls;
+    for (const Object& each : objects) {
+        calls.push_back(readingOf(each.service, each.path, "Name"));
+        calls.push_back(readingOf(each.service, each.path, "Description"));
+        for (const char* method : {"GetRoleName", "GetState", "GetChildren"}) {
+            calls.push_back({each.service, each.path, accessible, method});
+        }
+        if (each.path != root) {
+            constexpr guint32 onTheScreen = 0;
+            calls.push_back({each.service, each.path, "org.a11y.atspi.Component", "GetExtents",
+                             g_variant_new("(u)", onTheScreen)});
+        }
     }
+    const std::vector<Variant> answers = bus_.callAll(calls);
 
-    if (object.path != root) {
-        constexpr guint32 onTheScreen = 0;
-        const Variant extents = bus_.call(object.service, object.path, "org.a11y.atspi.Component",
-                                          "GetExtents", g_variant_new("(u)", onTheScreen));
-        g_variant_get(extents.get(), "((iiii))", &element.bounds.x, &element.bounds.y,
-                      &element.bounds.width, &element.bounds.height);
+    std::vector<Node> nodes;
+    auto answer = answers.begin();
+    for (const Object& each : objects) {
+        Node node;
+        node.element.object = each.path;
+        node.element.name = textIn(*answer++);
+        node.element.description = textIn(*answer++);
+        node.element.role = roleIn(*answer++);
+        node.element.states = statesIn(*answer++);
+        node.objects = objectsIn(*answer++);
+        if (each.path != root) {
+            node.element.bounds = boundsIn(*answer++);
+        }
+        nodes.push_back(std::move(node));
     }
-    return element;
+    return nodes;
 }
 
-void AccessibleWindow::collect(const Object& object, std::size_t parent,
-                               std::vector<AccessibleElement>& into) const {
+AccessibleWindow::Node AccessibleWindow::readAll(const Object& program) const {
+    Node whole = std::move(read({program}).front());
+    // Level by level; nobody's contents move once they are there.
+    std::vector<Node*> level{&whole};
+    while (!level.empty()) {
+        std::vector<Object> objects;
+        for (const Node* each : level) {
+            objects.insert(objects.end(), each->objects.begin(), each->objects.end());
+        }
+        std::vector<Node> below = read(objects);
+        std::vector<Node*> next;
+        auto first = below.begin();
+        for (Node* each : level) {
+            const auto end = first + static_cast<std::ptrdiff_t>(each->objects.size());
+            each->contents.assign(std::move_iterator(first), std::move_iterator(end));
+            for (Node& content : each->contents) {
+                next.push_back(&content);
+            }
+            first = end;
+        }
+        level = std::move(next);
+    }
+    return whole;
+}
+
+void AccessibleWindow::list(Node&& node, std::size_t parent, std::vector<AccessibleElement>& into) {
     const std::size_t self = into.size();
-    into.push_back(describe(object));
+    into.push_back(std::move(node.element));
     into.back().parent = parent;
-    for (const Object& child : children(object)) {
-        collect(child, self, into);
+    for (Node& content : node.contents) {
+        list(std::move(content), self, into);
     }
 }
 

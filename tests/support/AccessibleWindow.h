@@ -67,12 +67,14 @@ private:
         std::string path;
     };
 
-    std::vector<Object> children(const Object& parent) const;
+    struct Node;
+
+    static std::vector<Object> objectsIn(const Variant& answer);
     std::optional<Object> application() const;
     pid_t processOf(const std::string& service) const;
-    AccessibleElement describe(const Object& object) const;
-    void collect(const Object& object, std::size_t parent,
-                 std::vector<AccessibleElement>& into) const;
+    std::vector<Node> read(const std::vector<Object>& objects) const;
+    Node readAll(const Object& program) const;
+    static void list(Node&& node, std::size_t parent, std::vector<AccessibleElement>& into);
 
     DBus bus_;
     pid_t process_;

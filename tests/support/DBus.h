@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace tavrel::support {
 
@@ -22,6 +23,15 @@ public:
 /// A private connection to a message bus. Calls block until they are answered.
 class DBus {
 public:
+    /// What is called. `arguments` is a tuple, consumed if floating; null for none.
+    struct Call {
+        std::string service;
+        std::string object;
+        const char* interface = nullptr;
+        const char* method = nullptr;
+        GVariant* arguments = nullptr;
+    };
+
     /// Throws DBusError.
     explicit DBus(const std::string& address);
     ~DBus();
@@ -36,6 +46,10 @@ public:
     /// The value of a property. Throws DBusError.
     Variant property(const std::string& service, const std::string& object, const char* interface,
                      const char* name) const;
+
+    /// Makes all calls before it awaits the first answer, and returns the answers in their order.
+    /// Throws DBusError when one of them fails, once all have been answered.
+    std::vector<Variant> callAll(const std::vector<Call>& calls) const;
 
 private:
     GDBusConnection* connection_;
