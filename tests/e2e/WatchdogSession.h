@@ -18,7 +18,8 @@ public:
 
     void start(const support::Environment& environment = {}) {
         session.emplace(desktop, home, environment);
-        isUp = session->says("Found 3 displays");
+        // The watchdog starts a moment after the window.
+        isUp = session->says("Found 3 displays") && watchdog() != 0;
     }
 
     pid_t application() { return session->application().pid(); }
