@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/simulation/OneProcessor.h"
 #include "tests/simulation/Run.h"
 #include "tests/simulation/exhaustive/Report.h"
 
@@ -175,7 +176,10 @@ int main(int argc, char** argv) {
     std::fflush(stdout);
     std::vector<std::thread> threads;
     for (unsigned job = 0; job < std::max(1U, options.jobs); ++job) {
-        threads.emplace_back([&] { work(options, seedCount, totals); });
+        threads.emplace_back([&, job] {
+            stayOnOneProcessor(job);
+            work(options, seedCount, totals);
+        });
     }
     for (std::thread& thread : threads) {
         thread.join();

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/simulation/OneProcessor.h"
 #include "tests/simulation/exhaustive/Exploration.h"
 
 namespace tavrel::simulation {
@@ -42,7 +43,8 @@ bool exploreAndReport(std::size_t events) {
     std::atomic<bool> isViolated = false;
     std::vector<std::thread> threads;
     for (const SmallWorld& world : smallWorlds()) {
-        threads.emplace_back([&, world] {
+        threads.emplace_back([&, world, job = static_cast<unsigned>(threads.size())] {
+            stayOnOneProcessor(job);
             const auto start = std::chrono::steady_clock::now();
             Exploration exploration(world, isViolated);
             const auto violation = exploration.run(world.onlyHalf ? (events + 1) / 2 : events);

@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 using Kind = Event::Kind;
 using WhenOff = SimulatedWindowServer::WhenOff;
 
-const SimulatedDisplay panel{.id = 5, .builtIn = true};
+const SimulatedDisplay onlyPanel{.id = 5, .builtIn = true};
 const SimulatedDisplay monitor{.id = 1};
 
 /// As `World` reads the numbers of an event.
@@ -39,19 +39,19 @@ constexpr Event at(Kind kind, std::uint32_t a = 0, std::uint32_t b = 0) {
 const std::array<SmallWorld, 4>& smallWorlds() {
     static const std::array<SmallWorld, 4> worlds{
         SmallWorld{"what is off stays online (as on X11)",
-                   {WhenOff::staysOnline, true, {panel, monitor}},
+                   {WhenOff::staysOnline, true, {onlyPanel, monitor}},
                    true,
                    false},
         SmallWorld{"what is off is in no list (as on a Mac)",
-                   {WhenOff::goesOffline, false, {panel, monitor}},
+                   {WhenOff::goesOffline, false, {onlyPanel, monitor}},
                    true,
                    false},
         SmallWorld{"what is off stays online, and switches are slow",
-                   {WhenOff::staysOnline, true, {panel, monitor}, slowly},
+                   {WhenOff::staysOnline, true, {onlyPanel, monitor}, slowly},
                    false,
                    true},
         SmallWorld{"what is off is in no list, and switches are slow",
-                   {WhenOff::goesOffline, false, {panel, monitor}, slowly},
+                   {WhenOff::goesOffline, false, {onlyPanel, monitor}, slowly},
                    false,
                    true}};
     return worlds;
@@ -66,7 +66,7 @@ std::vector<Event> possibleEvents(const SmallWorld& small, const World& world) {
                               at(Kind::idleReport, beginWithAdd),
                               at(Kind::quitAndRestart)};
 
-    const SimulatedDisplay& thePanel = *world.windowServer().find(panel.id);
+    const SimulatedDisplay& thePanel = *world.windowServer().find(onlyPanel.id);
     const SimulatedDisplay& theMonitor = *world.windowServer().find(monitor.id);
     if (thePanel.enabled) {
         events.push_back(at(Kind::outsideSwitch, outsideOnPanel, off));
