@@ -14,7 +14,7 @@
 namespace tavrel {
 namespace {
 
-constexpr int spacing = 15;
+constexpr int rowSpacing = 15;
 constexpr int horizontalPadding = 16;
 constexpr double rowOpacity = 0.06;
 constexpr double rowRadius = 14;
@@ -24,7 +24,7 @@ constexpr int boxSide = 48;
 constexpr double boxRadius = 12;
 constexpr double boxOnOpacity = 0.55;
 constexpr double boxOffOpacity = 0.055;
-constexpr double iconFontSize = 22;
+constexpr double displayIconFontSize = 22;
 constexpr double iconOffOpacity = 0.35;
 
 constexpr int textSpacing = 4;
@@ -155,11 +155,11 @@ void DisplayRow::layOut() {
         controlWidth = std::max(Switch::faceSize.width(), lockSize.width());
     }
 
-    const int textLeft = horizontalPadding + boxSide + spacing;
+    const int textLeft = horizontalPadding + boxSide + rowSpacing;
     // Between a name and the control there is the flexible space, with its spacing on either
     // side. Either explanation just fits beside a lock.
-    const int textWidth = std::max(0, right - controlWidth - spacing - textLeft);
-    const int nameWidth = std::max(0, textWidth - spacing);
+    const int textWidth = std::max(0, right - controlWidth - rowSpacing - textLeft);
+    const int nameWidth = std::max(0, textWidth - rowSpacing);
     const int nameHeight = name_->lineHeight();
     const int explanationHeight = explanation_->lineHeight();
     const int top = (fixedHeight - nameHeight - textSpacing - explanationHeight) / 2;
@@ -192,7 +192,7 @@ void DisplayRow::paintEvent(QPaintEvent*) {
                           : theme::white(boxOffOpacity));
     painter.drawPath(continuousRoundedRect(box, boxRadius));
 
-    constexpr double side = iconSide(iconFontSize);
+    constexpr double side = iconSide(displayIconFontSize);
     QRectF icon(0, 0, side, side);
     icon.moveCenter(box.center());
     paintIcon(painter, isBuiltIn(inputs_.display) ? Icon::laptopComputer : Icon::display, icon,

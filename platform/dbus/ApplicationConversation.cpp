@@ -8,7 +8,7 @@ namespace tavrel::dbus {
 
 namespace {
 
-constexpr const char* interface = "org.freedesktop.Application";
+constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* startupKey = "desktop-startup-id";
 
@@ -73,7 +73,8 @@ ApplicationConversation::ApplicationConversation(const std::string& address, App
       bus_(openBus(address)) {
     if (bus_ != nullptr) {
         // First, since whoever has started us over the bus calls as soon as we own the name.
-        sd_bus_add_object_vtable(bus_.get(), nullptr, object_.c_str(), interface, methods, this);
+        sd_bus_add_object_vtable(bus_.get(), nullptr, object_.c_str(), applicationInterface,
+                                 methods, this);
         requestName();
     }
 }
@@ -117,7 +118,8 @@ int ApplicationConversation::nameAnswered(sd_bus_message* message, void* self,
 }
 
 void ApplicationConversation::askToTheFront() {
-    const Message call = newCall(*bus_, names_.id.c_str(), object_.c_str(), interface, "Activate");
+    const Message call =
+        newCall(*bus_, names_.id.c_str(), object_.c_str(), applicationInterface, "Activate");
     if (call == nullptr) {
         return;
     }
