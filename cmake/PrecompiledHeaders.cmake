@@ -1,11 +1,11 @@
 # Headers of others that many sources include are compiled once for all targets that are
-# compiled alike. A source still includes what it uses: the linter and builds by other
-# compilers than GCC, which do without precompiled headers, hold it to that.
+# compiled alike. A source still includes what it uses: the linter and the compilers of other
+# systems, which do without precompiled headers, hold it to that.
 
 include_guard()
 
-# Tried with GCC alone.
-if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+# Tried with these alone.
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "^(GNU|Clang)$")
   set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
 

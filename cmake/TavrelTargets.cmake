@@ -8,6 +8,7 @@ option(TAVREL_WARNINGS_AS_ERRORS "Stop at the first warning in our own code" OFF
 set(TAVREL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 option(TAVREL_COVERAGE "Count executed lines and branches" OFF)
 option(TAVREL_UNITY_TESTS "Compile several sources of the tests as one" OFF)
+option(TAVREL_UNITY_LIBRARIES "Compile several sources of a library as one" OFF)
 
 add_library(tavrel_options INTERFACE)
 target_include_directories(tavrel_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -47,17 +48,23 @@ endif()
 target_compile_options(tavrel_options INTERFACE -pthread)
 target_compile_definitions(tavrel_options INTERFACE QT_NO_KEYWORDS)
 
-tavrel_precompile(tavrel_precompiled HEADERS ${TAVREL_STANDARD_HEADERS})
-tavrel_precompile(tavrel_precompiled_widgets HEADERS ${TAVREL_STANDARD_HEADERS} <QApplication>
-  <QPainter> <QPainterPath> <QWidget> LINK Qt6::Widgets)
+tavrel_precompile(tavrel_precompiled HEADERS ${TAVREL_STANDARD_HEADERS} <nlohmann/json.hpp>
+  LINK nlohmann_json::nlohmann_json)
+tavrel_precompile(tavrel_precompiled_widgets HEADERS ${TAVREL_STANDARD_HEADERS}
+  <QApplication> <QPainter> <QPainterPath> <QWidget> LINK Qt6::Widgets)
 
-# Tests share most of what they instantiate, so several sources compiled as one take half the
-# time. Only what is not handed out and not optimised is compiled like this (the optimiser's
-# view of so much at once makes GCC 12 give false alarms), and only in the preset that most
-# people build from nothing.
+# Sources of one folder share most of what they include and instantiate, so several compiled as
+# one take half the time. Only what is not handed out is compiled like this: in most presets tests,
+# in those of Clang libraries too (when GCC 12 optimises so much at once it gives false alarms).
+function(tavrel_unite target several)
+  # The linter joins what is not joined here.
+  if(several)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
+endfunction()
+
 function(tavrel_unite_tests target)
-  set_target_properties(${target} PROPERTIES
-    UNITY_BUILD ${TAVREL_UNITY_TESTS} UNITY_BUILD_BATCH_SIZE 6)
+  tavrel_unite(${target} ${TAVREL_UNITY_TESTS})
 endfunction()
 
 # tavrel_library(NAME SOURCES… [LINK LIBRARIES…]): a static library of this folder.
@@ -65,6 +72,7 @@ function(tavrel_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
   add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC tavrel_options ${arg_LINK})
+  tavrel_unite(${name} ${TAVREL_UNITY_LIBRARIES})
   tavrel_use_precompiled(${name} tavrel_precompiled tavrel_precompiled_widgets ${arg_LINK})
 endfunction()
 

@@ -34,7 +34,8 @@ class TestUnderLoadTest(unittest.TestCase):
         for script in ("lib.sh", "test-under-load"):
             shutil.copy(PROJECT / "scripts" / script, self.tree / "scripts")
         self.write_program("scripts/bootstrap", NOTHING)
-        self.write_program("programs/cmake", NOTHING)
+        for program in ("cmake", "clang-19", "clang++-19"):
+            self.write_program(f"programs/{program}", NOTHING)
         self.write_program("programs/ctest", CTEST)
 
     def write_program(self, path, text):

@@ -24,6 +24,9 @@ function(tavrel_mutant name source from to)
   endif()
 
   # The copy defines all that the library's member does, so the linker takes the copy.
+  get_filename_component(folder ${original} DIRECTORY)
+  set_source_files_properties(${original} DIRECTORY ${folder}
+    PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   add_executable(mutant-${name} ${copy})
   target_link_libraries(mutant-${name} PRIVATE tavrel_simulate_main)
   target_precompile_headers(mutant-${name} REUSE_FROM tavrel_precompiled)

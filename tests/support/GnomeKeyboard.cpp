@@ -5,13 +5,14 @@ namespace tavrel::support {
 namespace {
 
 constexpr const char* remoteDesktop = "org.gnome.Mutter.RemoteDesktop";
-constexpr const char* object = "/org/gnome/Mutter/RemoteDesktop";
+constexpr const char* remoteDesktopObject = "/org/gnome/Mutter/RemoteDesktop";
 constexpr const char* sessionInterface = "org.gnome.Mutter.RemoteDesktop.Session";
 
 }  // namespace
 
 GnomeKeyboard::GnomeKeyboard(const std::string& busAddress) : bus_(busAddress) {
-    const Variant answer = bus_.call(remoteDesktop, object, remoteDesktop, "CreateSession");
+    const Variant answer =
+        bus_.call(remoteDesktop, remoteDesktopObject, remoteDesktop, "CreateSession");
     const char* path = nullptr;
     g_variant_get(answer.get(), "(&o)", &path);
     session_ = path;

@@ -24,7 +24,7 @@ Spinner::Spinner(QWidget* parent) : QWidget(parent) {
 }
 
 void Spinner::paintEvent(QPaintEvent*) {
-    constexpr double fullTurn = 360;
+    constexpr double wholeTurn = 360;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(QRectF(rect()).center());
@@ -34,7 +34,7 @@ void Spinner::paintEvent(QPaintEvent*) {
             strongestOpacity - (strongestOpacity - faintestOpacity) * age / (bars - 1);
         painter.setPen(QPen(theme::white(opacity), barWidth, Qt::SolidLine, Qt::RoundCap));
         painter.save();
-        painter.rotate(fullTurn * bar / bars);
+        painter.rotate(wholeTurn * bar / bars);
         painter.drawLine(QPointF(0, -innerRadius), QPointF(0, -outerRadius));
         painter.restore();
     }
