@@ -17,9 +17,10 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
         if (now >= deadline) {
             return false;
         }
-        // What takes long to ask would otherwise keep a processor from what is waited for.
-        std::this_thread::sleep_for(
-            std::max<Clock::duration>(std::chrono::milliseconds(5), 3 * (now - asked)));
+        // What takes long to ask would otherwise keep a processor from what is waited for. A
+        // question that itself waits is no reason to pause for longer.
+        std::this_thread::sleep_for(std::clamp<Clock::duration>(
+            3 * (now - asked), std::chrono::milliseconds(5), std::chrono::milliseconds(200)));
     }
 }
 

@@ -9,8 +9,8 @@ namespace tavrel::support {
 /// that reaching it means "never".
 inline constexpr std::chrono::milliseconds defaultTimeout{30'000};
 
-/// Blocks until `condition` holds, asking it every few milliseconds, and for no more than
-/// a quarter of the time. Returns false when it does not before the timeout.
+/// Blocks until `condition` holds, asking it every few milliseconds; less often, but several
+/// times a second, when it takes its time. Returns false when it does not before the timeout.
 bool waitUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds timeout = defaultTimeout);
 
