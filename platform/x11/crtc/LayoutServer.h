@@ -13,6 +13,10 @@ class LayoutServer {
 public:
     virtual ~LayoutServer() = default;
 
+    /// Makes the server look for monitors anew, so that what is read next knows them. Others may
+    /// have to wait for that, so never while it is grabbed.
+    virtual void lookForMonitors() = 0;
+
     /// std::nullopt when the server is gone or answers with errors.
     virtual std::optional<Snapshot> read() = 0;
 

@@ -124,26 +124,28 @@ ServerStatus switchDisplay(LayoutServer& server, layout::RememberedOutputs& reme
     // then, and a disk may be slow.
     //
     // - Before the change, by a look ahead without the grab. Going off: how the display is set up
-    //   now, so that not even a crash right after the change loses it. Coming on: nothing, for a
-    //   display that fails to come on is still remembered.
+    //   now, so that not even a crash right after the change loses it; unless it can't go off or is
+    //   off already, and that is all then. Coming on: nothing, for a display that fails to come on
+    //   is still remembered. So nobody looks ahead there.
     // - After it, by how it ended. Done: what was decided with the server grabbed, which may have
     //   been set up otherwise by then. Refused: what was remembered before. Server lost: nothing,
     //   for nobody knows how far it came, and the way back may be needed.
-    //
-    // Where the look ahead shows that nothing is to be changed, what it decided is stored, and that
-    // is all: a display that another program has switched on is forgotten.
     const Request request{.display = display,
                           .enabled = enabled,
                           .memory = readable(remembered.all()),
                           .lastSeen = lastSeen};
-    Snapshot snapshot;
-    const LayoutDecision preview = decide(server, request, snapshot);
-    if (isDone(preview)) {
-        store(remembered, request.memory, preview.memory);
-        return preview.status;
+    layout::Memory noted = request.memory;
+    if (enabled) {
+        server.lookForMonitors();
+    } else {
+        Snapshot snapshot;
+        LayoutDecision preview = decide(server, request, snapshot);
+        if (isDone(preview)) {
+            return preview.status;
+        }
+        noted = std::move(preview.memory);
+        store(remembered, request.memory, noted);
     }
-    const layout::Memory& noted = enabled ? request.memory : preview.memory;
-    store(remembered, request.memory, noted);
 
     const LayoutDecision outcome = switchGrabbed(server, request);
     if (outcome.status == serverStatus::success) {

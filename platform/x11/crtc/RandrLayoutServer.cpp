@@ -10,6 +10,15 @@ RandrLayoutServer::RandrLayoutServer(Connection& connection, Probing probing,
                                      layout::KnownMonitors known)
     : connection_(connection), probing_(probing), known_(std::move(known)) {}
 
+void RandrLayoutServer::lookForMonitors() {
+    if (probing_ == Probing::always && !connection_.hasProbedLately()) {
+        last_ = x11::lookForMonitors(connection_);
+    } else if (probing_ != Probing::never) {
+        // Only all of it shows whether the server contradicts itself since.
+        read();
+    }
+}
+
 std::optional<Snapshot> RandrLayoutServer::read() {
     connection_.discardEvents();
     std::optional<Snapshot> now = readSnapshot(connection_, isGrabbed_ ? Probing::never : probing_,

@@ -12,12 +12,13 @@ namespace tavrel::x11 {
 /// The real server, over a connection that is the caller's and outlives this.
 class RandrLayoutServer : public LayoutServer {
 public:
-    /// `probing` is for what is read before the server is grabbed. While it is, all others wait,
+    /// `probing` is for what is asked before the server is grabbed. While it is, all others wait,
     /// and it is never made to look for monitors.
     /// Whatever is read tells monitors by those that are `known`.
     explicit RandrLayoutServer(Connection& connection, Probing probing = Probing::never,
                                layout::KnownMonitors known = {});
 
+    void lookForMonitors() override;
     std::optional<Snapshot> read() override;
     bool grab() override;
     void ungrab() override;
@@ -32,7 +33,7 @@ private:
     Probing probing_;
     const layout::KnownMonitors known_;
     bool isGrabbed_ = false;
-    /// What was read last.
+    /// What was read last, or what there is as far as the last look for monitors has shown.
     std::optional<Snapshot> last_;
 };
 

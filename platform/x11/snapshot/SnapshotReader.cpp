@@ -176,12 +176,16 @@ std::optional<Snapshot> readRepeatedly(Connection& connection, bool probing,
     return std::nullopt;
 }
 
-std::optional<Snapshot> probe(Connection& connection, const Snapshot* expected) {
-    auto snapshot = readRepeatedly(connection, true, expected);
-    if (snapshot.has_value()) {
-        connection.noteProbed(snapshot->layoutTimestamp, snapshot->configTimestamp);
+/// Notes what a look for monitors has found.
+std::optional<Snapshot> noted(Connection& connection, std::optional<Snapshot> found) {
+    if (found.has_value()) {
+        connection.noteProbed(found->layoutTimestamp, found->configTimestamp);
     }
-    return snapshot;
+    return found;
+}
+
+std::optional<Snapshot> probe(Connection& connection, const Snapshot* expected) {
+    return noted(connection, readRepeatedly(connection, true, expected));
 }
 
 bool isContradictory(const Snapshot& snapshot) {
@@ -207,6 +211,11 @@ std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing,
         connection.noteProbed(snapshot->layoutTimestamp, snapshot->configTimestamp);
     }
     return fresh;
+}
+
+std::optional<Snapshot> lookForMonitors(Connection& connection) {
+    return noted(connection,
+                 readResources(Answer(connection, askOutline(connection, true)).bytes()));
 }
 
 }  // namespace tavrel::x11

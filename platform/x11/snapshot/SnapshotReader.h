@@ -28,4 +28,8 @@ enum class Probing {
 std::optional<Snapshot> readSnapshot(Connection& connection, Probing probing,
                                      const Snapshot* expected = nullptr);
 
+/// Makes the server look for monitors anew, and returns what there is, to be read as `expected`;
+/// how it is set is left out. std::nullopt when the connection is lost, or the answer an error.
+std::optional<Snapshot> lookForMonitors(Connection& connection);
+
 }  // namespace tavrel::x11

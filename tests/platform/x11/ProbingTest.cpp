@@ -2,11 +2,15 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <utility>
 #include <vector>
 
+#include "platform/x11/snapshot/SnapshotReader.h"
 #include "tests/platform/x11/LiveServerTest.h"
 #include "tests/platform/x11/connection/RequestRelay.h"
 #include "tests/support/XConnection.h"
@@ -27,6 +31,7 @@ protected:
         constexpr std::uint8_t grabServer = 36;
         constexpr std::uint8_t ungrabServer = 37;
         constexpr std::uint8_t getScreenResources = 8;
+        constexpr std::uint8_t getOutputInfo = 9;
         if (request.opcode == grabServer) {
             add(Step::grab);
             std::exchange(beforeGrab, [] {})();
@@ -34,6 +39,8 @@ protected:
             add(Step::ungrab);
         } else if (request.opcode == randrOpcode && request.minor == getScreenResources) {
             add(Step::probe);
+        } else if (request.opcode == randrOpcode && request.minor == getOutputInfo) {
+            ++questionsAboutOutputs;
         }
     }
 
@@ -59,6 +66,7 @@ protected:
     }();
     std::mutex mutex;
     std::vector<Step> steps;
+    std::atomic<std::size_t> questionsAboutOutputs = 0;
     std::function<void()> beforeGrab = [] {};
     RequestRelay relay{desktop.displayName(),
                        [this](RequestRelay::Request request) { note(request); }};
@@ -89,7 +97,28 @@ TEST_F(ProbingTest, SwitchingOnFindsWhatTheServerDoesNotKnowYet) {
 
     EXPECT_EQ(observed.setDisplayEnabled(idOf("DUMMY3"), true), serverStatus::success);
 
-    EXPECT_THAT(takeSteps(), ElementsAre(Step::probe)) << "it is on";
+    EXPECT_TRUE(desktop.monitor("DUMMY3").on);
+    EXPECT_THAT(takeSteps(), ElementsAre(Step::probe, Step::grab, Step::ungrab));
+}
+
+TEST_F(ProbingTest, SwitchingOnReadsTheLayoutOnceBeforeAndOnceAfter) {
+    const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
+    const std::size_t outputs = x11::readSnapshot(*connection, x11::Probing::never)->outputs.size();
+    ASSERT_EQ(observed.setDisplayEnabled(idOf("DUMMY1"), false), serverStatus::success);
+    questionsAboutOutputs = 0;
+
+    ASSERT_EQ(observed.setDisplayEnabled(idOf("DUMMY1"), true), serverStatus::success);
+
+    EXPECT_EQ(questionsAboutOutputs, 2 * outputs);
+}
+
+TEST_F(ProbingTest, ALookForMonitorsIsNotedForTheLayoutThatItFinds) {
+    const auto connection = x11::Connection::connect({.displayName = desktop.displayName()});
+
+    const auto found = x11::lookForMonitors(*connection);
+
+    ASSERT_TRUE(found.has_value());
+    EXPECT_TRUE(connection->hasProbed(found->layoutTimestamp, found->configTimestamp));
 }
 
 TEST_F(ProbingTest, TheServerIsNotMadeToLookWhileItIsGrabbed) {

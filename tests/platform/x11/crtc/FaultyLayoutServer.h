@@ -15,6 +15,7 @@ public:
     /// `inner` must outlive it.
     explicit FaultyLayoutServer(LayoutServer& inner) : inner_(inner) {}
 
+    void lookForMonitors() override { inner_.lookForMonitors(); }
     std::optional<Snapshot> read() override { return inner_.read(); }
     bool grab() override {
         if (beforeGrab) {

@@ -20,6 +20,13 @@ Resource* find(std::vector<Resource>& all, Xid id) {
 
 }  // namespace
 
+void SimulatedRandr::lookForMonitors() {
+    looksWithGrab += isGrabbed ? 1 : 0;
+    if (newMonitors) {
+        std::exchange(newMonitors, nullptr)(state);
+    }
+}
+
 std::optional<Snapshot> SimulatedRandr::read() {
     if (isGrabbed && lastMinuteChange) {
         std::exchange(lastMinuteChange, nullptr)(state);

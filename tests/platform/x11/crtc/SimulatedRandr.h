@@ -17,6 +17,7 @@ class SimulatedRandr : public LayoutServer {
 public:
     explicit SimulatedRandr(Snapshot snapshot) : state(std::move(snapshot)) {}
 
+    void lookForMonitors() override;
     std::optional<Snapshot> read() override;
     bool grab() override;
     void ungrab() override;
@@ -37,6 +38,8 @@ public:
     std::function<void()> beforeGrab;
     /// Before the first reading with the server grabbed, another client does this.
     std::function<void(Snapshot&)> lastMinuteChange;
+    /// Shown once the server has been made to look for monitors.
+    std::function<void(Snapshot&)> newMonitors;
     /// Called before each reading.
     std::function<void(Snapshot&)> beforeReading;
 
@@ -45,6 +48,7 @@ public:
     /// Change requests, refused ones included.
     int requests = 0;
     int requestsWithoutGrab = 0;
+    int looksWithGrab = 0;
 
 private:
     bool takes();

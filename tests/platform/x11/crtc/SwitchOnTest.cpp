@@ -286,8 +286,19 @@ TEST_F(SwitchOnTest, OfWhatIsOnAlreadyDoesNothing) {
     EXPECT_EQ(on("B"), serverStatus::success);
     EXPECT_EQ(server.state, before);
     EXPECT_EQ(server.requests, 0);
-    EXPECT_EQ(server.grabs, 0);
+    EXPECT_FALSE(server.isGrabbed);
     EXPECT_EQ(store.writes(), 0U);
+}
+
+TEST_F(SwitchOnTest, OfWhatTheServerHasYetToFindMakesItLookWhileItServesOthers) {
+    start(SnapshotBuilder().output("A").on(0, 0).output("B"));
+    server.state.outputs[1].connected = false;
+    server.newMonitors = [](Snapshot& state) { state.outputs[1].connected = true; };
+
+    ASSERT_EQ(on("B"), serverStatus::success);
+
+    EXPECT_NE(areaOf(server.state, "B"), std::nullopt);
+    EXPECT_EQ(server.looksWithGrab, 0);
 }
 
 TEST_F(SwitchOnTest, ForgetsWhatItHasRestored) {
