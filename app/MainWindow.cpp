@@ -27,11 +27,16 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::fill(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys) {
     controller_ = std::move(controller);
-    auto* view = new DisplayControlView(controller_, this);
-    view->setGeometry(rect());
-    addMenuBar(*view);
-    showWakeShortcut(*view, hotKeys);
-    view->show();
+    view_ = new DisplayControlView(controller_, this);
+    view_->hide();
+    view_->setGeometry(rect());
+    addMenuBar(*view_);
+    showWakeShortcut(*view_, hotKeys);
+}
+
+void MainWindow::reveal(Backdrop backdrop) {
+    view_->setBackdrop(std::move(backdrop));
+    view_->show();
 }
 
 #ifdef Q_OS_MACOS
@@ -59,7 +64,6 @@ void MainWindow::addMenuBar(const DisplayControlView& view) {
         menuBar->setFixedSize(strip.size());
     };
     connect(&view, &DisplayControlView::rebuilt, menuBar, placeMenus);
-    placeMenus();
     for (QMenu* menu : menuBar->findChildren<QMenu*>()) {
         menu->setFont(menuFont);
     }

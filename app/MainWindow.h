@@ -6,6 +6,7 @@
 
 #include "controller/DisplayController.h"
 #include "platform/HotKeys.h"
+#include "ui/paint/Backdrop.h"
 
 class QMenuBar;
 
@@ -22,8 +23,12 @@ public:
     MainWindow();
     ~MainWindow() override;
 
-    /// Call once. `hotKeys` must outlive the window.
+    /// Call once. `hotKeys` must outlive the window. What it is filled with is not shown yet.
     void fill(std::shared_ptr<DisplayController> controller, HotKeys& hotKeys);
+
+    /// Shows what it was filled with, as the controller is by then, in front of `backdrop`. Call
+    /// once.
+    void reveal(Backdrop backdrop);
 
 private:
     void addMenuBar(const DisplayControlView& view);
@@ -31,6 +36,7 @@ private:
     void showWakeShortcut(DisplayControlView& view, HotKeys& hotKeys);
 
     std::shared_ptr<DisplayController> controller_;
+    DisplayControlView* view_ = nullptr;
     /// The menu bar that all windows share, where they do; else null.
     std::unique_ptr<QMenuBar> sharedMenuBar_;
     /// Shows whether the hot key works; null where that is not shown.

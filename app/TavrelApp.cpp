@@ -16,6 +16,7 @@
 #include "app/Tray.h"
 #include "app/WindowKeeper.h"
 #include "platform/posix/Process.h"
+#include "ui/DisplayControlView.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -154,6 +155,11 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
         }
     });
 
+    // Computed beside what comes before the first painting.
+    std::future<Backdrop> backdrop =
+        std::async(std::launch::async, [ratio = window.devicePixelRatioF()] {
+            return Backdrop(DisplayControlView::contentSize, ratio);
+        });
     fonts.wait();
     window.fill(_controller, composition_.hotKeys());
     const WindowKeeper windowKeeper(window);
@@ -175,8 +181,9 @@ int TavrelApp::run(QApplication& application, std::future<void> fonts) {
         {.activate = [&window](const std::string& token) { bringToFront(window, token); },
          .wake = [this] { _controller->wakeAll(); },
          .refresh = [this] { _controller->refresh(std::nullopt); }});
-    // The displays have been found by now, as a rule: then nothing else is painted first.
+    // The displays have been found by now, as a rule: then nothing else is shown first.
     composition_.runDueTasks();
+    window.reveal(backdrop.get());
     return QApplication::exec();
 }
 

@@ -33,7 +33,7 @@ DisplayControlView::DisplayControlView(std::shared_ptr<DisplayController> contro
             rebuildTimer_.start(0);
         }
     });
-    rebuild();
+    rebuildTimer_.start(0);
 }
 
 void DisplayControlView::rebuild() {
@@ -122,14 +122,26 @@ void DisplayControlView::layOut() {
                                   RowList::margin - inset));
 }
 
+void DisplayControlView::showEvent(QShowEvent* event) {
+    // What is out of date is never shown, not even for a moment.
+    if (rebuildTimer_.isActive()) {
+        rebuildTimer_.stop();
+        rebuild();
+    }
+    QWidget::showEvent(event);
+}
+
 void DisplayControlView::resizeEvent(QResizeEvent* event) {
     layOut();
     QWidget::resizeEvent(event);
 }
 
 void DisplayControlView::paintEvent(QPaintEvent* event) {
+    if (!backdrop_.has_value()) {
+        backdrop_.emplace();
+    }
     QPainter painter(this);
-    backdrop_.paint(painter, size(), event->rect());
+    backdrop_->paint(painter, size(), event->rect());
 }
 
 }  // namespace tavrel

@@ -3,6 +3,8 @@
 #include <QTimer>
 #include <QWidget>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "controller/DisplayController.h"
 #include "ui/Accessible.h"
@@ -18,8 +20,8 @@ namespace tavrel {
 /// The whole content of the window.
 ///
 /// It has no state of its own: it shows the controller's and what it is told of the hot key,
-/// and each action of the user is one call of the controller. It is rebuilt once in a turn of the
-/// main loop, however many fields have changed.
+/// and each action of the user is one call of the controller. It is built, and rebuilt, once in a
+/// turn of the main loop, however many fields have changed, or when it is shown.
 class DisplayControlView : public QWidget {
     Q_OBJECT
 
@@ -30,6 +32,9 @@ public:
     /// Shares the ownership of `controller`. Main thread only, like all widgets.
     explicit DisplayControlView(std::shared_ptr<DisplayController> controller,
                                 QWidget* parent = nullptr);
+
+    /// Takes one that has a picture ready. Without, it is computed when it is painted.
+    void setBackdrop(Backdrop backdrop) { backdrop_ = std::move(backdrop); }
 
     /// Says how the hot key fares, which is shown beside the wake button. It is taken to work
     /// until this is called.
@@ -47,6 +52,7 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -58,7 +64,7 @@ private:
 
     const std::shared_ptr<DisplayController> controller_;
     const AccessibleFactory accessibleFactory_;
-    Backdrop backdrop_;
+    std::optional<Backdrop> backdrop_;
     Header header_;
     EmptyState* emptyState_;
     RowList* rows_;

@@ -37,6 +37,7 @@ protected:
         window.emplace();
         window->show();
         window->fill(controller, system.hotKeys);
+        window->reveal({});
     }
 
     /// The window's, or the one that all windows share.

@@ -246,6 +246,23 @@ TEST_F(DisplayControlViewTest, IsRebuiltOnceInATurnHoweverManyFieldsChange) {
     EXPECT_EQ(rebuilds, 2);
 }
 
+TEST_F(DisplayControlViewTest, IsShownAsTheControllerIsByThen) {
+    show(*controller, {.displays = {builtInDisplay(true)}, .status = "Before"});
+    view = std::make_unique<DisplayControlView>(controller);
+    show(*controller,
+         {.displays = {builtInDisplay(true), externalDisplay(true)}, .status = "Meanwhile"});
+    int rebuilds = 0;
+    QObject::connect(view.get(), &DisplayControlView::rebuilt, [&] { ++rebuilds; });
+
+    view->show();
+
+    EXPECT_EQ(rebuilds, 1) << "before anything is painted";
+    EXPECT_THAT(rows(), testing::SizeIs(2));
+    EXPECT_NE(text("Meanwhile"), nullptr);
+    turn();
+    EXPECT_EQ(rebuilds, 1);
+}
+
 TEST_F(DisplayControlViewTest, ARowStaysTheSameWhileItsDisplayIsListed) {
     open({builtInDisplay(true), externalDisplay(true, 2), externalDisplay(true, 3, "Third")});
     DisplayRow* first = &row(0);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numbers>
+#include <utility>
 
 #include "ui/paint/Theme.h"
 
@@ -133,6 +134,13 @@ private:
     std::vector<float> alpha_;
 };
 
+/// Every pixel that it touches.
+QRect pixelsOf(const QRect& points, double ratio) {
+    return QRectF(points.x() * ratio, points.y() * ratio, points.width() * ratio,
+                  points.height() * ratio)
+        .toAlignedRect();
+}
+
 }  // namespace
 
 Glow::Glow(double discRadius, double blurRadius) {
@@ -149,6 +157,10 @@ Glow::Glow(double discRadius, double blurRadius) {
 
 Backdrop::Backdrop() : glow_(glowDiameter / 2, glowBlurRadius) {}
 
+Backdrop::Backdrop(const QSize& size, double ratio) : Backdrop() {
+    first_ = image(size, ratio, pixelsOf({{0, 0}, size}, ratio));
+}
+
 QImage Backdrop::image(const QSize& size, double ratio, const QRect& part) const {
     QImage image(part.size(), QImage::Format_RGB32);
     RowPainter painter(size, ratio, part, glow_);
@@ -159,14 +171,15 @@ QImage Backdrop::image(const QSize& size, double ratio, const QRect& part) const
     return image;
 }
 
-void Backdrop::paint(QPainter& painter, const QSize& size, const QRect& exposed) const {
+void Backdrop::paint(QPainter& painter, const QSize& size, const QRect& exposed) {
     const double ratio = painter.device()->devicePixelRatioF();
-    const QRectF pixels(exposed.x() * ratio, exposed.y() * ratio, exposed.width() * ratio,
-                        exposed.height() * ratio);
-    const QRect part = pixels.toAlignedRect();
-    if (!part.isEmpty()) {
-        painter.drawImage(QPointF(part.topLeft()) / ratio, image(size, ratio, part));
+    const QRect part = pixelsOf(exposed, ratio);
+    if (part.isEmpty()) {
+        return;
     }
+    const QImage first = std::exchange(first_, {});
+    const bool isReady = first.size() == part.size() && first.devicePixelRatio() == ratio;
+    painter.drawImage(QPointF(part.topLeft()) / ratio, isReady ? first : image(size, ratio, part));
 }
 
 }  // namespace tavrel

@@ -47,17 +47,21 @@ private:
 class Backdrop {
 public:
     Backdrop();
+    /// With a first picture of the whole ready to be painted; on any thread.
+    Backdrop(const QSize& size, double ratio);
 
     /// A part of the background of a window of `size` points, in pixels of a device that has
     /// `ratio` of them to the point. Each part is what the whole shows there.
     QImage image(const QSize& size, double ratio, const QRect& part) const;
 
-    /// Paints what is `exposed` of it, in points. Nothing is kept: it is computed faster than
-    /// the window is shown, and a picture of it would take as much memory as the window.
-    void paint(QPainter& painter, const QSize& size, const QRect& exposed) const;
+    /// Paints what is `exposed` of it, in points. Nothing is kept, not even what was ready: it is
+    /// computed faster than the window is shown, and a picture of it would take as much memory as
+    /// the window.
+    void paint(QPainter& painter, const QSize& size, const QRect& exposed);
 
 private:
     Glow glow_;
+    QImage first_;
 };
 
 }  // namespace tavrel

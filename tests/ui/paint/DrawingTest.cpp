@@ -174,7 +174,7 @@ TEST(BackdropTest, PaintsWhatIsExposedToThePixel) {
         picture.setDevicePixelRatio(ratio);
         picture.fill(Qt::white);
         QPainter painter(&picture);
-        const Backdrop backdrop;
+        Backdrop backdrop;
 
         backdrop.paint(painter, {52, 48}, {10, 12, 20, 8});
         painter.end();
@@ -185,6 +185,43 @@ TEST(BackdropTest, PaintsWhatIsExposedToThePixel) {
         EXPECT_EQ(picture.pixel(exposed.topLeft() - QPoint(1, 1)), 0xFFFFFFFFU) << ratio;
         EXPECT_EQ(picture.pixel(exposed.bottomRight() + QPoint(1, 1)), 0xFFFFFFFFU) << ratio;
     }
+}
+
+TEST(BackdropTest, PaintsWhatIsReadyAsIfItWereComputed) {
+    const QSize size(52, 48);
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        // Ready for this device, for another, and for another window with as many pixels.
+        for (Backdrop backdrop :
+             {Backdrop(size, ratio), Backdrop(size, 3), Backdrop(size * ratio, 1)}) {
+            for (int i = 0; i < 2; ++i) {
+                QImage picture(size * ratio, QImage::Format_RGB32);
+                picture.setDevicePixelRatio(ratio);
+                picture.fill(Qt::white);
+                QPainter painter(&picture);
+
+                backdrop.paint(painter, size, {{0, 0}, size});
+                painter.end();
+
+                EXPECT_EQ(picture, Backdrop().image(size, ratio, QRect(QPoint(), picture.size())))
+                    << ratio << ' ' << i;
+            }
+        }
+    }
+}
+
+TEST(BackdropTest, OfWhatIsReadyForTheWholeAPartIsComputed) {
+    const QSize size(52, 48);
+    Backdrop backdrop(size, 1);
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+
+    backdrop.paint(painter, size, {10, 12, 20, 8});
+    painter.end();
+
+    const QRect exposed(10, 12, 20, 8);
+    EXPECT_EQ(picture.copy(exposed), Backdrop().image(size, 1, exposed));
+    EXPECT_EQ(picture.pixel(9, 11), 0xFFFFFFFFU);
 }
 
 TEST(BackdropTest, ShowsNoBands) {
