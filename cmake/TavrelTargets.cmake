@@ -76,10 +76,9 @@ function(tavrel_library name)
   tavrel_use_precompiled(${name} tavrel_precompiled tavrel_precompiled_widgets ${arg_LINK})
 endfunction()
 
-# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose tests
-# ctest runs one by one.
-function(tavrel_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
+# tavrel_test_program(NAME SOURCES… [LINK LIBRARIES…]): an executable that only tests need.
+function(tavrel_test_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE tavrel_options tavrel_test_options ${arg_LINK})
   tavrel_use_precompiled(${name} tavrel_test_precompiled tavrel_test_precompiled_widgets
@@ -87,6 +86,19 @@ function(tavrel_test name)
   tavrel_unite_tests(${name})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+endfunction()
+
+# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose tests
+# ctest runs one by one.
+function(tavrel_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
+  tavrel_test_program(${name} ${arg_UNPARSED_ARGUMENTS} LINK GTest::gmock_main ${arg_LINK})
+  set(cost 0)
+  if(arg_LABELS)
+    # It waits for other processes most of the time, so it starts early: what just reckons fills
+    # the processors beside it.
+    set(cost 1)
+  endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+    PROPERTIES TIMEOUT 300 COST ${cost} LABELS "${arg_LABELS}")
 endfunction()
