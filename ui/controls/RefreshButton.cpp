@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Icons.h"
 #include "ui/paint/Theme.h"
 
@@ -10,7 +11,6 @@ namespace {
 
 constexpr int turnMilliseconds = 900;
 constexpr int completionMilliseconds = 350;
-constexpr double fullTurn = 360;
 constexpr double iconFontSize = 13;
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QTimerEvent>
 
+#include "ui/paint/Drawing.h"
 #include "ui/paint/Theme.h"
 
 namespace tavrel {
@@ -24,7 +25,6 @@ Spinner::Spinner(QWidget* parent) : QWidget(parent) {
 }
 
 void Spinner::paintEvent(QPaintEvent*) {
-    constexpr double wholeTurn = 360;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(QRectF(rect()).center());
@@ -34,7 +34,7 @@ void Spinner::paintEvent(QPaintEvent*) {
             strongestOpacity - (strongestOpacity - faintestOpacity) * age / (bars - 1);
         painter.setPen(QPen(theme::white(opacity), barWidth, Qt::SolidLine, Qt::RoundCap));
         painter.save();
-        painter.rotate(wholeTurn * bar / bars);
+        painter.rotate(fullTurn * bar / bars);
         painter.drawLine(QPointF(0, -innerRadius), QPointF(0, -outerRadius));
         painter.restore();
     }

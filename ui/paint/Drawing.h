@@ -7,6 +7,9 @@
 
 namespace tavrel {
 
+/// In degrees, as painters count.
+inline constexpr double fullTurn = 360;
+
 /// `rect` with continuous corners: each is a superellipse that leaves the straight sides
 /// without a jump in curvature and meets an arc of `radius` at the corner's middle. It
 /// starts half a radius earlier than the arc, or as early as the sides allow.
