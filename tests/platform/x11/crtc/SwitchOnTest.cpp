@@ -286,6 +286,7 @@ TEST_F(SwitchOnTest, OfWhatIsOnAlreadyDoesNothing) {
     EXPECT_EQ(on("B"), serverStatus::success);
     EXPECT_EQ(server.state, before);
     EXPECT_EQ(server.requests, 0);
+    EXPECT_EQ(server.grabs, 1) << "to look";
     EXPECT_FALSE(server.isGrabbed);
     EXPECT_EQ(store.writes(), 0U);
 }
