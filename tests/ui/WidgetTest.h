@@ -2,6 +2,7 @@
 
 #include <QAnimationDriver>
 #include <QCoreApplication>
+#include <QImage>
 #include <QTest>
 #include <QWidget>
 #include <QWindow>
@@ -164,6 +165,13 @@ private:
     QEvent::Type type_;
     int count_ = 0;
 };
+
+/// A square picture, in pixels, in which nothing has been drawn.
+inline QImage canvas(int side = 40) {
+    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
 
 /// Whether two colours differ by no more than `tolerance` in any channel.
 inline testing::AssertionResult isNear(const QColor& a, const QColor& b, int tolerance = 3) {
