@@ -104,6 +104,13 @@ Message newCallToRunning(sd_bus& bus, const char* service, const char* object,
     return call;
 }
 
+PendingCall send(sd_bus& bus, const Message& call, sd_bus_message_handler_t answered,
+                 void* userData, std::uint64_t timeout) {
+    sd_bus_slot* slot = nullptr;
+    sd_bus_call_async(&bus, &slot, call.get(), answered, userData, timeout);
+    return PendingCall(slot);
+}
+
 void addMatch(sd_bus& bus, const std::string& rule, sd_bus_message_handler_t handler,
               void* userData) {
     sd_bus_add_match_async(&bus, nullptr, rule.c_str(), handler, &carryOn, userData);

@@ -40,6 +40,20 @@ Message newCall(sd_bus& bus, const char* service, const char* object, const char
 Message newCallToRunning(sd_bus& bus, const char* service, const char* object,
                          const char* interface, const char* method);
 
+struct UnrefSlot {
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+};
+/// A call whose answer is waited for: no longer once this goes, which has to be before its bus.
+using PendingCall = std::unique_ptr<sd_bus_slot, UnrefSlot>;
+
+/// A timeout, in the library's words.
+constexpr std::uint64_t forever = UINT64_MAX;
+
+/// Has the answer to `call`, or that there is none, handled. Null when the call can't be sent.
+/// `timeout` in microseconds.
+PendingCall send(sd_bus& bus, const Message& call, sd_bus_message_handler_t answered,
+                 void* userData, std::uint64_t timeout);
+
 /// Has signals that match `rule` handled. Where the bus refuses, none come.
 void addMatch(sd_bus& bus, const std::string& rule, sd_bus_message_handler_t handler,
               void* userData);
@@ -58,9 +72,6 @@ struct Wait {
 };
 /// Before `process` has something to do, and until this time at most.
 Wait nextWait(sd_bus& bus, std::chrono::steady_clock::time_point until);
-
-/// The library's way to say it.
-constexpr std::uint64_t forever = UINT64_MAX;
 
 /// Keeps one connection to a message bus that may be missing, go away and come back.
 ///

@@ -29,12 +29,9 @@ public:
     bool serve();
     Wait nextWait() const;
 
-    /// The watcher's word so far: false while there is none.
-    bool isPresent() const { return isPresent_; }
-
-    /// How often the watcher has come or gone: a new one knows nothing of what was registered
-    /// with the last.
-    unsigned watchers() const { return watchers_; }
+    /// The connection of the watcher that has said that icons are shown: another one knows
+    /// nothing of what was registered with the last. Empty while none says so.
+    const std::string& presentBy() const { return presentBy_; }
 
 private:
     void ask();
@@ -43,9 +40,10 @@ private:
     static int watcherChanged(sd_bus_message* message, void* self, sd_bus_error* error);
     static int hostsChanged(sd_bus_message* message, void* self, sd_bus_error* error);
 
-    bool isPresent_ = false;
-    unsigned watchers_ = 0;
+    std::string presentBy_;
     Bus bus_;
+    /// The last question; an earlier one's answer is out of date. Goes before the bus.
+    PendingCall pending_;
 };
 
 TrayConversation::TrayConversation(const std::string& address) : bus_(openBus(address)) {
@@ -75,19 +73,30 @@ void TrayConversation::ask() {
         return;
     }
     sd_bus_message_append(question.get(), "ss", watcher, "IsStatusNotifierHostRegistered");
-    sd_bus_call_async(bus_.get(), nullptr, question.get(), &answered, this, forever);
+    pending_ = send(*bus_, question, &answered, this, forever);
 }
 
 int TrayConversation::answered(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
     int isPresent = 0;
     const bool isAnswer = sd_bus_message_is_method_error(message, nullptr) <= 0 &&
                           sd_bus_message_read(message, "v", "b", &isPresent) >= 0;
-    static_cast<TrayConversation*>(self)->isPresent_ = isAnswer && isPresent != 0;
+    const char* watcherConnection = sd_bus_message_get_sender(message);
+    static_cast<TrayConversation*>(self)->presentBy_ =
+        isAnswer && isPresent != 0 && watcherConnection != nullptr ? watcherConnection : "";
     return 0;
 }
 
 int TrayConversation::watcherChanged(sd_bus_message* message, void* self, sd_bus_error* error) {
-    ++static_cast<TrayConversation*>(self)->watchers_;
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* now = nullptr;
+    if (sd_bus_message_read(message, "sss", &name, &before, &now) >= 0 && *now == '\0') {
+        // It has gone: nobody has to be asked, and nobody's earlier word counts.
+        auto& conversation = *static_cast<TrayConversation*>(self);
+        conversation.pending_.reset();
+        conversation.presentBy_.clear();
+        return 0;
+    }
     return hostsChanged(message, self, error);
 }
 
@@ -102,12 +111,12 @@ int TrayConversation::hostsChanged(sd_bus_message* /*message*/, void* self,
 DBusTrayHost::DBusTrayHost(MainQueue& mainQueue, const std::string& address)
     : thread_([address] { return std::make_unique<dbus::TrayConversation>(address); },
               [this, &mainQueue](const dbus::TrayConversation* conversation) {
-                  const bool isPresent = conversation != nullptr && conversation->isPresent();
-                  const std::pair now(isPresent, isPresent ? conversation->watchers() : 0);
+                  const std::string now =
+                      conversation != nullptr ? conversation->presentBy() : std::string();
                   if (std::exchange(told_, now) == now) {
                       return;
                   }
-                  mainQueue.async([weak = std::weak_ptr(word_), isPresent] {
+                  mainQueue.async([weak = std::weak_ptr(word_), isPresent = !now.empty()] {
                       const auto word = weak.lock();
                       if (word == nullptr) {
                           return;

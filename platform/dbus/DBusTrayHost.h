@@ -35,8 +35,8 @@ private:
     };
 
     const std::shared_ptr<Word> word_ = std::make_shared<Word>();
-    /// The thread's: what was last told, and of which watcher.
-    std::pair<bool, unsigned> told_;
+    /// The thread's: the watcher that was last told of, empty for no tray.
+    std::string told_;
     /// Last, so that it finds all the others.
     dbus::ConversationThread<dbus::TrayConversation> thread_;
 };

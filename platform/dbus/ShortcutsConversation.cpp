@@ -126,9 +126,7 @@ std::string ShortcutsConversation::newToken(const char* kind) {
 
 void ShortcutsConversation::send(const Message& call, sd_bus_message_handler_t answered,
                                  std::uint64_t timeout) {
-    sd_bus_slot* slot = nullptr;
-    sd_bus_call_async(bus_.get(), &slot, call.get(), answered, this, timeout);
-    pending_.reset(slot);
+    pending_ = dbus::send(*bus_, call, answered, this, timeout);
 }
 
 int ShortcutsConversation::introduced(sd_bus_message* /*message*/, void* self,

@@ -44,10 +44,6 @@ private:
     using Clock = std::chrono::steady_clock;
     enum class Step { idle, introducing, creating, binding, bound };
 
-    struct UnrefSlot {
-        void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-    };
-
     void begin();
     void end();
     void createSession();
@@ -80,7 +76,7 @@ private:
     Clock::time_point nextBegin_ = Clock::time_point::max();
     Bus bus_;
     /// The call that waits for its answer. Goes before the bus.
-    std::unique_ptr<sd_bus_slot, UnrefSlot> pending_;
+    PendingCall pending_;
 };
 
 }  // namespace tavrel::dbus

@@ -43,10 +43,10 @@ public:
         check(sd_bus_add_match(bus_.get(), nullptr, match.c_str(), handler, data), match.c_str());
     }
 
-    /// Takes the name, if it is to have one, and serves.
-    void start(const char* name = nullptr) {
+    /// Takes the name, if it is to have one, and serves. `nameFlags` are the library's.
+    void start(const char* name = nullptr, std::uint64_t nameFlags = 0) {
         if (name != nullptr) {
-            check(sd_bus_request_name(bus_.get(), name, 0), name);
+            check(sd_bus_request_name(bus_.get(), name, nameFlags), name);
         }
         thread_ = std::thread([this] { serve(); });
     }

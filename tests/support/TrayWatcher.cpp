@@ -17,7 +17,7 @@ constexpr const char* object = "/StatusNotifierWatcher";
 struct TrayWatcher::Served {
     explicit Served(const std::string& busAddress) : service(busAddress) {
         service.add(object, watcherName, vtable, this);
-        service.start(watcherName);
+        service.start(watcherName, SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_REPLACE_EXISTING);
     }
 
     static int take(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {

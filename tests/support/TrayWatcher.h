@@ -10,7 +10,8 @@ namespace tavrel::support {
 /// answers from a thread of its own.
 class TrayWatcher {
 public:
-    /// Blocks until it can be asked. Throws std::runtime_error when the bus refuses.
+    /// Takes the place of another. Blocks until it can be asked. Throws std::runtime_error when the
+    /// bus refuses.
     explicit TrayWatcher(const std::string& busAddress);
     /// Blocks until it has left the bus.
     ~TrayWatcher();
