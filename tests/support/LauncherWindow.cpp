@@ -122,8 +122,12 @@ struct LauncherWindow::Client {
     static void keysLeave(void* /*data*/, wl_keyboard* /*keyboard*/, std::uint32_t /*serial*/,
                           wl_surface* /*surface*/) {}
     static void key(void* data, wl_keyboard* /*keyboard*/, std::uint32_t serial,
-                    std::uint32_t /*time*/, std::uint32_t /*key*/, std::uint32_t /*state*/) {
-        static_cast<Client*>(data)->pressed = serial;
+                    std::uint32_t /*time*/, std::uint32_t number, std::uint32_t state) {
+        auto& self = *static_cast<Client*>(data);
+        self.lastSerial = serial;
+        if (state == WL_KEYBOARD_KEY_STATE_RELEASED) {
+            self.lastKey = number;
+        }
     }
     static void modifiers(void* /*data*/, wl_keyboard* /*keyboard*/, std::uint32_t /*serial*/,
                           std::uint32_t /*depressed*/, std::uint32_t /*latched*/,
@@ -171,8 +175,9 @@ struct LauncherWindow::Client {
     Owned<xdg_surface, xdg_surface_destroy> shellSurface;
     Owned<xdg_toplevel, xdg_toplevel_destroy> window;
     bool isActive = false;
-    /// By which the last press can be told; 0 for none yet.
-    std::uint32_t pressed = 0;
+    /// Of what the user did with a key last; 0 for nothing yet.
+    std::uint32_t lastSerial = 0;
+    std::uint32_t lastKey = 0;
 };
 
 LauncherWindow::LauncherWindow(const std::string& displayName)
@@ -189,9 +194,9 @@ bool LauncherWindow::isActive() {
     return client_->isActive;
 }
 
-bool LauncherWindow::hasBeenPressed() {
+std::uint32_t LauncherWindow::lastKey() {
     client_->takeNews();
-    return client_->pressed != 0;
+    return client_->lastKey;
 }
 
 std::string LauncherWindow::newActivationToken() {
@@ -199,7 +204,7 @@ std::string LauncherWindow::newActivationToken() {
     const Owned<xdg_activation_token_v1, xdg_activation_token_v1_destroy> token(
         xdg_activation_v1_get_activation_token(client_->activation.get()));
     xdg_activation_token_v1_add_listener(token.get(), &Client::tokenListener, &text);
-    xdg_activation_token_v1_set_serial(token.get(), client_->pressed, client_->seat.get());
+    xdg_activation_token_v1_set_serial(token.get(), client_->lastSerial, client_->seat.get());
     xdg_activation_token_v1_set_surface(token.get(), client_->surface.get());
     xdg_activation_token_v1_commit(token.get());
     if (!waitUntil([&] {

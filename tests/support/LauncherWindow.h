@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -19,9 +20,10 @@ public:
     /// Whether it has the focus.
     bool isActive();
 
-    /// Whether a key has been pressed in it, by which compositors tell that its user wants
+    /// The key that was last pressed and let go in it, by its number from the kernel's
+    /// `input-event-codes.h`; 0 for none. By the last key compositors tell that its user wants
     /// something.
-    bool hasBeenPressed();
+    std::uint32_t lastKey();
 
     /// By which a program that is started from here shows that the user wants to see it. A
     /// compositor gives one always, and decides later what it is worth. Throws
