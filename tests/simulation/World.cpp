@@ -33,9 +33,10 @@ constexpr std::array corruptions{"",
                                  R"([{"id":4294967296,"isBuiltIn":true,"lastSeenAt":1}])",
                                  R"([{"id":1,"isBuiltIn":true,"lastSeenAt":1e999}])"};
 
+using Kind = Event::Kind;
+
 /// Whether a silent server keeps this from happening, or from being noticed.
-bool happensAtTheServer(Event::Kind kind) {
-    using Kind = Event::Kind;
+bool happensAtTheServer(Kind kind) {
     return kind == Kind::plug || kind == Kind::unplug || kind == Kind::lidClose ||
            kind == Kind::lidOpen || kind == Kind::outsideSwitch || kind == Kind::outsideAllOff ||
            kind == Kind::idleReport;
@@ -165,7 +166,6 @@ void World::apply(const Event& event) {
 }
 
 void World::carryOut(const Event& event) {
-    using Kind = Event::Kind;
     SimulatedWindowServer& server = system_.windowServer;
     if (lastWord_.isSilent() && happensAtTheServer(event.kind)) {
         return;
@@ -316,7 +316,6 @@ void World::watchdogLooks() {
 }
 
 void World::startOneFault(Event::Kind kind) {
-    using Kind = Event::Kind;
     stopFaults();
     if (kind == Kind::refuseSwitches) {
         displaySwitch_.setFaults({.refusals = 100});

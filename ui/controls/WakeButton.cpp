@@ -13,10 +13,10 @@ namespace {
 
 /// Any will do: whoever owns the button makes its face as wide as there is room.
 constexpr int initialWidth = 4 * WakeButton::faceHeight;
-constexpr int horizontalPadding = 15;
+constexpr int sidePadding = 15;
 constexpr double cornerRadius = 10;
-constexpr double strokeOpacity = 0.1;
-constexpr double iconSpacing = 7;
+constexpr double edgeOpacity = 0.1;
+constexpr double iconGap = 7;
 constexpr double hintOpacity = 0.48;
 constexpr theme::FontSpec labelFont{13.5, QFont::DemiBold, theme::FontDesign::rounded};
 constexpr double signTracking = 2.5;
@@ -48,16 +48,16 @@ QPainterPath WakeButton::facePath(const QRectF& face) const {
 void WakeButton::paintFace(QPainter& painter, const QRectF& face) const {
     fillFace(painter, face);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme::white(strokeOpacity), 1));
+    painter.setPen(QPen(theme::white(edgeOpacity), 1));
     painter.drawPath(facePath(face));
 
     constexpr double side = iconSide(labelFont.size);
-    const QRectF icon(face.left() + horizontalPadding, face.center().y() - side / 2, side, side);
+    const QRectF icon(face.left() + sidePadding, face.center().y() - side / 2, side, side);
     paintIcon(painter, Icon::sunMaxFill, icon, theme::white());
 
     const double baseline = face.center().y() + (labelFont_.ascent() - labelFont_.descent()) / 2;
     painter.setPen(theme::white());
-    labelFont_.draw(painter, {icon.right() + iconSpacing, baseline}, text());
+    labelFont_.draw(painter, {icon.right() + iconGap, baseline}, text());
 }
 
 void WakeButton::setShortcutHint(const QString& hint) {
@@ -77,7 +77,7 @@ void WakeButton::placeHint() {
     const QSize size = hint_->sizeHint().boundedTo({place.width() / 2, place.height()});
     // The last letter's own tracking shows nothing.
     const int overhang = qRound(hint_->fontSpec().tracking);
-    hint_->setGeometry(place.right() + 1 - horizontalPadding - size.width() + overhang,
+    hint_->setGeometry(place.right() + 1 - sidePadding - size.width() + overhang,
                        place.top() + (place.height() - size.height()) / 2, size.width(),
                        size.height());
 }

@@ -298,9 +298,9 @@ TEST_F(WaysBackTest, LeadThroughFewModesBesideAnotherAndThroughAllWhenThereIsNon
 
 TEST_F(WaysBackTest, HaveTheOldScaleInTheOldModeAndThePreferredOneInOthers) {
     Mode itsMode = huge;
-    Mode another = fullHd;
-    itsMode.scales = another.scales = {1, 2};
-    const Desk free = Desk().monitor(monitorB).offering({another, itsMode});
+    Mode otherMode = fullHd;
+    itsMode.scales = otherMode.scales = {1, 2};
+    const Desk free = Desk().monitor(monitorB).offering({otherMode, itsMode});
     const Memory enlarged{seen(monitorB, Desk(free).scaledAt(2, 1920, 0, itsMode))};
 
     const auto ways = waysBack(Desk(free).monitor(monitorA).at(1920, 0), monitorB, enlarged);
@@ -308,7 +308,7 @@ TEST_F(WaysBackTest, HaveTheOldScaleInTheOldModeAndThePreferredOneInOthers) {
     ASSERT_EQ(ways.size(), 2U) << "its place is taken";
     EXPECT_EQ(ways[0].shown.mode, itsMode);
     EXPECT_EQ(ways[0].shown.scale, 2);
-    EXPECT_EQ(ways[1].shown.mode, another);
+    EXPECT_EQ(ways[1].shown.mode, otherMode);
     EXPECT_EQ(ways[1].shown.scale, 1);
 }
 
