@@ -54,5 +54,6 @@ function(tavrel_use_precompiled target plain widgets)
 endfunction()
 
 set(TAVREL_STANDARD_HEADERS
-  <algorithm> <chrono> <cstdint> <functional> <map> <memory> <mutex> <optional> <string>
-  <string_view> <thread> <utility> <variant> <vector>)
+  <algorithm> <chrono> <condition_variable> <cstdint> <deque> <filesystem> <fstream> <functional>
+  <future> <map> <memory> <mutex> <optional> <random> <set> <sstream> <string> <string_view>
+  <thread> <utility> <variant> <vector>)
