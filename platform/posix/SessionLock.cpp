@@ -1,7 +1,6 @@
 #include "platform/posix/SessionLock.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -49,8 +48,13 @@ std::string session() {
 SessionLock::SessionLock(const std::filesystem::path& file)
     : file_(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
                    S_IRUSR | S_IWUSR)) {
-    isHeldByAnother_ =
-        file_.isOpen() && ::flock(file_.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    // Not flock's: a process that is being started has that too until it is another program, and
+    // may outlive us.
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    isHeldByAnother_ = file_.isOpen() && ::fcntl(file_.number(), F_SETLK, &whole) != 0 &&
+                       (errno == EACCES || errno == EAGAIN);
 }
 
 std::filesystem::path sessionLockPath(const std::string& applicationId) {

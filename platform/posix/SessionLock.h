@@ -8,7 +8,8 @@
 namespace tavrel {
 
 /// A lock that at most one process holds. The system lets go of it when that process ends,
-/// however it ends: a file that was left behind locks nothing.
+/// however it ends: a file that was left behind locks nothing, nor does a child of that process.
+/// It does so as well when the process closes the file elsewhere, so nothing else may open it.
 class SessionLock {
 public:
     /// Takes the lock if nobody has it. Does not wait.
