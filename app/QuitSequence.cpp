@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -49,8 +50,12 @@ void QuitSequence::run(std::chrono::milliseconds limit) {
     hasRun_ = true;
     const auto watched = std::make_shared<Watched>();
     watched->help = help_;
-    // Never joined: it either ends the process or ends with it.
-    std::thread([watched, limit] { endProcessWhenItHangs(watched, limit); }).detach();
+    try {
+        // Never joined: it either ends the process or ends with it.
+        std::thread([watched, limit] { endProcessWhenItHangs(watched, limit); }).detach();
+    } catch (const std::system_error&) {
+        // What is off comes back all the same; only what hangs then is not cut short.
+    }
 
     gate_.close();
     help_.handOver(delegate_.inactiveDisplays());

@@ -42,6 +42,7 @@ public:
     /// Only the first call does anything. If a call makes no progress for `limit`, because the
     /// window server keeps it waiting, the process exits: with status 0 when all that is left is
     /// handed over or done, otherwise with 1. The same holds for the rest of the process's life.
+    /// Where no thread can be started, there is no such limit.
     void run(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
 private:

@@ -1,5 +1,6 @@
 #include "platform/posix/ThreadBackgroundQueue.h"
 
+#include <system_error>
 #include <utility>
 
 namespace tavrel {
@@ -26,10 +27,14 @@ void ThreadBackgroundQueue::async(Task job) {
     }
     waiting_.push_back(std::move(job));
     if (waiting_.size() > idleThreads_ && threads_.size() < maxThreads) {
-        threads_.emplace_back([this] { work(); });
-    } else {
-        changed_.notify_one();
+        try {
+            threads_.emplace_back([this] { work(); });
+            return;
+        } catch (const std::system_error&) {
+            // The next of the others that is idle runs it, or one that a later job finds room for.
+        }
     }
+    changed_.notify_one();
 }
 
 void ThreadBackgroundQueue::work() {

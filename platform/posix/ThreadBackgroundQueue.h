@@ -12,8 +12,8 @@
 namespace tavrel {
 
 /// Runs jobs on its own threads. A thread is added whenever a job finds none idle, up to
-/// `maxThreads`; jobs wait only while that many others are running. Idle threads are kept
-/// for later jobs.
+/// `maxThreads`; jobs wait only while that many others are running, or as many as the system
+/// lets us have. Idle threads are kept for later jobs.
 ///
 /// A job must not throw. It is destroyed, with all it holds, on the thread that ran it.
 class ThreadBackgroundQueue : public BackgroundQueue {

@@ -12,6 +12,9 @@
 #include "app/QuitSequence.h"
 #include "registry/DisplayRegistry.h"
 #include "tests/simulated/SimulatedPlatform.h"
+#ifdef __linux__
+#include "tests/support/NoMoreThreads.h"
+#endif
 #include "tests/support/WaitUntil.h"
 
 namespace tavrel {
@@ -85,6 +88,20 @@ TEST_F(QuitSequenceTest, DoesItsWorkOnceHoweverOftenItIsRun) {
     EXPECT_EQ(system.windowServer.takeChanges().size(), 1U);
     EXPECT_EQ(finished, 1);
 }
+
+#ifdef __linux__
+TEST_F(QuitSequenceTest, DoesItsWorkWhereNoThreadCanBeStarted) {
+    const support::NoMoreThreads noMore;
+    SwitchOffGate gate(system.windowServer);
+    AppDelegate delegate(system.platform().with(gate), system.hotKeys);
+    system.windowServer.switchFromOutside(external, false);
+
+    QuitSequence(delegate, gate, help()).run(1h);
+
+    EXPECT_TRUE(system.windowServer.find(external)->enabled);
+    EXPECT_EQ(finished, 1);
+}
+#endif
 
 TEST_F(QuitSequenceTest, HandsOverEveryRememberedDisplayThatIsNotActiveBeforeItDoesItsWork) {
     constexpr DisplayID unplugged = 7;

@@ -11,6 +11,8 @@
 #include <set>
 #include <thread>
 
+#include "tests/support/NoMoreThreads.h"
+
 namespace tavrel {
 namespace {
 
@@ -81,6 +83,37 @@ TEST_F(ThreadBackgroundQueueTest, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
     EXPECT_FALSE(lastRan);
     release.count_down();
     last.wait();
+}
+
+TEST_F(ThreadBackgroundQueueTest, AJobForWhichNoThreadCanBeStartedRunsWhenAnotherHasEnded) {
+    ThreadBackgroundQueue queue;
+    std::latch isRunning(1);
+    queue.async([&] {
+        isRunning.count_down();
+        release.wait();
+    });
+    isRunning.wait();
+    std::promise<void> ran;
+    {
+        const support::NoMoreThreads noMore;
+        queue.async([&] { ran.set_value(); });
+    }
+
+    release.count_down();
+    ran.get_future().wait();
+}
+
+TEST_F(ThreadBackgroundQueueTest, JobsForWhichNoThreadCouldBeStartedRunOnceThereIsOne) {
+    ThreadBackgroundQueue queue;
+    std::promise<void> ran;
+    {
+        const support::NoMoreThreads noMore;
+        queue.async([&] { ran.set_value(); });
+    }
+
+    threadOfNextJob(queue);
+
+    ran.get_future().wait();
 }
 
 TEST_F(ThreadBackgroundQueueTest, KeepsThreadsForLaterJobs) {
