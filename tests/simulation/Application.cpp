@@ -9,8 +9,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Five switches in a row at a server that is waited for.
-constexpr Delay quitTimeout = 180s;
+/// More than all the switches in a row that can be waiting for a server that answers nobody: two
+/// for each display, half a minute each.
+constexpr Delay quitTimeout = 600s;
 /// An application that takes longer ends without having switched on what is off.
 constexpr Delay longestQuit = 10s;
 constexpr Delay longestJob = 1h;
