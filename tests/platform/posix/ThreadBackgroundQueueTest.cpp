@@ -11,7 +11,9 @@
 #include <set>
 #include <thread>
 
+#ifdef __linux__
 #include "tests/support/NoMoreThreads.h"
+#endif
 
 namespace tavrel {
 namespace {
@@ -85,6 +87,7 @@ TEST_F(ThreadBackgroundQueueTest, JobsBeyondTheThreadsRunWhenOneBecomesFree) {
     last.wait();
 }
 
+#ifdef __linux__
 TEST_F(ThreadBackgroundQueueTest, AJobForWhichNoThreadCanBeStartedRunsWhenAnotherHasEnded) {
     ThreadBackgroundQueue queue;
     std::latch isRunning(1);
@@ -96,7 +99,7 @@ TEST_F(ThreadBackgroundQueueTest, AJobForWhichNoThreadCanBeStartedRunsWhenAnothe
     std::promise<void> ran;
     {
         const support::NoMoreThreads noMore;
-        queue.async([&] { ran.set_value(); });
+        EXPECT_NO_THROW(queue.async([&] { ran.set_value(); }));
     }
 
     release.count_down();
@@ -108,13 +111,14 @@ TEST_F(ThreadBackgroundQueueTest, JobsForWhichNoThreadCouldBeStartedRunOnceThere
     std::promise<void> ran;
     {
         const support::NoMoreThreads noMore;
-        queue.async([&] { ran.set_value(); });
+        EXPECT_NO_THROW(queue.async([&] { ran.set_value(); }));
     }
 
     threadOfNextJob(queue);
 
     ran.get_future().wait();
 }
+#endif
 
 TEST_F(ThreadBackgroundQueueTest, KeepsThreadsForLaterJobs) {
     ThreadBackgroundQueue queue;
