@@ -1,6 +1,7 @@
 # What every target of ours shares. A library holds one folder and is named after it.
 
 include_guard()
+include(CheckLinkerFlag)
 include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
 
 # Off for whoever just wants to build: a newer compiler knows new warnings.
@@ -24,6 +25,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # The library of GCC 12 uses in std::stable_sort what it declares deprecated, and recent Clangs
   # say so. What we use ourselves, GCC tells.
   target_compile_options(tavrel_options INTERFACE -Wno-deprecated-declarations)
+  # Its own linker is much quicker than the system's, and the tests are many programs.
+  check_linker_flag(CXX -fuse-ld=lld TAVREL_LLD_LINKS)
+  if(TAVREL_LLD_LINKS)
+    target_link_options(tavrel_options INTERFACE -fuse-ld=lld)
+  endif()
 endif()
 if(TAVREL_WARNINGS_AS_ERRORS)
   target_compile_options(tavrel_options INTERFACE -Werror)
