@@ -42,7 +42,7 @@ support::Bounds switchInWindow() {
     if (!isThere) {
         throw std::runtime_error("the window shows no switch of " + std::string(switchedOutput));
     }
-    support::Bounds place = found->bounds;
+    support::Bounds place = window.boundsOf(*found);
     place.x -= topLevel->bounds().x;
     place.y -= topLevel->bounds().y;
     return place;

@@ -128,7 +128,9 @@ TEST_F(HotKeyTest, WhenAnotherProgramHasTheHotKeyEverythingElseWorks) {
 }
 
 TEST_F(HotKeyTest, AHotKeyThatAnotherProgramHadWorksAndIsShownToOnceThatIsGone) {
-    const auto explanation = [&] { return session->element("Wake both displays").description; };
+    const auto explanation = [&] {
+        return session->accessible().descriptionOf(session->element("Wake both displays"));
+    };
     std::optional<support::ChordHolder> holder(std::in_place, desktop.displayName());
     start();
     switchOneOff();

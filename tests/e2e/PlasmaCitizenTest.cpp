@@ -32,7 +32,7 @@ protected:
     }
     std::string explanation() const {
         const auto button = stage->accessible().find("Wake both displays");
-        return button ? button->description : "there is no such button";
+        return button ? stage->accessible().descriptionOf(*button) : "there is no such button";
     }
     bool switchesOff(Display display) const {
         stage->flip(display);

@@ -77,8 +77,8 @@ TEST_F(RecoveryTest, DisplaysThatAnotherProgramSwitchesOffComeBackAsTheyWere) {
 }
 
 TEST_F(RecoveryTest, LostDisplaysComeBackWhileAMenuIsOpen) {
-    const auto menu = session.element("Displays");
-    support::Pointer(desktop.displayName()).click(menu.bounds.centreX(), menu.bounds.centreY());
+    const Bounds menu = session.accessible().boundsOf(session.element("Displays"));
+    support::Pointer(desktop.displayName()).click(menu.centreX(), menu.centreY());
     ASSERT_TRUE(waitUntil([&] {
         const auto item = session.accessible().find("Wake Both Displays");
         return item && item->isShowing();

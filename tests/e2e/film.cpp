@@ -66,7 +66,8 @@ public:
             throw std::runtime_error("there is nothing to point at");
         }
         const QPoint from = position_ + corner();
-        const QPoint to(target->bounds.centreX(), target->bounds.centreY());
+        const support::Bounds bounds = stage_.accessible().boundsOf(*target);
+        const QPoint to(bounds.centreX(), bounds.centreY());
         for (int i = 1; i <= glideFrames; ++i) {
             const QPoint at = from + (to - from) * i / glideFrames;
             pointer_.moveTo(at.x(), at.y());

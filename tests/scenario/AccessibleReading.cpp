@@ -1,6 +1,8 @@
 #include "tests/scenario/AccessibleReading.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 namespace tavrel::scenario {
 
@@ -56,7 +58,7 @@ Row readRow(const Elements& elements, std::size_t place) {
     return row;
 }
 
-/// The text directly above the wake button.
+/// The text directly before the wake button.
 std::string readFooter(const Elements& elements) {
     const auto wake =
         std::find_if(elements.begin(), elements.end(), [](const AccessibleElement& each) {
@@ -65,13 +67,10 @@ std::string readFooter(const Elements& elements) {
     if (wake == elements.end()) {
         return {};
     }
-    const int top = wake->bounds.y;
-    const auto footer =
-        std::find_if(elements.begin(), elements.end(), [&](const AccessibleElement& each) {
-            return isText(each) && each.bounds.centreY() < top &&
-                   each.bounds.centreY() > top - 40 && each.parent == wake->parent;
-        });
-    return footer == elements.end() ? std::string() : footer->name;
+    const auto footer = std::find_if(
+        std::make_reverse_iterator(wake), elements.rend(),
+        [&](const AccessibleElement& each) { return isText(each) && each.parent == wake->parent; });
+    return footer == elements.rend() ? std::string() : footer->name;
 }
 
 }  // namespace
@@ -97,6 +96,20 @@ std::optional<AccessibleElement> findSwitch(const Elements& elements, Display di
         }
     }
     return std::nullopt;
+}
+
+std::vector<std::string> inOrderOfRows(const std::vector<DisplayID>& displays,
+                                       const std::vector<std::string>& names) {
+    std::map<DisplayID, std::string> byNumber;
+    for (std::size_t i = 0; i < displays.size(); ++i) {
+        byNumber.emplace(displays[i], names.at(i));
+    }
+    std::vector<std::string> sorted;
+    sorted.reserve(byNumber.size());
+    for (const auto& [display, name] : byNumber) {
+        sorted.push_back(name);
+    }
+    return sorted;
 }
 
 }  // namespace tavrel::scenario

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <map>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -32,7 +31,7 @@ std::string place(const GnomeDesktop::Screen& screen) {
 GnomeStage::GnomeStage(std::string program, const std::vector<std::string>& monitors)
     : program_(std::move(program)),
       desktop_(false, monitors),
-      outputs_(inOrderOfRows()),
+      outputs_(connectorsOfRows()),
       serverAtFirst_(server()) {
     startApplication();
 }
@@ -47,22 +46,15 @@ GnomeStage::~GnomeStage() {
     application_.reset();
 }
 
-/// The application lists displays by number. The compositor lists them in the order it was told.
-std::vector<std::string> GnomeStage::inOrderOfRows() const {
+/// The compositor lists monitors in the order it was told.
+std::vector<std::string> GnomeStage::connectorsOfRows() const {
     SimulatedUserDefaults store;
     GnomeWindowServer server(store, {.busAddress = desktop_.busAddress()});
-    const auto numbers = server.now()->allDisplays().value();
-    std::map<DisplayID, std::string> byNumber;
-    const auto screens = desktop_.screens();
-    for (std::size_t i = 0; i < screens.size(); ++i) {
-        byNumber.emplace(numbers.at(i), screens[i].connector);
-    }
     std::vector<std::string> connectors;
-    connectors.reserve(byNumber.size());
-    for (const auto& [number, connector] : byNumber) {
-        connectors.push_back(connector);
+    for (const GnomeDesktop::Screen& each : desktop_.screens()) {
+        connectors.push_back(each.connector);
     }
-    return connectors;
+    return inOrderOfRows(server.now()->allDisplays().value(), connectors);
 }
 
 support::Environment GnomeStage::environment() const {

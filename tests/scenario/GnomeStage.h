@@ -49,11 +49,11 @@ public:
     const support::AccessibleWindow& accessible() const { return *accessible_; }
     const std::vector<std::string>& outputs() const { return outputs_; }
     /// Has the stage know the monitors that are plugged in by now; those that are not, no more.
-    void lookAgain() { outputs_ = inOrderOfRows(); }
+    void lookAgain() { outputs_ = connectorsOfRows(); }
 
 private:
     static support::VirtualDesktop::Options asideOptions();
-    std::vector<std::string> inOrderOfRows() const;
+    std::vector<std::string> connectorsOfRows() const;
     void press(const std::string& name);
 
     std::string program_;

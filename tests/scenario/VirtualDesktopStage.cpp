@@ -6,7 +6,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/x11/X11WindowServer.h"
 #include "tests/scenario/AccessibleReading.h"
+#include "tests/simulated/SimulatedUserDefaults.h"
 #include "tests/support/Keyboard.h"
 
 namespace tavrel::scenario {
@@ -34,11 +36,14 @@ std::string place(const Monitor& monitor) {
     return text.str().substr(monitor.name.size());
 }
 
-bool showsAll(const AccessibleWindow& accessible, std::size_t displays) {
-    const Window window = readWindow(accessible.elements());
-    return window.rows.size() == displays &&
-           std::none_of(window.rows.begin(), window.rows.end(),
-                        [](const Row& row) { return row.isBusy; });
+std::vector<std::string> outputsOfRows(const VirtualDesktop& desktop) {
+    SimulatedUserDefaults store;
+    X11WindowServer server(store, {.displayName = desktop.displayName()});
+    std::vector<std::string> outputs;
+    for (const Monitor& each : desktop.monitors()) {
+        outputs.push_back(each.name);
+    }
+    return inOrderOfRows(server.now()->allDisplays().value(), outputs);
 }
 
 /// Whether it lies completely on one monitor that is on.
@@ -50,44 +55,10 @@ bool isVisible(const Bounds& bounds, const std::vector<Monitor>& monitors) {
 
 }  // namespace
 
-std::vector<std::string> learnOutputs(std::size_t displays, const std::string& program) {
-    const VirtualDesktop desktop(desktopOptions(displays));
-    const support::UserHome home;
-    const AppProcess application(desktop, home, {.program = program});
-    const AccessibleWindow accessible(desktop.accessibilityBusAddress(), application.pid());
-    if (!waitUntil([&] { return showsAll(accessible, displays); })) {
-        throw std::runtime_error("the application lists no displays: " +
-                                 application.standardError());
-    }
-    std::vector<std::string> outputs;
-    const auto off = [&] {
-        std::vector<std::string> names;
-        for (const Monitor& monitor : desktop.monitors()) {
-            if (!monitor.on) {
-                names.push_back(monitor.name);
-            }
-        }
-        return names;
-    };
-    const auto flip = [&](Display display) {
-        accessible.actOn([&] { return findSwitch(accessible.elements(), display); });
-    };
-    for (Display display = 0; display < displays; ++display) {
-        flip(display);
-        if (!waitUntil([&] { return off().size() == 1; })) {
-            throw std::runtime_error("switching a display off changes nothing at the server");
-        }
-        outputs.push_back(off().front());
-        flip(display);
-        waitUntil([&] { return off().empty(); });
-    }
-    return outputs;
-}
-
 VirtualDesktopStage::VirtualDesktopStage(std::size_t displays, std::string program)
     : program_(std::move(program)),
-      outputs_(learnOutputs(displays, program_)),
       desktop_(desktopOptions(displays)),
+      outputs_(outputsOfRows(desktop_)),
       pointer_(desktop_.displayName()),
       serverAtFirst_(server()) {
     startApplication();
@@ -99,7 +70,12 @@ void VirtualDesktopStage::startApplication() {
     application_ = std::make_unique<AppProcess>(desktop_, home_, AppProcess::Options{program_});
     accessible_ =
         std::make_unique<AccessibleWindow>(desktop_.accessibilityBusAddress(), application_->pid());
-    if (!waitUntil([&] { return showsAll(*accessible_, outputs_.size()); })) {
+    const bool isUp = waitUntil([&] {
+        const std::vector<Row> rows = window().rows;
+        return rows.size() == outputs_.size() &&
+               std::none_of(rows.begin(), rows.end(), [](const Row& row) { return row.isBusy; });
+    });
+    if (!isUp) {
         throw std::runtime_error("the application does not come up: " +
                                  application_->standardError());
     }
@@ -122,17 +98,25 @@ void VirtualDesktopStage::crashApplication() {
 }
 
 void VirtualDesktopStage::click(const std::function<std::optional<AccessibleElement>()>& find) {
-    std::optional<AccessibleElement> target;
+    std::optional<Bounds> place;
+    const auto look = [&]() -> std::optional<Bounds> {
+        const auto target = find();
+        try {
+            return target ? std::optional(accessible_->boundsOf(*target)) : std::nullopt;
+        } catch (const support::DBusError&) {
+            // It has disappeared since.
+            return std::nullopt;
+        }
+    };
     // The window may be moving to another monitor: wait until it has stopped.
     const bool found = waitUntil([&] {
-        const std::optional<AccessibleElement> before = std::exchange(target, find());
-        return target && before && target->bounds == before->bounds &&
-               isVisible(target->bounds, desktop_.monitors());
+        const std::optional<Bounds> before = std::exchange(place, look());
+        return place && before && *place == *before && isVisible(*place, desktop_.monitors());
     });
     if (!found) {
         throw std::runtime_error("there is nothing to click on");
     }
-    pointer_.click(target->bounds.centreX(), target->bounds.centreY());
+    pointer_.click(place->centreX(), place->centreY());
 }
 
 void VirtualDesktopStage::flip(Display display) {

@@ -48,18 +48,13 @@ private:
     void click(const std::function<std::optional<support::AccessibleElement>()>& find);
 
     std::string program_;
-    std::vector<std::string> outputs_;
     support::VirtualDesktop desktop_;
+    std::vector<std::string> outputs_;
     support::UserHome home_;
     support::Pointer pointer_;
     std::vector<ServerDisplay> serverAtFirst_;
     std::unique_ptr<support::AppProcess> application_;
     std::unique_ptr<support::AccessibleWindow> accessible_;
 };
-
-/// Finds out which output each row of the window stands for, with this many monitors: the
-/// application numbers displays in its own way, so this has it switch off one after the other
-/// on a desktop of its own. The numbering is the same on every desktop.
-std::vector<std::string> learnOutputs(std::size_t displays, const std::string& program);
 
 }  // namespace tavrel::scenario

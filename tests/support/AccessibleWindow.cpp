@@ -13,9 +13,9 @@ namespace {
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* root = "/org/a11y/atspi/accessible/root";
 
-DBus::Call readingOf(const std::string& service, const std::string& object, const char* property) {
-    return {service, object, "org.freedesktop.DBus.Properties", "Get",
-            g_variant_new("(ss)", accessible, property)};
+/// A text contains nothing, and neither does a switch.
+bool canContain(const std::string& role) {
+    return role != "label" && role != "check box";
 }
 
 std::string textIn(const Variant& propertyAnswer) {
@@ -60,21 +60,29 @@ AccessibleWindow::AccessibleWindow(const std::string& busAddress, pid_t process)
     : bus_(busAddress), process_(process) {}
 
 std::vector<AccessibleElement> AccessibleWindow::elements() const {
-    // An element may disappear during the walk: then walk again.
+    // An element may disappear during the walk, or the program have ended: then look anew.
     std::vector<AccessibleElement> found;
     const auto walk = [&] {
         try {
-            found.clear();
-            if (const auto program = application()) {
-                list(readAll(*program), 0, found);
-            }
+            found = readOnce();
             return true;
         } catch (const DBusError&) {
-            found.clear();
+            program_.reset();
             return false;
         }
     };
     waitUntil(walk, std::chrono::seconds(2));
+    return found;
+}
+
+std::vector<AccessibleElement> AccessibleWindow::readOnce() const {
+    if (!program_) {
+        program_ = application();
+    }
+    std::vector<AccessibleElement> found;
+    if (program_) {
+        list(readAll(*program_), 0, found);
+    }
     return found;
 }
 
@@ -85,9 +93,28 @@ std::optional<AccessibleElement> AccessibleWindow::find(const std::string& name)
     return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
+Variant AccessibleWindow::ask(const AccessibleElement& element, const char* interface,
+                              const char* method, GVariant* floating) const {
+    const Variant arguments(g_variant_ref_sink(floating));
+    if (!program_) {
+        throw DBusError(std::string(method) + ": the program has gone");
+    }
+    return bus_.call(program_->service, element.object, interface, method, arguments.get());
+}
+
+Bounds AccessibleWindow::boundsOf(const AccessibleElement& element) const {
+    constexpr guint32 onTheScreen = 0;
+    return boundsIn(
+        ask(element, "org.a11y.atspi.Component", "GetExtents", g_variant_new("(u)", onTheScreen)));
+}
+
+std::string AccessibleWindow::descriptionOf(const AccessibleElement& element) const {
+    return textIn(ask(element, "org.freedesktop.DBus.Properties", "Get",
+                      g_variant_new("(ss)", accessible, "Description")));
+}
+
 bool AccessibleWindow::act(const AccessibleElement& element) const {
-    const Variant done = bus_.call(service_, element.object, "org.a11y.atspi.Action", "DoAction",
-                                   g_variant_new("(i)", 0));
+    const Variant done = ask(element, "org.a11y.atspi.Action", "DoAction", g_variant_new("(i)", 0));
     gboolean taken = FALSE;
     g_variant_get(done.get(), "(b)", &taken);
     return taken != FALSE;
@@ -138,7 +165,6 @@ std::optional<AccessibleWindow::Object> AccessibleWindow::application() const {
     for (const Object& each :
          objectsIn(bus_.call("org.a11y.atspi.Registry", root, accessible, "GetChildren"))) {
         if (processOf(each.service) == process_) {
-            service_ = each.service;
             return each;
         }
     }
@@ -149,32 +175,34 @@ std::vector<AccessibleWindow::Node> AccessibleWindow::read(
     const std::vector<Object>& objects) const {
     // All at once: a program that answers one question at a time is asked hundreds.
     std::vector<DBus::Call> calls;
+    std::vector<bool> isNew;
     for (const Object& each : objects) {
-        calls.push_back(readingOf(each.service, each.path, "Name"));
-        calls.push_back(readingOf(each.service, each.path, "Description"));
-        for (const char* method : {"GetRoleName", "GetState", "GetChildren"}) {
-            calls.push_back({each.service, each.path, accessible, method});
+        calls.push_back({each.service, each.path, "org.freedesktop.DBus.Properties", "Get",
+                         g_variant_new("(ss)", accessible, "Name")});
+        calls.push_back({each.service, each.path, accessible, "GetState"});
+        isNew.push_back(!roles_.contains(each.path));
+        if (isNew.back()) {
+            calls.push_back({each.service, each.path, accessible, "GetRoleName"});
         }
-        if (each.path != root) {
-            constexpr guint32 onTheScreen = 0;
-            calls.push_back({each.service, each.path, "org.a11y.atspi.Component", "GetExtents",
-                             g_variant_new("(u)", onTheScreen)});
+        if (isNew.back() || canContain(roles_.at(each.path))) {
+            calls.push_back({each.service, each.path, accessible, "GetChildren"});
         }
     }
     const std::vector<Variant> answers = bus_.callAll(calls);
 
     std::vector<Node> nodes;
     auto answer = answers.begin();
-    for (const Object& each : objects) {
+    for (std::size_t i = 0; i < objects.size(); ++i) {
         Node node;
-        node.element.object = each.path;
+        node.element.object = objects[i].path;
         node.element.name = textIn(*answer++);
-        node.element.description = textIn(*answer++);
-        node.element.role = roleIn(*answer++);
         node.element.states = statesIn(*answer++);
-        node.objects = objectsIn(*answer++);
-        if (each.path != root) {
-            node.element.bounds = boundsIn(*answer++);
+        if (isNew[i]) {
+            roles_[objects[i].path] = roleIn(*answer++);
+        }
+        node.element.role = roles_.at(objects[i].path);
+        if (isNew[i] || canContain(node.element.role)) {
+            node.objects = objectsIn(*answer++);
         }
         nodes.push_back(std::move(node));
     }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,10 +17,8 @@ namespace tavrel::support {
 /// What assistive technology is told of one text or control.
 struct AccessibleElement {
     std::string name;
-    std::string description;
     /// The toolkit-independent name of what it is: "label", "check box", "push button".
     std::string role;
-    Bounds bounds;
     /// The index of its container in the list of elements; the first one is its own container.
     std::size_t parent = 0;
 
@@ -40,7 +39,8 @@ private:
 };
 
 /// A program's window as a screen reader reads it, over AT-SPI. Each call asks the program
-/// again.
+/// again for everything but an element's role, which never changes. A test reads a window many
+/// times while it waits, so no more is asked than most tests want to know.
 class AccessibleWindow {
 public:
     /// `busAddress` is the accessibility bus's. Throws DBusError when there is no such bus.
@@ -52,6 +52,11 @@ public:
 
     /// The first element with this name; std::nullopt when there is none.
     std::optional<AccessibleElement> find(const std::string& name) const;
+
+    /// Where on the screen it is. Throws DBusError when the element is gone.
+    Bounds boundsOf(const AccessibleElement& element) const;
+    /// Throws DBusError when the element is gone.
+    std::string descriptionOf(const AccessibleElement& element) const;
 
     /// Does what a press of the element does, without pointer or keyboard. Returns whether the
     /// program accepted it. Throws DBusError when the element is gone or has no action.
@@ -72,13 +77,19 @@ private:
     static std::vector<Object> objectsIn(const Variant& answer);
     std::optional<Object> application() const;
     pid_t processOf(const std::string& service) const;
+    std::vector<AccessibleElement> readOnce() const;
+    Variant ask(const AccessibleElement& element, const char* interface, const char* method,
+                GVariant* floating) const;
     std::vector<Node> read(const std::vector<Object>& objects) const;
     Node readAll(const Object& program) const;
     static void list(Node&& node, std::size_t parent, std::vector<AccessibleElement>& into);
 
     DBus bus_;
     pid_t process_;
-    mutable std::string service_;
+    /// Where the program's elements are, once it has registered.
+    mutable std::optional<Object> program_;
+    /// By the elements' addresses.
+    mutable std::map<std::string, std::string> roles_;
 };
 
 }  // namespace tavrel::support

@@ -77,7 +77,7 @@ TEST_F(AppProcessTest, ActsWithoutPointerOrKeyboard) {
 }
 
 TEST_F(AppProcessTest, ClicksWhereTheElementIs) {
-    const Bounds bounds = element("Press me").bounds;
+    const Bounds bounds = accessible.boundsOf(element("Press me"));
 
     Pointer(desktop.displayName()).click(bounds.centreX(), bounds.centreY());
 

@@ -33,8 +33,6 @@ AccessibleElement elementOf(const json& description) {
     AccessibleElement element;
     element.name = description.at("name");
     element.role = description.at("role");
-    const json& bounds = description.at("bounds");
-    element.bounds = {bounds.at(0), bounds.at(1), bounds.at(2), bounds.at(3)};
     element.parent = description.at("parent");
     element.states = state(3, "busy") | state(4, "checked") | state(8, "enabled") |
                      state(24, "enabled") | state(25, "showing");
@@ -187,8 +185,12 @@ json MacStage::command(const json& what) {
 
 std::vector<AccessibleElement> MacStage::elements() {
     std::vector<AccessibleElement> result;
+    places_.clear();
     for (const json& each : command({{"do", "look"}})) {
         result.push_back(elementOf(each));
+        result.back().object = std::to_string(places_.size());
+        const json& bounds = each.at("bounds");
+        places_.push_back({bounds.at(0), bounds.at(1), bounds.at(2), bounds.at(3)});
     }
     return result;
 }
@@ -198,7 +200,8 @@ void MacStage::click(const std::function<std::optional<AccessibleElement>()>& fi
     if (!waitUntil([&] { return (target = find()).has_value(); })) {
         throw std::runtime_error("there is nothing to click on");
     }
-    command({{"do", "click"}, {"x", target->bounds.centreX()}, {"y", target->bounds.centreY()}});
+    const support::Bounds& place = places_.at(std::stoul(target->object));
+    command({{"do", "click"}, {"x", place.centreX()}, {"y", place.centreY()}});
 }
 
 }  // namespace tavrel::scenario

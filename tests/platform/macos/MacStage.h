@@ -66,6 +66,8 @@ private:
     std::vector<ServerDisplay> serverAtFirst_;
     std::optional<FileDescriptor> link_;
     std::unique_ptr<support::ChildProcess> application_;
+    /// Where the elements that were read last are; an element's address is its place in this.
+    std::vector<support::Bounds> places_;
 };
 
 }  // namespace tavrel::scenario
