@@ -10,6 +10,7 @@ set(TAVREL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= ta
 option(TAVREL_COVERAGE "Count executed lines and branches" OFF)
 option(TAVREL_UNITY_TESTS "Compile several sources of the tests as one" OFF)
 option(TAVREL_UNITY_LIBRARIES "Compile several sources of a library as one" OFF)
+option(TAVREL_TESTS_TOGETHER "Run all tests of a program at once, if they drive no other program" OFF)
 
 add_library(tavrel_options INTERFACE)
 target_include_directories(tavrel_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -105,17 +106,24 @@ function(tavrel_test_library name)
   tavrel_unite_tests(${name})
 endfunction()
 
-# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable whose tests
-# ctest runs one by one.
+# tavrel_test(NAME SOURCES… [LINK LIBRARIES…] [LABELS …]): a GoogleTest executable. Those that drive
+# other programs have labels, and ctest runs their tests one by one. So it does with the others,
+# unless the preset runs them together: to start a program takes far longer than most tests do.
 function(tavrel_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;LABELS")
   tavrel_test_program(${name} ${arg_UNPARSED_ARGUMENTS} LINK GTest::gmock_main ${arg_LINK})
-  set(cost 0)
+  # What waits for other processes most of the time starts early: what just reckons fills the
+  # processors beside it.
   if(arg_LABELS)
-    # It waits for other processes most of the time, so it starts early: what just reckons fills
-    # the processors beside it.
-    set(cost 1)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+      PROPERTIES TIMEOUT 300 COST 1 LABELS "${arg_LABELS}")
+  elseif(NOT TAVREL_TESTS_TOGETHER)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 COST 0)
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+    # Some of its tests wait, one after the other. A skipped one must not count as passed: it is named
+    # at the end, and what FAILED only after that.
+    set_tests_properties(${name} PROPERTIES
+      TIMEOUT 900 COST 1 SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\] [^ \n]+\n[^F]*$")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 COST ${cost} LABELS "${arg_LABELS}")
 endfunction()
