@@ -21,9 +21,18 @@ int scaled(int millimetres, int oldPixels, int newPixels) {
     return std::max(1, static_cast<int>(std::lround(exact)));
 }
 
+/// Whether the millimetres tell how large a pixel is: rounded, they are off by half of one.
+bool tellsDensity(const ScreenSize& size) {
+    constexpr int enough = 100;
+    return std::min(size.widthInMillimetres, size.heightInMillimetres) >= enough;
+}
+
 ScreenSize withPixels(const ScreenSize& current, int width, int height, const ScreenSize& known) {
-    const ScreenSize size{width, height, scaled(current.widthInMillimetres, current.width, width),
-                          scaled(current.heightInMillimetres, current.height, height)};
+    // Where another program has switched all off, few pixels are left. By those alone a screen
+    // would be of another size each time that it comes back, and of none in the end.
+    const ScreenSize& like = !tellsDensity(current) && tellsDensity(known) ? known : current;
+    const ScreenSize size{width, height, scaled(like.widthInMillimetres, like.width, width),
+                          scaled(like.heightInMillimetres, like.height, height)};
     return known.hasPixelsOf(size) ? known : size;
 }
 

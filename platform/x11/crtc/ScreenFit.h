@@ -15,7 +15,7 @@ layout::Area boundsOfActive(const Snapshot& snapshot, Xid without = 0,
 /// grown before it where it must be, shrunk after it where it fitted the CRTCs tightly before.
 /// A screen that someone keeps larger than its CRTCs is not shrunk. What drives nobody's
 /// monitor and would not fit any more goes off. Millimetres follow the pixels, except that
-/// `known` is used where it has the pixels.
+/// `known` is used where it has the pixels, and followed where the screen is too small to tell.
 void fitScreen(const Snapshot& snapshot, const layout::Area& needed, const ScreenSize& known,
                LayoutPlan& plan);
 

@@ -133,6 +133,20 @@ TEST(ScreenFitTest, MillimetresThatAreKnownAreUsed) {
     EXPECT_EQ(plan.screenAfter, known);
 }
 
+TEST(ScreenFitTest, MillimetresFollowThoseThatAreKnownWhereTheScreenIsTooSmallToTell) {
+    Snapshot dark = SnapshotBuilder().output("A").screen(64, 64).build();
+    dark.screen.widthInMillimetres = dark.screen.heightInMillimetres = 15;
+    const ScreenSize known{5760, 2160, 1440, 540};
+
+    EXPECT_EQ(fitted(dark, 1920, 1080, known).screenBefore, sized(1920, 1080));
+    EXPECT_EQ(fitted(dark, 1920, 1080).screenBefore, (ScreenSize{1920, 1080, 450, 253}));
+    const ScreenSize smallToo{640, 640, 99, 640};
+    EXPECT_EQ(fitted(dark, 1920, 1080, smallToo).screenBefore, (ScreenSize{1920, 1080, 450, 253}));
+    const ScreenSize largeEnough{640, 640, 100, 640};
+    EXPECT_EQ(fitted(dark, 1920, 1080, largeEnough).screenBefore,
+              (ScreenSize{1920, 1080, 300, 1080}));
+}
+
 class GhostOnScreenTest : public testing::TestWithParam<Area> {
 protected:
     /// A monitor, and beside it the place where one was until it was unplugged.
