@@ -27,15 +27,18 @@ protected:
         elsewhereLink.emplace(options);
         elsewhere.emplace(*elsewhereLink);
         server.emplace(store, options);
-        left = idOf("Virtual-0");
-        middle = idOf("Virtual-1");
-        right = idOf("Virtual-2");
+        // On a busy machine it may take longer than the options allow for one answer.
+        layout::Layout first;
+        ASSERT_TRUE(support::waitUntil([&] { return (first = layout()).outputs.size() == 3; }));
+        left = idIn(first, "Virtual-0");
+        middle = idIn(first, "Virtual-1");
+        right = idIn(first, "Virtual-2");
     }
 
     layout::Layout layout() { return elsewhere->read().layout.value_or(layout::Layout{}); }
 
-    DisplayID idOf(const std::string& connector) {
-        for (const layout::Output& output : layout().outputs) {
+    static DisplayID idIn(const layout::Layout& layout, const std::string& connector) {
+        for (const layout::Output& output : layout.outputs) {
             if (output.identity.connector == connector) {
                 return output.display;
             }
